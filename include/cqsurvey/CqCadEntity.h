@@ -1,0 +1,274 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "cqsurvey/CVector.h"
+#include "cqsurvey/CqCoordRec.h"
+#include "cqsurvey/Export.h"
+#include "cqsurvey/Types.h"
+
+namespace cqsurvey {
+
+class CqSurveyDB;
+
+/// The kinds of drawing entity, as an entity record's "ObjectType" holds them; 3 is not used.
+enum EntType : std::int32_t {
+    EntSiPnt = 0,
+    EntPline = 1,
+    EntVertex = 2,
+    EntText = 4,
+    EntCircle = 5,
+    EntBitmap = 6,
+};
+
+/// One entity of the drawing as it was read from the job: a snapshot whose changes never reach the
+/// job. Every attribute of every kind can be asked of every entity; where it does not apply, a
+/// getter gives 0, an empty string or a zero vector, and a setter changes nothing and returns 0.
+class CQSURVEY_API CqCadEntity {
+ public:
+    static const CString m_sEmpty;
+    static const CVector m_vecZero;
+
+    /// Copies easting, northing and height into out[0..2].
+    void GetPoint(double* out) const;
+    int SetPoint(const double* in);
+    [[nodiscard]] const CString& GetLayer() const { return m_layer; }
+    /// Refuses an empty name with 0.
+    int SetLayer(const CString& layer);
+    [[nodiscard]] int GetColor() const { return m_color; }
+    int SetColor(int color);
+    [[nodiscard]] CqHandle GetHandle() const { return m_handle; }
+
+    virtual ~CqCadEntity();
+    [[nodiscard]] virtual EntType GetType() const = 0;
+    /// The point's name (survey point).
+    [[nodiscard]] virtual const CString& GetName() const;
+    virtual int SetName(const CString& name);
+    /// The feature code (survey point, polyline, text, circle).
+    [[nodiscard]] virtual int GetCode() const;
+    virtual int SetCode(int code);
+    /// How many vertices are tied to the survey point.
+    [[nodiscard]] virtual int GetMcadNumVertex() const;
+    /// The tied vertex at `index`, 0 outside 0 to GetMcadNumVertex() - 1.
+    [[nodiscard]] virtual CqHandle GetMcadVertexHandle(int index) const;
+    /// The polyline's stored bound; leaves both as they are for other kinds.
+    virtual void GetBound(CVector& min, CVector& max) const;
+    /// Widens the polyline's bound to hold v; a coordinate that is not a number changes nothing.
+    virtual void UpdateBound(const CVector& v);
+    /// The bulge of the segment that starts at the vertex: the tangent of a quarter of its included
+    /// angle, positive counter-clockwise, 0 for a straight segment.
+    [[nodiscard]] virtual double GetBulge() const;
+    virtual int SetBulge(double bulge);
+    /// The entity handle of the vertex's polyline.
+    [[nodiscard]] virtual CqHandle GetPlineHandle() const;
+    /// The previous entity of the chain: for a first vertex the polyline itself.
+    [[nodiscard]] virtual CqHandle GetPrevVertexHandle() const;
+    /// The next vertex, 0 after the last.
+    [[nodiscard]] virtual CqHandle GetNextVertexHandle() const;
+    /// The survey-point entity the vertex is tied to, 0 for none.
+    [[nodiscard]] virtual CqHandle GetMcadSiPointHandle() const;
+    /// Widens the bound of `pline` by this vertex and by the segment from it to `nextVertex`, which
+    /// may be null.
+    virtual void UpdateExtent(CqCadEntity* pline, const CqCadEntity* nextVertex);
+    [[nodiscard]] virtual const CString& GetText() const;
+    virtual int SetText(const CString& text);
+    /// The two 16-bit alignment values, the first in the low half.
+    [[nodiscard]] virtual int GetAlign() const;
+    virtual int SetAlign(int align);
+    [[nodiscard]] virtual const CString& GetStyle() const;
+    virtual int SetStyle(const CString& style);
+    /// A text's height; a bitmap's size along y.
+    [[nodiscard]] virtual double GetHeight() const;
+    virtual int SetHeight(double height);
+    [[nodiscard]] virtual double GetRot() const;
+    virtual int SetRot(double rot);
+    [[nodiscard]] virtual double GetRadius() const;
+    virtual int SetRadius(double radius);
+    [[nodiscard]] virtual const CVector& GetSize() const;
+    virtual int SetSize(const CVector& size);
+    [[nodiscard]] virtual const CString& GetResName() const;
+    virtual int SetResName(const CString& resName);
+    /// The line type (polyline, circle).
+    [[nodiscard]] virtual int GetLine() const;
+    [[nodiscard]] virtual std::uint32_t GetOptionStyle() const;
+    [[nodiscard]] virtual int GetInterval() const;
+    [[nodiscard]] virtual int GetThickness() const;
+
+ protected:
+    CqCadEntity() = default;
+    CqCadEntity(const CqCadEntity&) = default;
+    CqCadEntity& operator=(const CqCadEntity&) = default;
+
+ private:
+    friend class CqSurveyDB;
+
+    std::array<double, 3> m_point{};
+    CString m_layer;
+    std::int32_t m_color = 0;
+    CqHandle m_handle = 0;
+};
+
+/// The symbol of a surveyed point.
+class CQSURVEY_API CqSiPntCadEntity : public CqCadEntity {
+ public:
+    CqSiPntCadEntity() = default;
+    CqSiPntCadEntity(const CqSiPntCadEntity&) = delete;
+    CqSiPntCadEntity& operator=(const CqSiPntCadEntity&) = delete;
+    ~CqSiPntCadEntity() override;
+
+    [[nodiscard]] SurveyCoordType GetDataOrigin() const { return m_dataOrigin; }
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] const CString& GetName() const override;
+    int SetName(const CString& name) override;
+    [[nodiscard]] int GetCode() const override;
+    int SetCode(int code) override;
+    [[nodiscard]] int GetMcadNumVertex() const override;
+    [[nodiscard]] CqHandle GetMcadVertexHandle(int index) const override;
+
+ private:
+    friend class CqSurveyDB;
+
+    CString m_name;
+    std::int32_t m_code = 0;
+    SurveyCoordType m_dataOrigin{};
+    std::vector<CqHandle> m_vertexHandles;
+};
+
+/// The head of a polyline; its vertices follow it in the drawing.
+class CQSURVEY_API CqPlineCadEntity : public CqCadEntity {
+ public:
+    /// With a bound that any point widens: minimum above maximum.
+    CqPlineCadEntity();
+    CqPlineCadEntity(const CqPlineCadEntity&) = default;
+    CqPlineCadEntity& operator=(const CqPlineCadEntity&) = default;
+    ~CqPlineCadEntity() override;
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] int GetCode() const override;
+    int SetCode(int code) override;
+    void GetBound(CVector& min, CVector& max) const override;
+    void UpdateBound(const CVector& v) override;
+    [[nodiscard]] int GetLine() const override;
+
+ private:
+    friend class CqSurveyDB;
+
+    CVector m_boundMin;
+    CVector m_boundMax;
+    std::int32_t m_line = 0;
+    std::int32_t m_code = 0;
+};
+
+/// One vertex of a polyline.
+class CQSURVEY_API CqVertexCadEntity : public CqCadEntity {
+ public:
+    CqVertexCadEntity() = default;
+    CqVertexCadEntity(const CqVertexCadEntity&) = default;
+    CqVertexCadEntity& operator=(const CqVertexCadEntity&) = default;
+    ~CqVertexCadEntity() override;
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] double GetBulge() const override;
+    int SetBulge(double bulge) override;
+    [[nodiscard]] CqHandle GetPlineHandle() const override;
+    [[nodiscard]] CqHandle GetPrevVertexHandle() const override;
+    [[nodiscard]] CqHandle GetNextVertexHandle() const override;
+    [[nodiscard]] CqHandle GetMcadSiPointHandle() const override;
+    void UpdateExtent(CqCadEntity* pline, const CqCadEntity* nextVertex) override;
+
+ private:
+    friend class CqSurveyDB;
+
+    double m_bulge = 0.0;
+    CqHandle m_plineHandle = 0;
+    CqHandle m_prevVertexHandle = 0;
+    CqHandle m_nextVertexHandle = 0;
+    CqHandle m_siPointHandle = 0;
+};
+
+class CQSURVEY_API CqTextCadEntity : public CqCadEntity {
+ public:
+    CqTextCadEntity() = default;
+    CqTextCadEntity(const CqTextCadEntity&) = default;
+    CqTextCadEntity& operator=(const CqTextCadEntity&) = default;
+    ~CqTextCadEntity() override;
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] int GetCode() const override;
+    int SetCode(int code) override;
+    [[nodiscard]] const CString& GetText() const override;
+    int SetText(const CString& text) override;
+    [[nodiscard]] int GetAlign() const override;
+    int SetAlign(int align) override;
+    [[nodiscard]] const CString& GetStyle() const override;
+    int SetStyle(const CString& style) override;
+    [[nodiscard]] double GetHeight() const override;
+    int SetHeight(double height) override;
+    [[nodiscard]] double GetRot() const override;
+    int SetRot(double rot) override;
+    [[nodiscard]] std::uint32_t GetOptionStyle() const override;
+    [[nodiscard]] int GetInterval() const override;
+    [[nodiscard]] int GetThickness() const override;
+
+ private:
+    friend class CqSurveyDB;
+
+    CString m_text;
+    std::int32_t m_align = 0;
+    CString m_style;
+    double m_height = 0.0;
+    double m_rotation = 0.0;
+    std::int32_t m_code = 0;
+    std::uint32_t m_optionStyle = 0;
+    std::int32_t m_interval = 0;
+    std::int32_t m_thickness = 0;
+};
+
+class CQSURVEY_API CqCircleCadEntity : public CqCadEntity {
+ public:
+    CqCircleCadEntity() = default;
+    CqCircleCadEntity(const CqCircleCadEntity&) = default;
+    CqCircleCadEntity& operator=(const CqCircleCadEntity&) = default;
+    ~CqCircleCadEntity() override;
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] int GetCode() const override;
+    int SetCode(int code) override;
+    [[nodiscard]] double GetRadius() const override;
+    int SetRadius(double radius) override;
+    [[nodiscard]] int GetLine() const override;
+
+ private:
+    friend class CqSurveyDB;
+
+    double m_radius = 0.0;
+    std::int32_t m_line = 0;
+    std::int32_t m_code = 0;
+};
+
+/// A picture placed at a point and named by a resource. Its size along y is not kept by the job.
+class CQSURVEY_API CqBitmapCadEntity : public CqCadEntity {
+ public:
+    CqBitmapCadEntity() = default;
+    CqBitmapCadEntity(const CqBitmapCadEntity&) = default;
+    CqBitmapCadEntity& operator=(const CqBitmapCadEntity&) = default;
+    ~CqBitmapCadEntity() override;
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] double GetHeight() const override;
+    [[nodiscard]] const CVector& GetSize() const override;
+    int SetSize(const CVector& size) override;
+    [[nodiscard]] const CString& GetResName() const override;
+    int SetResName(const CString& resName) override;
+
+ private:
+    friend class CqSurveyDB;
+
+    CVector m_size;
+    CString m_resName;
+};
+
+}  // namespace cqsurvey

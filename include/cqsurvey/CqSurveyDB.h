@@ -1,0 +1,383 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+#include "cqsurvey/CVector.h"
+#include "cqsurvey/CqCadEntity.h"
+#include "cqsurvey/CqCadEntityList.h"
+#include "cqsurvey/CqCoordRec.h"
+#include "cqsurvey/CqSurveyException.h"
+#include "cqsurvey/Export.h"
+#include "cqsurvey/Records.h"
+#include "cqsurvey/Types.h"
+
+namespace cqsurvey {
+
+class CqBatch;
+class CqBitmapTable;
+class CqCircleTable;
+class CqDescriptionStore;
+class CqEntityTable;
+class CqGroupTable;
+class CqJobCheck;
+class CqLayerTable;
+class CqLinkTable;
+class CqPlineTable;
+class CqPointTable;
+class CqSettingsFile;
+class CqTextTable;
+class CqVertexTable;
+class JobStep;
+
+/// One surveying job: its points, its drawing and its settings, in one file.
+///
+/// Coordinates are arrays of three doubles: easting (the drawing's x), northing (y), height. An
+/// operation that refuses what it was asked returns 0 and changes nothing unless it says otherwise;
+/// a failure of the store throws CqSurveyException. A zero handle is refused with 0; a handle whose
+/// record is gone throws 0x31000003 unless the operation says otherwise. Every operation is one
+/// atomic step on disk: after a crash all of it is in the job or nothing. When its commit fails the
+/// exception is thrown, and job and memory are as before the operation.
+///
+/// All operations but CreateNew, Open, OpenReadOnly, Close, IsOpen and GetDBInformation need an
+/// open job. An object stays with one thread at a time; different objects may be used by different
+/// threads.
+class CQSURVEY_API CqSurveyDB {
+ public:
+    static const CString m_SettingsPath;
+    static const CString m_SettingsSection;
+    static const CString m_BGSettingsSection;
+    static const CString m_Version;
+    static const CString m_BGName;
+    static const std::array<CString, 4> m_SettingsKey;
+    static const std::array<CString, 11> m_BGSettingsKey;
+
+    /// No job is open afterwards.
+    CqSurveyDB();
+    /// Opens the job at `path`; when that throws nothing stays mounted.
+    explicit CqSurveyDB(const CString& path);
+    CqSurveyDB(const CqSurveyDB&) = delete;
+    CqSurveyDB& operator=(const CqSurveyDB&) = delete;
+    /// Closes a job that is still open; a failure to do so is lost.
+    ~CqSurveyDB();
+
+    // ---- The job's life ----
+
+    /// Closes the open job, resets the current colour, group and pending polyline attributes, and
+    /// creates a job at `path`. Throws 0x30000015 when anything exists there and touches nothing.
+    void CreateNew(const CString& path);
+    /// Closes the open job and opens the one at `path`, read-only when the system does not let it
+    /// be written. Throws 0x30000009 when nothing is there, 0x30000007 when it is no job or is
+    /// damaged, 0x30000008 when it is open already, here or in another process, 0x3000000A when a
+    /// newer version wrote it. Layer "0" is current and no group afterwards.
+    void Open(const CString& path);
+    /// As Open, but the job is not written: every change throws 0x30000004.
+    void OpenReadOnly(const CString& path);
+    /// Closes the job; one file is left. Does nothing when none is open. Always ends closed, also
+    /// when it throws.
+    void Close();
+    [[nodiscard]] bool IsOpen() const { return !m_mountName.empty(); }
+
+    /// Fills the fields of `info` that `mask` asks for from the job at `path` without loading it;
+    /// from `db`, when it is not null, if the job is open or `path` is empty. 0 when neither can
+    /// answer; never throws for a job that cannot be mounted.
+    static int GetDBInformation(std::uint32_t mask, const CString& path, SVDB_INFORMATION& info,
+                                CqSurveyDB* db);
+
+    // ---- Coordinate records ----
+
+    /// Adds a point on the current layer, in the current colour and group; a name is cut to its
+    /// first 19 code units, an empty one is allowed any number of times. Returns its handle. Throws
+    /// 0x31000004, with nothing written, when a point is named `name` already.
+    CqHandle AddCoordRec(const double* coords, const CString& name, int code,
+                         SurveyCoordType origin, std::uint32_t flags);
+    [[nodiscard]] int GetNumCoordRecs() const;
+    /// The first point in record order, 0 when there is none.
+    [[nodiscard]] CqHandle GetFirstCoordRecHandle() const;
+    /// Reads the point `handle` into `rec` and sets `handle` to the next point in record order, 0
+    /// after the last. Returns 1; 0 with both unchanged when there is no such point or its entity
+    /// is no survey point.
+    int GetNextCoordRec(CqHandle& handle, CqCoordRec& rec) const;
+    /// The point of exactly that name, 0 if none.
+    [[nodiscard]] CqHandle GetCoordRecHandleByPtName(const CString& name) const;
+    /// The point that a survey-point entity shows, 0 for an entity of another kind.
+    [[nodiscard]] CqHandle GetCoordRecHandleByCadEntityHandle(CqHandle entity) const;
+    /// The point's survey-point entity.
+    [[nodiscard]] CqHandle GetCadEntityHandleByCoordRecHandle(CqHandle handle) const;
+    /// The named point's survey-point entity, 0 if there is none.
+    [[nodiscard]] CqHandle GetCadEntityHandleByPtName(const CString& name) const;
+    /// New coordinates and feature code. 0 when no point has the name.
+    int EditCoordRec(const CString& name, const double* coords, int code);
+    /// New name (empty: unnamed), coordinates and feature code. 0, and nothing changed, when
+    /// another point has the name or the point and its entity do not name each other.
+    int EditCoordRec(CqHandle handle, const CString& newName, const double* coords, int code);
+    /// Deletes the point, its entity and its description; polylines through it stay.
+    int DelCoordRec(const CString& name) const;
+    int DelCoordRec(CqHandle handle) const;
+    int EditCoordRecFlags(const CString& name, std::uint32_t flags) const;
+    int EditCoordRecFlags(CqHandle handle, std::uint32_t flags) const;
+
+    // ---- Point groups; names are compared without case ----
+
+    /// Fills `list` with the group names in record order; 0 when there is none.
+    int GetGroupList(CStringList& list) const;
+    /// 0 for an empty or known name; a name is cut to its first 19 code units.
+    int AddGroup(const CString& name) const;
+    int EditGroup(const CString& oldName, const CString& newName) const;
+    int EditGroup(std::uint16_t id, const CString& newName) const;
+    /// Deletes the group; its points are in no group afterwards.
+    int DelGroup(const CString& name);
+    int DelGroup(std::uint16_t id);
+    /// The group of points added from now on. An empty name clears it; an unknown one clears it too
+    /// and gives 0.
+    int SetCurrentGroup(const CString& name);
+    CString GetCurrentGroup();
+    /// The group's record number cut to 16 bits, 0 for an unknown name.
+    [[nodiscard]] std::uint16_t GetGroupID(const CString& name) const;
+    CString GetGroupName(std::uint16_t id);
+    /// Stores any ID; the sorted view does not follow until it is set again.
+    int EditCoordRecGroup(const CString& pointName, std::uint16_t id) const;
+    int EditCoordRecGroup(CqHandle handle, std::uint16_t id) const;
+
+    // ---- Point descriptions, kept in the narrow code page of Text.h ----
+
+    /// 0 for an empty text or when the handle has a description; the point need not exist.
+    int AddCoordDescription(CqHandle handle, const CString& text) const;
+    /// 0, and `text` unchanged, when there is none.
+    int GetCoordDescription(CqHandle handle, CString& text) const;
+    /// 0 for an empty text or when the handle has no description.
+    int EditCoordDescription(CqHandle handle, const CString& text) const;
+    int DelCoordDescription(CqHandle handle) const;
+
+    // ---- The sorted and filtered view ----
+
+    /// Key 0 sorts by name in natural order, 1 by feature code, any other keeps record order; order
+    /// 1 is descending (record order: any but 0). Returns the number of points in the view.
+    std::int32_t SetSortCoordSetting(std::uint16_t key, std::uint16_t order,
+                                     const COORDFILTER& filter);
+    /// Replaces what the three held by the setting in force; returns the number of points.
+    std::int32_t GetSortCoordSetting(std::uint16_t& key, std::uint16_t& order, COORDFILTER& filter);
+    std::int32_t GetSortCoordRecs();
+    /// Reads the point at `index` (from 0) and returns its handle; 0 outside the view.
+    CqHandle GetSortCoordAt(int index, CqCoordRec& rec);
+
+    // ---- Feature codes in use; survey points and the view ----
+
+    /// Fills `codes` with each code of a point, polyline or text once, in an order that is the same
+    /// for the same job. Returns 1.
+    int GetUsedCode(CList<int, int>& codes);
+    /// 1 when the entity is the survey point of a point in the view.
+    [[nodiscard]] int IsMatchSiPoint(CqHandle entity) const;
+
+    // ---- Layers; names are compared exactly, a negative colour hides ----
+
+    /// 0 when the layer exists; a name is cut to its first 51 code units, the line to 16 bits.
+    int AddLayer(const CString& name, int color, int line);
+    /// Deletes the layer's record; its entities keep their number of it.
+    int DeleteLayer(const CString& name);
+    int GetNumLayers();
+    CqHandle GetFirstLayerHandle();
+    /// Reads layer `h` and sets `h` to the next in record order, 0 after the last.
+    int GetNextLayer(CqHandle& h, CString& name, int& color);
+    int ShowLayer(const CString& name, int show);
+    int GetLayerColor(const CString& name);
+    int GetLayerLine(const CString& name);
+    int EditLayerColor(const CString& name, int color);
+    int EditLayerLine(const CString& name, int line);
+    /// Puts one entity on the layer, which is added when there is none of that name. The vertices
+    /// of a polyline do not follow.
+    int EditLayer(CqHandle entity, const CString& name);
+    int SetCurrentLayer(const CString& name);
+    [[nodiscard]] const CString& GetCurrentLayer() const;
+    /// 0 unless -256 to 256.
+    int SetCurrentColor(int color);
+    [[nodiscard]] int GetCurrentColor() const;
+
+    // ---- The entity chain ----
+
+    int GetNumCadEntities() const;
+    /// The first entity of the drawing, 0 when it is empty.
+    [[nodiscard]] CqHandle GetFirstCadEntityHandle() const;
+    /// Reads entity `h` into a new object and sets `h` to the next entity of the drawing, 0 after
+    /// the last. `e` must be null; give it back with DeleteCqCadEntityObject. 0 with both unchanged
+    /// when there is no such entity. Throws -1 for a record of unknown type.
+    int GetNextCadEntity(CqHandle& h, CqCadEntity*& e) const;
+    static void DeleteCqCadEntityObject(CqCadEntity*& e);
+    /// Moves the entity, and the vertices of a polyline that follow it in record order; 0 when
+    /// there is no such layer.
+    int EditCadEntityLayer(CqHandle h, const CString& layer);
+    /// As EditCadEntityLayer; 0 unless the colour is -256 to 256.
+    int EditCadEntityColor(CqHandle h, int color);
+
+    // ---- Polylines ----
+
+    CqCadEntityList* StartPline(int line, int code);
+    int AddVertex(CqCadEntityList* list, const double* coords, double bulge);
+    /// Commits the polyline on the current layer and in the current colour and destroys the list.
+    /// Returns its entity handle; 0, with nothing written, for fewer than 2 vertices.
+    CqHandle EndPline(CqCadEntityList* list);
+    int CancelPline(CqCadEntityList* list);
+    int EditPline(CqHandle h, int line, int code);
+    /// Inserts a vertex after entity `h`, a polyline or a vertex.
+    int InsertVertex(CqHandle h, const double* coords, double bulge);
+    /// Moves a vertex; the bulge whose bits are 0x36A00001262D4AB6 (1.4013e-45) keeps the stored
+    /// one.
+    int MoveVertex(CqHandle h, const double* coords, double bulge);
+    int DeleteVertex(CqHandle h);
+    int DeletePline(CqHandle h);
+
+    // ---- Ties between survey points and vertices ----
+
+    /// 0 when either is of another kind or the vertex is tied already.
+    int LinkSiPntAndVertex(CqHandle point, CqHandle vertex);
+    /// Point 0 means any. With a wrong point it returns 0, and the vertex's tie is forgotten until
+    /// the job is opened again.
+    int UnlinkSiPntAndVertex(CqHandle point, CqHandle vertex);
+
+    // ---- Texts, circles, bitmaps ----
+
+    CqHandle AddText(const double* coords, const CString& text, int align1, int align2,
+                     const CString& style, double height, double rot, int code,
+                     std::uint32_t optionStyle, int interval, int thickness);
+    int EditText(CqHandle h, const double* coords, const CString& text, int align1, int align2,
+                 const CString& style, double height, double rot, int code,
+                 std::uint32_t optionStyle, int interval, int thickness);
+    int DeleteText(CqHandle h);
+    CqHandle AddCircle(const double* coords, double radius, int line, int code);
+    int EditCircle(CqHandle h, const double* coords, double radius, int line, int code);
+    int DeleteCircle(CqHandle h);
+    /// Only the size along x is kept.
+    CqHandle AddBitmap(const double* coords, const CString& resName, const CVector& size);
+    int EditBitmap(CqHandle h, const double* coords, const CString& resName, const CVector& size);
+    int DeleteBitmap(CqHandle h);
+
+    // ---- Extents ----
+
+    /// The drawing's extents as they were widened since the job was opened; 0 and two zero vectors
+    /// when the drawing is empty.
+    int GetEntityBound(CVector& min, CVector& max);
+
+    // ---- Settings; sections and keys are compared without case ----
+
+    int GetSettingsSectionList(CStringList& list);
+    int GetSettingsKeyList(const CString& section, CStringList& list);
+    int AddSettingsSection(const CString& section);
+    /// 0 for the two fixed sections and for an unknown one.
+    int DeleteSettingsSection(const CString& section);
+    /// 1 and the value, or 0 and the default.
+    int GetSettingsString(const CString& section, const CString& key, CString& value,
+                          const CString& defaultValue);
+    int GetSettingsInt(const CString& section, const CString& key, int& value, int defaultValue);
+    /// 0 when there is no such section. An empty value removes the key.
+    int WriteSettingsString(const CString& section, const CString& key, const CString& value);
+    int WriteSettingsInt(const CString& section, const CString& key, int value);
+    /// Replaces the job's settings by a file of the host when it has every fixed key in its range;
+    /// 0, with the previous settings in force, otherwise. May throw CQrfsFileException.
+    int ImportSettingsFile(const CString& hostPath);
+    /// Copies the job's settings to a file of the host, over one that is there. May throw
+    /// CQrfsFileException.
+    int ExportSettingsFile(const CString& hostPath);
+    double GetSiPointSize();
+    void SetSiPointSize(double size);
+    int GetJCoordDivision();
+    /// 0 unless 1 to 19.
+    int SetJCoordDivision(int division);
+    /// -1 for none, else the colour 0 to 255 to draw everything in.
+    int SetDrawingForceMonotone(int color);
+    int IsDrawingForceMonotone(int& color);
+
+    // ---- Background image ----
+
+    /// Copies the host's file into the job and saves its placement.
+    int StoreBackgroundImageFile(const CString& sourcePath, int type, const CVector& centre,
+                                 const CVector& size, double rotation);
+    /// `data` comes from malloc, the caller frees it; ignore it when the result is 0.
+    int ReadBackgroundImageFile(std::uint8_t*& data, std::uint32_t& length, int& type,
+                                CVector& centre, CVector& size, double& rotation);
+    int DeleteBackgroundImageFile();
+    int IsBackgroundImageFile();
+    /// 0 unless brightness is -255 to 255 and contrast 0 to 65000.
+    int SetBackgroundImageSettings(int brightness, int contrast, int monotone);
+    void GetBackgroundImageSettings(int& brightness, int& contrast, int& monotone);
+    void SetBackgroundColor(std::uint32_t color);
+    std::uint32_t GetBackgroundColor();
+
+ private:
+    friend class CqBatch;
+    friend class CqJobCheck;
+    friend class JobStep;
+
+    /// What a step gives back when it is undone beside the tables and their indexes.
+    struct Defaults {
+        std::int32_t color = 256;
+        std::int32_t plineLine = 256;
+        std::int32_t plineCode = 0;
+        std::uint16_t group = 0;
+        CVector boundMax;
+        CVector boundMin;
+    };
+
+    void Create(const CString& path);
+    void OpenMounted();
+    void MountVolume(const CString& path, bool readOnly);
+    void SetDefaultSetting();
+    static CString GetProjectPath(const CString& path);
+    int GetInformation(std::uint32_t mask, SVDB_INFORMATION& info) const;
+
+    void KeepStep() noexcept;
+    void UndoStep() noexcept;
+
+    int CheckGroup(const CString& jobPath);
+    [[nodiscard]] int CnvInvalidGroup(std::uint16_t id) const;
+
+    int ReadCurrentCadEntityRec(CqCadEntity*& e) const;
+    int EditEntityAndVertices(CqHandle h, bool layer, std::int32_t value);
+
+    void InitBoundData();
+    void UpdateBound(const CVector& p);
+    void UpdateBoundData(double n, double e);
+    void UpdateBoundData(double n, double e, double r);
+    int MakeBoundData();
+
+    int SetDefaultSettingsIniFile();
+    int CreateSettingsIniFile();
+    int ReadSettingsIniFile();
+    int WriteSettingsIniFile();
+    int CheckSettingsIniFile();
+    int CheckSettingsIniFileSections();
+    int CheckSettingsIniFileKeys();
+    int CheckSettingsIniFileValue();
+    static int CheckJCoordDivision(int value);
+    static int CheckImageBrightness(int value);
+    static int CheckImageContrast(int value);
+    static int CheckImageMonotoneMode(int value);
+    static int CheckSettingsIniFileReserved(const CString& section, const CString& key);
+
+    CString m_mountName;
+    std::unique_ptr<CqBitmapTable> m_bitmaps;
+    std::unique_ptr<CqCircleTable> m_circles;
+    std::unique_ptr<CqEntityTable> m_entities;
+    std::unique_ptr<CqLayerTable> m_layers;
+    std::unique_ptr<CqPlineTable> m_plines;
+    std::unique_ptr<CqPointTable> m_points;
+    std::unique_ptr<CqLinkTable> m_links;
+    std::unique_ptr<CqTextTable> m_texts;
+    std::unique_ptr<CqVertexTable> m_vertices;
+    std::unique_ptr<CqGroupTable> m_groups;
+    std::unique_ptr<CqDescriptionStore> m_descriptions;
+    std::int32_t m_currentColor = 256;
+    std::int32_t m_plineLine = 256;
+    std::int32_t m_plineCode = 0;
+    CVector m_vecBoundMax;
+    CVector m_vecBoundMin;
+    std::uint16_t m_currentGroup = 0;
+    std::unique_ptr<CqSettingsFile> m_settings;
+
+    mutable Defaults m_beforeStep;
+    mutable std::uint32_t m_stepDepth = 0;
+    std::uint32_t m_batchNumber = 0;
+    bool m_batchOpen = false;
+};
+
+}  // namespace cqsurvey

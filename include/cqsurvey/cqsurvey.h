@@ -1,0 +1,18 @@
+#pragma once
+
+/// The job database of a field surveying application: everything an application needs.
+
+#include "cqsurvey/CException.h"
+#include "cqsurvey/CQrfsFileException.h"
+#include "cqsurvey/CVector.h"
+#include "cqsurvey/CqBatch.h"
+#include "cqsurvey/CqCadEntity.h"
+#include "cqsurvey/CqCadEntityList.h"
+#include "cqsurvey/CqCoordRec.h"
+#include "cqsurvey/CqJobCheck.h"
+#include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/CqSurveyException.h"
+#include "cqsurvey/ErrorCodes.h"
+#include "cqsurvey/Records.h"
+#include "cqsurvey/Text.h"
+#include "cqsurvey/Types.h"
