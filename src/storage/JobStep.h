@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+#include <utility>
+
+#include "cqsurvey/CQrfsFileException.h"
+#include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/CqSurveyException.h"
+
+namespace cqsurvey {
+
+/// One atomic step of a job: an operation that changes the job, or a part of the step around it.
+/// The outermost one reaches the disk when it ends. What lives in memory beside the tables follows
+/// its fate through KeepStep and UndoStep of the objects that hold it.
+class JobStep {
+ public:
+    explicit JobStep(const CqSurveyDB& db);
+    JobStep(const JobStep&) = delete;
+    JobStep& operator=(const JobStep&) = delete;
+    /// Undoes the step unless it has ended.
+    ~JobStep();
+
+    /// Ends the step; the outermost one is written. Throws when that fails, with everything undone.
+    void Commit();
+
+    /// Ends the step after a failure with this code: after a refusal of the store the changes made
+    /// so far are kept, after a failure of the medium or of memory they are undone.
+    void EndFailed(std::int32_t code) noexcept;
+
+ private:
+    void Undo() noexcept;
+
+    CqSurveyDB& m_db;
+    bool m_ended = false;
+};
+
+/// Runs `body` as one step of the job and returns its result.
+template <class Body>
+auto Atomically(const CqSurveyDB& db, Body&& body) {
+    JobStep step(db);
+    try {
+        if constexpr (std::is_void_v<decltype(body())>) {
+            std::forward<Body>(body)();
+            step.Commit();
+        } else {
+            auto result = std::forward<Body>(body)();
+            step.Commit();
+            return result;
+        }
+    } catch (const CqSurveyException& failure) {
+        step.EndFailed(failure.m_code);
+        throw;
+    } catch (const CQrfsFileException& failure) {
+        step.EndFailed(failure.m_code);
+        throw;
+    }
+}
+
+}  // namespace cqsurvey
