@@ -20,6 +20,7 @@ namespace {
 
 constexpr int kUtf8Page = 65001;
 constexpr char16_t kReplacement = 0xFFFD;
+constexpr std::u16string_view kWhiteSpace = u" \t\r\n\v\f";
 
 std::atomic<int> g_codePage{kUtf8Page};
 
@@ -344,6 +345,15 @@ std::size_t WholeUtf16Prefix(std::u16string_view text, std::size_t maxUnits) {
     }
     const bool splits = IsHighSurrogate(text[maxUnits - 1]) && IsLowSurrogate(text[maxUnits]);
     return splits ? maxUnits - 1 : maxUnits;
+}
+
+std::u16string_view TrimRight(std::u16string_view text) {
+    return text.substr(0, text.find_last_not_of(kWhiteSpace) + 1);
+}
+
+std::u16string_view Trim(std::u16string_view text) {
+    const std::u16string_view right = TrimRight(text);
+    return right.substr(std::min(right.find_first_not_of(kWhiteSpace), right.size()));
 }
 
 std::string ToUtf8(const CString& text) {

@@ -24,6 +24,11 @@ namespace cqsurvey {
 /// end between the two halves of a surrogate pair.
 [[nodiscard]] std::size_t WholeUtf16Prefix(std::u16string_view text, std::size_t maxUnits);
 
+/// The text without white space (space, tab, carriage return, line feed, vertical tab, form feed)
+/// at its end, or at both ends.
+[[nodiscard]] std::u16string_view TrimRight(std::u16string_view text);
+[[nodiscard]] std::u16string_view Trim(std::u16string_view text);
+
 /// The code point that begins at text[index], of which `index` is moved past; a surrogate without
 /// its partner counts as itself.
 [[nodiscard]] char32_t NextCodePoint(std::u16string_view text, std::size_t& index);
