@@ -1,6 +1,13 @@
 #include <memory>
+#include <string>
 
+#include "cqsurvey/CqBitmapCadEntity.h"
+#include "cqsurvey/CqCircleCadEntity.h"
+#include "cqsurvey/CqPlineCadEntity.h"
+#include "cqsurvey/CqSiPntCadEntity.h"
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/CqTextCadEntity.h"
+#include "cqsurvey/CqVertexCadEntity.h"
 #include "storage/CqBitmapTable.h"
 #include "storage/CqCircleTable.h"
 #include "storage/CqEntityTable.h"
@@ -11,7 +18,6 @@
 #include "storage/CqTextTable.h"
 #include "storage/CqVertexTable.h"
 #include "storage/JobStep.h"
-#include "storage/ThrowStorageError.h"
 
 namespace cqsurvey {
 
