@@ -7,6 +7,7 @@
 #include "cqsurvey/Records.h"
 #include "storage/CqRecordTable.h"
 #include "storage/JobSchema.h"
+#include "storage/PointRecords.h"
 
 namespace cqsurvey {
 
@@ -19,7 +20,7 @@ class PointView;
 /// The table does not maintain them by itself: whoever changes a name or a feature code takes the
 /// record out of index and view before and enters it again after. What is said of the current
 /// record means its values in the buffer.
-class CqPointTable : public CqRecordTable<PointLayout> {
+class CqPointTable : public CqRecordTable<PointLayout>, private PointRecords {
  public:
     CqPointTable();
     ~CqPointTable() override;
@@ -69,6 +70,9 @@ class CqPointTable : public CqRecordTable<PointLayout> {
     void UndoStep() noexcept;
 
  private:
+    [[nodiscard]] const std::byte* Peek(CqHandle handle) const override;
+    [[nodiscard]] ViewContent Stage(const ViewSetting& setting);
+
     std::unique_ptr<PointNameIndex> m_names;
     std::unique_ptr<PointView> m_view;
 };
