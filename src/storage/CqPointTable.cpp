@@ -8,11 +8,17 @@
 
 namespace cqsurvey {
 
-CqPointTable::CqPointTable()
-    : m_names(std::make_unique<PointNameIndex>(*this)),
-      m_view(std::make_unique<PointView>(*this)) {}
+CqPointTable::CqPointTable() {
+    ClearIndexes();
+}
 
 CqPointTable::~CqPointTable() = default;
+
+void CqPointTable::ClearIndexes() {
+    const PointRecords& records = *this;
+    m_names = std::make_unique<PointNameIndex>(records);
+    m_view = std::make_unique<PointView>(records);
+}
 
 const std::byte* CqPointTable::Peek(CqHandle handle) const {
     return QrdbPeekRecord(m_hTable, handle);
@@ -40,8 +46,7 @@ void CqPointTable::Open(const CString& name) {
 }
 
 void CqPointTable::Close() {
-    m_names = std::make_unique<PointNameIndex>(*this);
-    m_view = std::make_unique<PointView>(*this);
+    ClearIndexes();
     CqRecordTable::Close();
 }
 
@@ -117,7 +122,6 @@ void CqPointTable::KeepStep() noexcept {
 }
 
 void CqPointTable::UndoStep() noexcept {
-    m_bLoaded = 0;
     m_names->UndoStep();
     m_view->UndoStep();
 }

@@ -51,7 +51,7 @@ class CqPointTable : public CqRecordTable<PointLayout>, private PointRecords {
     /// values; called before a name or a feature code is changed and before a record is deleted.
     void RemoveFromView();
     /// Enters the survey-point entity of an admitted point among the view's entities.
-    void EnterEntity(CqHandle entity, CqHandle point);
+    void EnterEntity(CqHandle entity);
     /// Whether the entity is that of a point in the view.
     [[nodiscard]] bool IsEntityInView(CqHandle entity) const;
 
@@ -71,7 +71,9 @@ class CqPointTable : public CqRecordTable<PointLayout>, private PointRecords {
 
  private:
     [[nodiscard]] const std::byte* Peek(CqHandle handle) const override;
-    [[nodiscard]] ViewContent Stage(const ViewSetting& setting);
+    void ClearIndexes();
+    template <class Visit>
+    void ForEachRecord(Visit&& visit);
 
     std::unique_ptr<PointNameIndex> m_names;
     std::unique_ptr<PointView> m_view;
