@@ -54,8 +54,14 @@ int CqSurveyDB::StoreBackgroundImageFile(const CString& sourcePath, int type, co
             // A source that cannot be opened fails at its first read.
             static_cast<void>(source.OpenToRead(sourcePath));
         }
-        if (QrfsCreateFile(imagePath, 0) == 0 && QrfsGetLastError() != error::kFileExists) {
-            return 0;
+        if (QrfsCreateFile(imagePath, 0) == 0) {
+            const std::int32_t failure = QrfsGetLastError();
+            if (failure == error::kAccessDenied) {
+                ThrowStorageError(failure);
+            }
+            if (failure != error::kFileExists) {
+                return 0;
+            }
         }
         const std::int32_t image = QrfsOpenFile(imagePath, kModeWrite);
         if (image == -1) {

@@ -182,7 +182,15 @@ int CqSurveyDB::ReadSettingsIniFile() {
 }
 
 int CqSurveyDB::WriteSettingsIniFile() {
-    return m_settings->Write(m_mountName + m_SettingsPath);
+    if (m_settings->Write(m_mountName + m_SettingsPath) != 0) {
+        return 1;
+    }
+    // A job that can only be read must not seem changed until it is closed.
+    if (QrfsGetLastError() == error::kAccessDenied) {
+        m_settings->UndoStep();
+        ThrowStorageError(error::kAccessDenied);
+    }
+    return 0;
 }
 
 int CqSurveyDB::CheckSettingsIniFile() {
