@@ -45,7 +45,7 @@ std::vector<CqHandle> CqLinkTable::ListByPoint(CqHandle point) const {
 }
 
 void CqLinkTable::AppendLink(CqHandle point, CqHandle vertex) {
-    ReserveOneMore();
+    Reserve(1);
     Layout::Bytes record{};
     Layout::Set<"PointDataID">(record.data(), point);
     Layout::Set<"VertexDataID">(record.data(), vertex);
@@ -60,7 +60,7 @@ int CqLinkTable::Unlink(CqHandle point, CqHandle vertex) {
     }
     const CqHandle link = GetCurrentHandle();
     const CqHandle tiedPoint = Get<"PointDataID">();
-    m_changes.ReserveOneMore();
+    m_changes.Reserve(1);
     m_changes.Push({Change::kVertexForgotten, vertex, tiedPoint, 0, {link, 0, 0}});
     ForgetVertex(vertex);
     if (point != 0 && point != tiedPoint) {
@@ -68,7 +68,7 @@ int CqLinkTable::Unlink(CqHandle point, CqHandle vertex) {
     }
     if (tiedPoint != 0) {
         const Place place = PlaceOf(link);
-        m_changes.ReserveOneMore();
+        m_changes.Reserve(1);
         m_changes.Push({Change::kRemovedFromList, vertex, tiedPoint, 0, place});
         RemoveFromList(tiedPoint, place);
     }
@@ -164,11 +164,11 @@ void CqLinkTable::RemoveFromList(CqHandle point, const Place& place) {
     m_places.EraseAt(FindEntry(m_places, &Place::link, place.link));
 }
 
-void CqLinkTable::ReserveOneMore() {
-    m_vertices.ReserveOneMore();
-    m_points.ReserveOneMore();
-    m_places.ReserveOneMore();
-    m_changes.ReserveOneMore();
+void CqLinkTable::Reserve(1) {
+    m_vertices.Reserve(1);
+    m_points.Reserve(1);
+    m_places.Reserve(1);
+    m_changes.Reserve(1);
 }
 
 void CqLinkTable::DropIndexes() {
