@@ -45,7 +45,7 @@ std::vector<CqHandle> CqLinkTable::ListByPoint(CqHandle point) const {
 }
 
 void CqLinkTable::AppendLink(CqHandle point, CqHandle vertex) {
-    Reserve(1);
+    ReserveOneMore();
     Layout::Bytes record{};
     Layout::Set<"PointDataID">(record.data(), point);
     Layout::Set<"VertexDataID">(record.data(), vertex);
@@ -164,10 +164,10 @@ void CqLinkTable::RemoveFromList(CqHandle point, const Place& place) {
     m_places.EraseAt(FindEntry(m_places, &Place::link, place.link));
 }
 
-void CqLinkTable::Reserve(1) {
-    m_vertices.Reserve(1);
-    m_points.Reserve(1);
-    m_places.Reserve(1);
+void CqLinkTable::ReserveOneMore() {
+    m_vertices.ReserveOneMore();
+    m_points.ReserveOneMore();
+    m_places.ReserveOneMore();
     m_changes.Reserve(1);
 }
 
