@@ -392,17 +392,18 @@ void Volume::CheckSchema() {
         if (type == "view" && sql.starts_with("CREATE VIEW ")) {
             continue;
         }
+        const bool own = type == "index" && sql.empty() && indexes.erase(name) != 0;
+        if (type != "table" && !own) {
+            throw StoreFailure(error::kDamaged,
+                               "the file holds a foreign " + type + " \"" + name + "\"");
+        }
         const std::int64_t root = sqlite3_column_int64(rows.Get(), 4);
         if (root < 2 || !roots.insert(root).second) {
             throw StoreFailure(error::kDamaged,
                                type + " \"" + name + "\" begins at page " + std::to_string(root));
         }
-        if (type == "index" && sql.empty() && indexes.erase(name) != 0) {
+        if (own) {
             continue;
-        }
-        if (type != "table") {
-            throw StoreFailure(error::kDamaged,
-                               "the file holds a foreign " + type + " \"" + name + "\"");
         }
         if (Contains(kHarmlessTables, name)) {
             continue;

@@ -142,6 +142,7 @@ void VolumeFile::SetLength(std::uint32_t length) {
     }
     m_length = length;
     if (blocks < m_savedBlocks) {
+        const SqlBudget budget(m_connection);
         SqlStatement remove(m_connection,
                             "DELETE FROM Volume_Block WHERE Position >= ?1 AND Position < ?2");
         remove.BindInt(1, Position(blocks));
