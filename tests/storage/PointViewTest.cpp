@@ -233,11 +233,13 @@ TEST_P(PointViewOverTime, IsWhatThePlainProcedureMakes) {
     ViewDice dice(GetParam());
     const bool wrapping = GetParam() % 2 == 0;
     CqHandle highest = 0;
+    CqHandle regrouped = 0;
     int stale = 0;
     Keep();
     for (int step = 0; step < 6000; ++step) {
         const std::uint32_t action = dice.Below(100);
-        auto point = model.points.lower_bound(dice.Below(highest + 1));
+        // What goes wrong with a point goes wrong soon after it was put into another group.
+        auto point = model.points.lower_bound(dice.OneIn(3) ? regrouped : dice.Below(highest + 1));
         const CqHandle chosen = point == model.points.end() ? 0 : point->first;
         if (action < 40 || chosen == 0) {
             ++highest;
@@ -255,6 +257,7 @@ TEST_P(PointViewOverTime, IsWhatThePlainProcedureMakes) {
             Edit(chosen, dice.OneIn(2) ? dice.Name() : point->second.name, dice.Code(wrapping));
         } else if (action < 75) {
             Regroup(chosen, static_cast<std::uint16_t>(dice.Below(3)));
+            regrouped = chosen;
         } else if (action < 90) {
             Delete(chosen);
         } else if (action == 90) {
