@@ -23,6 +23,7 @@ class CQSURVEY_API CqCadEntityList {
     /// The object at `index`, still owned by the list; null outside 0 to GetCount() - 1.
     [[nodiscard]] CqCadEntity* GetAt(std::size_t index) const;
 
+    /// A null object is not added.
     void AddTail(std::unique_ptr<CqCadEntity> entity);
 
  private:

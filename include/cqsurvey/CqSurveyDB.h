@@ -325,6 +325,9 @@ class CQSURVEY_API CqSurveyDB {
     static CString GetProjectPath(const CString& path);
     int GetInformation(std::uint32_t mask, SVDB_INFORMATION& info) const;
 
+    void BeginStep();
+    void CommitStep();
+    void RollbackStep() noexcept;
     void KeepStep() noexcept;
     void UndoStep() noexcept;
 

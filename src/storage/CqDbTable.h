@@ -51,6 +51,12 @@ class CqDbTable {
 
     [[nodiscard]] bool IsOpen() const { return m_hTable != 0; }
 
+    /// The handle of the open table in the store, 0 when none is.
+    [[nodiscard]] std::uint32_t GetTable() const { return m_hTable; }
+
+    /// The table may have changed behind the buffer: the next access loads the record again.
+    void ForgetLoaded() noexcept { m_bLoaded = 0; }
+
     /// The records of a table that is not open; 0 when it cannot be opened.
     static std::int32_t CountRecords(const CString& name);
 

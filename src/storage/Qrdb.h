@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "cqsurvey/Types.h"
@@ -64,6 +65,10 @@ int QrdbReadMemo(std::uint32_t table, char16_t* buffer, std::uint16_t maxBytes,
 int QrdbGoToRecord(std::uint32_t table, std::uint32_t record);
 /// 0 when there is no current record.
 std::uint32_t QrdbGetCurrentHandle(std::uint32_t table);
+
+/// The packed bytes of a record without moving to it; null when there is none or on failure. They
+/// stay valid until the table is changed.
+const std::byte* QrdbPeekRecord(std::uint32_t table, std::uint32_t record);
 
 /// Adds a view for people who open the volume with other tools; the store never reads it. `sql` is
 /// the statement behind "CREATE VIEW name AS".

@@ -105,6 +105,18 @@ struct Text {
             StoreLittle<char16_t>(bytes + 2 * i, value[i]);
         }
     }
+    /// Whether the stored text is exactly `value`, which is not cut.
+    static bool Equal(const std::byte* bytes, std::u16string_view value) {
+        if (Length(bytes) != value.size()) {
+            return false;
+        }
+        for (std::size_t i = 0; i < value.size(); ++i) {
+            if (LoadLittle<char16_t>(bytes + 2 * i) != value[i]) {
+                return false;
+            }
+        }
+        return true;
+    }
     static std::size_t Length(const std::byte* bytes) {
         std::size_t length = 0;
         while (length < kCapacity && LoadLittle<char16_t>(bytes + 2 * length) != 0) {

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "cqsurvey/CVector.h"
+#include "cqsurvey/CqCadEntity.h"
+#include "cqsurvey/Export.h"
+#include "cqsurvey/Types.h"
+
+namespace cqsurvey {
+
+/// A picture placed at a point and named by a resource. Its size along y is not kept by the job.
+class CQSURVEY_API CqBitmapCadEntity : public CqCadEntity {
+ public:
+    CqBitmapCadEntity() = default;
+    CqBitmapCadEntity(const CqBitmapCadEntity&) = default;
+    CqBitmapCadEntity& operator=(const CqBitmapCadEntity&) = default;
+    ~CqBitmapCadEntity() override;
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] double GetHeight() const override;
+    [[nodiscard]] const CVector& GetSize() const override;
+    int SetSize(const CVector& size) override;
+    [[nodiscard]] const CString& GetResName() const override;
+    int SetResName(const CString& resName) override;
+
+ private:
+    friend class CqSurveyDB;
+
+    CVector m_size;
+    CString m_resName;
+};
+
+}  // namespace cqsurvey

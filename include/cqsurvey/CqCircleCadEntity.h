@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+
+#include "cqsurvey/CqCadEntity.h"
+#include "cqsurvey/Export.h"
+#include "cqsurvey/Types.h"
+
+namespace cqsurvey {
+
+/// A circle about its point.
+class CQSURVEY_API CqCircleCadEntity : public CqCadEntity {
+ public:
+    CqCircleCadEntity() = default;
+    CqCircleCadEntity(const CqCircleCadEntity&) = default;
+    CqCircleCadEntity& operator=(const CqCircleCadEntity&) = default;
+    ~CqCircleCadEntity() override;
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] int GetCode() const override;
+    int SetCode(int code) override;
+    [[nodiscard]] double GetRadius() const override;
+    int SetRadius(double radius) override;
+    [[nodiscard]] int GetLine() const override;
+
+ private:
+    friend class CqSurveyDB;
+
+    double m_radius = 0.0;
+    std::int32_t m_line = 0;
+    std::int32_t m_code = 0;
+};
+
+}  // namespace cqsurvey

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+
+#include "cqsurvey/CVector.h"
+#include "cqsurvey/CqCadEntity.h"
+#include "cqsurvey/Export.h"
+#include "cqsurvey/Types.h"
+
+namespace cqsurvey {
+
+/// The head of a polyline; its vertices follow it in the drawing.
+class CQSURVEY_API CqPlineCadEntity : public CqCadEntity {
+ public:
+    /// With a bound that any point widens: minimum above maximum.
+    CqPlineCadEntity();
+    CqPlineCadEntity(const CqPlineCadEntity&) = default;
+    CqPlineCadEntity& operator=(const CqPlineCadEntity&) = default;
+    ~CqPlineCadEntity() override;
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] int GetCode() const override;
+    int SetCode(int code) override;
+    void GetBound(CVector& min, CVector& max) const override;
+    void UpdateBound(const CVector& v) override;
+    [[nodiscard]] int GetLine() const override;
+
+ private:
+    friend class CqSurveyDB;
+
+    CVector m_boundMin;
+    CVector m_boundMax;
+    std::int32_t m_line = 0;
+    std::int32_t m_code = 0;
+};
+
+}  // namespace cqsurvey

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "cqsurvey/CqCadEntity.h"
+#include "cqsurvey/CqCoordRec.h"
+#include "cqsurvey/Export.h"
+#include "cqsurvey/Types.h"
+
+namespace cqsurvey {
+
+/// The symbol of a surveyed point.
+class CQSURVEY_API CqSiPntCadEntity : public CqCadEntity {
+ public:
+    CqSiPntCadEntity() = default;
+    CqSiPntCadEntity(const CqSiPntCadEntity&) = delete;
+    CqSiPntCadEntity& operator=(const CqSiPntCadEntity&) = delete;
+    ~CqSiPntCadEntity() override;
+
+    [[nodiscard]] SurveyCoordType GetDataOrigin() const { return m_dataOrigin; }
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] const CString& GetName() const override;
+    int SetName(const CString& name) override;
+    [[nodiscard]] int GetCode() const override;
+    int SetCode(int code) override;
+    [[nodiscard]] int GetMcadNumVertex() const override;
+    [[nodiscard]] CqHandle GetMcadVertexHandle(int index) const override;
+
+ private:
+    friend class CqSurveyDB;
+
+    CString m_name;
+    std::int32_t m_code = 0;
+    SurveyCoordType m_dataOrigin{};
+    std::vector<CqHandle> m_vertexHandles;
+};
+
+}  // namespace cqsurvey

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+
+#include "cqsurvey/CqCadEntity.h"
+#include "cqsurvey/Export.h"
+#include "cqsurvey/Types.h"
+
+namespace cqsurvey {
+
+/// A text with its insertion point. What its alignments, style bits, interval and thickness mean is
+/// the application's.
+class CQSURVEY_API CqTextCadEntity : public CqCadEntity {
+ public:
+    CqTextCadEntity() = default;
+    CqTextCadEntity(const CqTextCadEntity&) = default;
+    CqTextCadEntity& operator=(const CqTextCadEntity&) = default;
+    ~CqTextCadEntity() override;
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] int GetCode() const override;
+    int SetCode(int code) override;
+    [[nodiscard]] const CString& GetText() const override;
+    int SetText(const CString& text) override;
+    [[nodiscard]] int GetAlign() const override;
+    int SetAlign(int align) override;
+    [[nodiscard]] const CString& GetStyle() const override;
+    int SetStyle(const CString& style) override;
+    [[nodiscard]] double GetHeight() const override;
+    int SetHeight(double height) override;
+    [[nodiscard]] double GetRot() const override;
+    int SetRot(double rot) override;
+    [[nodiscard]] std::uint32_t GetOptionStyle() const override;
+    [[nodiscard]] int GetInterval() const override;
+    [[nodiscard]] int GetThickness() const override;
+
+ private:
+    friend class CqSurveyDB;
+
+    CString m_text;
+    std::int32_t m_align = 0;
+    CString m_style;
+    double m_height = 0.0;
+    double m_rotation = 0.0;
+    std::int32_t m_code = 0;
+    std::uint32_t m_optionStyle = 0;
+    std::int32_t m_interval = 0;
+    std::int32_t m_thickness = 0;
+};
+
+}  // namespace cqsurvey

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "cqsurvey/CqCadEntity.h"
+#include "cqsurvey/Export.h"
+#include "cqsurvey/Types.h"
+
+namespace cqsurvey {
+
+/// One vertex of a polyline.
+class CQSURVEY_API CqVertexCadEntity : public CqCadEntity {
+ public:
+    CqVertexCadEntity() = default;
+    CqVertexCadEntity(const CqVertexCadEntity&) = default;
+    CqVertexCadEntity& operator=(const CqVertexCadEntity&) = default;
+    ~CqVertexCadEntity() override;
+
+    [[nodiscard]] EntType GetType() const override;
+    [[nodiscard]] double GetBulge() const override;
+    int SetBulge(double bulge) override;
+    [[nodiscard]] CqHandle GetPlineHandle() const override;
+    [[nodiscard]] CqHandle GetPrevVertexHandle() const override;
+    [[nodiscard]] CqHandle GetNextVertexHandle() const override;
+    [[nodiscard]] CqHandle GetMcadSiPointHandle() const override;
+    void UpdateExtent(CqCadEntity* pline, const CqCadEntity* nextVertex) override;
+
+ private:
+    friend class CqSurveyDB;
+
+    double m_bulge = 0.0;
+    CqHandle m_plineHandle = 0;
+    CqHandle m_prevVertexHandle = 0;
+    CqHandle m_nextVertexHandle = 0;
+    CqHandle m_siPointHandle = 0;
+};
+
+}  // namespace cqsurvey

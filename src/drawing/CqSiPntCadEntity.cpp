@@ -1,0 +1,42 @@
+#include "cqsurvey/CqSiPntCadEntity.h"
+
+#include <cstddef>
+
+namespace cqsurvey {
+
+CqSiPntCadEntity::~CqSiPntCadEntity() = default;
+
+EntType CqSiPntCadEntity::GetType() const {
+    return EntSiPnt;
+}
+
+const CString& CqSiPntCadEntity::GetName() const {
+    return m_name;
+}
+
+int CqSiPntCadEntity::SetName(const CString& name) {
+    m_name = name;
+    return 1;
+}
+
+int CqSiPntCadEntity::GetCode() const {
+    return m_code;
+}
+
+int CqSiPntCadEntity::SetCode(int code) {
+    m_code = code;
+    return 1;
+}
+
+int CqSiPntCadEntity::GetMcadNumVertex() const {
+    return static_cast<int>(m_vertexHandles.size());
+}
+
+CqHandle CqSiPntCadEntity::GetMcadVertexHandle(int index) const {
+    if (index < 0 || static_cast<std::size_t>(index) >= m_vertexHandles.size()) {
+        return 0;
+    }
+    return m_vertexHandles[static_cast<std::size_t>(index)];
+}
+
+}  // namespace cqsurvey

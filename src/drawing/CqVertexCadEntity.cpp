@@ -1,0 +1,95 @@
+#include "cqsurvey/CqVertexCadEntity.h"
+
+#include <array>
+#include <cmath>
+#include <utility>
+
+#include "cqsurvey/CVector.h"
+
+namespace cqsurvey {
+
+namespace {
+
+/// A flatter arc counts as straight.
+constexpr double kFlatBulge = 1e-8;
+
+CVector PlanPoint(const CqCadEntity& entity) {
+    std::array<double, 3> point;
+    entity.GetPoint(point.data());
+    return {point[0], point[1]};
+}
+
+/// Counted counter-clockwise from the positive x axis, which closes quadrant 3.
+int Quadrant(const CVector& v) {
+    if (v.GetX() > 0.0) {
+        return v.GetY() > 0.0 ? 0 : 3;
+    }
+    return v.GetY() > 0.0 ? 1 : 2;
+}
+
+}  // namespace
+
+CqVertexCadEntity::~CqVertexCadEntity() = default;
+
+EntType CqVertexCadEntity::GetType() const {
+    return EntVertex;
+}
+
+double CqVertexCadEntity::GetBulge() const {
+    return m_bulge;
+}
+
+int CqVertexCadEntity::SetBulge(double bulge) {
+    m_bulge = bulge;
+    return 1;
+}
+
+CqHandle CqVertexCadEntity::GetPlineHandle() const {
+    return m_plineHandle;
+}
+
+CqHandle CqVertexCadEntity::GetPrevVertexHandle() const {
+    return m_prevVertexHandle;
+}
+
+CqHandle CqVertexCadEntity::GetNextVertexHandle() const {
+    return m_nextVertexHandle;
+}
+
+CqHandle CqVertexCadEntity::GetMcadSiPointHandle() const {
+    return m_siPointHandle;
+}
+
+void CqVertexCadEntity::UpdateExtent(CqCadEntity* pline, const CqCadEntity* nextVertex) {
+    CVector p = PlanPoint(*this);
+    pline->UpdateBound(p);
+    if (!(std::fabs(m_bulge) > kFlatBulge) || nextVertex == nullptr) {
+        return;
+    }
+    CVector q = PlanPoint(*nextVertex);
+    const CVector c = CVector::CalcArcCenter(p, q, 4.0 * std::atan(m_bulge));
+    if (m_bulge < 0.0) {
+        std::swap(p, q);
+    }
+    const CVector a = p - c;
+    const CVector b = q - c;
+    const double r = a.UNorm();
+
+    // The arc now runs counter-clockwise from a to b; on entering a quadrant it passes the extreme
+    // of the circle that lies on the axis between.
+    const int start = Quadrant(a);
+    int end = Quadrant(b);
+    if (end < start) {
+        end += 4;
+    }
+    if (std::fabs(m_bulge) > 1.0 && end == start) {
+        end += 4;
+    }
+    const std::array<CVector, 4> extremes{CVector(r, 0.0), CVector(0.0, r), CVector(-r, 0.0),
+                                          CVector(0.0, -r)};
+    for (int i = start + 1; i <= end; ++i) {
+        pline->UpdateBound(c + extremes[static_cast<std::size_t>(i % 4)]);
+    }
+}
+
+}  // namespace cqsurvey

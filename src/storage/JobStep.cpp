@@ -1,0 +1,62 @@
+#include "storage/JobStep.h"
+
+#include "cqsurvey/ErrorCodes.h"
+
+namespace cqsurvey {
+
+namespace {
+
+/// After these the medium or the memory is in doubt, so nothing of the step is kept.
+bool IsFailureOfMedium(std::int32_t code) {
+    return code == error::kOutOfMemory || code == error::kReadWriteFailed ||
+           code == error::kVolumeFull || code == error::kDamaged;
+}
+
+}  // namespace
+
+// Operations that are const in the exported interface change the job all the same; a CqSurveyDB
+// that is itself const cannot have a job open.
+JobStep::JobStep(const CqSurveyDB& db)
+    : m_db(const_cast<CqSurveyDB&>(db)) {  // NOLINT(cppcoreguidelines-pro-type-const-cast)
+    if (m_db.m_stepDepth == 0) {
+        m_db.BeginStep();
+    }
+    ++m_db.m_stepDepth;
+}
+
+JobStep::~JobStep() {
+    if (!m_ended) {
+        Undo();
+    }
+}
+
+void JobStep::Undo() noexcept {
+    m_ended = true;
+    if (--m_db.m_stepDepth == 0) {
+        m_db.RollbackStep();
+    }
+}
+
+void JobStep::Commit() {
+    m_ended = true;
+    if (--m_db.m_stepDepth == 0) {
+        m_db.CommitStep();
+    }
+}
+
+void JobStep::EndFailed(std::int32_t code) noexcept {
+    if (m_ended) {
+        return;
+    }
+    if (IsFailureOfMedium(code)) {
+        Undo();
+        return;
+    }
+    try {
+        Commit();
+    } catch (const CqSurveyException&) {
+        // Everything is undone then, and the failure that ended the operation is on its way.
+    }
+}
+
+}  // namespace cqsurvey

@@ -1,0 +1,77 @@
+#include "storage/MountRegistry.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "cqsurvey/Text.h"
+#include "platform/HostFile.h"
+#include "storage/StoreFailure.h"
+
+namespace cqsurvey {
+
+MountRegistry& MountRegistry::Get() {
+    static MountRegistry registry;
+    return registry;
+}
+
+void MountRegistry::Mount(const CString& path, const CString& mountName, bool readOnly) {
+    if (path.empty() || mountName.empty() || mountName.find(u':') != CString::npos) {
+        throw StoreFailure(error::kInvalidArgument,
+                           "a mount needs a path and a name without colon");
+    }
+    const std::scoped_lock lock(m_mutex);
+    if (m_volumes.contains(mountName)) {
+        throw StoreFailure(error::kMountNameInUse, ToUtf8(mountName));
+    }
+    const std::string hostPath = ToUtf8(path);
+    const Volume::Identity identity = Volume::Identify(hostPath);
+    for (const auto& [name, volume] : m_volumes) {
+        if (volume->GetIdentity() == identity) {
+            throw StoreFailure(error::kVolumeMounted, hostPath);
+        }
+    }
+    m_volumes.emplace(mountName, std::make_unique<Volume>(hostPath, identity, readOnly));
+}
+
+void MountRegistry::Unmount(const CString& mountName) {
+    const std::scoped_lock lock(m_mutex);
+    const auto found = m_volumes.find(mountName);
+    if (found == m_volumes.end()) {
+        throw StoreFailure(error::kNoMount, ToUtf8(mountName));
+    }
+    const Volume* volume = found->second.get();
+    m_tables.RemoveIf([&](const TableCursor& cursor) { return cursor.volume == volume; });
+    m_files.RemoveIf([&](const FileCursor& cursor) { return cursor.volume == volume; });
+    m_volumes.erase(found);
+}
+
+bool MountRegistry::IsMounted(const CString& hostPath) {
+    struct stat status {};
+    if (stat(HostPath(hostPath).c_str(), &status) != 0) {
+        return false;
+    }
+    const Volume::Identity identity{status.st_dev, status.st_ino};
+    const std::scoped_lock lock(m_mutex);
+    return std::any_of(m_volumes.begin(), m_volumes.end(),
+                       [&](const auto& entry) { return entry.second->GetIdentity() == identity; });
+}
+
+Volume& MountRegistry::Find(const CString& mountName) {
+    const std::scoped_lock lock(m_mutex);
+    const auto found = m_volumes.find(mountName);
+    if (found == m_volumes.end()) {
+        throw StoreFailure(error::kNoMount, "\"" + ToUtf8(mountName) + "\"");
+    }
+    return *found->second;
+}
+
+std::pair<Volume*, CString> MountRegistry::Resolve(const CString& path) {
+    const std::size_t colon = path.find(u":/");
+    if (colon == CString::npos) {
+        throw StoreFailure(error::kNoMount, "\"" + ToUtf8(path) + "\" names no volume");
+    }
+    return {&Find(path.substr(0, colon)), path.substr(colon + 2)};
+}
+
+}  // namespace cqsurvey

@@ -1,0 +1,127 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace cqsurvey {
+
+/// Spreads record numbers evenly over the range of a hash.
+[[nodiscard]] constexpr std::uint32_t HashHandle(std::uint32_t handle) noexcept {
+    std::uint32_t hash = handle * 0x9E3779B1U;
+    hash ^= hash >> 15;
+    return hash * 0x85EBCA77U;
+}
+
+/// An open addressing table with linear probing: one array of slots, 0.7 to 0.875 of it in use once
+/// it has grown. A slot type is a small value with `IsFree()`, true for a default-constructed one,
+/// and `Hash()`, which uses the whole range of 32 bits. Slots that are alike may stand in it more
+/// than once.
+template <class Slot>
+class ProbeTable {
+ public:
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+    [[nodiscard]] std::size_t Size() const noexcept { return m_size; }
+    [[nodiscard]] std::size_t Capacity() const noexcept { return m_slots.size(); }
+    [[nodiscard]] Slot& operator[](std::size_t place) noexcept { return m_slots[place]; }
+    [[nodiscard]] const Slot& operator[](std::size_t place) const noexcept {
+        return m_slots[place];
+    }
+
+    /// The place of a slot of that hash that `matches`, kNone if there is none.
+    template <class Matches>
+    [[nodiscard]] std::size_t Find(std::uint32_t hash, Matches&& matches) const {
+        if (m_size == 0) {
+            return kNone;
+        }
+        for (std::size_t place = Home(hash); !m_slots[place].IsFree(); place = After(place)) {
+            if (m_slots[place].Hash() == hash && matches(m_slots[place])) {
+                return place;
+            }
+        }
+        return kNone;
+    }
+
+    /// Calls `visit` with every slot of that hash.
+    template <class Visit>
+    void ForEach(std::uint32_t hash, Visit&& visit) const {
+        static_cast<void>(Find(hash, [&](const Slot& slot) {
+            visit(slot);
+            return false;
+        }));
+    }
+
+    /// Makes room, so that no insertion up to this size in all allocates memory.
+    void Reserve(std::size_t size) {
+        if (!Holds(m_slots.size(), size)) {
+            Resize(size + size / 7 + 2);
+        }
+    }
+
+    /// Makes room for one more, so that the next insertion does not allocate memory.
+    void ReserveOneMore() {
+        if (!Holds(m_slots.size(), m_size + 1)) {
+            Resize(std::max<std::size_t>(8, m_slots.size() + m_slots.size() / 4));
+        }
+    }
+
+    void Insert(const Slot& slot) {
+        ReserveOneMore();
+        Put(slot);
+    }
+
+    void EraseAt(std::size_t place) noexcept {
+        std::size_t gap = place;
+        for (std::size_t next = After(gap); !m_slots[next].IsFree(); next = After(next)) {
+            const std::size_t home = Home(m_slots[next].Hash());
+            const bool reachesOverGap =
+                gap <= next ? (home <= gap || home > next) : (home <= gap && home > next);
+            if (reachesOverGap) {
+                m_slots[gap] = m_slots[next];
+                gap = next;
+            }
+        }
+        m_slots[gap] = Slot{};
+        --m_size;
+    }
+
+ private:
+    /// One slot is always free: it ends every search.
+    static bool Holds(std::size_t capacity, std::size_t size) noexcept {
+        return size < capacity && size <= capacity - capacity / 8;
+    }
+
+    [[nodiscard]] std::size_t Home(std::uint32_t hash) const noexcept {
+        return static_cast<std::size_t>((std::uint64_t{hash} * m_slots.size()) >> 32);
+    }
+    [[nodiscard]] std::size_t After(std::size_t place) const noexcept {
+        return place + 1 == m_slots.size() ? 0 : place + 1;
+    }
+
+    void Put(const Slot& slot) noexcept {
+        std::size_t place = Home(slot.Hash());
+        while (!m_slots[place].IsFree()) {
+            place = After(place);
+        }
+        m_slots[place] = slot;
+        ++m_size;
+    }
+
+    void Resize(std::size_t capacity) {
+        std::vector<Slot> old(capacity);
+        old.swap(m_slots);
+        m_size = 0;
+        for (const Slot& slot : old) {
+            if (!slot.IsFree()) {
+                Put(slot);
+            }
+        }
+    }
+
+    std::vector<Slot> m_slots;
+    std::size_t m_size = 0;
+};
+
+}  // namespace cqsurvey

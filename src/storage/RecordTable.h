@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "storage/RecordChunks.h"
+#include "storage/RecordFormat.h"
+#include "storage/Sql.h"
+
+namespace cqsurvey {
+
+class MemoStore;
+
+/// One table of a mounted volume: its records in memory once it was asked for one, and how they
+/// come from the database and go back. Failures throw StoreFailure.
+class RecordTable {
+ public:
+    RecordTable(sqlite3* connection, MemoStore& memos, std::string name, RecordFormat format);
+
+    [[nodiscard]] const std::string& GetName() const { return m_name; }
+    [[nodiscard]] const RecordFormat& GetFormat() const { return m_format; }
+
+    /// Counts without loading.
+    [[nodiscard]] std::int32_t GetCount();
+
+    /// Null when there is no such record.
+    [[nodiscard]] const std::byte* Find(std::uint32_t number) {
+        Load();
+        return m_chunks.Find(number);
+    }
+    /// The nearest record above or below a number, 0 when there is none.
+    [[nodiscard]] std::uint32_t Next(std::uint32_t number);
+    [[nodiscard]] std::uint32_t Prev(std::uint64_t number);
+
+    // The changes below must stand inside a step of the volume.
+
+    void Append(const std::byte* record);
+    void Write(std::uint32_t number, const std::byte* record);
+    void Delete(std::uint32_t number);
+
+    /// Records that wait to be handed to the database.
+    [[nodiscard]] std::size_t GetDirty() const {
+        return m_chunks.GetMarked(RecordChunks::Mark::Dirty);
+    }
+
+    /// Hands the changed records to the database, inside its open transaction.
+    void Flush();
+
+    /// The step was made durable.
+    void KeepStep();
+
+    /// The database has undone the step: takes the records that it touched from there again. When
+    /// that fails the table is loaded anew at its next use.
+    void UndoStep() noexcept;
+
+ private:
+    static constexpr std::uint32_t kRowsAStatement = 32;
+
+    void Load() {
+        if (!m_loaded) {
+            LoadAll();
+        }
+    }
+    void LoadAll();
+    void ReadRow(SqlStatement& statement, std::uint32_t number, std::byte* record);
+    void ReadBack(std::uint32_t number);
+    void FlushInserts(const std::uint32_t* numbers, std::uint32_t count);
+    void FlushHighest();
+    void FreeMemos(const std::byte* before, const std::byte* after);
+    [[nodiscard]] std::string Values(std::uint32_t rows) const;
+    SqlStatement& Prepared(SqlStatement& statement, const std::string& sql);
+
+    sqlite3* m_connection;
+    MemoStore& m_memos;
+    std::string m_name;
+    RecordFormat m_format;
+    RecordChunks m_chunks;
+    bool m_loaded = false;
+    /// The number the next record gets; one past the highest ever used. 64 bits: it may end there.
+    std::uint64_t m_next = 1;
+    std::uint64_t m_nextAtStep = 1;
+    /// Numbers from here on are not in the database yet.
+    std::uint64_t m_firstUnsaved = 1;
+    /// The highest number as the volume remembers it beside the records.
+    std::uint64_t m_savedHighest = 0;
+    std::uint64_t m_savedHighestAtStep = 0;
+
+    SqlStatement m_insertMany;
+    SqlStatement m_insert;
+    SqlStatement m_replace;
+    SqlStatement m_delete;
+    SqlStatement m_select;
+};
+
+}  // namespace cqsurvey

@@ -1,0 +1,10 @@
+file(REMOVE_RECURSE ${FOLDER})
+file(MAKE_DIRECTORY ${FOLDER})
+execute_process(
+  COMMAND ${PROGRAM}
+  WORKING_DIRECTORY ${FOLDER}
+  OUTPUT_VARIABLE output
+  COMMAND_ERROR_IS_FATAL ANY)
+if(NOT output STREQUAL "${EXPECTED}\n")
+  message(FATAL_ERROR "printed: ${output}")
+endif()
