@@ -60,20 +60,21 @@ int CqLinkTable::Unlink(CqHandle point, CqHandle vertex) {
     }
     const CqHandle link = GetCurrentHandle();
     const CqHandle tiedPoint = Get<"PointDataID">();
-    m_changes.ReserveOneMore();
+    const bool remove = point == 0 || point == tiedPoint;
+    if (remove) {
+        // Before the indexes: of all the steps only this one can be refused.
+        DeleteRecord(link);
+    }
+    m_changes.Reserve(1);
     m_changes.Push({Change::kVertexForgotten, vertex, tiedPoint, 0, {link, 0, 0}});
     ForgetVertex(vertex);
-    if (point != 0 && point != tiedPoint) {
-        return 0;
-    }
-    if (tiedPoint != 0) {
+    if (remove && tiedPoint != 0) {
         const Place place = PlaceOf(link);
-        m_changes.ReserveOneMore();
+        m_changes.Reserve(1);
         m_changes.Push({Change::kRemovedFromList, vertex, tiedPoint, 0, place});
         RemoveFromList(tiedPoint, place);
     }
-    DeleteRecord(link);
-    return 1;
+    return remove ? 1 : 0;
 }
 
 void CqLinkTable::KeepStep() noexcept {
@@ -168,7 +169,7 @@ void CqLinkTable::ReserveOneMore() {
     m_vertices.ReserveOneMore();
     m_points.ReserveOneMore();
     m_places.ReserveOneMore();
-    m_changes.ReserveOneMore();
+    m_changes.Reserve(1);
 }
 
 void CqLinkTable::DropIndexes() {
