@@ -318,7 +318,7 @@ int CqSettingsFile::WriteDouble(const CString& section, const CString& key, doub
 
 int CqSettingsFile::ExportFile(const CString& hostPath) {
     HostFile target;
-    if (!target.Create(hostPath)) {
+    if (QrfsIsMountedVolume(hostPath) != 0 || !target.Create(hostPath)) {
         return 0;
     }
     const ClosingFile closing(m_file);
@@ -335,7 +335,7 @@ int CqSettingsFile::ExportFile(const CString& hostPath) {
 
 int CqSettingsFile::ImportFile(const CString& hostPath) {
     HostFile source;
-    if (!source.OpenToRead(hostPath)) {
+    if (QrfsIsMountedVolume(hostPath) != 0 || !source.OpenToRead(hostPath)) {
         return 0;
     }
     const ClosingFile closing(m_file);

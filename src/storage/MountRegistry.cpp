@@ -1,6 +1,11 @@
 #include "storage/MountRegistry.h"
 
+#include <sys/stat.h>
+
+#include <algorithm>
+
 #include "cqsurvey/Text.h"
+#include "platform/HostFile.h"
 #include "storage/StoreFailure.h"
 
 namespace cqsurvey {
@@ -39,6 +44,17 @@ void MountRegistry::Unmount(const CString& mountName) {
     m_tables.RemoveIf([&](const TableCursor& cursor) { return cursor.volume == volume; });
     m_files.RemoveIf([&](const FileCursor& cursor) { return cursor.volume == volume; });
     m_volumes.erase(found);
+}
+
+bool MountRegistry::IsMounted(const CString& hostPath) {
+    struct stat status {};
+    if (stat(HostPath(hostPath).c_str(), &status) != 0) {
+        return false;
+    }
+    const Volume::Identity identity{status.st_dev, status.st_ino};
+    const std::scoped_lock lock(m_mutex);
+    return std::any_of(m_volumes.begin(), m_volumes.end(),
+                       [&](const auto& entry) { return entry.second->GetIdentity() == identity; });
 }
 
 Volume& MountRegistry::Find(const CString& mountName) {

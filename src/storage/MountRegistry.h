@@ -37,6 +37,9 @@ class MountRegistry {
     void Mount(const CString& path, const CString& mountName, bool readOnly);
     void Unmount(const CString& mountName);
 
+    /// Whether a path of the host is the file of a mounted volume.
+    [[nodiscard]] bool IsMounted(const CString& hostPath);
+
     /// Throws StoreFailure 0x3000000E when nothing is mounted under the name.
     [[nodiscard]] Volume& Find(const CString& mountName);
 

@@ -77,6 +77,10 @@ int QrfsUnmount(const CString& mountName) {
     });
 }
 
+int QrfsIsMountedVolume(const CString& hostPath) {
+    return Guarded(0, [&] { return Registry().IsMounted(hostPath) ? 1 : 0; });
+}
+
 int QrfsBeginStep(const CString& mountName) {
     return Guarded(0, [&] {
         Registry().Find(mountName).BeginStep();

@@ -25,6 +25,11 @@ int QrfsMountReadOnly(const CString& path, const CString& mountName);
 /// failure; the name is free afterwards in any case but 0x3000000E (no such mount).
 int QrfsUnmount(const CString& mountName);
 
+/// Non-zero when the host path, however it is written, is a volume mounted in this process. Such a
+/// file must not be opened by other means: writing would destroy it, and closing would release it
+/// to other processes.
+int QrfsIsMountedVolume(const CString& hostPath);
+
 /// Begins a step on a mounted volume: what the file and table operations change from now on becomes
 /// durable together, or not at all. Without a step each operation is one by itself. 0 on failure:
 /// 0x30000002 when a step is open.

@@ -1,0 +1,185 @@
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+#include "cqsurvey/CqSurveyDB.h"
+#include "platform/HostFile.h"
+#include "settings/CqSettingsFile.h"
+#include "settings/FixedKeys.h"
+#include "storage/JobStep.h"
+#include "storage/Qrfs.h"
+#include "storage/ThrowStorageError.h"
+
+namespace cqsurvey {
+
+namespace {
+
+constexpr int kModeRead = 1;
+constexpr int kModeWrite = 2;
+constexpr std::uint16_t kNoAttributes = 0xFFFF;
+
+/// Copies the source over the volume's file. False when either fails.
+bool CopyImage(HostFile& source, std::int32_t image) {
+    std::array<std::byte, 1024> block;
+    std::uint32_t length = 0;
+    std::optional<std::size_t> count = source.Read(block.data(), block.size());
+    bool written = true;
+    while (written && count.value_or(0) > 0) {
+        std::uint32_t bytesWritten = 0;
+        written =
+            QrfsWrite(image, block.data(), static_cast<std::uint32_t>(*count), bytesWritten) != 0;
+        length += bytesWritten;
+        if (written) {
+            count = source.Read(block.data(), block.size());
+        }
+    }
+    const bool done = written && count.has_value();
+    // Opening does not cut the file, so a larger image's end would stay. A source that gives
+    // nothing, because it cannot be read, leaves the image that is there.
+    if (done || length > 0) {
+        return QrfsSetLength(image, length) != 0 && done;
+    }
+    return false;
+}
+
+}  // namespace
+
+int CqSurveyDB::StoreBackgroundImageFile(const CString& sourcePath, int type, const CVector& centre,
+                                         const CVector& size, double rotation) {
+    return Atomically(*this, [&] {
+        const CString imagePath = m_mountName + m_BGName;
+        HostFile source;
+        if (QrfsIsMountedVolume(sourcePath) == 0) {
+            // A source that cannot be opened fails at its first read.
+            static_cast<void>(source.OpenToRead(sourcePath));
+        }
+        if (QrfsCreateFile(imagePath, 0) == 0) {
+            const std::int32_t failure = QrfsGetLastError();
+            if (failure == error::kAccessDenied) {
+                ThrowStorageError(failure);
+            }
+            if (failure != error::kFileExists) {
+                return 0;
+            }
+        }
+        const std::int32_t image = QrfsOpenFile(imagePath, kModeWrite);
+        if (image == -1) {
+            return 0;
+        }
+        const bool copied = CopyImage(source, image);
+        QrfsCloseFile(image);
+        if (!copied) {
+            return 0;
+        }
+        const auto place = [&](BackgroundKey key, double value) {
+            m_settings->WriteDouble(m_BGSettingsSection, m_BGSettingsKey[key], value);
+        };
+        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kType], type);
+        place(kCenterX, centre.GetX());
+        place(kCenterY, centre.GetY());
+        place(kSizeX, size.GetX());
+        place(kSizeY, size.GetY());
+        place(kRotation, rotation);
+        WriteSettingsIniFile();
+        return 1;
+    });
+}
+
+int CqSurveyDB::ReadBackgroundImageFile(std::uint8_t*& data, std::uint32_t& length, int& type,
+                                        CVector& centre, CVector& size, double& rotation) {
+    const std::int32_t image = QrfsOpenFile(m_mountName + m_BGName, kModeRead);
+    if (image == -1) {
+        return 0;
+    }
+    const std::int32_t fileLength = QrfsGetLength(image);
+    if (fileLength == 0) {
+        // The file stays open until the job is closed.
+        return 0;
+    }
+    struct Free {
+        void operator()(std::uint8_t* bytes) const { std::free(bytes); }
+    };
+    std::unique_ptr<std::uint8_t, Free> bytes;
+    bool read = false;
+    if (fileLength > 0) {
+        const auto count = static_cast<std::uint32_t>(fileLength);
+        bytes.reset(static_cast<std::uint8_t*>(std::malloc(count)));
+        std::uint32_t bytesRead = 0;
+        read = bytes != nullptr && QrfsRead(image, bytes.get(), count, bytesRead) != 0 &&
+               bytesRead == count;
+    }
+    QrfsCloseFile(image);
+    if (!read) {
+        return 0;
+    }
+    const auto place = [&](BackgroundKey key) {
+        double value = 0;
+        m_settings->GetDouble(m_BGSettingsSection, m_BGSettingsKey[key], value);
+        return value;
+    };
+    type = 0;
+    m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kType], type);
+    centre = CVector(place(kCenterX), place(kCenterY));
+    size = CVector(place(kSizeX), place(kSizeY));
+    rotation = place(kRotation);
+    length = static_cast<std::uint32_t>(fileLength);
+    data = bytes.release();
+    return 1;
+}
+
+int CqSurveyDB::DeleteBackgroundImageFile() {
+    return Atomically(*this, [&] {
+        if (QrfsDeleteFile(m_mountName + m_BGName) == 0) {
+            const std::int32_t failure = QrfsGetLastError();
+            if (failure != error::kNoFile) {
+                ThrowStorageError(failure);
+            }
+            return 0;
+        }
+        for (const BackgroundKey key : {kCenterX, kCenterY, kSizeX, kSizeY}) {
+            m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[key], 0);
+        }
+        WriteSettingsIniFile();
+        return 1;
+    });
+}
+
+int CqSurveyDB::IsBackgroundImageFile() {
+    return QrfsGetFileAttributes(m_mountName + m_BGName) != kNoAttributes ? 1 : 0;
+}
+
+int CqSurveyDB::SetBackgroundImageSettings(int brightness, int contrast, int monotone) {
+    if (CheckImageBrightness(brightness) == 0 || CheckImageContrast(contrast) == 0) {
+        return 0;
+    }
+    return Atomically(*this, [&] {
+        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kBrightness], brightness);
+        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kContrast], contrast);
+        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kMonotone], monotone);
+        WriteSettingsIniFile();
+        return 1;
+    });
+}
+
+void CqSurveyDB::GetBackgroundImageSettings(int& brightness, int& contrast, int& monotone) {
+    m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kBrightness], brightness);
+    m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kContrast], contrast);
+    m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kMonotone], monotone);
+}
+
+void CqSurveyDB::SetBackgroundColor(std::uint32_t color) {
+    Atomically(*this, [&] {
+        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kBKColor],
+                             static_cast<std::int32_t>(color));
+        WriteSettingsIniFile();
+    });
+}
+
+std::uint32_t CqSurveyDB::GetBackgroundColor() {
+    auto color = static_cast<std::int32_t>(kDefaultBKColor);
+    m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kBKColor], color);
+    return static_cast<std::uint32_t>(color);
+}
+
+}  // namespace cqsurvey

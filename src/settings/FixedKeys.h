@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace cqsurvey {
+
+/// Places of the fixed keys in CqSurveyDB::m_SettingsKey.
+enum SettingsKey : std::size_t { kSiPointSize, kJCoordDivision, kVersion, kMapscale };
+
+/// Places of the fixed keys in CqSurveyDB::m_BGSettingsKey.
+enum BackgroundKey : std::size_t {
+    kEntityColor,
+    kType,
+    kCenterX,
+    kCenterY,
+    kSizeX,
+    kSizeY,
+    kRotation,
+    kBrightness,
+    kContrast,
+    kMonotone,
+    kBKColor
+};
+
+// What a new job's settings say, and what a getter returns whose key is absent. The keys that are
+// not here begin with 0.
+inline constexpr double kDefaultSiPointSize = 5.0;
+inline constexpr std::int32_t kDefaultMapscale = 500;
+inline constexpr std::int32_t kNoForcedColor = -1;
+inline constexpr std::int32_t kDefaultContrast = 100;
+inline constexpr std::uint32_t kDefaultBKColor = 0xFFFFFF;
+
+}  // namespace cqsurvey
