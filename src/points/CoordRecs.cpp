@@ -54,7 +54,7 @@ CqHandle CqSurveyDB::AddCoordRec(const double* coords, const CString& name, int 
         m_points->GoTo(point);
         m_points->Set<"EntityIndex">(entity);
         if (m_points->IsAdmitted()) {
-            m_points->EnterEntity(entity, point);
+            m_points->EnterEntity(entity);
         }
         m_points->Store();
         UpdateBoundData(coords[1], coords[0]);

@@ -10,11 +10,11 @@ namespace cqsurvey {
 template <class Change>
 class ChangeLog {
  public:
-    /// Makes room, so that the next Push does not allocate memory: called before the change is
-    /// made, so that no change stays out of the log.
-    void ReserveOneMore() {
-        if (m_changes.size() == m_changes.capacity()) {
-            m_changes.reserve(std::max(kKept, 2 * m_changes.size()));
+    /// Makes room, so that the next pushes do not allocate memory: called before the changes are
+    /// made, so that none stays out of the log.
+    void Reserve(std::size_t more) {
+        if (m_changes.capacity() - m_changes.size() < more) {
+            m_changes.reserve(std::max(kKept, 2 * m_changes.size()) + more);
         }
     }
 

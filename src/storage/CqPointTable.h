@@ -7,6 +7,7 @@
 #include "cqsurvey/Records.h"
 #include "storage/CqRecordTable.h"
 #include "storage/JobSchema.h"
+#include "storage/PointRecords.h"
 
 namespace cqsurvey {
 
@@ -19,7 +20,7 @@ class PointView;
 /// The table does not maintain them by itself: whoever changes a name or a feature code takes the
 /// record out of index and view before and enters it again after. What is said of the current
 /// record means its values in the buffer.
-class CqPointTable : public CqRecordTable<PointLayout> {
+class CqPointTable : public CqRecordTable<PointLayout>, private PointRecords {
  public:
     CqPointTable();
     ~CqPointTable() override;
@@ -50,7 +51,7 @@ class CqPointTable : public CqRecordTable<PointLayout> {
     /// values; called before a name or a feature code is changed and before a record is deleted.
     void RemoveFromView();
     /// Enters the survey-point entity of an admitted point among the view's entities.
-    void EnterEntity(CqHandle entity, CqHandle point);
+    void EnterEntity(CqHandle entity);
     /// Whether the entity is that of a point in the view.
     [[nodiscard]] bool IsEntityInView(CqHandle entity) const;
 
@@ -69,6 +70,11 @@ class CqPointTable : public CqRecordTable<PointLayout> {
     void UndoStep() noexcept;
 
  private:
+    [[nodiscard]] const std::byte* Peek(CqHandle handle) const override;
+    void ClearIndexes();
+    template <class Visit>
+    void ForEachRecord(Visit&& visit);
+
     std::unique_ptr<PointNameIndex> m_names;
     std::unique_ptr<PointView> m_view;
 };

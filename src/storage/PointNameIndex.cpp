@@ -48,7 +48,7 @@ void PointNameIndex::Enter(std::u16string_view name, CqHandle handle) {
         return;
     }
     const std::uint32_t hash = Hash(name);
-    m_changes.ReserveOneMore();
+    m_changes.Reserve(1);
     const CqHandle before = Put(hash, name, handle);
     m_changes.Push(Change{hash, handle, before});
 }
@@ -62,7 +62,7 @@ void PointNameIndex::Remove(std::u16string_view name) {
     if (place == Table::kNone) {
         return;
     }
-    m_changes.ReserveOneMore();
+    m_changes.Reserve(1);
     m_changes.Push(Change{hash, 0, m_slots[place].handle});
     m_slots.EraseAt(place);
 }

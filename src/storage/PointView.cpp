@@ -76,7 +76,7 @@ void PointView::Insert(CqHandle handle, const std::byte* record) {
     if (!m_content.setting.Admits(record)) {
         return;
     }
-    m_changes.ReserveOneMore();
+    m_changes.Reserve(1);
     if (m_content.setting.SortedBy() == ViewSetting::SortKey::Code) {
         m_content.codes.Add(PointLayout::Get<"FeatureCode">(record));
     }
@@ -95,21 +95,21 @@ void PointView::Remove(CqHandle handle, const std::byte* record) {
     }
     RemoveEntity(PointLayout::Get<"EntityIndex">(record));
     if (index) {
-        m_changes.ReserveOneMore();
+        m_changes.Reserve(1);
         m_content.points.RemoveAt(*index);
         Log(Action::Remove, *index, handle);
     }
 }
 
 void PointView::EnterEntity(CqHandle entity) {
-    m_changes.ReserveOneMore();
+    m_changes.Reserve(1);
     if (m_content.entities.Insert(entity)) {
         Log(Action::EnterEntity, 0, entity);
     }
 }
 
 void PointView::RemoveEntity(CqHandle entity) {
-    m_changes.ReserveOneMore();
+    m_changes.Reserve(1);
     if (m_content.entities.Erase(entity)) {
         Log(Action::RemoveEntity, 0, entity);
     }

@@ -1,0 +1,45 @@
+#include <string>
+#include <string_view>
+
+#include "cqsurvey/CqSurveyDB.h"
+#include "platform/Text.h"
+#include "points/CqDescriptionStore.h"
+#include "storage/JobStep.h"
+
+namespace cqsurvey {
+
+namespace {
+
+template <class View>
+View UpToZero(View text) {
+    return text.substr(0, text.find(typename View::value_type{0}));
+}
+
+std::string Narrow(const CString& text) {
+    return ToAnsi(UpToZero(std::u16string_view(text)));
+}
+
+}  // namespace
+
+int CqSurveyDB::AddCoordDescription(CqHandle handle, const CString& text) const {
+    return Atomically(*this, [&] { return m_descriptions->Add(handle, Narrow(text)) ? 1 : 0; });
+}
+
+int CqSurveyDB::GetCoordDescription(CqHandle handle, CString& text) const {
+    std::string bytes;
+    if (!m_descriptions->Get(handle, bytes)) {
+        return 0;
+    }
+    text = FromAnsi(UpToZero(std::string_view(bytes)));
+    return 1;
+}
+
+int CqSurveyDB::EditCoordDescription(CqHandle handle, const CString& text) const {
+    return Atomically(*this, [&] { return m_descriptions->Edit(handle, Narrow(text)) ? 1 : 0; });
+}
+
+int CqSurveyDB::DelCoordDescription(CqHandle handle) const {
+    return Atomically(*this, [&] { return m_descriptions->Delete(handle) ? 1 : 0; });
+}
+
+}  // namespace cqsurvey

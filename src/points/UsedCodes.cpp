@@ -1,0 +1,61 @@
+#include <array>
+#include <cstddef>
+#include <unordered_set>
+#include <vector>
+
+#include "cqsurvey/CqSurveyDB.h"
+#include "storage/CqPlineTable.h"
+#include "storage/CqPointTable.h"
+#include "storage/CqTextTable.h"
+
+namespace cqsurvey {
+
+namespace {
+
+/// Collects codes and lists them in the order that callers have always got: that of a hash map of
+/// 17 chains in which a new code is put at the head of its chain.
+class CodeCollector {
+ public:
+    template <class Table>
+    void AddFrom(Table& table) {
+        for (int found = table.First(kRecordOrder); found != 0; found = table.Next()) {
+            Add(table.template Get<"FeatureCode">());
+        }
+    }
+
+    [[nodiscard]] CList<int, int> List() const {
+        CList<int, int> codes;
+        codes.reserve(m_known.size());
+        for (const auto& chain : m_chains) {
+            codes.insert(codes.end(), chain.rbegin(), chain.rend());
+        }
+        return codes;
+    }
+
+ private:
+    static constexpr std::size_t kChains = 17;
+
+    void Add(std::int32_t code) {
+        if (m_known.insert(code).second) {
+            m_chains[(static_cast<std::uint32_t>(code) >> 4) % kChains].push_back(code);
+        }
+    }
+
+    std::unordered_set<std::int32_t> m_known;
+    /// Each chain from its end to its head.
+    std::array<std::vector<std::int32_t>, kChains> m_chains;
+};
+
+}  // namespace
+
+int CqSurveyDB::GetUsedCode(CList<int, int>& codes) {
+    codes.clear();
+    CodeCollector collector;
+    collector.AddFrom(*m_points);
+    collector.AddFrom(*m_plines);
+    collector.AddFrom(*m_texts);
+    codes = collector.List();
+    return 1;
+}
+
+}  // namespace cqsurvey
