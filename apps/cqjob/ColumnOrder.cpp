@@ -225,6 +225,7 @@ ColumnOrder ColumnOrder::FromLetters(std::string_view letters) {
         }
     }
     order.m_width = letters.size();
+    order.m_leavesRest = letters.ends_with('-');
     if (const auto description = order.Find(Column::Description)) {
         if (*description + 1 != letters.size()) {
             throw UsageError(fmt::format(
@@ -247,6 +248,7 @@ ColumnOrder ColumnOrder::FromWords(std::string_view words) {
         }
     }
     order.m_width = parts.size();
+    order.m_leavesRest = parts.back() == "-";
     order.m_takesRest = order.Find(Column::Description) == parts.size() - 1;
     order.Check();
     return order;

@@ -65,6 +65,9 @@ class ColumnOrder {
     /// True when the description is its column and everything behind it.
     [[nodiscard]] bool TakesRest() const { return m_takesRest; }
 
+    /// True when a list of columns ends with one that is not wanted, and so wants none behind it.
+    [[nodiscard]] bool LeavesRest() const { return m_leavesRest; }
+
     /// The number of columns up to the last one taken or passed over.
     [[nodiscard]] std::size_t GetWidth() const { return m_width; }
 
@@ -78,6 +81,7 @@ class ColumnOrder {
     std::array<std::optional<std::size_t>, kColumnCount> m_columns;
     std::size_t m_width = 0;
     bool m_takesRest = false;
+    bool m_leavesRest = false;
 };
 
 }  // namespace cqsurvey::cqjob

@@ -242,7 +242,8 @@ std::string_view PointFile::FieldText(std::optional<std::size_t> index) const {
 void PointFile::ReadPoint(PointLine& line) {
     const ColumnOrder& order = *m_options.order;
     line.strayQuote = m_record.strayQuote;
-    for (std::size_t i = order.GetWidth(); i < m_record.fields.size() && !order.TakesRest(); ++i) {
+    const bool wanted = order.TakesRest() || order.LeavesRest();
+    for (std::size_t i = order.GetWidth(); i < m_record.fields.size() && !wanted; ++i) {
         line.moreColumns = line.moreColumns || !m_record.fields[i].text.empty();
     }
     const bool taken = ReadCoordinate(Column::Northing, line.northing, line) &&

@@ -14,10 +14,11 @@ namespace {
 
 }  // namespace
 
-PointList::PointList(CqSurveyDB& db) : m_db(db) {
+PointList::PointList(CqSurveyDB& db, PointOrder order, bool descending) : m_db(db) {
     COORDFILTER everyOrigin;
     everyOrigin.originMask = 0xFFFF;
-    m_inView = static_cast<std::size_t>(db.SetSortCoordSetting(0, 0, everyOrigin));
+    m_inView = static_cast<std::size_t>(
+        db.SetSortCoordSetting(static_cast<std::uint16_t>(order), descending ? 1 : 0, everyOrigin));
     if (m_inView == static_cast<std::size_t>(db.GetNumCoordRecs())) {
         return;
     }

@@ -28,10 +28,16 @@ struct Point {
 class PointsCommand : public Command {
  public:
     CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command =
-            app.add_subcommand("points", "List a job's points by name in natural order (P2, P10)");
+        CLI::App* command = app.add_subcommand("points", "List a job's points");
         AddJob(*command, "The job; it is not changed");
         AddJson(*command);
+        command
+            ->add_option("--sort", m_sort,
+                         "Sort by name in natural order (P2, P10), by code or not: record")
+            ->type_name("KEY")
+            ->check(CLI::IsMember({"name", "code", "record"}))
+            ->capture_default_str();
+        command->add_flag("--descending", m_descending, "The other way round");
         command->add_option("--limit", m_limit, "List at most so many points, on each page")
             ->type_name("N")
             ->check(CLI::Range(1, std::numeric_limits<int>::max()));
@@ -55,7 +61,11 @@ class PointsCommand : public Command {
         constexpr std::size_t kPage = 50;
         CqSurveyDB db;
         OpenToRead(db, m_job);
-        const PointList points(db);
+        const PointList points(db,
+                               m_sort == "name"   ? PointOrder::Name
+                               : m_sort == "code" ? PointOrder::Code
+                                                  : PointOrder::Record,
+                               m_descending);
         const std::size_t count = points.GetCount();
         const std::size_t length = m_limit != 0  ? static_cast<std::size_t>(m_limit)
                                    : m_page != 0 ? kPage
@@ -150,6 +160,8 @@ class PointsCommand : public Command {
         json.EndObject();
     }
 
+    std::string m_sort = "name";
+    bool m_descending = false;
     int m_limit = 0;
     int m_page = 0;
     int m_decimals = 3;

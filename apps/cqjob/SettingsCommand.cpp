@@ -15,49 +15,54 @@ class SettingsCommand : public Command {
  public:
     CLI::App* AddTo(CLI::App& app) override {
         CLI::App* command = app.add_subcommand("settings", "List, get and set a job's settings");
-        AddJob(*command, "The job; only set changes it");
-        command->add_option("ACTION", m_action, "list (if nothing is said), get or set")
-            ->type_name("")
-            ->check(CLI::IsMember({"list", "get", "set"}));
-        command->add_option("SECTION", m_section, "The section, such as SETTINGS")->type_name("");
-        command->add_option("KEY", m_key, "The key, such as Mapscale")->type_name("");
-        command->add_option("VALUE", m_value, "The value; an empty one removes a key of your own")
-            ->type_name("");
-        AddJson(*command);
+        command->require_subcommand(1);
         command->footer(
-            "Sections and keys are found without regard to case. set makes a section that is not\n"
-            "there, so that programs can keep settings of their own with the job.\n"
+            "Sections and keys are found without regard to case.\n"
             "\n"
             "Example:\n"
-            "  cqjob settings site.job\n"
-            "  cqjob settings site.job get SETTINGS Mapscale\n"
-            "  cqjob settings site.job set SETTINGS Mapscale 250\n"
-            "  cqjob settings site.job set MyOffice Crew \"A. Berg, T. Lund\"");
-        m_command = command;
+            "  cqjob settings list site.job\n"
+            "  cqjob settings set site.job SETTINGS Mapscale 250");
+
+        m_list = command->add_subcommand("list", "Show every setting");
+        AddJob(*m_list, "The job; it is not changed");
+        AddJson(*m_list);
+        m_list->footer("Example:\n  cqjob settings list site.job");
+
+        m_get = command->add_subcommand("get", "Show the value of one setting");
+        AddJob(*m_get, "The job; it is not changed");
+        AddNames(*m_get);
+        AddJson(*m_get);
+        m_get->footer("Example:\n  cqjob settings get site.job SETTINGS Mapscale");
+
+        m_set = command->add_subcommand("set", "Change one setting");
+        AddJob(*m_set, "The job");
+        AddNames(*m_set);
+        m_set->add_option("VALUE", m_value, "The value; an empty one removes a key of your own")
+            ->required()
+            ->type_name("");
+        m_set->footer(
+            "A section that is not there is made, so that programs can keep settings of their own\n"
+            "with the job.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob settings set site.job SETTINGS Mapscale 250\n"
+            "  cqjob settings set site.job MyOffice Crew \"A. Berg, T. Lund\"");
         return command;
     }
 
     int Run(Console& console) override {
-        const std::size_t given =
-            m_command->count("SECTION") + m_command->count("KEY") + m_command->count("VALUE");
-        if (m_action == "list") {
-            Expect(given == 0, "list takes nothing more");
+        if (m_list->parsed()) {
             return List(console);
         }
-        if (m_action == "get") {
-            Expect(given == 2, "get takes a section and a key");
-            return Get(console);
-        }
-        Expect(given == 3, "set takes a section, a key and a value");
-        Expect(!m_json, "set gives no answer in JSON");
-        return Set();
+        return m_get->parsed() ? Get(console) : Set();
     }
 
  private:
-    static void Expect(bool condition, const char* sentence) {
-        if (!condition) {
-            throw UsageError(sentence);
-        }
+    void AddNames(CLI::App& command) {
+        command.add_option("SECTION", m_section, "The section, such as SETTINGS")
+            ->required()
+            ->type_name("");
+        command.add_option("KEY", m_key, "The key, such as Mapscale")->required()->type_name("");
     }
 
     int List(Console& console) const {
@@ -107,8 +112,7 @@ class SettingsCommand : public Command {
                                       Quoted(m_key), Quoted(m_section)));
         }
         if (m_json) {
-            JsonWriter(console).Value(ToUtf8(value));
-            console.Out("\n");
+            console.Out(JsonWriter::Quote(ToUtf8(value)) + '\n');
         } else {
             console.Print("{}\n", ToUtf8(value));
         }
@@ -141,8 +145,9 @@ class SettingsCommand : public Command {
         return 0;
     }
 
-    CLI::App* m_command = nullptr;
-    std::string m_action = "list";
+    CLI::App* m_list = nullptr;
+    CLI::App* m_get = nullptr;
+    CLI::App* m_set = nullptr;
     std::string m_section;
     std::string m_key;
     std::string m_value;
