@@ -24,7 +24,7 @@ void MountRegistry::Mount(const CString& path, const CString& mountName, bool re
     if (m_volumes.contains(mountName)) {
         throw StoreFailure(error::kMountNameInUse, ToUtf8(mountName));
     }
-    const std::string hostPath = ToUtf8(path);
+    const std::string hostPath = HostPath(path);
     const Volume::Identity identity = Volume::Identify(hostPath);
     for (const auto& [name, volume] : m_volumes) {
         if (volume->GetIdentity() == identity) {

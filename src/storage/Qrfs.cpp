@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "cqsurvey/Text.h"
+#include "platform/HostFile.h"
 #include "storage/LastError.h"
 #include "storage/MountRegistry.h"
 
@@ -51,7 +52,7 @@ int QrfsCreateVolume(const CString& path) {
         if (path.empty()) {
             throw StoreFailure(error::kInvalidArgument, "a volume needs a path");
         }
-        Volume::Create(ToUtf8(path));
+        Volume::Create(HostPath(path));
         return 1;
     });
 }

@@ -57,7 +57,8 @@ class JobCheck : public testing::Test {
     [[nodiscard]] std::string Findings() const {
         CqSurveyDB db(m_path);
         std::string all;
-        for (const CqJobFinding& finding : CqJobCheck(db).GetFindings()) {
+        const CqJobCheck check(db);
+        for (const CqJobFinding& finding : check.GetFindings()) {
             all +=
                 finding.table + " " + std::to_string(finding.record) + ": " + finding.text + "\n";
         }
@@ -150,7 +151,7 @@ TEST_F(JobCheck, FindsALayerThatIsGoneAndAnUnknownType) {
 
 TEST_F(JobCheck, FindsATypeRecordThatIsGoneOrShared) {
     Damage<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) {
-        entities.GoTo(7);
+        entities.GoTo(6);
         entities.Set<"ObjectIndex">(CqHandle{99});
         entities.Store();
         entities.GoTo(9);
@@ -158,7 +159,7 @@ TEST_F(JobCheck, FindsATypeRecordThatIsGoneOrShared) {
         entities.Store();
     });
     const std::string findings = Findings();
-    EXPECT_THAT(findings, HasSubstr("_EntityData 7: its record 99 of _CircleData is gone"));
+    EXPECT_THAT(findings, HasSubstr("_EntityData 6: its record 99 of _VertexData is gone"));
     EXPECT_THAT(findings, HasSubstr("_TextData 1: more than one entity names it"));
     EXPECT_THAT(findings, HasSubstr("_TextData 0: 1 of its records belong to no entity"));
 }

@@ -264,5 +264,14 @@ TEST_F(SurveyDB, PathsMayHoldAnyCharacter) {
     EXPECT_EQ(db.GetNumCoordRecs(), 1);
 }
 
+TEST_F(SurveyDB, ABackslashSeparatesFoldersToo) {
+    fs::create_directory(m_folder.Utf8("jobs"));
+    CqSurveyDB db;
+    db.CreateNew(m_folder.Path(u"jobs") + u"\\a.job");
+    db.Close();
+    EXPECT_TRUE(fs::exists(m_folder.Utf8("jobs/a.job")));
+    EXPECT_NO_THROW(db.Open(m_folder.Path(u"jobs\\a.job")));
+}
+
 }  // namespace
 }  // namespace cqsurvey

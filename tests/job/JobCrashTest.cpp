@@ -6,6 +6,7 @@
 
 #include <array>
 #include <random>
+#include <set>
 #include <string>
 
 #include "cqsurvey/CqJobCheck.h"
@@ -48,6 +49,7 @@ TEST(JobCrash, AKilledRecordingLeavesEveryReportedPointAndAtMostOneMore) {
         db.CreateNew(path);
     }
     std::uint32_t reported = 0;
+    std::set<std::uint32_t> unreported;
     for (int round = 0; round < 20; ++round) {
         std::array<int, 2> pipes{};
         ASSERT_EQ(pipe(pipes.data()), 0);
@@ -86,12 +88,15 @@ TEST(JobCrash, AKilledRecordingLeavesEveryReportedPointAndAtMostOneMore) {
             rec.GetPoint(coords.data());
             ASSERT_EQ(coords, (std::array<double, 3>{1.0 * i, 2.0 * i, 0.5}));
             CString text;
-            if (i <= number) {
+            if (i <= number && !unreported.contains(i)) {
                 ASSERT_EQ(db.GetCoordDescription(handle, text), 1);
                 ASSERT_EQ(text, u"stone " + NameOf(i));
             }
         }
         EXPECT_EQ(CqJobCheck(db).GetCount(), 0U);
+        if (kept > number) {
+            unreported.insert(kept);
+        }
         reported = kept;
     }
 }

@@ -94,9 +94,9 @@ struct Model {
     }
 };
 
-class Run {
+class RandomSteps {
  public:
-    explicit Run(std::uint32_t seed) : m_random(seed) { m_db.CreateNew(m_path); }
+    explicit RandomSteps(std::uint32_t seed) : m_random(seed) { m_db.CreateNew(m_path); }
 
     void Steps(int count) {
         for (int i = 0; i < count; ++i) {
@@ -553,7 +553,7 @@ class Run {
 TEST(JobModel, AJobFollowsItsModelThroughRandomStepsAndReopening) {
     for (const std::uint32_t seed : {1U, 2U, 3U, 4U}) {
         SCOPED_TRACE("seed " + std::to_string(seed));
-        Run(seed).Steps(1500);
+        RandomSteps(seed).Steps(1500);
         if (HasFatalFailure()) {
             return;
         }

@@ -255,6 +255,20 @@ TEST(Text, TrimmingTakesTheSixWhiteSpaceCharactersOnly) {
     EXPECT_EQ(Trim(u"\u00a0\u3000a\u0085"), u"\u00a0\u3000a\u0085");
 }
 
+TEST(Text, LongTextsAreConvertedWhole) {
+    const CodePageScope page(932);
+    for (std::size_t before = 1020; before < 1030; ++before) {
+        const CString text = CString(before, u'x') + u"\u00ff" + CString(5000, u'\u65e5') +
+                             kLoneHigh + u"\U0001f600" + CString(before, u'\uff76') + kLoneHigh;
+        std::string bytes = ToAnsi(text);
+        EXPECT_EQ(bytes.size(), before + 1 + 10000 + 2 + before + 1);
+        EXPECT_EQ(std::count(bytes.begin(), bytes.end(), '?'), 4);
+        bytes[before] = '\xfd';
+        EXPECT_EQ(FromAnsi(bytes), CString(before, u'x') + u"\ufffd" + CString(5000, u'\u65e5') +
+                                       u"??" + CString(before, u'\uff76') + u"?");
+    }
+}
+
 TEST(Text, ThreadsConvertAtTheSameTime) {
     const CodePageScope page(932);
     const CString text = u"A\u65e5\u672c\uff76\u8a9e";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -17,7 +18,10 @@ inline std::string HostFileBytes(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+/// Makes a file of the host, or puts a new one in its place: cutting the old one would wait for the
+/// disk on some file systems.
 inline void PutHostFile(const std::string& path, std::string_view bytes) {
+    std::remove(path.c_str());
     std::ofstream file(path, std::ios::binary);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     if (!file.flush()) {
