@@ -7,6 +7,15 @@
 
 namespace cqsurvey::cqjob {
 
+namespace {
+
+/// False when not all of it went out.
+bool Put(std::FILE* stream, std::string_view text) {
+    return text.empty() || std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+}
+
+}  // namespace
+
 Console::Console(std::FILE* out, std::FILE* err, bool terminal)
     : m_out(out), m_err(err), m_terminal(terminal) {}
 
@@ -17,23 +26,23 @@ Console::~Console() {
 
 void Console::Out(std::string_view text) {
     ShowProgress({});
-    if (std::fwrite(text.data(), 1, text.size(), m_out) != text.size()) {
+    if (!Put(m_out, text)) {
         throw Failure("standard output: " + std::generic_category().message(errno));
     }
 }
 
 void Console::Err(std::string_view text) {
     ShowProgress({});
-    std::fwrite(text.data(), 1, text.size(), m_err);
+    Put(m_err, text);
 }
 
 void Console::ShowProgress(std::string_view line) {
     if (!m_terminal || (line.empty() && !m_progressShown)) {
         return;
     }
-    std::fwrite("\r", 1, 1, m_err);
-    std::fwrite(line.data(), 1, line.size(), m_err);
-    std::fwrite("\x1b[K", 1, 3, m_err);
+    Put(m_err, "\r");
+    Put(m_err, line);
+    Put(m_err, "\x1b[K");
     std::fflush(m_err);
     m_progressShown = !line.empty();
 }

@@ -69,8 +69,11 @@ class ExportCommand : public Command {
 
     int Run(Console& console) override {
         const ColumnOrder order = ReadOrder();
-        const PointRow row(order, *ReadSeparator(m_separator), m_decimals, m_decimalComma);
+        const PointRow row(order, ReadSeparator(m_separator), m_decimals, m_decimalComma);
         CodePage codePage(m_codePage);
+        if (IsSameFile(m_file, m_job)) {
+            throw UsageError(Printable(m_file) + ": is the job itself");
+        }
         CqSurveyDB db;
         OpenToRead(db, m_job);
         const PointList points(db);
@@ -98,12 +101,12 @@ class ExportCommand : public Command {
         }
         output.Finish();
         db.Close();
-        console.Say("{} points into {}\n", points.GetCount(), Printable(m_file));
+        console.Say("{} into {}\n", Count(points.GetCount(), "point"), Printable(m_file));
         if (unplaced > 0) {
             console.Say(
-                "{}: {} points have coordinates that are no finite numbers; an import "
-                "refuses them\n",
-                Printable(m_job), unplaced);
+                "{}: {} with coordinates that are no finite numbers; an import refuses such a "
+                "line\n",
+                Printable(m_job), Count(unplaced, "point"));
         }
         return 0;
     }

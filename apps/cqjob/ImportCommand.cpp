@@ -104,6 +104,9 @@ class ImportCommand : public Command {
 
     int Run(Console& console) override {
         const PointFileOptions options = ReadOptions();
+        if (IsSameFile(m_file, m_job)) {
+            throw UsageError(Printable(m_file) + ": is the job itself");
+        }
         FileSource source(m_file);
         CqSurveyDB db;
         OpenToWrite(db, m_job);
@@ -181,7 +184,9 @@ class ImportCommand : public Command {
         if (!options.order && options.headerLines == 0U) {
             throw UsageError("the columns cannot come from a header when there is none");
         }
-        options.separator = ReadSeparator(m_separator);
+        if (m_separator != "auto") {
+            options.separator = ReadSeparator(m_separator);
+        }
         options.comment = m_comment;
         options.decimalComma = m_decimalComma;
         options.codePage = m_codePage;

@@ -51,6 +51,11 @@ CString ToJobPath(const std::string& path) {
     return FromUtf8(path);
 }
 
+bool IsSameFile(const std::string& a, const std::string& b) {
+    std::error_code none;
+    return std::filesystem::equivalent(a, b, none);
+}
+
 void OpenToRead(CqSurveyDB& db, const std::string& path) {
     const CString jobPath = ToJobPath(path);
     Named(path, [&] { db.OpenReadOnly(jobPath); });

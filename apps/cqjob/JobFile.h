@@ -9,6 +9,9 @@ namespace cqsurvey::cqjob {
 /// A path of the command line as the library takes it. Throws UsageError when it is no UTF-8.
 [[nodiscard]] CString ToJobPath(const std::string& path);
 
+/// True when both paths name the same existing file.
+[[nodiscard]] bool IsSameFile(const std::string& a, const std::string& b);
+
 /// Opens the job at `path` for reading alone. Throws Failure with the path and the reason.
 void OpenToRead(CqSurveyDB& db, const std::string& path);
 

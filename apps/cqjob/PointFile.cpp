@@ -141,7 +141,7 @@ void PointFile::ReadHeader(const std::vector<std::string_view>& texts) {
         const std::optional<CString> heading = m_codePage.Decode(text);
         headings.push_back(heading ? ToUtf8(*heading) : Printable(text));
     }
-    const std::string place = fmt::format("{}:{}: ", m_source.GetName(), m_record.line);
+    const std::string place = fmt::format("{}:{}: ", Printable(m_source.GetName()), m_record.line);
     if (m_options.order) {
         if (const auto index = m_options.order->FindContradiction(headings)) {
             throw UsageError(fmt::format(

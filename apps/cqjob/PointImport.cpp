@@ -47,7 +47,13 @@ void PointImport::Run(PointFile& file, const TextSource& source, Console& consol
                 m_report.Note(line.line, line.lines, "refused", line.reason);
                 break;
             case PointLine::Kind::Point:
-                Record(line);
+                try {
+                    Record(line);
+                } catch (const CException& error) {
+                    throw Failure(fmt::format("{}:{}: cannot be recorded: {}",
+                                              Printable(source.GetName()), line.line,
+                                              Printable(error.what())));
+                }
                 break;
         }
         progress.Update(m_report.GetRecorded(), source.GetBytes(), source.GetSize());
@@ -56,7 +62,7 @@ void PointImport::Run(PointFile& file, const TextSource& source, Console& consol
         throw Failure(fmt::format(
             "{}: of {} lines {} were accounted for, so nothing was recorded; this is a fault of "
             "cqjob",
-            source.GetName(), source.GetLines(), m_report.GetSum()));
+            Printable(source.GetName()), source.GetLines(), m_report.GetSum()));
     }
 }
 

@@ -23,8 +23,8 @@ class PointImport {
     PointImport(CqSurveyDB& db, ImportReport& report, Duplicates duplicates, int origin);
 
     /// Records every line of `file` that is a point; `source` is what the file reads. Throws
-    /// Failure when the report does not account for every line of the source, and what reading and
-    /// recording throw.
+    /// Failure, with the file and the line, when a point cannot be recorded or the text cannot be
+    /// read, and when the report does not account for every line of the source.
     void Run(PointFile& file, const TextSource& source, Console& console);
 
  private:

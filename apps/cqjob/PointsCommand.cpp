@@ -11,6 +11,7 @@
 #include "cqjob/JsonWriter.h"
 #include "cqjob/NumberText.h"
 #include "cqjob/PointList.h"
+#include "cqjob/Printable.h"
 #include "cqjob/TextTable.h"
 
 namespace cqsurvey::cqjob {
@@ -119,11 +120,11 @@ class PointsCommand : public Command {
         }
         table.Finish();
         if (end - first == points.GetCount()) {
-            console.Say("{} points\n", points.GetCount());
+            console.Say("{}\n", Count(points.GetCount(), "point"));
         } else if (first == end) {
-            console.Say("none of {} points\n", points.GetCount());
+            console.Say("none of {}\n", Count(points.GetCount(), "point"));
         } else {
-            console.Say("{} to {} of {} points\n", first + 1, end, points.GetCount());
+            console.Say("{} to {} of {}\n", first + 1, end, Count(points.GetCount(), "point"));
         }
     }
 

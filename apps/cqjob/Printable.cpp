@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <cstddef>
-
 namespace cqsurvey::cqjob {
 
 namespace {
@@ -71,6 +69,10 @@ std::string Printable(std::string_view text) {
         text.remove_prefix(length == 0 ? 1 : length);
     }
     return printable;
+}
+
+std::string Count(std::size_t number, std::string_view noun) {
+    return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
 }
 
 std::string Quoted(std::string_view text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -14,5 +15,8 @@ namespace cqsurvey::cqjob {
 
 /// Printable text in quotation marks for a message, shortened to about 60 bytes.
 [[nodiscard]] std::string Quoted(std::string_view text);
+
+/// "1 point", "2 points".
+[[nodiscard]] std::string Count(std::size_t number, std::string_view noun);
 
 }  // namespace cqsurvey::cqjob

@@ -19,7 +19,7 @@ void AddSeparator(CLI::App& command, std::string& word, bool automatic) {
         ->capture_default_str();
 }
 
-std::optional<Separator> ReadSeparator(const std::string& word) {
+Separator ReadSeparator(const std::string& word) {
     static const std::array<std::pair<const char*, Separator>, 12> kWords = {{
         {"comma", Separator::Comma},
         {",", Separator::Comma},
@@ -34,9 +34,6 @@ std::optional<Separator> ReadSeparator(const std::string& word) {
         {"spaces", Separator::Blank},
         {" ", Separator::Blank},
     }};
-    if (word == "auto") {
-        return std::nullopt;
-    }
     for (const auto& [name, separator] : kWords) {
         if (word == name) {
             return separator;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <optional>
 #include <string>
 
 #include "cqjob/CsvReader.h"
@@ -11,7 +10,7 @@ namespace cqsurvey::cqjob {
 /// Adds --separator, whose word goes into `word`; "auto" is one only where it may be guessed.
 void AddSeparator(CLI::App& command, std::string& word, bool automatic);
 
-/// The separator that a word of that option means, none for "auto".
-[[nodiscard]] std::optional<Separator> ReadSeparator(const std::string& word);
+/// The separator that a word of that option means. Throws UsageError for a word that means none.
+[[nodiscard]] Separator ReadSeparator(const std::string& word);
 
 }  // namespace cqsurvey::cqjob

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "cqjob/Failure.h"
+#include "cqjob/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -24,7 +25,7 @@ bool TextSource::Read(std::string& buffer) {
         m_bytes = buffer.size() - before;
         const std::string_view start = std::string_view(buffer).substr(before);
         if (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF")) {
-            throw Failure(m_name + ": the text is UTF-16; save it as UTF-8");
+            throw Failure(Printable(m_name) + ": the text is UTF-16; save it as UTF-8");
         }
         if (start.starts_with("\xEF\xBB\xBF")) {
             m_hasMark = true;
@@ -61,7 +62,7 @@ FileSource::FileSource(const std::string& path)
     if (path != "-") {
         m_descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
         if (m_descriptor < 0) {
-            throw Failure(GetName() + ": " + std::generic_category().message(errno));
+            throw Failure(Printable(GetName()) + ": " + std::generic_category().message(errno));
         }
     }
     struct stat status {};
@@ -87,7 +88,7 @@ void FileSource::ReadSome(std::string& buffer) {
     const int error = errno;
     buffer.resize(before + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     if (count < 0) {
-        throw Failure(GetName() + ": " + std::generic_category().message(error));
+        throw Failure(Printable(GetName()) + ": " + std::generic_category().message(error));
     }
 }
 

@@ -317,6 +317,28 @@ TEST_F(CqjobProgram, ExportOverwritesNothingUnlessForced) {
     EXPECT_TRUE(Holds(ReadFile(file), "A,2,1,3,0,\r\n"));
 }
 
+TEST_F(CqjobProgram, NeverTakesTheJobForATextFile) {
+    MakeJob("A,1,2,3\n");
+    const std::string before = ReadFile(job);
+    const std::string link = folder.Utf8("link.csv");
+    std::filesystem::create_symlink(job, link);
+    Run({"export", job, link, "--force"}, 2);
+    Run({"import", job, link, "--order", "pnezd"}, 2);
+    EXPECT_EQ(ReadFile(job), before);
+}
+
+TEST_F(CqjobProgram, TakesTheCommentMarkAskedFor) {
+    Run({"new", job});
+    const std::string text = "#1,1,2,3\n//2,1,2,3\n";
+    EXPECT_TRUE(Holds(Run({"import", job, "-", "--order", "pnezd", "--comment", "//"}, 0, text).out,
+                      " 1 comment + 0 blank + 1 recorded"));
+    EXPECT_TRUE(
+        Holds(Run({"import", job, "-", "--order", "pnezd", "--comment", "", "--duplicates", "skip"},
+                  0, text)
+                  .out,
+              " 0 comment + 0 blank + 1 recorded + 0 continued + 1 skipped"));
+}
+
 TEST_F(CqjobProgram, ExportsInTheFormAskedFor) {
     MakeJob(
         "A,1.26,2,3,Stra\xC3\x9F"

@@ -93,6 +93,17 @@ TEST(JobFile, NamesTheJobThatCannotBeOpened) {
     EXPECT_FALSE(std::filesystem::exists(folder.Utf8("missing.job")));
 }
 
+TEST(JobFile, TellsPathsToTheSameFile) {
+    const TempDir folder;
+    std::ofstream(folder.Utf8("a")) << "x";
+    std::ofstream(folder.Utf8("b")) << "x";
+    std::filesystem::create_hard_link(folder.Utf8("a"), folder.Utf8("c"));
+    EXPECT_TRUE(IsSameFile(folder.Utf8("a"), folder.Utf8("c")));
+    EXPECT_FALSE(IsSameFile(folder.Utf8("a"), folder.Utf8("b")));
+    EXPECT_FALSE(IsSameFile(folder.Utf8("a"), folder.Utf8("missing")));
+    EXPECT_FALSE(IsSameFile("-", "-"));
+}
+
 TEST(JobFile, APathThatIsNoUtf8IsWrongUsage) {
     EXPECT_THROW(static_cast<void>(ToJobPath("a\xFF.job")), UsageError);
     EXPECT_EQ(ToJobPath("\u9053.job"), u"\u9053.job");

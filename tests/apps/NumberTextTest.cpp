@@ -40,14 +40,14 @@ TEST(NumberText, ReadsTheNearestDoubleWhateverTheNumberOfDigits) {
 
 TEST(NumberText, RefusesEverythingElse) {
     for (const char* text :
-         {"nan",     "NaN",   "inf",   "-inf",   "infinity", "0x10", "12abc", "abc",
-          "1,234.5", "1 234", "--1",   "+-1",    "-+1",      "++1",  "1e",    "1e+",
-          ".",       "-",     "+",     "-.",     "1.2.3",    "1..2", "e5",    "\"1\"",
-          "1\n",     "12\0",  "1_000", "\u0661", "\u22125",  "1d5"}) {
+         {"nan",     "NaN",   "inf",    "-inf",    "infinity", "0x10", "12abc", "abc",
+          "1,234.5", "1 234", "--1",    "+-1",     "-+1",      "++1",  "1e",    "1e+",
+          ".",       "-",     "+",      "-.",      "1.2.3",    "1..2", "e5",    "\"1\"",
+          "1\n",     "1_000", "\u0661", "\u22125", "1d5"}) {
         EXPECT_NE(ParseNumber(text).fault, nullptr) << text;
-        EXPECT_NE(ParseNumber(text, true).fault == nullptr ? "" : "fault", std::string()) << text;
+        EXPECT_NE(ParseNumber(text, true).fault, nullptr) << text;
     }
-    EXPECT_NE(ParseNumber(std::string_view("1\0", 2)).fault, nullptr);
+    EXPECT_NE(ParseNumber(std::string_view("12\0", 3)).fault, nullptr);
 }
 
 TEST(NumberText, SaysWhyANumberIsRefused) {

@@ -119,6 +119,18 @@ TEST_F(PointImportTest, ABatchThatIsNotCommittedLeavesNothing) {
     EXPECT_EQ(db.GetCoordRecHandleByPtName(u"A"), 0U);
 }
 
+TEST_F(PointImportTest, NamesTheLineThatTheJobDoesNotTake) {
+    db.Close();
+    db.OpenReadOnly(folder.Path(u"a.job"));
+    try {
+        Import("\nA,1,2,3\n");
+        FAIL() << "recorded";
+    } catch (const Failure& error) {
+        EXPECT_TRUE(std::string(error.what()).starts_with("text:2: cannot be recorded: 0x30000004"))
+            << error.what();
+    }
+}
+
 TEST_F(PointImportTest, FailsWhenTheLinesDoNotAddUp) {
     StringSource whole("A,1,2,3\nB,4,5,6\n");
     std::string all;

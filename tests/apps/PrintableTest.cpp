@@ -30,6 +30,12 @@ TEST(Printable, ShowsControlCharactersInsteadOfSendingThem) {
     EXPECT_EQ(Printable(std::string_view("a\0b", 3)), "a\\x00b");
 }
 
+TEST(Printable, CountsOneAndMany) {
+    EXPECT_EQ(Count(0, "point"), "0 points");
+    EXPECT_EQ(Count(1, "point"), "1 point");
+    EXPECT_EQ(Count(2, "point"), "2 points");
+}
+
 TEST(Printable, QuotesAndShortens) {
     EXPECT_EQ(Quoted("ab"), "\"ab\"");
     EXPECT_EQ(Quoted(std::string(60, 'a')), '"' + std::string(60, 'a') + '"');

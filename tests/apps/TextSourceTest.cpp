@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "cqjob/Failure.h"
 #include "support/TempDir.h"
@@ -55,10 +56,10 @@ TEST(TextSource, TakesTheByteOrderMarkAway) {
 }
 
 TEST(TextSource, KeepsBytesThatOnlyBeginLikeAMark) {
-    for (const std::string text : {"\xEF", "\xEF\xBB",
-                                   "\xEF\xBB"
-                                   "a",
-                                   "a\xEF\xBB\xBF"}) {
+    for (const std::string& text : std::vector<std::string>{"\xEF", "\xEF\xBB",
+                                                            "\xEF\xBB"
+                                                            "a",
+                                                            "a\xEF\xBB\xBF"}) {
         StringSource source(text, 1);
         std::string buffer;
         while (source.Read(buffer)) {
@@ -69,12 +70,12 @@ TEST(TextSource, KeepsBytesThatOnlyBeginLikeAMark) {
 }
 
 TEST(TextSource, RefusesUtf16) {
-    for (const std::string text : {std::string("\xFF\xFE"
-                                               "1\0",
-                                               4),
-                                   std::string("\xFE\xFF\0"
-                                               "1",
-                                               4)}) {
+    for (const std::string& text : {std::string("\xFF\xFE"
+                                                "1\0",
+                                                4),
+                                    std::string("\xFE\xFF\0"
+                                                "1",
+                                                4)}) {
         StringSource source(text);
         std::string buffer;
         EXPECT_THROW(source.Read(buffer), Failure);

@@ -6,15 +6,28 @@
 #include <cstddef>
 #include <numeric>
 #include <random>
+#include <set>
 #include <vector>
 
 namespace cqsurvey {
 namespace {
 
+/// With a digest that tells it from others.
+HandleSequence::Entry EntryOf(CqHandle handle) {
+    return {handle, {handle, ~std::uint64_t{handle}}};
+}
+
+std::vector<HandleSequence::Entry> Entries(const std::vector<CqHandle>& handles) {
+    std::vector<HandleSequence::Entry> entries(handles.size());
+    std::transform(handles.begin(), handles.end(), entries.begin(), EntryOf);
+    return entries;
+}
+
 std::vector<CqHandle> Content(const HandleSequence& sequence) {
     std::vector<CqHandle> content;
     for (std::uint32_t i = 0; i < sequence.Size(); ++i) {
         content.push_back(sequence.At(i));
+        EXPECT_EQ(sequence.EntryAt(i).handle, content.back());
     }
     return content;
 }
@@ -24,17 +37,17 @@ TEST(HandleSequenceTest, AnEmptyOneHoldsNothing) {
     EXPECT_EQ(sequence.Size(), 0U);
     EXPECT_FALSE(sequence.Contains(1));
     EXPECT_FALSE(sequence.IndexOf(1).has_value());
-    EXPECT_EQ(sequence.CountPreceding([](CqHandle) { return true; }), 0U);
+    EXPECT_EQ(sequence.CountPreceding([](const HandleSequence::Entry&) { return true; }), 0U);
 }
 
 TEST(HandleSequenceTest, TheLowestIndexOfAHandleThatStandsTwiceIsFound) {
     HandleSequence sequence;
     for (std::uint32_t i = 0; i < 3000; ++i) {
-        sequence.Insert(i, i + 1);
+        sequence.Insert(i, {i + 1, {}});
     }
-    sequence.Insert(2500, 9999);
-    sequence.Insert(17, 9999);
-    sequence.Insert(16, 9999);
+    sequence.Insert(2500, {9999, {}});
+    sequence.Insert(17, {9999, {}});
+    sequence.Insert(16, {9999, {}});
     ASSERT_TRUE(sequence.IndexOf(9999).has_value());
     EXPECT_EQ(*sequence.IndexOf(9999), 16U);
     sequence.RemoveAt(16);
@@ -52,8 +65,8 @@ TEST(HandleSequenceTest, GrowsAtEitherEnd) {
     std::vector<CqHandle> expected(5000);
     std::iota(expected.begin(), expected.end(), 1);
     for (const CqHandle handle : expected) {
-        forward.Insert(forward.Size(), handle);
-        backward.Insert(0, handle);
+        forward.Insert(forward.Size(), EntryOf(handle));
+        backward.Insert(0, EntryOf(handle));
     }
     EXPECT_EQ(Content(forward), expected);
     std::reverse(expected.begin(), expected.end());
@@ -63,7 +76,7 @@ TEST(HandleSequenceTest, GrowsAtEitherEnd) {
 TEST(HandleSequenceTest, HoldsTheLargestRecordNumbers) {
     HandleSequence sequence;
     const std::vector<CqHandle> handles{0xFFFFFFFF, 1, 0x80000000, 0xFFFFFFFE};
-    sequence.Assign(handles);
+    sequence.Assign(Entries(handles));
     EXPECT_EQ(Content(sequence), handles);
     EXPECT_EQ(*sequence.IndexOf(0x80000000), 2U);
 }
@@ -73,10 +86,34 @@ TEST(HandleSequenceTest, CountsWhatPrecedes) {
         HandleSequence sequence;
         std::vector<CqHandle> handles(size);
         std::iota(handles.begin(), handles.end(), 1);
-        sequence.Assign(handles);
+        sequence.Assign(Entries(handles));
         for (std::uint32_t count = 0; count <= size; ++count) {
-            ASSERT_EQ(sequence.CountPreceding([count](CqHandle entry) { return entry <= count; }),
+            ASSERT_EQ(sequence.CountPreceding([count](const HandleSequence::Entry& entry) {
+                return entry.handle <= count;
+            }),
                       count);
+        }
+    }
+}
+
+TEST(HandleSequenceTest, CountsWhatPrecedesAfterInsertionsAndRemovals) {
+    const unsigned seed = 4;
+    SCOPED_TRACE(testing::Message() << "seed " << seed);
+    std::mt19937 random(seed);
+    HandleSequence sequence;
+    std::set<CqHandle> model;
+    for (int i = 0; i < 20000; ++i) {
+        const auto handle = static_cast<CqHandle>(random() % 3000 + 1);
+        const auto expected =
+            static_cast<std::uint32_t>(std::distance(model.begin(), model.lower_bound(handle)));
+        const std::uint32_t place = sequence.CountPreceding(
+            [handle](const HandleSequence::Entry& entry) { return entry.digest.high < handle; });
+        ASSERT_EQ(place, expected);
+        if (model.erase(handle) == 1) {
+            ASSERT_EQ(sequence.RemoveAt(place), handle);
+        } else {
+            model.insert(handle);
+            sequence.Insert(place, EntryOf(handle));
         }
     }
 }
@@ -96,7 +133,7 @@ TEST(HandleSequenceTest, BehavesLikeAnArrayOverRandomChanges) {
                 if (grows || model.empty()) {
                     const std::size_t at = below(model.size() + 1);
                     const auto handle = static_cast<CqHandle>(below(4000));
-                    sequence.Insert(static_cast<std::uint32_t>(at), handle);
+                    sequence.Insert(static_cast<std::uint32_t>(at), EntryOf(handle));
                     model.insert(model.begin() + static_cast<std::ptrdiff_t>(at), handle);
                 } else {
                     const std::size_t at = below(model.size());
@@ -105,6 +142,9 @@ TEST(HandleSequenceTest, BehavesLikeAnArrayOverRandomChanges) {
                 }
             }
             ASSERT_EQ(Content(sequence), model);
+            for (std::uint32_t i = 0; i < sequence.Size(); ++i) {
+                ASSERT_EQ(sequence.EntryAt(i).digest, EntryOf(model[i]).digest);
+            }
             for (CqHandle handle = 0; handle < 4000; handle += 37) {
                 const auto found = std::find(model.begin(), model.end(), handle);
                 ASSERT_EQ(sequence.Contains(handle), found != model.end());
