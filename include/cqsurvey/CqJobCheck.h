@@ -20,9 +20,11 @@ struct CqJobFinding {
 };
 
 /// Looks through a whole open job for what its operations rely on: points and survey-point entities
-/// name each other, the chain runs both ways through every entity once between the head and the
-/// tail that its header names, every entity has its type's record and a layer, names are unique.
-/// Reads only; a damaged job makes it neither fail nor run on.
+/// name each other; the chain runs both ways through every entity once, between the head and the
+/// tail that its header names; every entity has its type's record to itself, and a layer; vertices
+/// follow their polyline; links tie survey points to vertices; texts can be read; names are unique;
+/// the extents hold every entity. What the operations leave behind by design, such as the link of a
+/// deleted point, is no finding. Reads only; a damaged job makes it neither fail nor run on.
 class CQSURVEY_API CqJobCheck {
  public:
     /// Keeps at most `maxFindings` findings and counts the rest.
@@ -38,11 +40,16 @@ class CQSURVEY_API CqJobCheck {
 
  private:
     void CheckPoints(CqSurveyDB& db);
-    void CheckChain(CqSurveyDB& db);
     void CheckEntities(CqSurveyDB& db);
-    void CheckLayers(CqSurveyDB& db);
-    void CheckGroups(CqSurveyDB& db);
-    bool Expect(bool condition, const char* table, CqHandle record, const std::string& text);
+    void CheckChain(CqSurveyDB& db);
+    void CheckMemos(CqSurveyDB& db);
+    void CheckLinks(CqSurveyDB& db);
+    void CheckLayersAndGroups(CqSurveyDB& db);
+    void CheckExtents(CqSurveyDB& db);
+
+    /// Counts a condition; returns it. The text is asked for only when it does not hold.
+    template <class Text>
+    bool Expect(bool condition, const char* table, CqHandle record, Text&& text);
 
     std::size_t m_maxFindings;
     std::size_t m_count = 0;

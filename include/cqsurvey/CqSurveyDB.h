@@ -214,8 +214,9 @@ class CQSURVEY_API CqSurveyDB {
 
     CqCadEntityList* StartPline(int line, int code);
     int AddVertex(CqCadEntityList* list, const double* coords, double bulge);
-    /// Commits the polyline on the current layer and in the current colour and destroys the list.
-    /// Returns its entity handle; 0, with nothing written, for fewer than 2 vertices.
+    /// Commits the polyline on the current layer and in the current colour and destroys the list,
+    /// also when it refuses or throws. Returns its entity handle; 0, with nothing written, for
+    /// fewer than 2 vertices.
     CqHandle EndPline(CqCadEntityList* list);
     int CancelPline(CqCadEntityList* list);
     int EditPline(CqHandle h, int line, int code);

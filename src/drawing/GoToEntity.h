@@ -5,13 +5,10 @@
 
 namespace cqsurvey {
 
-/// The record that heads the entity chain and is no entity.
-inline constexpr CqHandle kChainHeader = 1;
-
 /// Makes the entity current; false for no entity and for the chain's header, which is none. Throws
 /// 0x31000003 for an entity that is gone.
 [[nodiscard]] inline bool GoToEntity(CqEntityTable& entities, CqHandle handle) {
-    if (handle == 0 || handle == kChainHeader) {
+    if (handle <= CqEntityTable::kHeader) {
         return false;
     }
     entities.GoTo(handle);

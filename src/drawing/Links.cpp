@@ -19,7 +19,7 @@ int CqSurveyDB::LinkSiPntAndVertex(CqHandle point, CqHandle vertex) {
 }
 
 int CqSurveyDB::UnlinkSiPntAndVertex(CqHandle point, CqHandle vertex) {
-    if (vertex == 0 || vertex == kChainHeader) {
+    if (vertex <= CqEntityTable::kHeader) {
         return 0;
     }
     return Atomically(*this, [&] { return m_links->Unlink(point, vertex); });

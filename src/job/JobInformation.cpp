@@ -48,7 +48,7 @@ void ReadGroupNames(CqGroupTable& groups, CStringList& names) {
 
 /// The temporary mount, given up at the end of the scope.
 class TemporaryMount {
-   public:
+ public:
     explicit TemporaryMount(const CString& path)
         : m_mounted(QrfsMount(path, kTemporaryMount) != 0) {}
     TemporaryMount(const TemporaryMount&) = delete;
@@ -60,7 +60,7 @@ class TemporaryMount {
     }
     [[nodiscard]] bool IsMounted() const { return m_mounted; }
 
-   private:
+ private:
     bool m_mounted;
 };
 

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <unordered_map>
 #include <vector>
 
+#include "storage/ChangeLog.h"
 #include "storage/CqRecordTable.h"
 #include "storage/JobSchema.h"
+#include "storage/ProbeTable.h"
 
 namespace cqsurvey {
 
@@ -39,38 +40,58 @@ class CqLinkTable : public CqRecordTable<LinkLayout> {
     void UndoStep() noexcept;
 
  private:
-    /// A link's place among the links of its point; 0 for none.
-    struct Neighbours {
-        CqHandle prev = 0;
-        CqHandle next = 0;
+    struct VertexEntry {
+        CqHandle vertex = 0;
+        CqHandle link = 0;
+
+        [[nodiscard]] bool IsFree() const noexcept { return link == 0; }
+        [[nodiscard]] std::uint32_t Hash() const noexcept { return HashHandle(vertex); }
     };
-    struct List {
+    /// The first and the last of a point's links, which are chained.
+    struct PointEntry {
+        CqHandle point = 0;
         CqHandle first = 0;
         CqHandle last = 0;
+
+        [[nodiscard]] bool IsFree() const noexcept { return first == 0; }
+        [[nodiscard]] std::uint32_t Hash() const noexcept { return HashHandle(point); }
     };
-    /// What UndoStep needs to take back one change of the indexes.
+    /// A link's neighbours among the links of its point; 0 for none.
+    struct Place {
+        CqHandle link = 0;
+        CqHandle prev = 0;
+        CqHandle next = 0;
+
+        [[nodiscard]] bool IsFree() const noexcept { return link == 0; }
+        [[nodiscard]] std::uint32_t Hash() const noexcept { return HashHandle(link); }
+    };
+    /// What it takes to take one change of the indexes back.
     struct Change {
         enum Kind : std::uint32_t { kEntered, kVertexForgotten, kRemovedFromList };
 
         Kind kind;
-        CqHandle link;
         CqHandle vertex;
         CqHandle point;
         CqHandle previousLink;  ///< kEntered: what the vertex entry held before
-        Neighbours place;       ///< kRemovedFromList
+        Place place;            ///< of the link in question
     };
 
     [[nodiscard]] CqHandle LinkOfVertex(CqHandle vertex) const;
+    void SetLinkOfVertex(CqHandle vertex, CqHandle link);
+    void ForgetVertex(CqHandle vertex);
+    [[nodiscard]] CqHandle LastOfPoint(CqHandle point) const;
+    [[nodiscard]] Place PlaceOf(CqHandle link) const;
+    Place& PlaceAt(CqHandle link);
     void Enter(CqHandle link, CqHandle point, CqHandle vertex);
-    void InsertIntoList(CqHandle point, CqHandle link, Neighbours place);
-    void RemoveFromList(CqHandle point, CqHandle link) noexcept;
-    void Undo(const Change& change);
-    void DropIndexes() noexcept;
+    void InsertIntoList(CqHandle point, const Place& place);
+    void RemoveFromList(CqHandle point, const Place& place);
+    void ReserveOneMore();
+    void DropIndexes();
 
-    std::unordered_map<CqHandle, CqHandle> m_linkByVertex;
-    std::unordered_map<CqHandle, List> m_listByPoint;
-    std::unordered_map<CqHandle, Neighbours> m_places;
-    std::vector<Change> m_changes;
+    ProbeTable<VertexEntry> m_vertices;
+    ProbeTable<PointEntry> m_points;
+    ProbeTable<Place> m_places;
+    ChangeLog<Change> m_changes;
 };
 
 }  // namespace cqsurvey

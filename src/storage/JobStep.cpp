@@ -1,15 +1,17 @@
 #include "storage/JobStep.h"
 
 #include "cqsurvey/ErrorCodes.h"
+#include "storage/Qrfs.h"
 
 namespace cqsurvey {
 
 namespace {
 
-/// After these the medium or the memory is in doubt, so nothing of the step is kept.
-bool IsFailureOfMedium(std::int32_t code) {
+/// After these the medium or the memory is in doubt, or the job cannot be written at all, so
+/// nothing of the step is kept.
+bool UndoesTheStep(std::int32_t code) {
     return code == error::kOutOfMemory || code == error::kReadWriteFailed ||
-           code == error::kVolumeFull || code == error::kDamaged;
+           code == error::kVolumeFull || code == error::kDamaged || code == error::kAccessDenied;
 }
 
 }  // namespace
@@ -26,14 +28,17 @@ JobStep::JobStep(const CqSurveyDB& db)
 
 JobStep::~JobStep() {
     if (!m_ended) {
-        Undo();
+        Undo(error::kGeneralFailure);
     }
 }
 
-void JobStep::Undo() noexcept {
+void JobStep::Undo(std::int32_t code) noexcept {
     m_ended = true;
     if (--m_db.m_stepDepth == 0) {
         m_db.RollbackStep();
+    } else {
+        // Half an operation must not become durable with the step around it.
+        QrfsSpoilStep(m_db.m_mountName, code);
     }
 }
 
@@ -48,8 +53,8 @@ void JobStep::EndFailed(std::int32_t code) noexcept {
     if (m_ended) {
         return;
     }
-    if (IsFailureOfMedium(code)) {
-        Undo();
+    if (UndoesTheStep(code)) {
+        Undo(code);
         return;
     }
     try {

@@ -1,0 +1,25 @@
+#include "cqjob/Command.h"
+
+namespace cqsurvey::cqjob {
+
+void Command::AddJob(CLI::App& command, const std::string& help) {
+    command.add_option("JOB", m_job, help)->required()->type_name("");
+}
+
+void Command::AddJson(CLI::App& command) {
+    command.add_flag("--json", m_json, "Answer in JSON");
+}
+
+std::vector<std::unique_ptr<Command>> MakeCommands() {
+    std::vector<std::unique_ptr<Command>> commands;
+    commands.push_back(MakeNewCommand());
+    commands.push_back(MakeImportCommand());
+    commands.push_back(MakePointsCommand());
+    commands.push_back(MakeInfoCommand());
+    commands.push_back(MakeExportCommand());
+    commands.push_back(MakeCheckCommand());
+    commands.push_back(MakeSettingsCommand());
+    return commands;
+}
+
+}  // namespace cqsurvey::cqjob

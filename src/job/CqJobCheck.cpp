@@ -1,0 +1,316 @@
+#include "cqsurvey/CqJobCheck.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/Text.h"
+#include "platform/CaseFold.h"
+#include "platform/Text.h"
+#include "storage/CqBitmapTable.h"
+#include "storage/CqCircleTable.h"
+#include "storage/CqEntityTable.h"
+#include "storage/CqGroupTable.h"
+#include "storage/CqLayerTable.h"
+#include "storage/CqLinkTable.h"
+#include "storage/CqPlineTable.h"
+#include "storage/CqPointTable.h"
+#include "storage/CqTextTable.h"
+#include "storage/CqVertexTable.h"
+
+namespace cqsurvey {
+
+namespace {
+
+constexpr const char* kPoints = "_PointData";
+constexpr const char* kEntities = "_EntityData";
+constexpr const char* kLayers = "_Layer";
+constexpr const char* kGroups = "_GroupData";
+constexpr const char* kLinks = "_PointToVertexLink";
+
+std::string Number(CqHandle handle) {
+    return std::to_string(handle);
+}
+
+std::string Quoted(const CString& name) {
+    return "\"" + ToUtf8(name) + "\"";
+}
+
+/// Calls `visit` for the number and the bytes of each record in record order.
+template <class Table, class Visit>
+void ForEach(Table& table, Visit&& visit) {
+    for (int found = table.First(kRecordOrder); found != 0; found = table.Next()) {
+        visit(table.GetCurrentHandle(), table.Record());
+    }
+}
+
+const std::byte* EntityAt(CqEntityTable& entities, CqHandle handle) {
+    return handle <= CqEntityTable::kHeader ? nullptr : QrdbPeekRecord(entities.GetTable(), handle);
+}
+
+/// What names that are alike but for letter case have in common.
+std::u32string Folded(const CString& name) {
+    std::u32string folded;
+    for (std::size_t at = 0; at < name.size();) {
+        folded.push_back(FoldCase(NextCodePoint(name, at)));
+    }
+    return folded;
+}
+
+CString NameOf(const std::byte* point) {
+    return PointLayout::Get<"PointName">(point);
+}
+
+}  // namespace
+
+CqJobCheck::CqJobCheck(CqSurveyDB& db, std::size_t maxFindings) : m_maxFindings(maxFindings) {
+    CheckPoints(db);
+    CheckEntities(db);
+    CheckChain(db);
+    CheckMemos(db);
+    CheckLinks(db);
+    CheckLayersAndGroups(db);
+    CheckExtents(db);
+}
+
+template <class Text>
+bool CqJobCheck::Expect(bool condition, const char* table, CqHandle record, Text&& text) {
+    ++m_checks;
+    if (!condition) {
+        ++m_count;
+        if (m_findings.size() < m_maxFindings) {
+            m_findings.push_back({table, record, std::forward<Text>(text)()});
+        }
+    }
+    return condition;
+}
+
+void CqJobCheck::CheckPoints(CqSurveyDB& db) {
+    CqPointTable& points = *db.m_points;
+    std::vector<std::pair<std::size_t, CqHandle>> names;
+    ForEach(points, [&](CqHandle number, const std::byte* point) {
+        const auto itself = PointLayout::Get<"PointNumber">(point);
+        Expect(itself == number, kPoints, number,
+               [&] { return "its PointNumber is " + Number(itself); });
+        const auto entity = PointLayout::Get<"EntityIndex">(point);
+        const std::byte* shown = EntityAt(*db.m_entities, entity);
+        Expect(shown != nullptr && EntityLayout::Get<"ObjectType">(shown) == EntSiPnt &&
+                   EntityLayout::Get<"ObjectIndex">(shown) == number,
+               kPoints, number, [&] {
+                   return "point " + Quoted(NameOf(point)) + " names entity " + Number(entity) +
+                          ", which does not show it";
+               });
+        const CString name = NameOf(point);
+        if (!name.empty()) {
+            names.emplace_back(std::hash<std::u16string_view>{}(name), number);
+        }
+    });
+    std::sort(names.begin(), names.end());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        bool unique = true;
+        for (std::size_t j = i; unique && j > 0 && names[j - 1].first == names[i].first; --j) {
+            unique = NameOf(QrdbPeekRecord(points.GetTable(), names[j - 1].second)) !=
+                     NameOf(QrdbPeekRecord(points.GetTable(), names[i].second));
+        }
+        Expect(unique, kPoints, names[i].second, [&] {
+            return "an earlier point has the name " +
+                   Quoted(NameOf(QrdbPeekRecord(points.GetTable(), names[i].second))) + " too";
+        });
+    }
+}
+
+void CqJobCheck::CheckEntities(CqSurveyDB& db) {
+    struct Kind {
+        CqDbTable* table;
+        const char* name;
+        std::vector<CqHandle> objects;
+    };
+    std::array<Kind, 7> kinds{{{db.m_points.get(), kPoints, {}},
+                               {db.m_plines.get(), "_PlineData", {}},
+                               {db.m_vertices.get(), "_VertexData", {}},
+                               {nullptr, "", {}},
+                               {db.m_texts.get(), "_TextData", {}},
+                               {db.m_circles.get(), "_CircleData", {}},
+                               {db.m_bitmaps.get(), "_BitmapData", {}}}};
+    ForEach(*db.m_entities, [&](CqHandle number, const std::byte* entity) {
+        if (number == CqEntityTable::kHeader) {
+            return;
+        }
+        const auto type = EntityLayout::Get<"ObjectType">(entity);
+        const auto object = EntityLayout::Get<"ObjectIndex">(entity);
+        const auto layer = EntityLayout::Get<"LayerIndex">(entity);
+        Expect(QrdbPeekRecord(db.m_layers->GetTable(), layer) != nullptr, kEntities, number,
+               [&] { return "its layer " + Number(layer) + " is gone"; });
+        if (!Expect(type < kinds.size() && kinds[type].table != nullptr, kEntities, number,
+                    [&] { return "it has the unknown type " + Number(type); })) {
+            return;
+        }
+        Kind& kind = kinds[type];
+        if (Expect(QrdbPeekRecord(kind.table->GetTable(), object) != nullptr, kEntities, number,
+                   [&] {
+                       return std::string("its record ") + Number(object) + " of " + kind.name +
+                              " is gone";
+                   })) {
+            kind.objects.push_back(object);
+        }
+    });
+    for (Kind& kind : kinds) {
+        if (kind.table == nullptr) {
+            continue;
+        }
+        std::sort(kind.objects.begin(), kind.objects.end());
+        const auto doubled = std::adjacent_find(kind.objects.begin(), kind.objects.end());
+        Expect(doubled == kind.objects.end(), kind.name,
+               doubled == kind.objects.end() ? 0 : *doubled,
+               [] { return "more than one entity names it"; });
+        const auto used = static_cast<std::size_t>(
+            std::unique(kind.objects.begin(), kind.objects.end()) - kind.objects.begin());
+        const auto records = static_cast<std::size_t>(kind.table->GetRecordCount());
+        Expect(used == records, kind.name, 0, [&] {
+            return std::to_string(records - used) + " of its records belong to no entity";
+        });
+    }
+}
+
+void CqJobCheck::CheckChain(CqSurveyDB& db) {
+    CqEntityTable& entities = *db.m_entities;
+    const std::byte* header = QrdbPeekRecord(entities.GetTable(), CqEntityTable::kHeader);
+    if (!Expect(header != nullptr, kEntities, CqEntityTable::kHeader,
+                [] { return "the header of the entity chain is gone"; })) {
+        return;
+    }
+    const auto head = EntityLayout::Get<"NextEntityIndex">(header);
+    const auto tail = EntityLayout::Get<"PrevEntityIndex">(header);
+    Expect(head == entities.GetHead() && tail == entities.GetTail(), kEntities,
+           CqEntityTable::kHeader, [] { return "the header is not what memory holds of it"; });
+
+    const std::int32_t total = entities.GetRecordCount() - 1;
+    std::int32_t steps = 0;
+    CqHandle previous = 0;
+    CqHandle pline = 0;
+    CqHandle at = head;
+    while (at != 0 && steps < total) {
+        const std::byte* entity = EntityAt(entities, at);
+        if (!Expect(entity != nullptr, kEntities, previous, [&] {
+                return "the chain goes on to entity " + Number(at) + ", which is gone";
+            })) {
+            return;
+        }
+        const auto back = EntityLayout::Get<"PrevEntityIndex">(entity);
+        Expect(back == previous, kEntities, at, [&] {
+            return "the chain reaches it from " + Number(previous) + " and goes back to " +
+                   Number(back);
+        });
+        const auto type = EntityLayout::Get<"ObjectType">(entity);
+        if (type == EntPline) {
+            pline = at;
+        } else if (type == EntVertex) {
+            const std::byte* vertex =
+                QrdbPeekRecord(db.m_vertices->GetTable(), EntityLayout::Get<"ObjectIndex">(entity));
+            Expect(
+                vertex != nullptr && pline != 0 && VertexLayout::Get<"PlineIndex">(vertex) == pline,
+                kEntities, at, [] { return "the vertex does not follow its polyline"; });
+        } else {
+            pline = 0;
+        }
+        previous = at;
+        at = EntityLayout::Get<"NextEntityIndex">(entity);
+        ++steps;
+    }
+    Expect(at == 0, kEntities, previous,
+           [] { return "the chain goes on after as many steps as there are entities"; });
+    Expect(steps == total, kEntities, 0, [&] {
+        return "the chain holds " + std::to_string(steps) + " of " + std::to_string(total) +
+               " entities";
+    });
+    Expect(previous == tail, kEntities, previous,
+           [&] { return "the chain ends here and not at its tail " + Number(tail); });
+}
+
+void CqJobCheck::CheckMemos(CqSurveyDB& db) {
+    std::unordered_set<std::uint32_t> seen;
+    const auto check = [&](CqDbTable& table, const char* name, CqHandle number,
+                           std::uint32_t reference) {
+        if (reference == 0) {
+            return;
+        }
+        std::array<char16_t, 2> start{};
+        Expect(QrdbReadMemo(table.GetTable(), start.data(), sizeof(start), reference) != 0, name,
+               number, [] { return "its text is gone"; });
+        Expect(seen.insert(reference).second, name, number,
+               [] { return "it shares its text with another record"; });
+    };
+    ForEach(*db.m_texts, [&](CqHandle number, const std::byte* record) {
+        check(*db.m_texts, "_TextData", number, TextLayout::Get<"Text">(record));
+    });
+    ForEach(*db.m_bitmaps, [&](CqHandle number, const std::byte* record) {
+        check(*db.m_bitmaps, "_BitmapData", number, BitmapLayout::Get<"ResName">(record));
+    });
+}
+
+void CqJobCheck::CheckLinks(CqSurveyDB& db) {
+    ForEach(*db.m_links, [&](CqHandle number, const std::byte* record) {
+        const auto point = LinkLayout::Get<"PointDataID">(record);
+        const auto vertex = LinkLayout::Get<"VertexDataID">(record);
+        const std::byte* pointEntity = EntityAt(*db.m_entities, point);
+        Expect(pointEntity == nullptr || EntityLayout::Get<"ObjectType">(pointEntity) == EntSiPnt,
+               kLinks, number,
+               [&] { return "entity " + Number(point) + " is tied as a point and is none"; });
+        const std::byte* vertexEntity = EntityAt(*db.m_entities, vertex);
+        Expect(
+            vertexEntity == nullptr || EntityLayout::Get<"ObjectType">(vertexEntity) == EntVertex,
+            kLinks, number,
+            [&] { return "entity " + Number(vertex) + " is tied as a vertex and is none"; });
+    });
+}
+
+void CqJobCheck::CheckLayersAndGroups(CqSurveyDB& db) {
+    std::unordered_set<CString> layers;
+    ForEach(*db.m_layers, [&](CqHandle number, const std::byte* record) {
+        const CString name = LayerLayout::Get<"Name">(record);
+        Expect(layers.insert(name).second, kLayers, number,
+               [&] { return "an earlier layer has the name " + Quoted(name) + " too"; });
+    });
+    std::unordered_set<std::u32string> groups;
+    ForEach(*db.m_groups, [&](CqHandle number, const std::byte* record) {
+        const CString name = GroupLayout::Get<"GroupName">(record);
+        Expect(name.empty() || groups.insert(Folded(name)).second, kGroups, number,
+               [&] { return "an earlier group has the name " + Quoted(name) + " too"; });
+    });
+}
+
+void CqJobCheck::CheckExtents(CqSurveyDB& db) {
+    const auto holds = [&](double x, double y) {
+        return !(x < db.m_vecBoundMin.GetX()) && !(y < db.m_vecBoundMin.GetY()) &&
+               !(x > db.m_vecBoundMax.GetX()) && !(y > db.m_vecBoundMax.GetY());
+    };
+    ForEach(*db.m_entities, [&](CqHandle number, const std::byte* entity) {
+        const auto type = EntityLayout::Get<"ObjectType">(entity);
+        const auto object = EntityLayout::Get<"ObjectIndex">(entity);
+        const auto x = EntityLayout::Get<"E">(entity);
+        const auto y = EntityLayout::Get<"N">(entity);
+        bool inside = true;
+        if (number == CqEntityTable::kHeader || type == EntVertex) {
+            return;
+        }
+        if (type == EntPline) {
+            const std::byte* pline = QrdbPeekRecord(db.m_plines->GetTable(), object);
+            inside = pline == nullptr ||
+                     (holds(PlineLayout::Get<"minX">(pline), PlineLayout::Get<"minY">(pline)) &&
+                      holds(PlineLayout::Get<"maxX">(pline), PlineLayout::Get<"maxY">(pline)));
+        } else if (type == EntCircle) {
+            const std::byte* circle = QrdbPeekRecord(db.m_circles->GetTable(), object);
+            const double radius = circle == nullptr ? 0.0 : CircleLayout::Get<"Radius">(circle);
+            inside = holds(x + radius, y + radius) && holds(x - radius, y - radius);
+        } else {
+            inside = holds(x, y);
+        }
+        Expect(inside, kEntities, number, [] { return "it lies outside the drawing's extents"; });
+    });
+}
+
+}  // namespace cqsurvey

@@ -1,0 +1,178 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "cqsurvey/CqSurveyDB.h"
+#include "support/Points.h"
+#include "support/TempDir.h"
+
+namespace cqsurvey {
+namespace {
+
+class Layers : public testing::Test {
+ protected:
+    Layers() { m_db.CreateNew(m_folder.Path(u"a.job")); }
+
+    void Reopen() {
+        m_db.Close();
+        m_db.Open(m_folder.Path(u"a.job"));
+    }
+
+    [[nodiscard]] std::vector<std::pair<CString, int>> List() {
+        std::vector<std::pair<CString, int>> list;
+        CString name;
+        int color = 0;
+        for (CqHandle h = m_db.GetFirstLayerHandle(); h != 0;) {
+            EXPECT_EQ(m_db.GetNextLayer(h, name, color), 1);
+            list.emplace_back(name, color);
+        }
+        return list;
+    }
+
+    [[nodiscard]] CString LayerOf(CqHandle h) const {
+        CqCadEntity* entity = nullptr;
+        EXPECT_EQ(m_db.GetNextCadEntity(h, entity), 1);
+        const CString layer = entity->GetLayer();
+        CqSurveyDB::DeleteCqCadEntityObject(entity);
+        return layer;
+    }
+
+    TempDir m_folder;
+    CqSurveyDB m_db;
+};
+
+TEST_F(Layers, ANewJobHasOneLayerAndItIsCurrent) {
+    EXPECT_EQ(m_db.GetNumLayers(), 1);
+    EXPECT_EQ(List(), (std::vector<std::pair<CString, int>>{{u"0", 1}}));
+    EXPECT_EQ(m_db.GetLayerLine(u"0"), 0);
+    EXPECT_EQ(m_db.GetCurrentLayer(), u"0");
+}
+
+TEST_F(Layers, ALayerIsAddedOnce) {
+    EXPECT_EQ(m_db.AddLayer(u"A", 3, 2), 1);
+    EXPECT_EQ(m_db.AddLayer(u"A", 3, 2), 0);
+    EXPECT_EQ(m_db.GetNumLayers(), 2);
+    EXPECT_EQ(m_db.GetLayerColor(u"A"), 3);
+    EXPECT_EQ(m_db.GetLayerLine(u"A"), 2);
+}
+
+TEST_F(Layers, ALongNameIsFoundOnlyUnderItsFirst51Characters) {
+    const CString name(60, u'x');
+    EXPECT_EQ(m_db.AddLayer(name, 1, 0), 1);
+    EXPECT_EQ(m_db.SetCurrentLayer(name), 0);
+    EXPECT_EQ(m_db.SetCurrentLayer(name.substr(0, 51)), 1);
+    EXPECT_EQ(m_db.GetCurrentLayer().size(), 51U);
+    EXPECT_EQ(m_db.AddLayer(name, 1, 0), 1) << "the name uncut is not found";
+}
+
+TEST_F(Layers, HidingKeepsTheColourInTheSign) {
+    m_db.AddLayer(u"A", 3, 0);
+    EXPECT_EQ(m_db.ShowLayer(u"A", 0), 1);
+    EXPECT_EQ(m_db.GetLayerColor(u"A"), -3);
+    EXPECT_EQ(m_db.ShowLayer(u"A", 0), 1);
+    EXPECT_EQ(m_db.GetLayerColor(u"A"), -3);
+    EXPECT_EQ(m_db.ShowLayer(u"A", 1), 1);
+    EXPECT_EQ(m_db.GetLayerColor(u"A"), 3);
+    EXPECT_EQ(m_db.ShowLayer(u"B", 1), 0);
+}
+
+TEST_F(Layers, ColourZeroCannotBeHiddenAndTheLowestColourStays) {
+    m_db.AddLayer(u"A", 0, 0);
+    EXPECT_EQ(m_db.ShowLayer(u"A", 0), 1);
+    EXPECT_EQ(m_db.GetLayerColor(u"A"), 0);
+    const int lowest = std::numeric_limits<std::int32_t>::min();
+    m_db.AddLayer(u"B", lowest, 0);
+    EXPECT_EQ(m_db.ShowLayer(u"B", 1), 1);
+    EXPECT_EQ(m_db.GetLayerColor(u"B"), lowest);
+}
+
+TEST_F(Layers, ColourAndLineAreEditedByName) {
+    m_db.AddLayer(u"A", 3, 2);
+    EXPECT_EQ(m_db.EditLayerColor(u"A", -9), 1);
+    EXPECT_EQ(m_db.GetLayerColor(u"A"), -9);
+    EXPECT_EQ(m_db.EditLayerLine(u"A", 0x12345), 1);
+    EXPECT_EQ(m_db.GetLayerLine(u"A"), 0x2345) << "the line type has 16 bits";
+    EXPECT_EQ(m_db.EditLayerColor(u"B", 1), 0);
+    EXPECT_EQ(m_db.EditLayerLine(u"B", 1), 0);
+    EXPECT_EQ(m_db.GetLayerColor(u"B"), 0);
+    EXPECT_EQ(m_db.GetLayerLine(u"B"), 0);
+}
+
+TEST_F(Layers, NamesDifferByCaseAndTheEmptyNameIsOne) {
+    EXPECT_EQ(m_db.AddLayer(u"wall", 1, 0), 1);
+    EXPECT_EQ(m_db.AddLayer(u"Wall", 2, 0), 1);
+    EXPECT_EQ(m_db.AddLayer(u"", 3, 0), 1);
+    EXPECT_EQ(m_db.AddLayer(u"", 3, 0), 0);
+    EXPECT_EQ(m_db.GetLayerColor(u""), 3);
+    EXPECT_EQ(List().size(), 4U);
+}
+
+TEST_F(Layers, EditLayerMovesOneEntityAndAddsTheLayerOnce) {
+    const CqHandle point = AddPoint(m_db, u"P1", 1, 2);
+    const CqHandle entity = m_db.GetCadEntityHandleByCoordRecHandle(point);
+    EXPECT_EQ(LayerOf(entity), u"0");
+    EXPECT_EQ(m_db.EditLayer(entity, u"New"), 1);
+    EXPECT_EQ(LayerOf(entity), u"New");
+    EXPECT_EQ(m_db.GetLayerColor(u"New"), 1);
+    EXPECT_EQ(m_db.EditLayer(entity, u"New"), 1);
+    EXPECT_EQ(m_db.GetNumLayers(), 2);
+    EXPECT_EQ(m_db.EditLayer(0, u"New"), 0);
+    EXPECT_EQ(m_db.EditLayer(1, u"New"), 0) << "the chain's header is no entity";
+    EXPECT_EQ(CodeThrownBy([&] { m_db.EditLayer(99, u"New"); }), error::kNoRecord);
+}
+
+TEST_F(Layers, ADeletedLayerLeavesItsEntitiesAndTheCurrentLayer) {
+    m_db.AddLayer(u"A", 3, 0);
+    m_db.SetCurrentLayer(u"A");
+    const CqHandle entity = m_db.GetCadEntityHandleByCoordRecHandle(AddPoint(m_db, u"P1", 1, 2));
+    EXPECT_EQ(LayerOf(entity), u"A");
+    EXPECT_EQ(m_db.DeleteLayer(u"A"), 1);
+    EXPECT_EQ(m_db.DeleteLayer(u"A"), 0);
+    EXPECT_EQ(LayerOf(entity), u"") << "the layer is gone";
+    EXPECT_EQ(m_db.GetCurrentLayer(), u"A") << "the cache stays";
+}
+
+TEST_F(Layers, AJobWithoutLayer0OpensWithoutACurrentLayer) {
+    m_db.AddLayer(u"A", 3, 0);
+    m_db.DeleteLayer(u"0");
+    Reopen();
+    EXPECT_EQ(m_db.GetCurrentLayer(), u"");
+    EXPECT_EQ(m_db.SetCurrentLayer(u"0"), 0);
+    EXPECT_EQ(m_db.SetCurrentLayer(u"A"), 1);
+}
+
+TEST_F(Layers, OpeningMakesLayer0CurrentAgain) {
+    m_db.AddLayer(u"A", 3, 0);
+    m_db.SetCurrentLayer(u"A");
+    EXPECT_EQ(m_db.SetCurrentLayer(u"B"), 0);
+    EXPECT_EQ(m_db.GetCurrentLayer(), u"A");
+    Reopen();
+    EXPECT_EQ(m_db.GetCurrentLayer(), u"0");
+    EXPECT_EQ(m_db.GetLayerColor(u"A"), 3);
+}
+
+TEST_F(Layers, TheCurrentColourHasARange) {
+    EXPECT_EQ(m_db.GetCurrentColor(), 256);
+    EXPECT_EQ(m_db.SetCurrentColor(-256), 1);
+    EXPECT_EQ(m_db.SetCurrentColor(-257), 0);
+    EXPECT_EQ(m_db.SetCurrentColor(257), 0);
+    EXPECT_EQ(m_db.SetCurrentColor(std::numeric_limits<int>::min()), 0);
+    EXPECT_EQ(m_db.GetCurrentColor(), -256);
+    EXPECT_EQ(m_db.SetCurrentColor(256), 1);
+}
+
+TEST_F(Layers, AStaleLayerHandleThrowsAndAZeroOneIsRefused) {
+    CqHandle h = 0;
+    CString name = u"kept";
+    int color = 5;
+    EXPECT_EQ(m_db.GetNextLayer(h, name, color), 0);
+    EXPECT_EQ(name, u"kept");
+    h = 99;
+    EXPECT_EQ(CodeThrownBy([&] { m_db.GetNextLayer(h, name, color); }), error::kNoRecord);
+}
+
+}  // namespace
+}  // namespace cqsurvey
