@@ -130,7 +130,7 @@ void Furnish(CqSurveyDB& db) {
     db.AddVertex(pline, kFar.data(), 0);
     db.AddVertex(pline, kHere.data(), 0);
     db.EndPline(pline);  // entities 5 to 8
-    db.LinkSiPntAndVertex(2, 6);
+    db.LinkSiPntAndVertex(3, 6);
     db.AddText(kHere.data(), u"a text", 1, 2, u"style", 1, 0, 0, 0, 0, 0);  // entity 9
     db.AddCircle(kHere.data(), 2, 0, 0);                                    // entity 10
     db.AddLayer(u"A", 2, 0);
