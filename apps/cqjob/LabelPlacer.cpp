@@ -1,0 +1,59 @@
+#include "cqjob/LabelPlacer.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+constexpr std::int64_t kMostCells = 4096;
+
+std::uint64_t KeyOf(std::int32_t x, std::int32_t y) {
+    return (static_cast<std::uint64_t>(static_cast<std::uint32_t>(x)) << 32U) |
+           static_cast<std::uint32_t>(y);
+}
+
+}  // namespace
+
+LabelPlacer::Cells LabelPlacer::FindCells(const Box& box) const {
+    constexpr double kLimit = 1e9;
+    const auto cell = [this](double value) {
+        return static_cast<std::int32_t>(std::clamp(std::floor(value / m_cell), -kLimit, kLimit));
+    };
+    return {cell(box.minX), cell(box.minY), cell(box.maxX), cell(box.maxY)};
+}
+
+void LabelPlacer::Take(const Box& box) {
+    if (box.IsEmpty()) {
+        return;
+    }
+    const Cells cells = FindCells(box);
+    const std::int64_t wide = std::int64_t{cells.right} - cells.left + 1;
+    const std::int64_t high = std::int64_t{cells.bottom} - cells.top + 1;
+    if (wide > kMostCells || high > kMostCells || wide * high > kMostCells) {
+        return;
+    }
+    for (std::int32_t x = cells.left; x <= cells.right; ++x) {
+        for (std::int32_t y = cells.top; y <= cells.bottom; ++y) {
+            m_taken[KeyOf(x, y)].push_back(box);
+        }
+    }
+}
+
+bool LabelPlacer::IsFree(const Box& box) const {
+    const Cells cells = FindCells(box);
+    for (std::int32_t x = cells.left; x <= cells.right; ++x) {
+        for (std::int32_t y = cells.top; y <= cells.bottom; ++y) {
+            const auto found = m_taken.find(KeyOf(x, y));
+            if (found != m_taken.end() &&
+                std::any_of(found->second.begin(), found->second.end(),
+                            [&](const Box& taken) { return taken.Meets(box); })) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+}  // namespace cqsurvey::cqjob
