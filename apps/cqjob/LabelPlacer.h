@@ -17,7 +17,8 @@ class LabelPlacer {
     /// Takes the room of `box`, free or not. A box of more than some thousand cells is ignored.
     void Take(const Box& box);
 
-    /// True when nothing that was taken meets `box`.
+    /// True when nothing that was taken meets `box`. False also where very much was taken near by,
+    /// and for a box of more than some thousand cells.
     [[nodiscard]] bool IsFree(const Box& box) const;
 
  private:
@@ -25,6 +26,7 @@ class LabelPlacer {
         std::int32_t left, top, right, bottom;
     };
     [[nodiscard]] Cells FindCells(const Box& box) const;
+    [[nodiscard]] static bool IsLarge(const Cells& cells);
 
     double m_cell;
     std::unordered_map<std::uint64_t, std::vector<Box>> m_taken;
