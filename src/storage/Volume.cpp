@@ -342,6 +342,18 @@ void Volume::Lock() {
         // Another tool has switched the file to a log beside it.
         (void)SqlText(connection, "PRAGMA journal_mode=DELETE");
     }
+    RemoveInertJournal();
+}
+
+/// A journal without content, left where the medium failed at the end, goes with the next holder of
+/// the lock. One that the database has open is its own affair.
+void Volume::RemoveInertJournal() {
+    sqlite3_file* journal = nullptr;
+    if (sqlite3_file_control(m_connection.get(), "main", SQLITE_FCNTL_JOURNAL_POINTER,
+                             static_cast<void*>(&journal)) == SQLITE_OK &&
+        journal != nullptr && journal->pMethods == nullptr) {
+        ::unlink(sqlite3_filename_journal(sqlite3_db_filename(m_connection.get(), "main")));
+    }
 }
 
 void Volume::CheckLength(const std::string& path) {

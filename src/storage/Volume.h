@@ -61,7 +61,7 @@ class Volume {
         try {
             change();
             m_weight += weight;
-            if (m_weight >= kWeightToLook) {
+            if (m_weight >= s_limits.weight) {
                 SpillIfLarge();
             }
         } catch (const StoreFailure& failure) {
@@ -76,8 +76,10 @@ class Volume {
         }
     }
 
-    /// How much waits in memory before it is handed to the database inside a long step.
+    /// How much waits in memory before it is handed to the database inside a long step, and how
+    /// much may change before the volume looks whether it is so much.
     struct SpillLimits {
+        std::size_t weight = 1024;
         std::size_t records = 65536;
         std::size_t blocks = 1024;
         std::size_t units = std::size_t{1} << 22;
@@ -120,8 +122,6 @@ class Volume {
         std::uint32_t lengthAtStep = 0;
     };
 
-    /// How much may change before the volume looks whether memory should be handed on.
-    static constexpr std::size_t kWeightToLook = 1024;
     /// A file is written and lengthened by this much at a time.
     static constexpr std::uint32_t kFilePiece = 256 * VolumeFile::kBlock;
 
@@ -129,6 +129,7 @@ class Volume {
 
     void Configure();
     void Lock();
+    void RemoveInertJournal();
     void CheckLength(const std::string& path);
     void CheckSchema();
     [[nodiscard]] std::map<CString, FileEntry> FilesInDatabase() const;

@@ -199,6 +199,7 @@ void FaultVfs::FailAt(unsigned calls, std::int64_t at, int result, bool stays) {
 
 void FaultVfs::Heal() {
     m_calls = 0;
+    m_watching = false;
 }
 
 std::optional<int> FaultVfs::Strike(Call call) {

@@ -35,14 +35,14 @@ class FaultVfs {
     /// The `at`th of these calls from now, counted from 1, fails with `result`, and when it `stays`
     /// every later one of them too.
     void FailAt(unsigned calls, std::int64_t at, int result, bool stays);
-    /// No call fails from now on.
+    /// No call fails from now on, and nothing is watched any more.
     void Heal();
     /// Whether a call has failed since FailAt.
     [[nodiscard]] bool Struck() const { return m_struck; }
 
     /// From now on keeps apart what was synced and what was not.
     void WatchPower();
-    /// Whether the power was cut by the fault: it cuts when `result` is kPowerCut.
+    /// The result of FailAt that cuts the power: every call fails from then on.
     static constexpr int kPowerCut = SQLITE_IOERR | (200 << 8);
     enum class Unsynced { Lost, Kept, Mixed };
     /// Puts what the medium may hold after a cut into another folder: all that was synced, and of
