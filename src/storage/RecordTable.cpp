@@ -121,25 +121,23 @@ void RecordTable::LoadAll() {
     m_loaded = true;
 }
 
-void RecordTable::Append(const std::byte* record) {
+std::uint32_t RecordTable::Append(const std::byte* record) {
     Load();
     if (m_next > kLastNumber ||
         m_chunks.GetCount() >= std::size_t{std::numeric_limits<std::int32_t>::max()}) {
         throw StoreFailure(error::kVolumeFull, "table " + m_name + " has no number left");
     }
     const auto number = static_cast<std::uint32_t>(m_next);
-    // Marked before it is there, so that a record is never there unmarked.
-    m_chunks.SetMark(number, RecordChunks::Mark::Dirty);
-    m_chunks.SetMark(number, RecordChunks::Mark::Touched);
-    m_chunks.Put(number, record);
+    m_chunks.PutMarked(number, record);
     ++m_next;
+    return number;
 }
 
 void RecordTable::Write(std::uint32_t number, const std::byte* record) {
-    FreeMemos(Find(number), record);
-    m_chunks.SetMark(number, RecordChunks::Mark::Dirty);
-    m_chunks.SetMark(number, RecordChunks::Mark::Touched);
-    m_chunks.Put(number, record);
+    if (!m_format.GetMemoOffsets().empty()) {
+        FreeMemos(Find(number), record);
+    }
+    m_chunks.PutMarked(number, record);
 }
 
 void RecordTable::Delete(std::uint32_t number) {
