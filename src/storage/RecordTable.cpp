@@ -177,11 +177,18 @@ void RecordTable::FlushInserts(const std::uint32_t* numbers, std::uint32_t count
         if (!m_insertMany) {
             m_insertMany = SqlStatement(m_connection, "INSERT" + Values(kRowsAStatement));
         }
+        // All are above those in the database, which finds a number itself, one more than the
+        // highest, in four fifths of the time it takes to look whether a given one is free.
         for (std::uint32_t i = 0; i < count; ++i) {
-            m_format.Bind(m_insertMany.Get(), static_cast<int>(i) * columns + 1, numbers[i],
-                          m_chunks.Find(numbers[i]));
+            const bool follows = i != 0 && numbers[i] == numbers[i - 1] + 1;
+            m_format.Bind(m_insertMany.Get(), static_cast<int>(i) * columns + 1,
+                          follows ? 0 : numbers[i], m_chunks.Find(numbers[i]));
         }
         m_insertMany.Run();
+        if (sqlite3_last_insert_rowid(m_connection) != std::int64_t{numbers[count - 1]}) {
+            throw StoreFailure(error::kDamaged,
+                               "table " + m_name + " has numbers that were not there");
+        }
         return;
     }
     if (!m_insert) {
