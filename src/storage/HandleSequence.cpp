@@ -110,7 +110,6 @@ void HandleSequence::AddBlock(std::uint32_t place) {
     }
     m_directory.insert(m_directory.begin() + place, Place{number});
     m_sums.push_back(0);
-    SumUp();
 }
 
 void HandleSequence::RemoveBlock(std::uint32_t place) noexcept {
@@ -162,8 +161,10 @@ void HandleSequence::Insert(std::uint32_t index, const Entry& entry) {
         if (index == m_size) {
             spot = {static_cast<std::uint32_t>(m_directory.size()), 0};
             AddBlock(spot.place);
+            SumUp();
         } else if (index == 0) {
             AddBlock(0);
+            SumUp();
         } else {
             Split(spot.place);
             const std::uint32_t left = m_directory[spot.place].count;

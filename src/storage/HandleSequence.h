@@ -104,6 +104,7 @@ class HandleSequence {
     void NoteLast(std::uint32_t place) noexcept;
 
     void ReserveBlocks(std::size_t count);
+    /// Adds an empty block; SumUp must follow.
     void AddBlock(std::uint32_t place);
     void RemoveBlock(std::uint32_t place) noexcept;
     void Split(std::uint32_t place);

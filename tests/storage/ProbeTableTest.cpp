@@ -75,7 +75,7 @@ TEST(ProbeTableTest, TakesLittleMoreThanItsSlots) {
     for (std::uint32_t i = 1; i <= 20000; ++i) {
         table.Insert({HashHandle(i), 1});
         if (i > 100) {
-            ASSERT_LT(table.Capacity(), i + i / 2);
+            ASSERT_LT(table.Capacity(), i + i / 4 * 3);
         }
     }
 }
