@@ -15,6 +15,10 @@ std::vector<std::unique_ptr<Command>> MakeCommands() {
     commands.push_back(MakeNewCommand());
     commands.push_back(MakeImportCommand());
     commands.push_back(MakePointsCommand());
+    commands.push_back(MakeEditCommand());
+    commands.push_back(MakeDeleteCommand());
+    commands.push_back(MakeDescribeCommand());
+    commands.push_back(MakeGroupsCommand());
     commands.push_back(MakeInfoCommand());
     commands.push_back(MakeEntitiesCommand());
     commands.push_back(MakeLayersCommand());
@@ -22,6 +26,7 @@ std::vector<std::unique_ptr<Command>> MakeCommands() {
     commands.push_back(MakeExportCommand());
     commands.push_back(MakeCheckCommand());
     commands.push_back(MakeSettingsCommand());
+    commands.push_back(MakeImageCommand());
     return commands;
 }
 

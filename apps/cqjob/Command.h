@@ -43,6 +43,10 @@ class Command {
 std::unique_ptr<Command> MakeNewCommand();
 std::unique_ptr<Command> MakeImportCommand();
 std::unique_ptr<Command> MakePointsCommand();
+std::unique_ptr<Command> MakeEditCommand();
+std::unique_ptr<Command> MakeDeleteCommand();
+std::unique_ptr<Command> MakeDescribeCommand();
+std::unique_ptr<Command> MakeGroupsCommand();
 std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeEntitiesCommand();
 std::unique_ptr<Command> MakeLayersCommand();
@@ -50,6 +54,7 @@ std::unique_ptr<Command> MakePlotCommand();
 std::unique_ptr<Command> MakeExportCommand();
 std::unique_ptr<Command> MakeCheckCommand();
 std::unique_ptr<Command> MakeSettingsCommand();
+std::unique_ptr<Command> MakeImageCommand();
 
 /// Every command, in the order in which the help lists them.
 std::vector<std::unique_ptr<Command>> MakeCommands();

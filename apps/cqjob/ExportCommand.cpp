@@ -11,11 +11,11 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/NumberText.h"
 #include "cqjob/OutputFile.h"
-#include "cqjob/PointList.h"
 #include "cqjob/PointRow.h"
 #include "cqjob/Printable.h"
 #include "cqjob/Progress.h"
 #include "cqjob/SeparatorOption.h"
+#include "cqjob/ViewOptions.h"
 
 namespace cqsurvey::cqjob {
 
@@ -24,8 +24,7 @@ namespace {
 class ExportCommand : public Command {
  public:
     CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command =
-            app.add_subcommand("export", "Write a job's points into a text file, by name");
+        CLI::App* command = app.add_subcommand("export", "Write a job's points into a text file");
         AddJob(*command, "The job; it is not changed");
         command->add_option("FILE", m_file, "The file to write, - for standard output")
             ->required()
@@ -53,16 +52,20 @@ class ExportCommand : public Command {
         command->add_option("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
             ->type_name("N")
             ->capture_default_str();
+        m_view.AddTo(*command);
         command->add_flag("--force", m_force, "Replace a file that is there");
         command->footer(
             "A missing height is an empty column. Importing the file again with the same order\n"
             "gives the same points. Without a c in the order, d holds the description or the\n"
             "feature code; where a point has both, the code comes first and the description in\n"
             "a column of its own behind it.\n"
+            "\n" +
+            std::string(ViewOptions::kHelp) +
             "\n"
             "Example:\n"
             "  cqjob export site.job points.csv\n"
-            "  cqjob export site.job - --order pnezd --decimals 3");
+            "  cqjob export site.job - --order pnezd --decimals 3\n"
+            "  cqjob export site.job road.csv --group Road --sort code");
         m_command = command;
         return command;
     }
@@ -76,7 +79,7 @@ class ExportCommand : public Command {
         }
         CqSurveyDB db;
         OpenToRead(db, m_job);
-        const PointList points(db);
+        const PointList points = m_view.MakeList(db, m_job, console);
         OutputFile output(console, m_file, m_force);
         if (m_command->count("--header") > 0 ? m_header : m_order.empty() && m_columns.empty()) {
             output.Write(row.MakeHeader());
@@ -134,6 +137,7 @@ class ExportCommand : public Command {
     }
 
     CLI::App* m_command = nullptr;
+    ViewOptions m_view;
     std::string m_file;
     std::string m_order;
     std::string m_columns;

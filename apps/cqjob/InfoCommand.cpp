@@ -4,6 +4,7 @@
 
 #include "cqjob/Command.h"
 #include "cqjob/JobFile.h"
+#include "cqjob/JobTable.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/NumberText.h"
 #include "cqjob/Printable.h"
@@ -54,14 +55,30 @@ Summary Summarise(CqSurveyDB& db) {
 class InfoCommand : public Command {
  public:
     CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("info", "Say what a job holds");
-        AddJob(*command, "The job; it is not changed");
+        CLI::App* command = app.add_subcommand("info", "Say what a job holds, or several");
+        command->add_option("JOB", m_jobs, "The jobs; they are not changed")
+            ->required()
+            ->type_name("");
+        command->add_flag("--table", m_table, "Answer with a table for one job too");
         AddJson(*command);
-        command->footer("Example:\n  cqjob info site.job");
+        command->footer(
+            "One job is told in full. Several make a table, without being loaded, so that a "
+            "folder\n"
+            "of large jobs is told at once; a job that cannot be read has a row that says why, "
+            "and\n"
+            "the exit status is 1.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob info site.job\n"
+            "  cqjob info *.job --json");
         return command;
     }
 
     int Run(Console& console) override {
+        if (m_table || m_jobs.size() > 1) {
+            return WriteJobTable(console, m_jobs, m_json);
+        }
+        m_job = m_jobs.front();
         CqSurveyDB db;
         OpenToRead(db, m_job);
         const Summary summary = Summarise(db);
@@ -150,6 +167,9 @@ class InfoCommand : public Command {
         json.Member("coordinate_division", counts.jCoordDivision);
         json.EndObject();
     }
+
+    std::vector<std::string> m_jobs;
+    bool m_table = false;
 };
 
 }  // namespace

@@ -29,6 +29,7 @@ class JsonWriter {
     void Value(const std::string& text) { Value(std::string_view(text)); }
     /// null unless the number is finite.
     void Value(double number);
+    void Null() { Write("null"); }
     void Value(bool value) { Write(value ? "true" : "false"); }
     template <std::integral T>
     void Value(T number) {

@@ -14,12 +14,14 @@ namespace {
 
 }  // namespace
 
-PointList::PointList(CqSurveyDB& db, PointOrder order, bool descending) : m_db(db) {
+PointList::PointList(CqSurveyDB& db, PointOrder order, bool descending,
+                     const std::optional<COORDFILTER>& filter)
+    : m_db(db) {
     COORDFILTER everyOrigin;
     everyOrigin.originMask = 0xFFFF;
-    m_inView = static_cast<std::size_t>(
-        db.SetSortCoordSetting(static_cast<std::uint16_t>(order), descending ? 1 : 0, everyOrigin));
-    if (m_inView == static_cast<std::size_t>(db.GetNumCoordRecs())) {
+    m_inView = static_cast<std::size_t>(db.SetSortCoordSetting(
+        static_cast<std::uint16_t>(order), descending ? 1 : 0, filter.value_or(everyOrigin)));
+    if (filter || m_inView == static_cast<std::size_t>(db.GetNumCoordRecs())) {
         return;
     }
     CqCoordRec point;

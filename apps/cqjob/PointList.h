@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace cqsurvey::cqjob {
@@ -11,14 +12,14 @@ namespace cqsurvey::cqjob {
 /// What points are listed by: names in natural order (P2 before P10), feature codes, or nothing.
 enum class PointOrder : std::uint16_t { Name = 0, Code = 1, Record = 2 };
 
-/// All points of a job in the order of a view, and behind them the points of data origin 0, which
-/// no view admits, in record order.
+/// The points of a job that a filter admits, in the order of a view; without a filter all points,
+/// the ones of data origin 0, which no view admits, behind the others in record order.
 class PointList {
  public:
     /// Sets the view of `db`, which must outlive the list and not be changed meanwhile. Throws
     /// Failure when the job's points cannot be walked through.
-    explicit PointList(CqSurveyDB& db, PointOrder order = PointOrder::Name,
-                       bool descending = false);
+    explicit PointList(CqSurveyDB& db, PointOrder order = PointOrder::Name, bool descending = false,
+                       const std::optional<COORDFILTER>& filter = {});
 
     [[nodiscard]] std::size_t GetCount() const { return m_inView + m_others.size(); }
 

@@ -1,30 +1,21 @@
 #include <cqsurvey/cqsurvey.h>
-#include <fmt/chrono.h>
 
 #include <algorithm>
-#include <array>
-#include <ctime>
 #include <limits>
+#include <utility>
 
 #include "cqjob/Command.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/NumberText.h"
-#include "cqjob/PointList.h"
+#include "cqjob/PointDetails.h"
 #include "cqjob/Printable.h"
 #include "cqjob/TextTable.h"
+#include "cqjob/ViewOptions.h"
 
 namespace cqsurvey::cqjob {
 
 namespace {
-
-struct Point {
-    CqHandle handle = 0;
-    CqCoordRec record;
-    std::array<double, 3> coords{};
-    std::string group;
-    std::string description;
-};
 
 class PointsCommand : public Command {
  public:
@@ -32,13 +23,7 @@ class PointsCommand : public Command {
         CLI::App* command = app.add_subcommand("points", "List a job's points");
         AddJob(*command, "The job; it is not changed");
         AddJson(*command);
-        command
-            ->add_option("--sort", m_sort,
-                         "Sort by name in natural order (P2, P10), by code or not: record")
-            ->type_name("KEY")
-            ->check(CLI::IsMember({"name", "code", "record"}))
-            ->capture_default_str();
-        command->add_flag("--descending", m_descending, "The other way round");
+        m_view.AddTo(*command);
         command->add_option("--limit", m_limit, "List at most so many points, on each page")
             ->type_name("N")
             ->check(CLI::Range(1, std::numeric_limits<int>::max()));
@@ -51,10 +36,12 @@ class PointsCommand : public Command {
             ->type_name("N")
             ->check(CLI::Range(0, 17))
             ->capture_default_str();
-        command->footer(
-            "Example:\n"
-            "  cqjob points site.job --limit 10\n"
-            "  cqjob points site.job --page 3 --json");
+        command->footer(std::string(ViewOptions::kHelp) +
+                        "\n"
+                        "Example:\n"
+                        "  cqjob points site.job --limit 10\n"
+                        "  cqjob points site.job --name P100..P199 --code 5 --code 7\n"
+                        "  cqjob points site.job --group Road --sort code --page 3 --json");
         return command;
     }
 
@@ -62,11 +49,7 @@ class PointsCommand : public Command {
         constexpr std::size_t kPage = 50;
         CqSurveyDB db;
         OpenToRead(db, m_job);
-        const PointList points(db,
-                               m_sort == "name"   ? PointOrder::Name
-                               : m_sort == "code" ? PointOrder::Code
-                                                  : PointOrder::Record,
-                               m_descending);
+        const PointList points = m_view.MakeList(db, m_job, console);
         const std::size_t count = points.GetCount();
         const std::size_t length = m_limit != 0  ? static_cast<std::size_t>(m_limit)
                                    : m_page != 0 ? kPage
@@ -84,22 +67,10 @@ class PointsCommand : public Command {
     }
 
  private:
-    static Point Read(CqSurveyDB& db, const PointList& points, std::size_t index) {
-        Point point;
-        point.handle = points.Read(index, point.record);
-        point.record.GetPoint(point.coords.data());
-        if (point.record.GetGroup() != 0) {
-            try {
-                point.group = ToUtf8(db.GetGroupName(point.record.GetGroup()));
-            } catch (const CqSurveyException&) {
-                // A point may carry the number of a group that never was.
-                point.group = fmt::format("#{}", point.record.GetGroup());
-            }
-        }
-        CString description;
-        db.GetCoordDescription(point.handle, description);
-        point.description = ToUtf8(description);
-        return point;
+    static PointDetails Read(CqSurveyDB& db, const PointList& points, std::size_t index) {
+        CqCoordRec record;
+        const CqHandle handle = points.Read(index, record);
+        return {db, handle, std::move(record)};
     }
 
     void WriteTable(Console& console, CqSurveyDB& db, const PointList& points, std::size_t first,
@@ -112,7 +83,7 @@ class PointsCommand : public Command {
                                   {"Group"},
                                   {"Description"}});
         for (std::size_t i = first; i < end; ++i) {
-            const Point point = Read(db, points, i);
+            const PointDetails point = Read(db, points, i);
             table.Add({ToUtf8(point.record.GetPtName()), FormatNumber(point.coords[0], m_decimals),
                        FormatNumber(point.coords[1], m_decimals),
                        FormatNumber(point.coords[2], m_decimals),
@@ -139,30 +110,13 @@ class PointsCommand : public Command {
         json.Key("points");
         json.BeginArray();
         for (std::size_t i = first; i < end; ++i) {
-            const Point point = Read(db, points, i);
-            json.BeginObject();
-            json.Member("handle", point.handle);
-            json.Member("name", ToUtf8(point.record.GetPtName()));
-            json.Member("easting", point.coords[0]);
-            json.Member("northing", point.coords[1]);
-            json.Member("height", point.coords[2]);
-            json.Member("code", point.record.GetCode());
-            json.Member("group", point.group);
-            json.Member("description", point.description);
-            json.Member("origin", static_cast<int>(point.record.GetType()));
-            json.Member("flags", point.record.GetFlags());
-            json.Member(
-                "time",
-                fmt::format("{:%Y-%m-%dT%H:%M:%SZ}",
-                            fmt::gmtime(static_cast<std::time_t>(point.record.GetRecTime()))));
-            json.EndObject();
+            Read(db, points, i).WriteJson(json);
         }
         json.EndArray();
         json.EndObject();
     }
 
-    std::string m_sort = "name";
-    bool m_descending = false;
+    ViewOptions m_view;
     int m_limit = 0;
     int m_page = 0;
     int m_decimals = 3;

@@ -6,6 +6,7 @@
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Printable.h"
 #include "cqjob/SettingRules.h"
+#include "cqjob/SettingsTransfer.h"
 
 namespace cqsurvey::cqjob {
 
@@ -14,7 +15,8 @@ namespace {
 class SettingsCommand : public Command {
  public:
     CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("settings", "List, get and set a job's settings");
+        CLI::App* command =
+            app.add_subcommand("settings", "List, get, set, import and export settings");
         command->require_subcommand(1);
         command->footer(
             "Sections and keys are found without regard to case.\n"
@@ -47,12 +49,33 @@ class SettingsCommand : public Command {
             "Example:\n"
             "  cqjob settings set site.job SETTINGS Mapscale 250\n"
             "  cqjob settings set site.job MyOffice Crew \"A. Berg, T. Lund\"");
+
+        m_import = command->add_subcommand("import", "Replace every setting by those of a file");
+        AddJob(*m_import, "The job");
+        m_import->add_option("FILE", m_file, "The settings file")->required()->type_name("");
+        m_import->footer(kSettingsImportHelp);
+
+        m_export = command->add_subcommand("export", "Write every setting into a file");
+        AddJob(*m_export, "The job; it is not changed");
+        m_export->add_option("FILE", m_file, "The file to write, - for standard output")
+            ->required()
+            ->type_name("");
+        m_export->add_flag("--force", m_force, "Replace a file that is there");
+        m_export->footer("Example:\n  cqjob settings export site.job office.ini");
         return command;
     }
 
     int Run(Console& console) override {
         if (m_list->parsed()) {
             return List(console);
+        }
+        if (m_import->parsed()) {
+            ImportSettings(m_job, m_file);
+            return 0;
+        }
+        if (m_export->parsed()) {
+            ExportSettings(console, m_job, m_file, m_force);
+            return 0;
         }
         return m_get->parsed() ? Get(console) : Set();
     }
@@ -148,9 +171,13 @@ class SettingsCommand : public Command {
     CLI::App* m_list = nullptr;
     CLI::App* m_get = nullptr;
     CLI::App* m_set = nullptr;
+    CLI::App* m_import = nullptr;
+    CLI::App* m_export = nullptr;
     std::string m_section;
     std::string m_key;
     std::string m_value;
+    std::string m_file;
+    bool m_force = false;
 };
 
 }  // namespace

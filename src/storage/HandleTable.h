@@ -18,20 +18,19 @@ class HandleTable {
     HandleTable() = default;
     HandleTable(const HandleTable&) = delete;
     HandleTable& operator=(const HandleTable&) = delete;
-    ~HandleTable() {
-        RemoveIf([](const T&) { return true; });
-    }
+    ~HandleTable() = default;
 
     /// 0 when there is no number left.
     [[nodiscard]] std::uint32_t Add(T object) {
         const std::scoped_lock lock(m_mutex);
         for (std::uint32_t tried = 1; tried < kSlots; ++tried) {
             m_last = m_last % (kSlots - 1) + 1;
-            if (m_slots[m_last].load(std::memory_order_relaxed) == nullptr) {
+            Slot& slot = m_slots[m_last];
+            if (slot.object == nullptr) {
                 m_generation = (m_generation + 1) & kGenerations;
                 const std::uint32_t handle = (m_generation << kSlotBits) | m_last;
-                auto entry = std::make_unique<Entry>(Entry{handle, std::move(object)});
-                m_slots[m_last].store(entry.release(), std::memory_order_release);
+                slot.object = std::make_unique<T>(std::move(object));
+                slot.handle.store(handle, std::memory_order_release);
                 return handle;
             }
         }
@@ -40,8 +39,9 @@ class HandleTable {
 
     /// Null for a number that names nothing.
     [[nodiscard]] T* Find(std::uint32_t handle) const {
-        Entry* entry = m_slots[handle & (kSlots - 1)].load(std::memory_order_acquire);
-        return entry != nullptr && entry->handle == handle ? &entry->object : nullptr;
+        // The object is touched only when its handle matches: a slot may be another thread's now.
+        const Slot& slot = m_slots[handle & (kSlots - 1)];
+        return slot.handle.load(std::memory_order_acquire) == handle ? slot.object.get() : nullptr;
     }
 
     bool Remove(std::uint32_t handle) {
@@ -49,18 +49,16 @@ class HandleTable {
         if (Find(handle) == nullptr) {
             return false;
         }
-        const std::unique_ptr<Entry> entry(m_slots[handle & (kSlots - 1)].exchange(nullptr));
+        Empty(m_slots[handle & (kSlots - 1)]);
         return true;
     }
 
     template <class Predicate>
     void RemoveIf(Predicate&& predicate) {
         const std::scoped_lock lock(m_mutex);
-        for (auto& slot : m_slots) {
-            Entry* entry = slot.load(std::memory_order_relaxed);
-            if (entry != nullptr && predicate(std::as_const(entry->object))) {
-                slot.store(nullptr, std::memory_order_relaxed);
-                const std::unique_ptr<Entry> gone(entry);
+        for (Slot& slot : m_slots) {
+            if (slot.object != nullptr && predicate(std::as_const(*slot.object))) {
+                Empty(slot);
             }
         }
     }
@@ -70,12 +68,17 @@ class HandleTable {
     static constexpr std::uint32_t kSlots = 1U << kSlotBits;
     static constexpr std::uint32_t kGenerations = (1U << (31 - kSlotBits)) - 1;
 
-    struct Entry {
-        std::uint32_t handle;
-        T object;
+    struct Slot {
+        std::atomic<std::uint32_t> handle{0};  ///< 0 while the slot is free
+        std::unique_ptr<T> object;
     };
 
-    std::array<std::atomic<Entry*>, kSlots> m_slots{};
+    static void Empty(Slot& slot) {
+        slot.handle.store(0, std::memory_order_relaxed);
+        slot.object.reset();
+    }
+
+    std::array<Slot, kSlots> m_slots{};
     std::mutex m_mutex;
     std::uint32_t m_last = 0;
     std::uint32_t m_generation = 0;

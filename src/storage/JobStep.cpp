@@ -1,6 +1,7 @@
 #include "storage/JobStep.h"
 
 #include "cqsurvey/ErrorCodes.h"
+#include "storage/Qrfs.h"
 
 namespace cqsurvey {
 
@@ -27,14 +28,17 @@ JobStep::JobStep(const CqSurveyDB& db)
 
 JobStep::~JobStep() {
     if (!m_ended) {
-        Undo();
+        Undo(error::kGeneralFailure);
     }
 }
 
-void JobStep::Undo() noexcept {
+void JobStep::Undo(std::int32_t code) noexcept {
     m_ended = true;
     if (--m_db.m_stepDepth == 0) {
         m_db.RollbackStep();
+    } else {
+        // Half an operation must not become durable with the step around it.
+        QrfsSpoilStep(m_db.m_mountName, code);
     }
 }
 
@@ -50,7 +54,7 @@ void JobStep::EndFailed(std::int32_t code) noexcept {
         return;
     }
     if (UndoesTheStep(code)) {
-        Undo();
+        Undo(code);
         return;
     }
     try {

@@ -18,7 +18,8 @@ class JobStep {
     explicit JobStep(const CqSurveyDB& db);
     JobStep(const JobStep&) = delete;
     JobStep& operator=(const JobStep&) = delete;
-    /// Undoes the step unless it has ended.
+    /// Undoes the step unless it has ended. One inside another leaves that to the outer step, which
+    /// can only be undone from then on.
     ~JobStep();
 
     /// Ends the step; the outermost one is written. Throws when that fails, with everything undone.
@@ -29,7 +30,7 @@ class JobStep {
     void EndFailed(std::int32_t code) noexcept;
 
  private:
-    void Undo() noexcept;
+    void Undo(std::int32_t code) noexcept;
 
     CqSurveyDB& m_db;
     bool m_ended = false;

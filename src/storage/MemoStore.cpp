@@ -1,7 +1,9 @@
 #include "storage/MemoStore.h"
 
+#include <algorithm>
 #include <limits>
 
+#include "platform/Text.h"
 #include "storage/StoreFailure.h"
 
 namespace cqsurvey {
@@ -10,21 +12,29 @@ namespace {
 
 constexpr std::uint64_t kLastReference = std::numeric_limits<std::uint32_t>::max();
 
-CString TextOf(sqlite3_stmt* row, int column) {
-    const void* text = sqlite3_column_text16(row, column);
-    const auto size = static_cast<std::size_t>(sqlite3_column_bytes16(row, column));
-    return text == nullptr ? CString() : CString(static_cast<const char16_t*>(text), size / 2);
-}
-
 }  // namespace
 
 CString MemoStore::Readable(const CString& text) {
     if (text.size() <= kReadable) {
         return text;
     }
-    const char16_t last = text[kReadable - 1];
-    const bool half = last >= 0xD800 && last < 0xDC00;
-    return text.substr(0, half ? kReadable - 1 : kReadable);
+    return text.substr(0, WholeUtf16Prefix(text, kReadable));
+}
+
+void MemoStore::LoadRows() {
+    SqlStatement rows(m_connection, "SELECT Reference, Text FROM Volume_Memo ORDER BY Reference");
+    std::int64_t last = 0;
+    while (rows.Step()) {
+        const std::int64_t reference = sqlite3_column_int64(rows.Get(), 0);
+        if (reference < 1 || static_cast<std::uint64_t>(reference) > kLastReference ||
+            reference <= last) {
+            throw StoreFailure(error::kDamaged, "reference " + std::to_string(reference) +
+                                                    " behind " + std::to_string(last));
+        }
+        last = reference;
+        m_texts.emplace(static_cast<std::uint32_t>(last), Readable(rows.GetText(1)));
+    }
+    m_next = static_cast<std::uint64_t>(last) + 1;
 }
 
 void MemoStore::Load() {
@@ -32,30 +42,25 @@ void MemoStore::Load() {
         return;
     }
     try {
-        SqlStatement rows(m_connection,
-                          "SELECT Reference, Text FROM Volume_Memo ORDER BY Reference");
-        std::uint64_t last = 0;
-        while (rows.Step()) {
-            const std::int64_t reference = sqlite3_column_int64(rows.Get(), 0);
-            if (reference < 1 || static_cast<std::uint64_t>(reference) > kLastReference) {
-                throw StoreFailure(error::kDamaged,
-                                   "memo with the reference " + std::to_string(reference));
-            }
-            last = static_cast<std::uint64_t>(reference);
-            m_texts.emplace(static_cast<std::uint32_t>(last), Readable(TextOf(rows.Get(), 1)));
-        }
-        m_next = last + 1;
-        m_nextAtStep = m_next;
-        m_loaded = true;
+        LoadRows();
+    } catch (const StoreFailure& failure) {
+        m_texts.clear();
+        throw StoreFailure(failure.code, "the memos: " + failure.detail);
     } catch (...) {
         m_texts.clear();
         throw;
     }
+    m_nextAtStep = m_next;
+    m_loaded = true;
 }
 
 std::uint32_t MemoStore::Add(const CString& text) {
     if (text.empty()) {
         return 0;
+    }
+    if (text.size() > kMostUnits) {
+        throw StoreFailure(error::kInvalidArgument,
+                           "a memo of " + std::to_string(text.size()) + " characters");
     }
     Load();
     if (m_next > kLastReference) {
@@ -104,16 +109,8 @@ void MemoStore::Flush() {
     if (!m_unsaved.empty()) {
         SqlStatement insert(m_connection, "INSERT INTO Volume_Memo VALUES(?1, ?2)");
         for (const auto& [reference, text] : m_unsaved) {
-            // SQLite takes a byte order mark at the start away; of two it leaves the second.
-            const bool marked = text.front() == 0xFEFF || text.front() == 0xFFFE;
-            const CString bound = marked ? u'\xFEFF' + text : text;
             insert.BindInt(1, reference);
-            const int result =
-                sqlite3_bind_text64(insert.Get(), 2, reinterpret_cast<const char*>(bound.data()),
-                                    bound.size() * 2, SQLITE_STATIC, SQLITE_UTF16);
-            if (result != SQLITE_OK) {
-                ThrowSql(m_connection, result);
-            }
+            insert.BindText(2, std::u16string_view(text));
             insert.Run();
         }
         m_unsaved.clear();
@@ -126,11 +123,26 @@ void MemoStore::KeepStep() {
     m_nextAtStep = m_next;
 }
 
+bool MemoStore::DatabaseHoldsStep() {
+    SqlStatement row(m_connection, "SELECT 1 FROM Volume_Memo WHERE Reference = ?1");
+    const auto stored = [&](std::uint64_t reference) {
+        const SqlUse use(row);
+        row.BindInt(1, static_cast<std::int64_t>(reference));
+        return row.Step();
+    };
+    for (std::uint64_t reference = m_nextAtStep; reference < m_next; ++reference) {
+        if (stored(reference) != m_texts.contains(static_cast<std::uint32_t>(reference))) {
+            return false;
+        }
+    }
+    return std::none_of(m_freedInStep.begin(), m_freedInStep.end(), stored);
+}
+
 void MemoStore::ReadBack(std::uint32_t reference) {
     SqlStatement row(m_connection, "SELECT Text FROM Volume_Memo WHERE Reference = ?1");
     row.BindInt(1, reference);
     if (row.Step()) {
-        m_texts.insert_or_assign(reference, Readable(TextOf(row.Get(), 0)));
+        m_texts.insert_or_assign(reference, Readable(row.GetText(0)));
     }
 }
 

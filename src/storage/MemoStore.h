@@ -17,10 +17,13 @@ class MemoStore {
  public:
     /// What a reader gets of a memo at most, in code units.
     static constexpr std::size_t kReadable = 255;
+    /// What a memo may have at most, in code units.
+    static constexpr std::size_t kMostUnits = std::size_t{1} << 24;
 
     explicit MemoStore(sqlite3* connection) : m_connection(connection) {}
 
-    /// Stores a text and returns its reference; 0 for an empty text.
+    /// Stores a text and returns its reference; 0 for an empty text. Throws 0x30000002 for one of
+    /// more than kMostUnits.
     [[nodiscard]] std::uint32_t Add(const CString& text);
 
     /// Frees a text; nothing happens for a reference that names none.
@@ -33,10 +36,13 @@ class MemoStore {
     [[nodiscard]] std::size_t GetDirty() const { return m_dirtyUnits; }
     void Flush();
     void KeepStep();
+    /// Whether the database has what the step left in memory.
+    [[nodiscard]] bool DatabaseHoldsStep();
     void UndoStep() noexcept;
 
  private:
     void Load();
+    void LoadRows();
     [[nodiscard]] static CString Readable(const CString& text);
     void ReadBack(std::uint32_t reference);
 

@@ -10,21 +10,28 @@
 
 namespace cqsurvey {
 
+std::string RequireHostPath(const CString& path) {
+    // Cut at a zero, it would name another file.
+    if (path.empty() || path.find(u'\0') != CString::npos) {
+        throw StoreFailure(error::kInvalidArgument, "a volume needs a path");
+    }
+    return HostPath(path);
+}
+
 MountRegistry& MountRegistry::Get() {
     static MountRegistry registry;
     return registry;
 }
 
 void MountRegistry::Mount(const CString& path, const CString& mountName, bool readOnly) {
-    if (path.empty() || mountName.empty() || mountName.find(u':') != CString::npos) {
-        throw StoreFailure(error::kInvalidArgument,
-                           "a mount needs a path and a name without colon");
+    if (mountName.empty() || mountName.find(u':') != CString::npos) {
+        throw StoreFailure(error::kInvalidArgument, "a mount needs a name without colon");
     }
+    const std::string hostPath = RequireHostPath(path);
     const std::scoped_lock lock(m_mutex);
     if (m_volumes.contains(mountName)) {
         throw StoreFailure(error::kMountNameInUse, ToUtf8(mountName));
     }
-    const std::string hostPath = HostPath(path);
     const Volume::Identity identity = Volume::Identify(hostPath);
     for (const auto& [name, volume] : m_volumes) {
         if (volume->GetIdentity() == identity) {

@@ -29,6 +29,9 @@ struct FileCursor {
     std::uint32_t position = 0;
 };
 
+/// A volume's path as the host takes it. Throws StoreFailure 0x30000002 for one that cannot be any.
+[[nodiscard]] std::string RequireHostPath(const CString& path);
+
 /// The volumes mounted in this process and what is open on them.
 class MountRegistry {
  public:

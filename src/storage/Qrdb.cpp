@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "cqsurvey/Text.h"
+#include "platform/Text.h"
 #include "storage/LastError.h"
 #include "storage/MountRegistry.h"
 #include "storage/RecordLayout.h"
@@ -213,14 +214,14 @@ int QrdbReadMemo(std::uint32_t table, char16_t* buffer, std::uint16_t maxBytes,
         if (maxBytes < sizeof(char16_t)) {
             throw StoreFailure(error::kInvalidArgument, "a buffer without room for a text");
         }
-        const CString& text = cursor.volume->GetMemos().Get(reference);
-        std::size_t length = std::min<std::size_t>(text.size(), maxBytes / sizeof(char16_t) - 1);
-        if (length != 0 && length < text.size() && text[length - 1] >= 0xD800 &&
-            text[length - 1] < 0xDC00) {
-            --length;
+        buffer[0] = 0;
+        const std::size_t room = maxBytes / sizeof(char16_t) - 1;
+        if (reference != 0 && room != 0) {
+            const CString& text = cursor.volume->GetMemos().Get(reference);
+            const std::size_t length = WholeUtf16Prefix(text, room);
+            std::copy_n(text.data(), length, buffer);
+            buffer[length] = 0;
         }
-        std::copy_n(text.data(), length, buffer);
-        buffer[length] = 0;
         return 1;
     });
 }

@@ -26,6 +26,7 @@ FileCursor& CursorOf(std::int32_t file) {
     if (cursor == nullptr) {
         throw StoreFailure(error::kInvalidArgument, "no open file has this handle");
     }
+    cursor->volume->RequireCertain();
     if (cursor->file->IsGone()) {
         throw StoreFailure(error::kNoFile, "the open file was deleted");
     }
@@ -49,10 +50,7 @@ std::size_t WeightOf(std::size_t bytes) {
 
 int QrfsCreateVolume(const CString& path) {
     return Guarded(0, [&] {
-        if (path.empty()) {
-            throw StoreFailure(error::kInvalidArgument, "a volume needs a path");
-        }
-        Volume::Create(HostPath(path));
+        Volume::Create(RequireHostPath(path));
         return 1;
     });
 }
@@ -99,6 +97,16 @@ int QrfsCommitStep(const CString& mountName) {
 int QrfsRollbackStep(const CString& mountName) {
     return Guarded(0, [&] {
         Registry().Find(mountName).RollbackStep();
+        return 1;
+    });
+}
+
+int QrfsSpoilStep(const CString& mountName, std::int32_t code) {
+    return Guarded(0, [&] {
+        if (code == error::kNone) {
+            throw StoreFailure(error::kInvalidArgument, "a step is spoilt by a failure");
+        }
+        Registry().Find(mountName).SpoilStep(code, "an operation of the step failed halfway");
         return 1;
     });
 }
@@ -212,8 +220,8 @@ int QrfsWrite(std::int32_t file, const void* buffer, std::uint32_t count,
     return Guarded(0, [&] {
         FileCursor& cursor = CursorFor(file, kModeWrite);
         cursor.volume->Perform(WeightOf(count), [&] {
-            cursor.volume->TouchFiles();
-            cursor.file->Write(cursor.position, static_cast<const std::byte*>(buffer), count);
+            cursor.volume->WriteFile(*cursor.file, cursor.position,
+                                     static_cast<const std::byte*>(buffer), count);
         });
         bytesWritten = count;
         cursor.position += count;
@@ -232,11 +240,8 @@ int QrfsSetLength(std::int32_t file, std::uint32_t length) {
     return Guarded(0, [&] {
         FileCursor& cursor = CursorFor(file, kModeWrite);
         const std::uint32_t before = cursor.file->GetLength();
-        cursor.volume->Perform(WeightOf(length > before ? length - before : 0), [&] {
-            cursor.volume->TouchFiles();
-            cursor.volume->BeginTransaction();
-            cursor.file->SetLength(length);
-        });
+        cursor.volume->Perform(WeightOf(length > before ? length - before : 0),
+                               [&] { cursor.volume->SetFileLength(*cursor.file, length); });
         return 1;
     });
 }

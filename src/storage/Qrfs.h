@@ -11,7 +11,11 @@ namespace cqsurvey {
 // fails gives its failure sign, and QrfsGetLastError then tells why (ErrorCodes.h). Nothing is
 // changed by an operation that fails, except as QrfsCommitStep says.
 
-/// Creates an empty volume at a host path. 0 on failure: 0x30000015 when anything exists there.
+// A path of the host has its folders separated by "\\" or by "/".
+
+/// Creates an empty volume at a host path. 0 on failure: 0x30000015 when anything exists there, or
+/// beside it what the database would take for its unfinished work; 0x30000002 for a name that would
+/// itself be taken for that of another volume (it ends in "-journal", "-wal" or "-shm").
 int QrfsCreateVolume(const CString& path);
 
 /// Mounts the volume at a host path under `mountName`. 0 on failure: 0x3000000D when the name is in
@@ -41,6 +45,11 @@ int QrfsCommitStep(const CString& mountName);
 
 /// Ends the step and undoes it. 0 when there was none.
 int QrfsRollbackStep(const CString& mountName);
+
+/// Makes the open step one that can only be undone: every later change of it, and its commit, fails
+/// with `code`. A change of the store that fails halfway does so by itself. 0 on failure:
+/// 0x30000002 when no step is open.
+int QrfsSpoilStep(const CString& mountName, std::int32_t code);
 
 /// Creates an empty file; `flags` is 0. 0 on failure: 0x30000015 when it exists.
 int QrfsCreateFile(const CString& path, std::uint32_t flags);

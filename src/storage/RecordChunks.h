@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace cqsurvey {
@@ -57,7 +58,14 @@ class RecordChunks {
     /// The marked numbers in ascending order, each with its record or null, and then no mark is
     /// left. `visit` may change records but must not mark any.
     template <class Visit>
-    void TakeMarked(Mark mark, Visit&& visit);
+    void TakeMarked(Mark mark, Visit&& visit) {
+        VisitMarked(mark, std::forward<Visit>(visit));
+        ClearMarks(mark);
+    }
+
+    /// The same, and the marks stay.
+    template <class Visit>
+    void VisitMarked(Mark mark, Visit&& visit);
 
     void ClearMarks(Mark mark);
 
@@ -118,7 +126,7 @@ class RecordChunks {
 };
 
 template <class Visit>
-void RecordChunks::TakeMarked(Mark mark, Visit&& visit) {
+void RecordChunks::VisitMarked(Mark mark, Visit&& visit) {
     MarkList& list = List(mark);
     std::sort(list.chunks.begin(), list.chunks.end());
     for (const std::uint32_t index : list.chunks) {
@@ -131,7 +139,6 @@ void RecordChunks::TakeMarked(Mark mark, Visit&& visit) {
             }
         }
     }
-    ClearMarks(mark);
 }
 
 }  // namespace cqsurvey

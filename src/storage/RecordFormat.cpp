@@ -93,8 +93,11 @@ void ReadText(sqlite3_stmt* statement, int column, const RecordFormat::Item& ite
         ThrowMisfit(item, "holds no text");
     }
     // Asked in this order the value stays what it is: UTF-16 in the host's byte order.
-    const auto size = static_cast<std::size_t>(sqlite3_column_bytes16(statement, column)) & ~1ULL;
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes16(statement, column));
     const void* text = sqlite3_column_blob(statement, column);
+    if (size % sizeof(char16_t) != 0) {
+        ThrowMisfit(item, "holds a text that ends in half a character");
+    }
     if (size > item.width) {
         ThrowMisfit(item, "holds a text that is too long");
     }

@@ -1,8 +1,10 @@
 #include "storage/RecordTable.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <utility>
+#include <vector>
 
 #include "storage/MemoStore.h"
 #include "storage/RecordLayout.h"
@@ -12,7 +14,7 @@ namespace cqsurvey {
 
 namespace {
 
-constexpr std::uint64_t kLastNumber = std::numeric_limits<std::uint32_t>::max() - 1;
+constexpr std::uint64_t kLastNumber = std::numeric_limits<std::uint32_t>::max();
 
 std::string Quoted(const std::string& name) {
     return "\"" + name + "\"";
@@ -28,19 +30,27 @@ RecordTable::RecordTable(sqlite3* connection, MemoStore& memos, std::string name
       m_format(std::move(format)),
       m_chunks(m_format.GetWidth()) {}
 
-SqlStatement& RecordTable::Prepared(SqlStatement& statement, const std::string& sql) {
-    if (!statement) {
-        statement = SqlStatement(m_connection, sql);
-    }
-    return statement;
-}
-
 std::int32_t RecordTable::GetCount() {
     if (m_loaded) {
         return static_cast<std::int32_t>(m_chunks.GetCount());
     }
+    RequireThere();
+    // Of a column and not of all: only then does it go row by row, where the budget ends it.
+    const SqlBudget budget(m_connection);
     return static_cast<std::int32_t>(
-        SqlNumber(m_connection, "SELECT count(*) FROM " + Quoted(m_name)));
+        SqlNumber(m_connection, "SELECT count(Record) FROM " + Quoted(m_name)));
+}
+
+void RecordTable::Abandon(std::int32_t code) noexcept {
+    m_abandoned = code;
+    m_loaded = false;
+    m_chunks.Clear();
+}
+
+void RecordTable::RequireThere() const {
+    if (m_abandoned != 0) {
+        throw StoreFailure(m_abandoned, "table " + m_name + " was given up");
+    }
 }
 
 std::uint32_t RecordTable::Next(std::uint32_t number) {
@@ -57,45 +67,58 @@ void RecordTable::ReadRow(SqlStatement& statement, std::uint32_t number, std::by
     try {
         m_format.Read(statement.Get(), record);
     } catch (const StoreFailure& failure) {
-        throw StoreFailure(failure.code, "table " + m_name + ", record " + std::to_string(number) +
-                                             ": " + failure.detail);
+        throw StoreFailure(failure.code,
+                           "record " + std::to_string(number) + ": " + failure.detail);
     }
 }
 
+void RecordTable::LoadRows() {
+    SqlStatement rows(m_connection, "SELECT * FROM " + Quoted(m_name) + " ORDER BY Record");
+    std::int64_t last = 0;
+    while (rows.Step()) {
+        const std::int64_t number = sqlite3_column_int64(rows.Get(), 0);
+        if (number < 1 || static_cast<std::uint64_t>(number) > kLastNumber || number <= last) {
+            throw StoreFailure(error::kDamaged, "record number " + std::to_string(number) +
+                                                    " behind " + std::to_string(last));
+        }
+        last = number;
+        ReadRow(rows, static_cast<std::uint32_t>(number),
+                m_chunks.Place(static_cast<std::uint32_t>(number)));
+    }
+    m_next = static_cast<std::uint64_t>(last) + 1;
+}
+
+void RecordTable::LoadHighest() {
+    SqlStatement highest(m_connection, "SELECT Highest FROM Volume_Number WHERE Name = ?1");
+    highest.BindText(1, m_name);
+    m_savedHighest = 0;
+    if (!highest.Step()) {
+        return;
+    }
+    const std::int64_t number = sqlite3_column_int64(highest.Get(), 0);
+    if (number < 0 || static_cast<std::uint64_t>(number) > kLastNumber) {
+        throw StoreFailure(error::kDamaged, "highest number " + std::to_string(number));
+    }
+    m_savedHighest = static_cast<std::uint64_t>(number);
+    m_next = std::max(m_next, m_savedHighest + 1);
+}
+
 void RecordTable::LoadAll() {
+    RequireThere();
     try {
-        SqlStatement rows(m_connection, "SELECT * FROM " + Quoted(m_name) + " ORDER BY Record");
-        std::uint64_t last = 0;
-        while (rows.Step()) {
-            const std::int64_t number = sqlite3_column_int64(rows.Get(), 0);
-            if (number < 1 || static_cast<std::uint64_t>(number) > kLastNumber) {
-                throw StoreFailure(error::kDamaged,
-                                   "table " + m_name + ": record number " + std::to_string(number));
-            }
-            last = static_cast<std::uint64_t>(number);
-            ReadRow(rows, static_cast<std::uint32_t>(number),
-                    m_chunks.Place(static_cast<std::uint32_t>(number)));
-        }
-        SqlStatement highest(m_connection, "SELECT Highest FROM Volume_Number WHERE Name = ?1");
-        highest.BindText(1, m_name);
-        m_savedHighest = 0;
-        if (highest.Step()) {
-            const std::int64_t number = sqlite3_column_int64(highest.Get(), 0);
-            if (number < 0 || static_cast<std::uint64_t>(number) > kLastNumber) {
-                throw StoreFailure(error::kDamaged, "table " + m_name + ": highest number " +
-                                                        std::to_string(number));
-            }
-            m_savedHighest = static_cast<std::uint64_t>(number);
-        }
-        m_next = std::max(last, m_savedHighest) + 1;
-        m_nextAtStep = m_next;
-        m_firstUnsaved = m_next;
-        m_savedHighestAtStep = m_savedHighest;
-        m_loaded = true;
+        LoadRows();
+        LoadHighest();
+    } catch (const StoreFailure& failure) {
+        m_chunks.Clear();
+        throw StoreFailure(failure.code, "table " + m_name + ": " + failure.detail);
     } catch (...) {
         m_chunks.Clear();
         throw;
     }
+    m_nextAtStep = m_next;
+    m_firstUnsaved = m_next;
+    m_savedHighestAtStep = m_savedHighest;
+    m_loaded = true;
 }
 
 void RecordTable::Append(const std::byte* record) {
@@ -105,9 +128,10 @@ void RecordTable::Append(const std::byte* record) {
         throw StoreFailure(error::kVolumeFull, "table " + m_name + " has no number left");
     }
     const auto number = static_cast<std::uint32_t>(m_next);
-    m_chunks.Put(number, record);
+    // Marked before it is there, so that a record is never there unmarked.
     m_chunks.SetMark(number, RecordChunks::Mark::Dirty);
     m_chunks.SetMark(number, RecordChunks::Mark::Touched);
+    m_chunks.Put(number, record);
     ++m_next;
 }
 
@@ -152,18 +176,22 @@ std::string RecordTable::Values(std::uint32_t rows) const {
 void RecordTable::FlushInserts(const std::uint32_t* numbers, std::uint32_t count) {
     const int columns = static_cast<int>(m_format.GetItems().size()) + 1;
     if (count == kRowsAStatement) {
-        SqlStatement& many = Prepared(m_insertMany, "INSERT" + Values(kRowsAStatement));
+        if (!m_insertMany) {
+            m_insertMany = SqlStatement(m_connection, "INSERT" + Values(kRowsAStatement));
+        }
         for (std::uint32_t i = 0; i < count; ++i) {
-            m_format.Bind(many.Get(), static_cast<int>(i) * columns + 1, numbers[i],
+            m_format.Bind(m_insertMany.Get(), static_cast<int>(i) * columns + 1, numbers[i],
                           m_chunks.Find(numbers[i]));
         }
-        many.Run();
+        m_insertMany.Run();
         return;
     }
-    SqlStatement& one = Prepared(m_insert, "INSERT" + Values(1));
+    if (!m_insert) {
+        m_insert = SqlStatement(m_connection, "INSERT" + Values(1));
+    }
     for (std::uint32_t i = 0; i < count; ++i) {
-        m_format.Bind(one.Get(), 1, numbers[i], m_chunks.Find(numbers[i]));
-        one.Run();
+        m_format.Bind(m_insert.Get(), 1, numbers[i], m_chunks.Find(numbers[i]));
+        m_insert.Run();
     }
 }
 
@@ -180,33 +208,45 @@ void RecordTable::FlushHighest() {
     m_savedHighest = highest;
 }
 
+void RecordTable::FlushReplace(std::uint32_t number, const std::byte* record) {
+    if (!m_replace) {
+        m_replace = SqlStatement(m_connection, "REPLACE" + Values(1));
+    }
+    m_format.Bind(m_replace.Get(), 1, number, record);
+    m_replace.Run();
+}
+
+void RecordTable::FlushDelete(std::uint32_t number) {
+    if (!m_delete) {
+        m_delete =
+            SqlStatement(m_connection, "DELETE FROM " + Quoted(m_name) + " WHERE Record = ?1");
+    }
+    m_delete.BindInt(1, number);
+    m_delete.Run();
+}
+
 void RecordTable::Flush() {
     if (GetDirty() == 0) {
         return;
     }
     std::array<std::uint32_t, kRowsAStatement> fresh{};
     std::uint32_t waiting = 0;
-    m_chunks.TakeMarked(
-        RecordChunks::Mark::Dirty, [&](std::uint32_t number, const std::byte* record) {
-            if (number >= m_firstUnsaved) {
-                if (record != nullptr) {
-                    fresh[waiting++] = number;
-                    if (waiting == kRowsAStatement) {
-                        FlushInserts(fresh.data(), waiting);
-                        waiting = 0;
-                    }
-                }
-            } else if (record != nullptr) {
-                SqlStatement& replace = Prepared(m_replace, "REPLACE" + Values(1));
-                m_format.Bind(replace.Get(), 1, number, record);
-                replace.Run();
-            } else {
-                SqlStatement& remove =
-                    Prepared(m_delete, "DELETE FROM " + Quoted(m_name) + " WHERE Record = ?1");
-                remove.BindInt(1, number);
-                remove.Run();
-            }
-        });
+    m_chunks.TakeMarked(RecordChunks::Mark::Dirty,
+                        [&](std::uint32_t number, const std::byte* record) {
+                            if (number >= m_firstUnsaved) {
+                                if (record != nullptr) {
+                                    fresh[waiting++] = number;
+                                    if (waiting == kRowsAStatement) {
+                                        FlushInserts(fresh.data(), waiting);
+                                        waiting = 0;
+                                    }
+                                }
+                            } else if (record != nullptr) {
+                                FlushReplace(number, record);
+                            } else {
+                                FlushDelete(number);
+                            }
+                        });
     FlushInserts(fresh.data(), waiting);
     FlushHighest();
     m_firstUnsaved = m_next;
@@ -218,9 +258,34 @@ void RecordTable::KeepStep() {
     m_savedHighestAtStep = m_savedHighest;
 }
 
+SqlStatement& RecordTable::Select() {
+    if (!m_select) {
+        m_select =
+            SqlStatement(m_connection, "SELECT * FROM " + Quoted(m_name) + " WHERE Record = ?1");
+    }
+    return m_select;
+}
+
+bool RecordTable::DatabaseHoldsStep() {
+    bool holds = true;
+    std::vector<std::byte> stored(m_format.GetWidth());
+    m_chunks.VisitMarked(RecordChunks::Mark::Touched,
+                         [&](std::uint32_t number, const std::byte* record) {
+                             SqlStatement& select = Select();
+                             const SqlUse use(select);
+                             select.BindInt(1, number);
+                             const bool there = holds && select.Step();
+                             if (there) {
+                                 ReadRow(select, number, stored.data());
+                             }
+                             holds = holds && there == (record != nullptr) &&
+                                     (!there || std::equal(stored.begin(), stored.end(), record));
+                         });
+    return holds;
+}
+
 void RecordTable::ReadBack(std::uint32_t number) {
-    SqlStatement& select =
-        Prepared(m_select, "SELECT * FROM " + Quoted(m_name) + " WHERE Record = ?1");
+    SqlStatement& select = Select();
     const SqlUse use(select);
     select.BindInt(1, number);
     if (select.Step()) {

@@ -21,6 +21,10 @@ class RecordTable {
     [[nodiscard]] const std::string& GetName() const { return m_name; }
     [[nodiscard]] const RecordFormat& GetFormat() const { return m_format; }
 
+    /// Gives the records up, for instance since the creation of the table was undone while handles
+    /// to it are open: what needs them throws `code` from now on.
+    void Abandon(std::int32_t code) noexcept;
+
     /// Counts without loading.
     [[nodiscard]] std::int32_t GetCount();
 
@@ -50,6 +54,9 @@ class RecordTable {
     /// The step was made durable.
     void KeepStep();
 
+    /// Whether the database has what the step left in memory, for all that the step touched.
+    [[nodiscard]] bool DatabaseHoldsStep();
+
     /// The database has undone the step: takes the records that it touched from there again. When
     /// that fails the table is loaded anew at its next use.
     void UndoStep() noexcept;
@@ -63,13 +70,18 @@ class RecordTable {
         }
     }
     void LoadAll();
+    void LoadRows();
+    void LoadHighest();
+    void RequireThere() const;
+    [[nodiscard]] SqlStatement& Select();
     void ReadRow(SqlStatement& statement, std::uint32_t number, std::byte* record);
     void ReadBack(std::uint32_t number);
     void FlushInserts(const std::uint32_t* numbers, std::uint32_t count);
+    void FlushReplace(std::uint32_t number, const std::byte* record);
+    void FlushDelete(std::uint32_t number);
     void FlushHighest();
     void FreeMemos(const std::byte* before, const std::byte* after);
     [[nodiscard]] std::string Values(std::uint32_t rows) const;
-    SqlStatement& Prepared(SqlStatement& statement, const std::string& sql);
 
     sqlite3* m_connection;
     MemoStore& m_memos;
@@ -77,6 +89,8 @@ class RecordTable {
     RecordFormat m_format;
     RecordChunks m_chunks;
     bool m_loaded = false;
+    /// Why the records were given up; 0 while they were not.
+    std::int32_t m_abandoned = 0;
     /// The number the next record gets; one past the highest ever used. 64 bits: it may end there.
     std::uint64_t m_next = 1;
     std::uint64_t m_nextAtStep = 1;

@@ -1,20 +1,30 @@
 #include "storage/Sql.h"
 
-#include "storage/StoreFailure.h"
+#include <cerrno>
 
 namespace cqsurvey {
 
 namespace {
 
-std::int32_t CodeOf(int result) {
+constexpr int kStepsATick = 1000;
+constexpr std::int64_t kTicksInAnyCase = 1000;
+
+/// A file that could not be opened or made: for want of permission, or of room.
+std::int32_t CodeOfCantOpen(sqlite3* connection) {
+    const int number = connection == nullptr ? 0 : sqlite3_system_errno(connection);
+    return number == ENOSPC || number == EDQUOT ? error::kVolumeFull : error::kAccessDenied;
+}
+
+std::int32_t CodeOf(sqlite3* connection, int result) {
     switch (result & 0xFF) {
         case SQLITE_NOMEM:
             return error::kOutOfMemory;
         case SQLITE_READONLY:
         case SQLITE_PERM:
         case SQLITE_AUTH:
-        case SQLITE_CANTOPEN:
             return error::kAccessDenied;
+        case SQLITE_CANTOPEN:
+            return CodeOfCantOpen(connection);
         case SQLITE_IOERR:
             return error::kReadWriteFailed;
         case SQLITE_FULL:
@@ -25,16 +35,25 @@ std::int32_t CodeOf(int result) {
         case SQLITE_MISMATCH:
         case SQLITE_CONSTRAINT:
         case SQLITE_SCHEMA:
+        case SQLITE_TOOBIG:
+        case SQLITE_INTERRUPT:
             return error::kDamaged;
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
             return error::kVolumeMounted;
-        case SQLITE_TOOBIG:
-        case SQLITE_RANGE:
-            return error::kInvalidArgument;
         default:
             return error::kGeneralFailure;
     }
+}
+
+std::string DetailOf(sqlite3* connection, int result) {
+    if (result == SQLITE_READONLY_ROLLBACK || result == SQLITE_READONLY_RECOVERY) {
+        return "a change was cut short; the file must be opened once where it can be written";
+    }
+    if ((result & 0xFF) == SQLITE_INTERRUPT) {
+        return "the pages of the database name each other";
+    }
+    return connection == nullptr ? sqlite3_errstr(result) : sqlite3_errmsg(connection);
 }
 
 void Check(sqlite3_stmt* statement, int result) {
@@ -45,9 +64,12 @@ void Check(sqlite3_stmt* statement, int result) {
 
 }  // namespace
 
+StoreFailure SqlFailure(sqlite3* connection, int result) {
+    return StoreFailure(CodeOf(connection, result), DetailOf(connection, result));
+}
+
 void ThrowSql(sqlite3* connection, int result) {
-    throw StoreFailure(CodeOf(result),
-                       connection == nullptr ? sqlite3_errstr(result) : sqlite3_errmsg(connection));
+    throw SqlFailure(connection, result);
 }
 
 SqlStatement::SqlStatement(sqlite3* connection, const std::string& sql) {
@@ -73,6 +95,18 @@ void SqlStatement::BindText(int parameter, const std::string& text) {
                                      SQLITE_UTF8));
 }
 
+void SqlStatement::BindText(int parameter, std::u16string_view text) {
+    // SQLite takes a byte order mark at the start away; of two it leaves the second.
+    const bool marked = !text.empty() && (text.front() == 0xFEFF || text.front() == 0xFFFE);
+    const CString twice = marked ? u'\xFEFF' + CString(text) : CString();
+    const std::u16string_view bound = marked ? twice : text;
+    Check(Get(),
+          sqlite3_bind_text64(Get(), parameter,
+                              bound.empty() ? "" : reinterpret_cast<const char*>(bound.data()),
+                              bound.size() * sizeof(char16_t),
+                              marked ? SQLITE_TRANSIENT : SQLITE_STATIC, SQLITE_UTF16));
+}
+
 bool SqlStatement::Step() {
     const int result = sqlite3_step(Get());
     if (result == SQLITE_ROW) {
@@ -83,7 +117,7 @@ bool SqlStatement::Step() {
     }
     sqlite3* connection = sqlite3_db_handle(Get());
     const int extended = sqlite3_extended_errcode(connection);
-    const StoreFailure failure(CodeOf(extended), sqlite3_errmsg(connection));
+    const StoreFailure failure = SqlFailure(connection, extended);
     Reset();
     throw failure;
 }
@@ -92,6 +126,39 @@ void SqlStatement::Run() {
     while (Step()) {
     }
     Reset();
+}
+
+CString SqlStatement::GetText(int column) const {
+    if (sqlite3_column_type(Get(), column) != SQLITE_TEXT) {
+        throw StoreFailure(error::kDamaged, "a text is none");
+    }
+    const void* text = sqlite3_column_text16(Get(), column);
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes16(Get(), column));
+    if (text == nullptr) {
+        throw StoreFailure(error::kOutOfMemory, "a text");
+    }
+    if (size % sizeof(char16_t) != 0) {
+        throw StoreFailure(error::kDamaged, "a text ends in half a character");
+    }
+    return {static_cast<const char16_t*>(text), size / sizeof(char16_t)};
+}
+
+SqlBudget::SqlBudget(sqlite3* connection) : m_connection(connection) {
+    sqlite3_int64 bytes = 0;
+    sqlite3_file* file = nullptr;
+    if (sqlite3_file_control(connection, "main", SQLITE_FCNTL_FILE_POINTER,
+                             static_cast<void*>(&file)) == SQLITE_OK &&
+        file != nullptr && file->pMethods != nullptr) {
+        file->pMethods->xFileSize(file, &bytes);
+    }
+    m_ticks = kTicksInAnyCase + bytes / kStepsATick;
+    sqlite3_progress_handler(
+        connection, kStepsATick,
+        [](void* ticks) { return --*static_cast<std::int64_t*>(ticks) < 0 ? 1 : 0; }, &m_ticks);
+}
+
+SqlBudget::~SqlBudget() {
+    sqlite3_progress_handler(m_connection, 0, nullptr, nullptr);
 }
 
 void SqlRun(sqlite3* connection, const std::string& sql) {

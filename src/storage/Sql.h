@@ -5,10 +5,16 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
+
+#include "cqsurvey/Types.h"
+#include "storage/StoreFailure.h"
 
 namespace cqsurvey {
 
-/// Throws StoreFailure with the store's code for a result code of SQLite.
+/// The failure, with the store's code, that a result code of SQLite stands for.
+[[nodiscard]] StoreFailure SqlFailure(sqlite3* connection, int result);
+/// Throws it.
 [[noreturn]] void ThrowSql(sqlite3* connection, int result);
 
 struct SqlClose {
@@ -29,6 +35,8 @@ class SqlStatement {
     void BindBlob(int parameter, const void* bytes, std::size_t size);
     /// The text must stay until the statement was run.
     void BindText(int parameter, const std::string& text);
+    /// Keeps every code unit, a byte order mark at the start too. The text must stay as above.
+    void BindText(int parameter, std::u16string_view text);
 
     /// True while there is a row.
     [[nodiscard]] bool Step();
@@ -38,6 +46,9 @@ class SqlStatement {
 
     /// Runs a statement that gives no row.
     void Run();
+
+    /// A column of the row. Throws 0x30000007 when it holds no text of whole code units.
+    [[nodiscard]] CString GetText(int column) const;
 
  private:
     struct Finalize {
@@ -57,6 +68,20 @@ class SqlUse {
 
  private:
     SqlStatement& m_statement;
+};
+
+/// Ends what SQLite does in a scope with 0x30000007 once it took more steps than the file has
+/// bytes: a damaged file whose pages name each other would keep it busy for ever.
+class SqlBudget {
+ public:
+    explicit SqlBudget(sqlite3* connection);
+    SqlBudget(const SqlBudget&) = delete;
+    SqlBudget& operator=(const SqlBudget&) = delete;
+    ~SqlBudget();
+
+ private:
+    sqlite3* m_connection;
+    std::int64_t m_ticks;
 };
 
 /// Runs statements without a result.

@@ -24,11 +24,7 @@ constexpr std::uint32_t kApplicationId = 0x43715376;
 constexpr std::uint32_t kFormatVersion = 1;
 
 constexpr std::uint16_t kNormalFile = 0x80;
-
-/// What waits in memory before it is handed to the database inside a long step.
-constexpr std::size_t kMostDirtyRecords = 65536;
-constexpr std::size_t kMostDirtyBlocks = 1024;
-constexpr std::size_t kMostDirtyUnits = 1U << 22;
+constexpr std::uint16_t kNoAttributes = 0xFFFF;
 
 /// A memo, the largest single value, may have this many bytes.
 constexpr int kMostValueBytes = 64 << 20;
@@ -53,9 +49,26 @@ constexpr std::array<const char*, 4> kSystemTables{
     "  Highest INTEGER NOT NULL\n"
     ") STRICT, WITHOUT ROWID"};
 
+/// The index that keeps the file names unique, and what other tools may leave in any database.
+constexpr std::array<const char*, 1> kSystemIndexes{"sqlite_autoindex_Volume_File_1"};
+constexpr std::array<const char*, 3> kHarmlessTables{"sqlite_sequence", "sqlite_stat1",
+                                                     "sqlite_stat4"};
+
+template <std::size_t N>
+bool Contains(const std::array<const char*, N>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
 std::string SystemTableName(const std::string& sql) {
     const std::size_t from = std::strlen("CREATE TABLE ");
     return sql.substr(from, sql.find(' ', from) - from);
+}
+
+std::string LowerAscii(std::string text) {
+    for (char& c : text) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return text;
 }
 
 std::string AbsolutePath(const std::string& path) {
@@ -144,7 +157,33 @@ void CheckHeader(const std::string& path) {
     }
 }
 
+/// A path that the database can take, its own files' ends included.
+void RequireShortEnough(const std::string& path) {
+    const sqlite3_vfs* system = sqlite3_vfs_find(nullptr);
+    if (system != nullptr &&
+        AbsolutePath(path).size() + 10 > static_cast<std::size_t>(system->mxPathname)) {
+        throw StoreFailure(error::kInvalidArgument, path + ": the path is too long");
+    }
+}
+
+/// What an operation answers before it changes anything.
+bool IsRefusal(std::int32_t code) {
+    switch (code) {
+        case error::kInvalidArgument:
+        case error::kNoFile:
+        case error::kFileExists:
+        case error::kNoTable:
+        case error::kTableExists:
+        case error::kNoRecord:
+        case error::kBadTableDescription:
+            return true;
+        default:
+            return false;
+    }
+}
+
 SqlConnection OpenDatabase(const std::string& path, bool readOnly) {
+    RequireShortEnough(path);
     sqlite3* opened = nullptr;
     const int flags = (readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) |
                       SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
@@ -157,24 +196,39 @@ SqlConnection OpenDatabase(const std::string& path, bool readOnly) {
     return connection;
 }
 
-CString TextOf(sqlite3_stmt* row, int column) {
-    const void* text = sqlite3_column_text16(row, column);
-    const auto size = static_cast<std::size_t>(sqlite3_column_bytes16(row, column));
-    return text == nullptr ? CString() : CString(static_cast<const char16_t*>(text), size / 2);
+bool EndsWith(const std::string& text, const char* end) {
+    return std::string_view(text).ends_with(end);
 }
 
-void BindName(SqlStatement& statement, int parameter, const CString& name) {
-    const int result =
-        sqlite3_bind_text64(statement.Get(), parameter, reinterpret_cast<const char*>(name.data()),
-                            name.size() * 2, SQLITE_STATIC, SQLITE_UTF16);
-    if (result != SQLITE_OK) {
-        ThrowSql(sqlite3_db_handle(statement.Get()), result);
+/// The database keeps unfinished work in files beside its own: whoever has such a name, or finds
+/// such a file where a new volume is to be, would lose it.
+void RequireNoneBeside(const std::string& path) {
+    for (const char* end : {"-journal", "-wal", "-shm"}) {
+        if (EndsWith(path, end)) {
+            throw StoreFailure(error::kInvalidArgument,
+                               path + ": a name that ends so belongs to the volume beside it");
+        }
+        struct stat status {};
+        if (::lstat((path + end).c_str(), &status) == 0) {
+            throw StoreFailure(error::kFileExists,
+                               path + end + " is there and would be taken for a part of it");
+        }
     }
 }
 
 }  // namespace
 
+Volume::SpillLimits Volume::s_limits;
+
 void Volume::Create(const std::string& path) {
+    RequireShortEnough(path);
+    {
+        struct stat status {};
+        if (::lstat(path.c_str(), &status) == 0) {
+            ThrowSystem(EEXIST, path);
+        }
+    }
+    RequireNoneBeside(path);
     {
         const Descriptor made(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
         if (made.Get() < 0) {
@@ -201,6 +255,7 @@ void Volume::Create(const std::string& path) {
         SqlRun(connection.get(), sql + "COMMIT;");
     } catch (...) {
         ::unlink(path.c_str());
+        ::unlink((path + "-journal").c_str());
         throw;
     }
     SyncFolderOf(AbsolutePath(path));
@@ -221,10 +276,18 @@ Volume::Volume(const std::string& path, Identity identity, bool readOnly)
     : m_connection((CheckHeader(path), OpenDatabase(path, readOnly))),
       m_identity(identity),
       m_memos(m_connection.get()) {
-    Configure();
-    Lock();
-    CheckSchema();
-    ReadFiles();
+    const SqlBudget budget(m_connection.get());
+    try {
+        Configure();
+        Lock();
+        CheckLength(path);
+        CheckSchema();
+        m_files = FilesInDatabase();
+    } catch (const StoreFailure& failure) {
+        // What SQLite finds no better word for is, before anything was asked of it, the file.
+        throw StoreFailure(failure.code == error::kGeneralFailure ? error::kDamaged : failure.code,
+                           path + ": " + failure.detail);
+    }
 }
 
 Volume::~Volume() {
@@ -252,8 +315,8 @@ void Volume::Configure() {
     sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, kMostValueBytes);
     sqlite3_limit(connection, SQLITE_LIMIT_SQL_LENGTH, 1 << 20);
     sqlite3_limit(connection, SQLITE_LIMIT_ATTACHED, 0);
-    sqlite3_limit(connection, SQLITE_LIMIT_EXPR_DEPTH, 20);
-    sqlite3_limit(connection, SQLITE_LIMIT_FUNCTION_ARG, 8);
+    // The views that people add with other tools must still be read, though never used.
+    sqlite3_limit(connection, SQLITE_LIMIT_EXPR_DEPTH, 200);
     sqlite3_limit(connection, SQLITE_LIMIT_TRIGGER_DEPTH, 1);
     sqlite3_limit(connection, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 100);
     SqlRun(connection,
@@ -281,6 +344,19 @@ void Volume::Lock() {
     }
 }
 
+void Volume::CheckLength(const std::string& path) {
+    const std::int64_t expected = SqlNumber(m_connection.get(), "PRAGMA page_count") *
+                                  SqlNumber(m_connection.get(), "PRAGMA page_size");
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) {
+        ThrowSystem(errno, path);
+    }
+    if (status.st_size < expected) {
+        throw StoreFailure(error::kDamaged, std::to_string(status.st_size) + " bytes are left of " +
+                                                std::to_string(expected));
+    }
+}
+
 void Volume::CheckSchema() {
     sqlite3* connection = m_connection.get();
     if (SqlText(connection, "PRAGMA encoding") != "UTF-16le") {
@@ -290,7 +366,9 @@ void Volume::CheckSchema() {
     for (const char* sql : kSystemTables) {
         system.insert(sql);
     }
-    SqlStatement rows(connection, "SELECT type, name, tbl_name, sql FROM sqlite_schema");
+    std::set<std::string> indexes(kSystemIndexes.begin(), kSystemIndexes.end());
+    std::set<std::int64_t> roots;
+    SqlStatement rows(connection, "SELECT type, name, tbl_name, sql, rootpage FROM sqlite_schema");
     while (rows.Step()) {
         std::array<std::string, 4> row;
         for (int i = 0; i < 4; ++i) {
@@ -299,18 +377,29 @@ void Volume::CheckSchema() {
                 text == nullptr ? "" : reinterpret_cast<const char*>(text);
         }
         const auto& [type, name, table, sql] = row;
-        if (type == "view" || name.starts_with("sqlite_")) {
+        if (type == "view" && sql.starts_with("CREATE VIEW ")) {
+            continue;
+        }
+        const std::int64_t root = sqlite3_column_int64(rows.Get(), 4);
+        if (root < 2 || !roots.insert(root).second) {
+            throw StoreFailure(error::kDamaged,
+                               type + " \"" + name + "\" begins at page " + std::to_string(root));
+        }
+        if (type == "index" && sql.empty() && indexes.erase(name) != 0) {
             continue;
         }
         if (type != "table") {
             throw StoreFailure(error::kDamaged,
                                "the file holds a foreign " + type + " \"" + name + "\"");
         }
+        if (Contains(kHarmlessTables, name)) {
+            continue;
+        }
         if (system.erase(sql) != 0 && name == SystemTableName(sql)) {
             continue;
         }
         if (!RecordFormat::IsName(name) || name != table) {
-            throw StoreFailure(error::kDamaged, "the file holds a foreign table");
+            throw StoreFailure(error::kDamaged, "the file holds a foreign table \"" + name + "\"");
         }
         m_tables.emplace(name, std::make_shared<RecordTable>(connection, m_memos, name,
                                                              RecordFormat(name, sql)));
@@ -319,31 +408,48 @@ void Volume::CheckSchema() {
         throw StoreFailure(error::kDamaged,
                            "table " + SystemTableName(*system.begin()) + " is missing");
     }
+    if (!indexes.empty()) {
+        throw StoreFailure(error::kDamaged, "index " + *indexes.begin() + " is missing");
+    }
 }
 
 std::map<CString, Volume::FileEntry> Volume::FilesInDatabase() const {
     std::map<CString, FileEntry> files;
-    SqlStatement rows(m_connection.get(), "SELECT File, Name, Length, Attributes FROM Volume_File");
+    SqlStatement rows(m_connection.get(),
+                      "SELECT File, Name, Length, Attributes FROM Volume_File ORDER BY File");
+    std::int64_t last = 0;
     while (rows.Step()) {
         const std::int64_t id = sqlite3_column_int64(rows.Get(), 0);
         const std::int64_t length = sqlite3_column_int64(rows.Get(), 2);
         const std::int64_t attributes = sqlite3_column_int64(rows.Get(), 3);
-        CString name = TextOf(rows.Get(), 1);
-        if (id < 1 || id > std::numeric_limits<std::int32_t>::max() || length < 0 ||
-            length > VolumeFile::kMostBytes || attributes < 0 || attributes > 0xFFFE) {
-            throw StoreFailure(error::kDamaged,
-                               "file \"" + ToUtf8(name) + "\" is not as it must be");
+        const auto misfit = [&](const std::string& what) {
+            return StoreFailure(error::kDamaged, "file " + std::to_string(id) + " " + what);
+        };
+        if (id <= last || id > std::numeric_limits<std::int32_t>::max()) {
+            throw misfit("stands behind " + std::to_string(last));
         }
-        files.emplace(std::move(name),
-                      FileEntry{std::make_shared<VolumeFile>(m_connection.get(), id,
-                                                             static_cast<std::uint32_t>(length)),
-                                static_cast<std::uint16_t>(attributes)});
+        last = id;
+        if (length < 0 || length > VolumeFile::kMostBytes) {
+            throw misfit("has " + std::to_string(length) + " bytes");
+        }
+        if (attributes < 0 || attributes >= kNoAttributes) {
+            throw misfit("has the attributes " + std::to_string(attributes));
+        }
+        if (sqlite3_column_type(rows.Get(), 1) != SQLITE_TEXT) {
+            throw misfit("has no name");
+        }
+        const bool fresh =
+            files
+                .emplace(rows.GetText(1),
+                         FileEntry{std::make_shared<VolumeFile>(m_connection.get(), id,
+                                                                static_cast<std::uint32_t>(length)),
+                                   static_cast<std::uint16_t>(attributes)})
+                .second;
+        if (!fresh) {
+            throw misfit("has the name of another");
+        }
     }
     return files;
-}
-
-void Volume::ReadFiles() {
-    m_files = FilesInDatabase();
 }
 
 void Volume::RequireWritable() const {
@@ -352,22 +458,47 @@ void Volume::RequireWritable() const {
     }
 }
 
+/// After some failures, of a read too, the database undoes its transaction by itself.
+bool Volume::IsTransactionLost() const {
+    return m_transactionOpen && sqlite3_get_autocommit(m_connection.get()) != 0;
+}
+
 void Volume::RequireSound() const {
     if (m_stepFailure != 0) {
         throw StoreFailure(m_stepFailure, m_stepFailureDetail);
     }
+    if (IsTransactionLost()) {
+        throw StoreFailure(error::kReadWriteFailed, "a failure has undone the step");
+    }
 }
 
-void Volume::NoteFailure(const StoreFailure& failure) {
-    const bool lost = m_transactionOpen && sqlite3_get_autocommit(m_connection.get()) != 0;
-    if (lost || failure.code == error::kReadWriteFailed || failure.code == error::kVolumeFull ||
-        failure.code == error::kDamaged || failure.code == error::kOutOfMemory) {
-        m_stepFailure = failure.code;
-        m_stepFailureDetail = failure.detail;
+void Volume::SpoilStep(std::int32_t code, const std::string& detail) {
+    if (!m_stepOpen) {
+        throw StoreFailure(error::kInvalidArgument, "no step is open");
+    }
+    if (m_stepFailure == 0) {
+        m_stepFailure = code;
+        m_stepFailureDetail = detail;
+    }
+}
+
+void Volume::EndFailed(bool own, const StoreFailure& failure) {
+    if (own) {
+        RollbackStep();
+    } else if (!IsRefusal(failure.code) || IsTransactionLost()) {
+        SpoilStep(failure.code, failure.detail);
+    }
+}
+
+void Volume::RequireCertain() const {
+    if (m_inDoubt) {
+        throw StoreFailure(error::kReadWriteFailed,
+                           "the last step may be on the medium or not: mount the volume anew");
     }
 }
 
 void Volume::BeginStep() {
+    RequireCertain();
     if (m_stepOpen) {
         throw StoreFailure(error::kInvalidArgument, "a step is open already");
     }
@@ -419,10 +550,54 @@ void Volume::SpillIfLarge() {
     for (const auto& [name, entry] : m_files) {
         blocks += entry.file->GetDirty();
     }
-    if (records > kMostDirtyRecords || blocks > kMostDirtyBlocks ||
-        m_memos.GetDirty() > kMostDirtyUnits) {
+    if (records > s_limits.records || blocks > s_limits.blocks ||
+        m_memos.GetDirty() > s_limits.units) {
         Flush();
     }
+}
+
+bool Volume::DatabaseHoldsStep() {
+    for (const auto& [name, table] : m_tables) {
+        if (!table->DatabaseHoldsStep()) {
+            return false;
+        }
+    }
+    if (!m_memos.DatabaseHoldsStep()) {
+        return false;
+    }
+    if (!m_filesTouched) {
+        return true;
+    }
+    const std::map<CString, FileEntry> stored = FilesInDatabase();
+    return std::equal(stored.begin(), stored.end(), m_files.begin(), m_files.end(),
+                      [](const auto& a, const auto& b) {
+                          return a.first == b.first && a.second.attributes == b.second.attributes &&
+                                 a.second.file->GetId() == b.second.file->GetId() &&
+                                 a.second.file->GetLength() == b.second.file->GetLength() &&
+                                 b.second.file->DatabaseHoldsBlocks();
+                      });
+}
+
+void Volume::Commit() {
+    sqlite3* connection = m_connection.get();
+    const int result = sqlite3_exec(connection, "COMMIT", nullptr, nullptr, nullptr);
+    if (result == SQLITE_OK) {
+        return;
+    }
+    const StoreFailure failure = SqlFailure(connection, result);
+    if (result == SQLITE_IOERR_FSYNC && IsTransactionLost()) {
+        // It was undone, or only the sync that ends it failed and it stands. Then it counts, once
+        // something behind it could be made durable.
+        try {
+            if (DatabaseHoldsStep()) {
+                SqlRun(connection, "PRAGMA user_version=" + std::to_string(kFormatVersion));
+                return;
+            }
+        } catch (const StoreFailure&) {
+            m_inDoubt = true;
+        }
+    }
+    throw failure;
 }
 
 void Volume::CommitStep() {
@@ -433,7 +608,7 @@ void Volume::CommitStep() {
         RequireSound();
         if (m_transactionOpen || IsDirty()) {
             Flush();
-            SqlRun(m_connection.get(), "COMMIT");
+            Commit();
         }
     } catch (...) {
         RollbackStep();
@@ -446,7 +621,7 @@ void Volume::CommitStep() {
     }
     m_memos.KeepStep();
     m_tablesOfStep.clear();
-    m_filesDeleted.clear();
+    m_filesAtStep.clear();
     m_filesTouched = false;
 }
 
@@ -467,53 +642,72 @@ void Volume::RollbackStep() {
 void Volume::UndoMemory() noexcept {
     for (const auto& [name, table] : m_tablesOfStep) {
         m_tables.erase(name);
+        table->Abandon(error::kNoTable);
     }
     m_tablesOfStep.clear();
     for (const auto& [name, table] : m_tables) {
-        table->UndoStep();
+        if (m_inDoubt) {
+            table->Abandon(error::kReadWriteFailed);
+        } else {
+            table->UndoStep();
+        }
     }
     m_memos.UndoStep();
+    UndoFiles();
+}
+
+void Volume::TouchFiles() {
+    if (m_filesTouched) {
+        return;
+    }
+    for (auto& [name, entry] : m_files) {
+        entry.lengthAtStep = entry.file->GetLength();
+    }
+    m_filesAtStep = m_files;
+    m_filesTouched = true;
+}
+
+void Volume::UndoFiles() noexcept {
     if (!m_filesTouched) {
         return;
     }
-    try {
-        std::map<std::int64_t, std::shared_ptr<VolumeFile>> known = std::move(m_filesDeleted);
-        for (const auto& [name, entry] : m_files) {
-            known.emplace(entry.file->GetId(), entry.file);
-        }
-        m_files = FilesInDatabase();
-        for (auto& [name, entry] : m_files) {
-            const auto old = known.find(entry.file->GetId());
-            if (old != known.end()) {
-                old->second->Reload(entry.file->GetLength());
-                old->second->SetGone(false);
-                entry.file = old->second;
-                known.erase(old);
-            }
-        }
-        for (const auto& [id, file] : known) {
-            file->Reload(0);
-            file->SetGone(true);
-        }
-    } catch (...) {
-        m_files.clear();
+    for (const auto& [name, entry] : m_files) {
+        entry.file->Reload(0);
+        entry.file->SetGone(true);
     }
-    m_filesDeleted.clear();
+    for (const auto& [name, entry] : m_filesAtStep) {
+        entry.file->Reload(entry.lengthAtStep);
+        entry.file->SetGone(false);
+    }
+    m_files.swap(m_filesAtStep);
+    m_filesAtStep.clear();
     m_filesTouched = false;
 }
 
 std::shared_ptr<RecordTable> Volume::FindTable(std::string_view name) {
+    RequireCertain();
     const auto found = m_tables.find(name);
     return found == m_tables.end() ? nullptr : found->second;
 }
 
-void Volume::CreateTable(const std::string& name, RecordFormat format) {
-    if (!RecordFormat::IsName(name) || name.starts_with("Volume_") || name.starts_with("sqlite_")) {
-        throw StoreFailure(error::kBadTableDescription, "\"" + name + "\" is no name for a table");
+void Volume::RequireFreeName(const std::string& name) {
+    const std::string lower = LowerAscii(name);
+    if (!RecordFormat::IsName(name) || lower.starts_with("volume_") ||
+        lower.starts_with("sqlite_")) {
+        throw StoreFailure(error::kBadTableDescription,
+                           "\"" + name + "\" is no name for a table or a view");
     }
-    if (m_tables.contains(name)) {
+    // Other names than ours compare without case in the database.
+    SqlStatement taken(m_connection.get(),
+                       "SELECT 1 FROM sqlite_schema WHERE name = ?1 COLLATE NOCASE");
+    taken.BindText(1, name);
+    if (taken.Step()) {
         throw StoreFailure(error::kTableExists, "table " + name);
     }
+}
+
+void Volume::CreateTable(const std::string& name, RecordFormat format) {
+    RequireFreeName(name);
     BeginTransaction();
     SqlRun(m_connection.get(), format.CreateSql(name));
     auto table =
@@ -523,14 +717,13 @@ void Volume::CreateTable(const std::string& name, RecordFormat format) {
 }
 
 void Volume::CreateView(const std::string& name, const std::string& sql) {
-    if (!RecordFormat::IsName(name)) {
-        throw StoreFailure(error::kBadTableDescription, "\"" + name + "\" is no name for a view");
-    }
+    RequireFreeName(name);
     BeginTransaction();
     SqlRun(m_connection.get(), "CREATE VIEW \"" + name + "\" AS " + sql);
 }
 
 Volume::FileEntry& Volume::RequireFile(const CString& name) {
+    RequireCertain();
     const auto found = m_files.find(name);
     if (found == m_files.end()) {
         throw StoreFailure(error::kNoFile, "file \"" + ToUtf8(name) + "\"");
@@ -548,27 +741,27 @@ void Volume::RequireNoFile(const CString& name) {
 }
 
 std::shared_ptr<VolumeFile> Volume::FindFile(const CString& name) {
+    RequireCertain();
     const auto found = m_files.find(name);
     return found == m_files.end() ? nullptr : found->second.file;
 }
 
 void Volume::CreateFile(const CString& name) {
     RequireNoFile(name);
+    TouchFiles();
     BeginTransaction();
-    m_filesTouched = true;
     std::int64_t id = 1;
-    for (const auto& [other, entry] : m_files) {
-        id = std::max(id, entry.file->GetId() + 1);
-    }
-    for (const auto& [other, file] : m_filesDeleted) {
-        id = std::max(id, other + 1);
+    for (const auto* files : {&m_files, &m_filesAtStep}) {
+        for (const auto& [other, entry] : *files) {
+            id = std::max(id, entry.file->GetId() + 1);
+        }
     }
     if (id > std::numeric_limits<std::int32_t>::max()) {
         throw StoreFailure(error::kVolumeFull, "the volume has no file number left");
     }
     SqlStatement insert(m_connection.get(), "INSERT INTO Volume_File VALUES(?1, ?2, 0, ?3)");
     insert.BindInt(1, id);
-    BindName(insert, 2, name);
+    insert.BindText(2, std::u16string_view(name));
     insert.BindInt(3, kNormalFile);
     insert.Run();
     m_files.emplace(
@@ -585,17 +778,19 @@ void Volume::CopyFile(const CString& source, const CString& target) {
         const std::uint32_t got = from.file->Read(at, bytes.data(), VolumeFile::kBlock);
         to.file->Write(at, bytes.data(), got);
         at += got;
-        SpillIfLarge();
+        if (at % kFilePiece == 0) {
+            SpillIfLarge();
+        }
     }
 }
 
 void Volume::RenameFile(const CString& from, const CString& to) {
     (void)RequireFile(from);
     RequireNoFile(to);
+    TouchFiles();
     BeginTransaction();
-    m_filesTouched = true;
     SqlStatement update(m_connection.get(), "UPDATE Volume_File SET Name = ?1 WHERE File = ?2");
-    BindName(update, 1, to);
+    update.BindText(1, std::u16string_view(to));
     update.BindInt(2, RequireFile(from).file->GetId());
     update.Run();
     auto node = m_files.extract(from);
@@ -605,15 +800,49 @@ void Volume::RenameFile(const CString& from, const CString& to) {
 
 void Volume::DeleteFile(const CString& name) {
     const std::shared_ptr<VolumeFile> file = RequireFile(name).file;
+    TouchFiles();
     BeginTransaction();
-    m_filesTouched = true;
     file->SetLength(0);
     SqlStatement remove(m_connection.get(), "DELETE FROM Volume_File WHERE File = ?1");
     remove.BindInt(1, file->GetId());
     remove.Run();
     file->SetGone(true);
-    m_filesDeleted.emplace(file->GetId(), file);
     m_files.erase(name);
+}
+
+void Volume::WriteFile(VolumeFile& file, std::uint32_t position, const std::byte* bytes,
+                       std::uint32_t count) {
+    if (count > VolumeFile::kMostBytes || position > VolumeFile::kMostBytes - count) {
+        throw StoreFailure(error::kVolumeFull, "a file has at most 2147483647 bytes");
+    }
+    if (count == 0) {
+        return;
+    }
+    TouchFiles();
+    if (position > file.GetLength()) {
+        SetFileLength(file, position);
+    }
+    for (std::uint32_t done = 0; done < count;) {
+        const std::uint32_t part = std::min(count - done, kFilePiece);
+        file.Write(position + done, bytes + done, part);
+        done += part;
+        if (part == kFilePiece) {
+            SpillIfLarge();
+        }
+    }
+}
+
+void Volume::SetFileLength(VolumeFile& file, std::uint32_t length) {
+    if (length > VolumeFile::kMostBytes) {
+        throw StoreFailure(error::kInvalidArgument, "a file has at most 2147483647 bytes");
+    }
+    TouchFiles();
+    BeginTransaction();
+    while (file.GetLength() < length && length - file.GetLength() > kFilePiece) {
+        file.SetLength(file.GetLength() + kFilePiece);
+        SpillIfLarge();
+    }
+    file.SetLength(length);
 }
 
 std::uint16_t Volume::GetAttributes(const CString& name) {
@@ -622,11 +851,11 @@ std::uint16_t Volume::GetAttributes(const CString& name) {
 
 void Volume::SetAttributes(const CString& name, std::uint16_t attributes) {
     FileEntry& entry = RequireFile(name);
-    if (attributes == 0xFFFF) {
+    if (attributes == kNoAttributes) {
         throw StoreFailure(error::kInvalidArgument, "attributes 0xFFFF");
     }
+    TouchFiles();
     BeginTransaction();
-    m_filesTouched = true;
     SqlStatement update(m_connection.get(),
                         "UPDATE Volume_File SET Attributes = ?1 WHERE File = ?2");
     update.BindInt(1, attributes);

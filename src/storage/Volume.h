@@ -43,34 +43,46 @@ class Volume {
     void RollbackStep();
     [[nodiscard]] bool HasStep() const { return m_stepOpen; }
 
-    /// Runs a change: as part of the open step, or as a step of its own.
+    /// Makes the open step one that can only be undone: changes and the commit fail with the code.
+    void SpoilStep(std::int32_t code, const std::string& detail);
+
+    /// Runs a change: as part of the open step, or as a step of its own. A change that fails
+    /// halfway spoils the open step; one that is refused before it changed anything does not.
     /// `weight` tells roughly how many records' worth of memory it takes.
     template <class Change>
     void Perform(std::size_t weight, Change&& change) {
         RequireWritable();
-        if (m_stepOpen) {
+        const bool own = !m_stepOpen;
+        if (own) {
+            BeginStep();
+        } else {
             RequireSound();
-            try {
-                change();
-                m_weight += weight;
-                if (m_weight >= kWeightToLook) {
-                    SpillIfLarge();
-                }
-            } catch (const StoreFailure& failure) {
-                NoteFailure(failure);
-                throw;
-            }
-            return;
         }
-        BeginStep();
         try {
             change();
+            m_weight += weight;
+            if (m_weight >= kWeightToLook) {
+                SpillIfLarge();
+            }
+        } catch (const StoreFailure& failure) {
+            EndFailed(own, failure);
+            throw;
         } catch (...) {
-            RollbackStep();
+            EndFailed(own, StoreFailure(error::kOutOfMemory));
             throw;
         }
-        CommitStep();
+        if (own) {
+            CommitStep();
+        }
     }
+
+    /// How much waits in memory before it is handed to the database inside a long step.
+    struct SpillLimits {
+        std::size_t records = 65536;
+        std::size_t blocks = 1024;
+        std::size_t units = std::size_t{1} << 22;
+    };
+    static void SetSpillLimits(const SpillLimits& limits) { s_limits = limits; }
 
     /// Opens the database's transaction if the step has not done so yet: what changes rows at once
     /// calls it first.
@@ -81,10 +93,13 @@ class Volume {
     void CreateTable(const std::string& name, RecordFormat format);
     void CreateView(const std::string& name, const std::string& sql);
 
-    /// Tells that a file is about to change.
-    void TouchFiles() { m_filesTouched = true; }
+    [[nodiscard]] MemoStore& GetMemos() {
+        RequireCertain();
+        return m_memos;
+    }
 
-    [[nodiscard]] MemoStore& GetMemos() { return m_memos; }
+    /// Throws 0x30000005 when a failed sync left open what the file holds.
+    void RequireCertain() const;
 
     /// Null when there is none.
     [[nodiscard]] std::shared_ptr<VolumeFile> FindFile(const CString& name);
@@ -92,6 +107,9 @@ class Volume {
     void CopyFile(const CString& source, const CString& target);
     void RenameFile(const CString& from, const CString& to);
     void DeleteFile(const CString& name);
+    void WriteFile(VolumeFile& file, std::uint32_t position, const std::byte* bytes,
+                   std::uint32_t count);
+    void SetFileLength(VolumeFile& file, std::uint32_t length);
     [[nodiscard]] std::uint16_t GetAttributes(const CString& name);
     void SetAttributes(const CString& name, std::uint16_t attributes);
 
@@ -99,31 +117,46 @@ class Volume {
     struct FileEntry {
         std::shared_ptr<VolumeFile> file;
         std::uint16_t attributes;
+        std::uint32_t lengthAtStep = 0;
     };
 
     /// How much may change before the volume looks whether memory should be handed on.
     static constexpr std::size_t kWeightToLook = 1024;
+    /// A file is written and lengthened by this much at a time.
+    static constexpr std::uint32_t kFilePiece = 256 * VolumeFile::kBlock;
+
+    static SpillLimits s_limits;
 
     void Configure();
     void Lock();
+    void CheckLength(const std::string& path);
     void CheckSchema();
-    void ReadFiles();
     [[nodiscard]] std::map<CString, FileEntry> FilesInDatabase() const;
+    /// Keeps how the files are before the step changes one of them.
+    void TouchFiles();
     [[nodiscard]] FileEntry& RequireFile(const CString& name);
     void RequireNoFile(const CString& name);
     void RequireWritable() const;
+    void RequireFreeName(const std::string& name);
+    [[nodiscard]] bool IsTransactionLost() const;
     void RequireSound() const;
-    void NoteFailure(const StoreFailure& failure);
+    void EndFailed(bool own, const StoreFailure& failure);
     void Flush();
     void SpillIfLarge();
     [[nodiscard]] bool IsDirty() const;
+    void Commit();
+    [[nodiscard]] bool DatabaseHoldsStep();
     void UndoMemory() noexcept;
+    void UndoFiles() noexcept;
 
     SqlConnection m_connection;
     Identity m_identity;
     bool m_readOnly = false;
     bool m_stepOpen = false;
     bool m_transactionOpen = false;
+    /// A failed sync left open whether the last step is on the medium: nothing but mounting anew
+    /// tells, and until then everything fails.
+    bool m_inDoubt = false;
     /// Why the open step can only be undone.
     std::int32_t m_stepFailure = 0;
     std::string m_stepFailureDetail;
@@ -133,8 +166,8 @@ class Volume {
     std::map<std::string, std::shared_ptr<RecordTable>, std::less<>> m_tables;
     std::map<std::string, std::shared_ptr<RecordTable>, std::less<>> m_tablesOfStep;
     std::map<CString, FileEntry> m_files;
-    /// Files deleted in the open step, for the handles that an undo brings back.
-    std::map<std::int64_t, std::shared_ptr<VolumeFile>> m_filesDeleted;
+    /// The files as they were before the open step changed one of them.
+    std::map<CString, FileEntry> m_filesAtStep;
 };
 
 }  // namespace cqsurvey

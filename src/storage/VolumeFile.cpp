@@ -15,14 +15,16 @@ VolumeFile::VolumeFile(sqlite3* connection, std::int64_t id, std::uint32_t lengt
       m_savedBlocks(BlockCount(length)) {}
 
 void VolumeFile::CheckBlocks() {
+    const SqlBudget budget(m_connection);
     SqlStatement count(m_connection,
                        "SELECT count(*) FROM Volume_Block WHERE Position >= ?1 AND Position < ?2");
     count.BindInt(1, Position(0));
     count.BindInt(2, Position(0) + (std::int64_t{1} << 32));
     const std::int64_t found = count.Step() ? sqlite3_column_int64(count.Get(), 0) : 0;
     if (found != m_savedBlocks) {
-        throw StoreFailure(error::kDamaged, "a file of " + std::to_string(m_savedLength) +
-                                                " bytes has " + std::to_string(found) + " blocks");
+        throw StoreFailure(error::kDamaged, "file " + std::to_string(m_id) + " of " +
+                                                std::to_string(m_savedLength) + " bytes has " +
+                                                std::to_string(found) + " blocks");
     }
 }
 
@@ -33,6 +35,25 @@ void VolumeFile::DropClean() {
     std::erase_if(m_blocks, [](const auto& entry) { return !entry.second.dirty; });
 }
 
+SqlStatement& VolumeFile::Select() {
+    if (!m_select) {
+        m_select = SqlStatement(m_connection, "SELECT Bytes FROM Volume_Block WHERE Position = ?1");
+    }
+    return m_select;
+}
+
+bool VolumeFile::DatabaseHoldsBlocks() {
+    return std::all_of(m_blocks.begin(), m_blocks.end(), [&](const auto& entry) {
+        SqlStatement& select = Select();
+        const SqlUse use(select);
+        select.BindInt(1, Position(entry.first));
+        const std::uint32_t size = std::min(kBlock, m_length - entry.first * kBlock);
+        return select.Step() && sqlite3_column_bytes(select.Get(), 0) == static_cast<int>(size) &&
+               std::memcmp(sqlite3_column_blob(select.Get(), 0), entry.second.bytes.data(), size) ==
+                   0;
+    });
+}
+
 VolumeFile::Block& VolumeFile::Fetch(std::uint32_t block) {
     const auto found = m_blocks.find(block);
     if (found != m_blocks.end()) {
@@ -41,19 +62,16 @@ VolumeFile::Block& VolumeFile::Fetch(std::uint32_t block) {
     DropClean();
     Block fresh;
     if (block < m_savedBlocks) {
-        if (!m_select) {
-            m_select =
-                SqlStatement(m_connection, "SELECT Bytes FROM Volume_Block WHERE Position = ?1");
-        }
-        const SqlUse use(m_select);
-        m_select.BindInt(1, Position(block));
+        SqlStatement& select = Select();
+        const SqlUse use(select);
+        select.BindInt(1, Position(block));
         const std::uint32_t expected = std::min(kBlock, m_savedLength - block * kBlock);
-        if (!m_select.Step() ||
-            sqlite3_column_bytes(m_select.Get(), 0) != static_cast<int>(expected)) {
-            throw StoreFailure(error::kDamaged, "block " + std::to_string(block) +
-                                                    " of a file is not as it must be");
+        if (!select.Step() || sqlite3_column_bytes(select.Get(), 0) != static_cast<int>(expected)) {
+            throw StoreFailure(error::kDamaged, "file " + std::to_string(m_id) + ": block " +
+                                                    std::to_string(block) +
+                                                    " is not as it must be");
         }
-        std::memcpy(fresh.bytes.data(), sqlite3_column_blob(m_select.Get(), 0), expected);
+        std::memcpy(fresh.bytes.data(), sqlite3_column_blob(select.Get(), 0), expected);
     }
     return m_blocks.emplace(block, fresh).first->second;
 }
@@ -93,9 +111,6 @@ void VolumeFile::Grow(std::uint32_t length) {
 }
 
 void VolumeFile::Write(std::uint32_t position, const std::byte* bytes, std::uint32_t count) {
-    if (count > kMostBytes || position > kMostBytes - count) {
-        throw StoreFailure(error::kVolumeFull, "a file has at most 2147483647 bytes");
-    }
     if (count == 0) {
         return;
     }
@@ -111,9 +126,6 @@ void VolumeFile::Write(std::uint32_t position, const std::byte* bytes, std::uint
 }
 
 void VolumeFile::SetLength(std::uint32_t length) {
-    if (length > kMostBytes) {
-        throw StoreFailure(error::kInvalidArgument, "a file has at most 2147483647 bytes");
-    }
     if (length >= m_length) {
         Grow(length);
         return;
@@ -166,7 +178,7 @@ void VolumeFile::Flush() {
     }
 }
 
-void VolumeFile::Reload(std::uint32_t length) {
+void VolumeFile::Reload(std::uint32_t length) noexcept {
     m_blocks.clear();
     m_dirty = 0;
     m_length = length;

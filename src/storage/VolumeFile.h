@@ -34,17 +34,22 @@ class VolumeFile {
     /// Returns the number of bytes read, fewer than asked only at the end.
     std::uint32_t Read(std::uint32_t position, std::byte* buffer, std::uint32_t count);
 
-    // The changes below must stand inside a step of the volume.
+    // The changes below must stand inside a step of the volume and leave no file of more than
+    // kMostBytes. One that lengthens the file far takes memory for all of it until the next Flush.
 
     void Write(std::uint32_t position, const std::byte* bytes, std::uint32_t count);
+    /// Cutting needs the database's transaction open.
     void SetLength(std::uint32_t length);
 
     /// Blocks that wait to be handed to the database.
     [[nodiscard]] std::size_t GetDirty() const { return m_dirty; }
     void Flush();
 
+    /// Whether the database has the blocks that are in memory.
+    [[nodiscard]] bool DatabaseHoldsBlocks();
+
     /// Takes the file as the database has it after it undid a step.
-    void Reload(std::uint32_t length);
+    void Reload(std::uint32_t length) noexcept;
 
  private:
     struct Block {
@@ -58,6 +63,7 @@ class VolumeFile {
     [[nodiscard]] std::int64_t Position(std::uint32_t block) const {
         return m_id * (std::int64_t{1} << 32) + block;
     }
+    [[nodiscard]] SqlStatement& Select();
     [[nodiscard]] Block& Fetch(std::uint32_t block);
     void MarkDirty(Block& block);
     void Grow(std::uint32_t length);

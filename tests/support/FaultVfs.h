@@ -1,0 +1,87 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace cqsurvey {
+
+/// The system's files with an accident waiting in them: while an object lives it stands for the
+/// default file system of SQLite. One object at a time; what was opened through it is closed before
+/// it goes. Syncs are counted and left out, since tests need no disk.
+class FaultVfs {
+ public:
+    enum Call : unsigned {
+        kOpen = 1,
+        kRead = 2,
+        kWrite = 4,
+        kTruncate = 8,
+        kSync = 16,
+        kDelete = 32,
+        kChanging = kWrite | kTruncate | kSync | kDelete,
+    };
+
+    FaultVfs();
+    FaultVfs(const FaultVfs&) = delete;
+    FaultVfs& operator=(const FaultVfs&) = delete;
+    ~FaultVfs();
+
+    /// The `at`th of these calls from now, counted from 1, fails with `result`, and when it `stays`
+    /// every later one of them too.
+    void FailAt(unsigned calls, std::int64_t at, int result, bool stays);
+    /// No call fails from now on.
+    void Heal();
+    /// Whether a call has failed since FailAt.
+    [[nodiscard]] bool Struck() const { return m_struck; }
+
+    /// From now on keeps apart what was synced and what was not.
+    void WatchPower();
+    /// Whether the power was cut by the fault: it cuts when `result` is kPowerCut.
+    static constexpr int kPowerCut = SQLITE_IOERR | (200 << 8);
+    enum class Unsynced { Lost, Kept, Mixed };
+    /// Puts what the medium may hold after a cut into another folder: all that was synced, and of
+    /// the rest nothing, everything or any part.
+    void WriteMedium(const std::string& folder, Unsynced unsynced, std::mt19937& random) const;
+
+    /// What SQLite would get from this call: the fault's result, or nothing.
+    [[nodiscard]] std::optional<int> Strike(Call call);
+
+    // What the shim's files report about a watched file.
+    void NoteOpened(const std::string& path, bool created);
+    void NoteWritten(const std::string& path, const void* bytes, int count, sqlite3_int64 at);
+    void NoteTruncated(const std::string& path, sqlite3_int64 size);
+    void NoteSynced(const std::string& path);
+    void NoteDeleted(const std::string& path);
+
+ private:
+    struct Change {
+        bool truncate;
+        sqlite3_int64 at;
+        std::string bytes;
+    };
+    struct Medium {
+        std::string synced;
+        bool entrySynced = true;
+        bool deleted = false;
+        std::vector<Change> pending;
+    };
+
+    static void Apply(std::string& content, const Change& change);
+
+    sqlite3_vfs m_vfs{};
+    unsigned m_calls = 0;
+    std::int64_t m_left = 0;
+    int m_result = SQLITE_OK;
+    bool m_stays = false;
+    bool m_struck = false;
+    bool m_watching = false;
+    std::map<std::string, Medium> m_media;
+};
+
+}  // namespace cqsurvey
