@@ -148,6 +148,9 @@ void PlanPainter::Paint(const std::function<void(std::size_t)>& progress) {
     std::size_t done = 0;
     for (const PlanItem& item : m_plan.items) {
         if (FindBox(item).Meets(near)) {
+            if (!std::holds_alternative<PlanPoint>(item)) {
+                EndSymbols();
+            }
             std::visit([this](const auto& alternative) { Draw(alternative); }, item);
         }
         ++done;
@@ -155,6 +158,7 @@ void PlanPainter::Paint(const std::function<void(std::size_t)>& progress) {
             progress(done);
         }
     }
+    EndSymbols();
     if (m_choice.names || m_choice.heights || m_choice.codes) {
         DrawLabels();
     }
@@ -174,18 +178,32 @@ void PlanPainter::Paint(const std::function<void(std::size_t)>& progress) {
 void PlanPainter::Draw(const PlanPoint& point) {
     const CVector at = ToPage(point.at);
     const double half = m_plan.symbolSize / 2;
-    SetColor(point.color);
-    SetLine(0);
-    cairo_set_line_width(m_context, kThinWidth);
+    // Points come in crowds: those of one colour that follow each other are one path.
+    constexpr std::size_t kMostSymbols = 256;
+    if (m_symbols > 0 && (m_symbolColor != point.color || m_symbols == kMostSymbols)) {
+        EndSymbols();
+    }
+    m_symbolColor = point.color;
+    ++m_symbols;
     cairo_move_to(m_context, at.GetX() - half, at.GetY());
     cairo_line_to(m_context, at.GetX() + half, at.GetY());
     cairo_move_to(m_context, at.GetX(), at.GetY() - half);
     cairo_line_to(m_context, at.GetX(), at.GetY() + half);
-    cairo_stroke(m_context);
     // A label may come as close as the arms of the cross let it.
     Box box;
     box.Add(at);
     m_taken.Take(box.Grow(half * 0.6));
+}
+
+void PlanPainter::EndSymbols() {
+    if (m_symbols == 0) {
+        return;
+    }
+    m_symbols = 0;
+    SetColor(m_symbolColor);
+    SetLine(0);
+    cairo_set_line_width(m_context, kThinWidth);
+    cairo_stroke(m_context);
 }
 
 void PlanPainter::MarkLine(const CVector& from, const CVector& to) {

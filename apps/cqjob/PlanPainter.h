@@ -53,7 +53,9 @@ class PlanPainter {
     void WriteFitting(const std::string& text, const CVector& at, double height, double width,
                       bool bold = false);
 
+    /// Adds the symbol to the path; EndSymbols draws it.
     void Draw(const PlanPoint& point);
+    void EndSymbols();
     void Draw(const PlanLine& line);
     void Draw(const PlanCircle& circle);
     void Draw(const PlanText& text);
@@ -81,7 +83,8 @@ class PlanPainter {
     LabelPlacer m_taken;
     LabelPlacer m_lines;
     std::size_t m_marks = 0;
-    CVector m_pen;
+    std::size_t m_symbols = 0;  ///< in the path
+    int m_symbolColor = 0;
     bool m_penIsDown = false;
     std::size_t m_lostLabels = 0;
     std::vector<std::string> m_notes;

@@ -71,7 +71,7 @@ std::string PaperNames() {
 
 double RoundScale(double scale) {
     const double power = PowerOfTen(scale);
-    for (const double step : {1.0, 2.0, 2.5, 5.0}) {
+    for (const double step : {1.0, 1.25, 1.5, 2.0, 2.5, 4.0, 5.0, 7.5}) {
         // A scale that rounding made a hair too large is still that scale.
         if (step * power >= scale * (1.0 - 1e-12)) {
             return step * power;

@@ -23,7 +23,8 @@ struct PaperSize {
 /// The names that FindPaper knows, for a message.
 [[nodiscard]] std::string PaperNames();
 
-/// The smallest of the scales that are used on plans (1, 2, 2.5 or 5 times a power of ten) that is
+/// The smallest of the scales that are used on plans (1, 1.25, 1.5, 2, 2.5, 4, 5
+/// or 7.5 times a power of ten) that is
 /// at least `scale`, which is greater than 0.
 [[nodiscard]] double RoundScale(double scale);
 
