@@ -12,7 +12,7 @@ namespace cqsurvey::bench {
 
 namespace {
 
-constexpr std::size_t kDurable = 10;
+constexpr std::size_t kDurable = 5;
 constexpr std::size_t kMostInBatch = 5000;
 constexpr int kBatches = 15;
 
@@ -26,7 +26,7 @@ void Delete(benchmark::State& state, std::size_t deletes, bool durably) {
     std::iota(handles.begin(), handles.end(), CqHandle{1});
     std::shuffle(handles.begin(), handles.end(), std::mt19937(5));
     auto handle = handles.begin();
-    Duel duel(state, deletes);
+    Duel duel(state, deletes, Clock::Wall);
     duel.SpeedAtLeast(durably ? 0.85 : 0.45);
     while (state.KeepRunning()) {
         const auto end = handle + static_cast<std::ptrdiff_t>(deletes);
@@ -60,7 +60,7 @@ void Delete(benchmark::State& state, std::size_t deletes, bool durably) {
 void RegisterDelete() {
     ForEachSize(
         "Delete a point durably", "two deletes, two updates, one commit",
-        [](benchmark::State& state) { Delete(state, kDurable, true); }, [](int) { return 40; });
+        [](benchmark::State& state) { Delete(state, kDurable, true); }, [](int) { return 15; });
     ForEachSize(
         "Delete points in a batch", "two deletes, two updates a point, one commit",
         [](benchmark::State& state) {

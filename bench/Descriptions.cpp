@@ -27,7 +27,7 @@ void Add(benchmark::State& state) {
         texts.push_back(TextOf(i));
         wide.push_back(FromUtf8(texts.back()));
     }
-    Duel duel(state, size);
+    Duel duel(state, size, Clock::Wall);
     duel.SpeedAtLeast(0.45);
     while (state.KeepRunning()) {
         const ScratchFile job;
@@ -72,7 +72,7 @@ void OpenAndRead(benchmark::State& state, bool open) {
         batch.Commit();
     }
     if (open) {
-        Duel duel(state, size);
+        Duel duel(state, size, Clock::Wall);
         duel.SpeedAtLeast(0.5);
         while (state.KeepRunning()) {
             CqSurveyDB db;
@@ -84,7 +84,7 @@ void OpenAndRead(benchmark::State& state, bool open) {
     const auto places = RandomPlaces(kReads * static_cast<std::size_t>(state.max_iterations), size);
     auto place = places.begin();
     CString text;
-    Duel duel(state, kReads);
+    Duel duel(state, kReads, Clock::Processor);
     duel.SpeedAtLeast(1);
     while (state.KeepRunning()) {
         const auto end = place + static_cast<std::ptrdiff_t>(kReads);

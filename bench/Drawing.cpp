@@ -69,7 +69,7 @@ void IterateEntities(benchmark::State& state) {
     };
     std::vector<EntType> types;
     walk([&](const CqCadEntity& entity) { types.push_back(entity.GetType()); });
-    Duel duel(state, types.size());
+    Duel duel(state, types.size(), Clock::Processor);
     duel.BeyondAtMost(150ns);
     while (state.KeepRunning()) {
         duel.Round(
@@ -117,7 +117,7 @@ void Extents(benchmark::State& state) {
         CqSurveyDB::DeleteCqCadEntityObject(entity);
     }
     elements.back().next = 0;
-    Duel duel(state, elements.size());
+    Duel duel(state, elements.size(), Clock::Processor);
     while (state.KeepRunning()) {
         duel.Round([&] { Require(RebuildExtents(db) != 0); },
                    [&] {

@@ -1,5 +1,7 @@
 #include "Duel.h"
 
+#include <time.h>
+
 #include <algorithm>
 
 namespace cqsurvey::bench {
@@ -13,6 +15,12 @@ double Median(std::vector<double> values) {
 }
 
 }  // namespace
+
+double Duel::Now() const {
+    struct timespec time {};
+    ::clock_gettime(m_clock == Clock::Wall ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
 
 Duel::~Duel() {
     if (m_ours.empty()) {

@@ -8,6 +8,10 @@
 
 namespace cqsurvey::bench {
 
+/// Work that waits for the disk is measured by the clock on the wall; work in memory by the time
+/// the processor gave it, whatever else the machine does.
+enum class Clock { Wall, Processor };
+
 /// Measures the library and a rival that does the same work, in turn, round by round, so that
 /// whatever else the machine does meets both. Reports, as counters, the median times of an item and
 /// the median of the rounds' ratios.
@@ -16,7 +20,8 @@ namespace cqsurvey::bench {
 class Duel {
  public:
     /// A round does `items` items.
-    Duel(benchmark::State& state, std::size_t items) : m_state(state), m_items(items) {}
+    Duel(benchmark::State& state, std::size_t items, Clock clock)
+        : m_state(state), m_items(items), m_clock(clock) {}
     Duel(const Duel&) = delete;
     Duel& operator=(const Duel&) = delete;
     ~Duel();
@@ -59,14 +64,16 @@ class Duel {
 
  private:
     template <class Work>
-    static double Seconds(Work&& work) {
-        const auto begin = std::chrono::steady_clock::now();
+    double Seconds(Work&& work) const {
+        const double begin = Now();
         work();
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+        return Now() - begin;
     }
+    [[nodiscard]] double Now() const;
 
     benchmark::State& m_state;
     std::size_t m_items;
+    Clock m_clock;
     std::vector<double> m_ours;
     std::vector<double> m_rival;
 };

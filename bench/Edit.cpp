@@ -11,7 +11,7 @@ namespace cqsurvey::bench {
 
 namespace {
 
-constexpr std::size_t kDurable = 10;
+constexpr std::size_t kDurable = 5;
 constexpr std::size_t kMostInBatch = 5000;
 
 SurveyPoint Edited(SurveyPoint point) {
@@ -29,7 +29,7 @@ void Edit(benchmark::State& state, std::size_t edits, bool durably) {
     BareStore bare(bareFile.Path());
     const auto places = RandomPlaces(edits * static_cast<std::size_t>(state.max_iterations), size);
     auto place = places.begin();
-    Duel duel(state, edits);
+    Duel duel(state, edits, Clock::Wall);
     duel.SpeedAtLeast(durably ? 0.85 : 0.45);
     while (state.KeepRunning()) {
         std::vector<std::pair<CqHandle, SurveyPoint>> changes;
@@ -68,7 +68,7 @@ void Edit(benchmark::State& state, std::size_t edits, bool durably) {
 void RegisterEdit() {
     ForEachSize(
         "Edit a point durably", "two updates, one commit",
-        [](benchmark::State& state) { Edit(state, kDurable, true); }, [](int) { return 40; });
+        [](benchmark::State& state) { Edit(state, kDurable, true); }, [](int) { return 15; });
     ForEachSize(
         "Edit points in a batch", "two updates a point, one commit",
         [](benchmark::State& state) {

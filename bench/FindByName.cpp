@@ -24,7 +24,7 @@ void FindByName(benchmark::State& state) {
         names.push_back(points[place].name);
     }
     auto name = names.begin();
-    Duel duel(state, kLookups);
+    Duel duel(state, kLookups, Clock::Processor);
     duel.SpeedAtLeast(1);
     while (state.KeepRunning()) {
         const auto end = name + static_cast<std::ptrdiff_t>(kLookups);

@@ -15,7 +15,7 @@ void Information(benchmark::State& state) {
     const auto size = static_cast<std::size_t>(state.range(0));
     const Originals& originals = OriginalsOf(size);
     const CString path = JobPath(originals.job);
-    Duel duel(state, 1);
+    Duel duel(state, 1, Clock::Wall);
     duel.TimeAtMost(50ms);
     while (state.KeepRunning()) {
         SVDB_INFORMATION information;

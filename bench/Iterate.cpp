@@ -25,7 +25,7 @@ void Iterate(benchmark::State& state) {
     const Originals& originals = OriginalsOf(size);
     const CqSurveyDB db(JobPath(originals.job));
     BareStore bare(originals.bare);
-    Duel duel(state, size);
+    Duel duel(state, size, Clock::Processor);
     duel.SpeedAtLeast(1);
     while (state.KeepRunning()) {
         duel.Round([&] { Require(Walk(db) != 0); }, [&] { Require(bare.Walk() != 0); });

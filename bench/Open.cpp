@@ -14,7 +14,7 @@ void Open(benchmark::State& state) {
     const auto size = static_cast<std::size_t>(state.range(0));
     const Originals& originals = OriginalsOf(size);
     const CString path = JobPath(originals.job);
-    Duel duel(state, size);
+    Duel duel(state, size, Clock::Wall);
     duel.SpeedAtLeast(0.5);
     while (state.KeepRunning()) {
         CqSurveyDB db;

@@ -16,7 +16,7 @@ constexpr double kBulge = 0.25;
 void Polylines(benchmark::State& state) {
     const auto vertices = Survey(static_cast<std::size_t>(state.range(0)));
     const std::size_t count = kVertices / vertices.size();
-    Duel duel(state, kVertices);
+    Duel duel(state, kVertices, Clock::Wall);
     duel.SpeedAtLeast(0.45);
     while (state.KeepRunning()) {
         const ScratchFile job;

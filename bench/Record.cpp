@@ -9,7 +9,7 @@ namespace cqsurvey::bench {
 namespace {
 
 /// Points recorded durably in a round.
-constexpr std::size_t kDurable = 10;
+constexpr std::size_t kDurable = 5;
 
 void RecordDurably(benchmark::State& state) {
     const auto size = static_cast<std::size_t>(state.range(0));
@@ -20,7 +20,7 @@ void RecordDurably(benchmark::State& state) {
     const auto points = LatePoints(kDurable * static_cast<std::size_t>(state.max_iterations));
     std::size_t ours = 0;
     std::size_t theirs = 0;
-    Duel duel(state, kDurable);
+    Duel duel(state, kDurable, Clock::Wall);
     duel.SpeedAtLeast(0.85);
     while (state.KeepRunning()) {
         duel.Round(
@@ -43,7 +43,7 @@ void RecordDurably(benchmark::State& state) {
 
 void RecordInBatch(benchmark::State& state) {
     const auto points = Survey(static_cast<std::size_t>(state.range(0)));
-    Duel duel(state, points.size());
+    Duel duel(state, points.size(), Clock::Wall);
     duel.SpeedAtLeast(0.45);
     while (state.KeepRunning()) {
         const ScratchFile job;
@@ -60,7 +60,7 @@ void RecordInBatch(benchmark::State& state) {
 
 void RegisterRecord() {
     ForEachSize("Record a point durably", "two inserts, two updates, one commit", RecordDurably,
-                [](int) { return 40; });
+                [](int) { return 15; });
     ForEachSize("Record points in a batch", "inserts of 32 rows, one commit", RecordInBatch,
                 [](int size) { return size < kLargest / 10 ? 21
                                       : size < kLargest    ? 9

@@ -17,13 +17,13 @@ constexpr std::uint16_t kByCode = 1;
 constexpr std::uint16_t kAscending = 0;
 constexpr std::size_t kPage = 50;
 constexpr std::size_t kPages = 200;
-constexpr std::size_t kInserts = 2000;
+constexpr std::size_t kInserts = 20000;
 
 void RebuildByName(benchmark::State& state) {
     const auto size = static_cast<std::size_t>(state.range(0));
     const auto points = Survey(size);
     CqSurveyDB db(JobPath(OriginalsOf(size).job));
-    Duel duel(state, size);
+    Duel duel(state, size, Clock::Processor);
     duel.SpeedAtLeast(1);
     while (state.KeepRunning()) {
         duel.Round(
@@ -44,7 +44,7 @@ void RebuildByCode(benchmark::State& state) {
     const auto size = static_cast<std::size_t>(state.range(0));
     const auto points = Survey(size);
     CqSurveyDB db(JobPath(OriginalsOf(size).job));
-    Duel duel(state, size);
+    Duel duel(state, size, Clock::Processor);
     duel.SpeedAtLeast(1);
     while (state.KeepRunning()) {
         duel.Round(
@@ -67,7 +67,7 @@ void Insert(benchmark::State& state) {
     CqSurveyDB db(JobPath(OriginalsOf(size).job));
     COORDFILTER none;
     none.originMask = 0;
-    Duel duel(state, kInserts);
+    Duel duel(state, kInserts, Clock::Processor);
     duel.BeyondAtMost(5us);
     const auto record = [&] {
         for (const SurveyPoint& point : points) {
@@ -104,7 +104,7 @@ void Page(benchmark::State& state) {
     const auto places =
         RandomPlaces(2 * kPages * static_cast<std::size_t>(state.max_iterations), size - kPage);
     auto place = places.begin();
-    Duel duel(state, kPages);
+    Duel duel(state, kPages, Clock::Processor);
     duel.BeyondAtMost(10us);
     while (state.KeepRunning()) {
         duel.Round(

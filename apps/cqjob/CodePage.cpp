@@ -96,6 +96,8 @@ CodePage::CodePage(int number) : m_number(number) {
         return;
     }
     const std::string name = NameOf(number);
+    // The interface gives (iconv_t)-1 for a page that it does not know.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
     const iconv_t none = reinterpret_cast<iconv_t>(-1);
     iconv_t toText = Switches(number) ? none : iconv_open(kWide, name.c_str());
     iconv_t toBytes = Switches(number) ? none : iconv_open(name.c_str(), kWide);

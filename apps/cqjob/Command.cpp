@@ -20,6 +20,9 @@ std::vector<std::unique_ptr<Command>> MakeCommands() {
     commands.push_back(MakeDescribeCommand());
     commands.push_back(MakeGroupsCommand());
     commands.push_back(MakeInfoCommand());
+    commands.push_back(MakeEntitiesCommand());
+    commands.push_back(MakeLayersCommand());
+    commands.push_back(MakePlotCommand());
     commands.push_back(MakeExportCommand());
     commands.push_back(MakeCheckCommand());
     commands.push_back(MakeSettingsCommand());

@@ -131,7 +131,7 @@ class ImportCommand : public Command {
         const bool nothing = report.GetRefused() > 0 && report.GetRecorded() == 0;
         if (withheld) {
             report.Withhold();
-        } else {
+        } else if (!nothing) {
             batch.Commit();
         }
         if (m_json) {

@@ -40,8 +40,6 @@ class HandleSet {
         }
         m_words[place].bits ^= Bit(handle);
         if (m_words[place].IsFree()) {
-            // Its bits are what marks a slot as taken.
-            m_words[place].bits = 1;
             m_words.EraseAt(place);
         }
         return true;

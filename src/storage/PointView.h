@@ -44,7 +44,8 @@ class PointView {
     void Replace(ViewContent content) noexcept;
 
     void KeepStep() noexcept;
-    /// Needs no record, as those that were appended in the step are gone by now.
+    /// Called after the store has put the records back; those that were appended in the step are
+    /// gone by now.
     void UndoStep() noexcept;
 
  private:

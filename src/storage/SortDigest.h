@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 
@@ -15,7 +14,11 @@ struct SortDigest {
     std::uint64_t high = 0;
     std::uint64_t low = 0;
 
-    [[nodiscard]] auto operator<=>(const SortDigest&) const noexcept = default;
+    [[nodiscard]] bool operator==(const SortDigest&) const noexcept = default;
+    [[nodiscard]] bool operator<(const SortDigest& other) const noexcept {
+        return high != other.high ? high < other.high : low < other.low;
+    }
+    [[nodiscard]] bool operator>(const SortDigest& other) const noexcept { return other < *this; }
     [[nodiscard]] bool IsExact() const noexcept { return (low & 1) == 0; }
 };
 

@@ -135,7 +135,10 @@ TEST_F(CqjobProgram, StrictRecordsNothingWhenALineIsRefused) {
 
 TEST_F(CqjobProgram, AnImportThatRecordsNothingOfWhatThereWasFails) {
     Run({"new", job});
-    Run({"import", job, "-", "--order", "pnezd", "--header", "none"}, 1, "A;x;2;3\n");
+    const std::string before = ReadFile(job);
+    Run({"import", job, "-", "--order", "pnezd", "--header", "none", "--group", "Road"}, 1,
+        "A;x;2;3\n");
+    EXPECT_EQ(ReadFile(job), before);
     Run({"import", job, "-", "--order", "pnezd"}, 0, "");
     Run({"import", job, "-", "--order", "pnezd", "--duplicates", "skip"}, 0, "A,1,2,3\n");
     Run({"import", job, "-", "--order", "pnezd", "--duplicates", "skip"}, 0, "A,1,2,3\n");

@@ -99,6 +99,12 @@ std::string Dump(CqSurveyDB& db) {
     return out.str();
 }
 
+/// Without the view, whose order among equal names is another one after reopening.
+std::string WithoutView(std::string dump) {
+    const std::size_t from = dump.find("view");
+    return dump.erase(from, dump.find('\n', from) - from);
+}
+
 /// What lives in memory only and an undone operation gives back as well.
 std::string DumpMemory(CqSurveyDB& db) {
     std::ostringstream out;
@@ -124,7 +130,7 @@ void Furnish(CqSurveyDB& db) {
     db.AddVertex(pline, kFar.data(), 0);
     db.AddVertex(pline, kHere.data(), 0);
     db.EndPline(pline);  // entities 5 to 8
-    db.LinkSiPntAndVertex(2, 6);
+    db.LinkSiPntAndVertex(3, 6);
     db.AddText(kHere.data(), u"a text", 1, 2, u"style", 1, 0, 0, 0, 0, 0);  // entity 9
     db.AddCircle(kHere.data(), 2, 0, 0);                                    // entity 10
     db.AddLayer(u"A", 2, 0);
@@ -154,48 +160,56 @@ class JobFault : public testing::TestWithParam<Operation> {
 };
 
 TEST_P(JobFault, AnOperationWhoseCommitFailsLeavesJobAndMemoryAsBefore) {
-    for (const int result : {SQLITE_IOERR_WRITE, SQLITE_FULL}) {
-        for (const bool stays : {false, true}) {
-            SCOPED_TRACE(std::to_string(result) + (stays ? " stays" : " once"));
-            const CString path = m_folder.Path(FromUtf8(std::to_string(result + stays)));
-            m_path = path;
-            FaultVfs faults;
-            CqSurveyDB db;
-            db.CreateNew(path);
-            Furnish(db);
-            db.Close();
-            db.Open(path);
-            db.SetCurrentGroup(u"Road");
-            bool done = false;
-            for (int at = 1; !done; ++at) {
-                SCOPED_TRACE("failing call " + std::to_string(at));
-                ASSERT_LT(at, 400);
-                const std::string before = Dump(db);
-                const std::string memory = DumpMemory(db);
-                faults.FailAt(FaultVfs::kWrite | FaultVfs::kSync, at, result, stays);
-                bool threw = false;
-                try {
-                    GetParam().run(db);
-                } catch (const CException&) {
-                    threw = true;
-                }
-                const bool struck = faults.Struck();
-                faults.Heal();
-                ASSERT_EQ(threw, struck) << "what fails is reported";
-                if (struck) {
-                    ExpectUndone(db, before, memory);
-                    if (HasFatalFailure()) {
-                        return;
-                    }
-                }
-                done = !struck;
+    struct Fault {
+        unsigned calls;
+        int result;
+        bool stays;
+    };
+    // A sync that goes on failing leaves open what is on the medium, so it is not among them.
+    constexpr std::array<Fault, 5> kFaults{{{FaultVfs::kWrite, SQLITE_IOERR_WRITE, false},
+                                            {FaultVfs::kWrite, SQLITE_IOERR_WRITE, true},
+                                            {FaultVfs::kWrite, SQLITE_FULL, false},
+                                            {FaultVfs::kWrite, SQLITE_FULL, true},
+                                            {FaultVfs::kSync, SQLITE_IOERR_FSYNC, false}}};
+    for (const auto& [calls, result, stays] : kFaults) {
+        SCOPED_TRACE(std::to_string(result) + (stays ? " stays" : " once"));
+        m_path = m_folder.Path(FromUtf8(std::to_string(2 * result + (stays ? 1 : 0))));
+        FaultVfs faults;
+        CqSurveyDB db;
+        db.CreateNew(m_path);
+        Furnish(db);
+        db.Close();
+        db.Open(m_path);
+        db.SetCurrentGroup(u"Road");
+        bool done = false;
+        for (int at = 1; !done; ++at) {
+            SCOPED_TRACE("failing call " + std::to_string(at));
+            ASSERT_LT(at, 400);
+            const std::string before = Dump(db);
+            const std::string memory = DumpMemory(db);
+            faults.FailAt(calls, at, result, stays);
+            bool threw = false;
+            try {
+                GetParam().run(db);
+            } catch (const CException&) {
+                threw = true;
             }
-            const std::string after = Dump(db);
-            EXPECT_EQ(CqJobCheck(db).GetCount(), 0U);
-            db.Close();
-            db.Open(path);
-            EXPECT_EQ(Dump(db), after) << "the operation that nothing disturbed is in the job";
+            const bool struck = faults.Struck();
+            faults.Heal();
+            // Where only the last sync failed once, a further one has saved the operation.
+            ASSERT_TRUE(threw == struck || (struck && calls == FaultVfs::kSync));
+            if (threw) {
+                ExpectUndone(db, before, memory);
+            }
+            ASSERT_FALSE(HasFatalFailure());
+            done = !threw;
         }
+        const std::string after = Dump(db);
+        EXPECT_EQ(CqJobCheck(db).GetCount(), 0U);
+        db.Close();
+        db.Open(m_path);
+        EXPECT_EQ(WithoutView(Dump(db)), WithoutView(after))
+            << "the operation that nothing disturbed is in the job";
     }
 }
 
@@ -238,7 +252,7 @@ INSTANTIATE_TEST_SUITE_P(
                       db.EditCoordRec(u"P1", kFar.data(), 5);
                       batch.Commit();
                   }}),
-    [](const auto& operation) { return operation.param.name; });
+    [](const auto& tested) { return std::string(tested.param.name); });
 
 TEST_F(JobFault, ABatchThatIsHandedOnAndThenFailsIsUndoneWhole) {
     FaultVfs faults;
