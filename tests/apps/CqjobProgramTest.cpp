@@ -4,57 +4,15 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "apps/RunCqjob.h"
-#include "support/TempDir.h"
+#include "apps/ProgramTest.h"
 
 namespace cqsurvey::cqjob {
 namespace {
 
-using testing::AssertionFailure;
-using testing::AssertionResult;
-using testing::AssertionSuccess;
-
-AssertionResult Holds(const std::string& text, const std::string& part) {
-    if (text.find(part) == std::string::npos) {
-        return AssertionFailure() << "there is no " << part << " in:\n" << text;
-    }
-    return AssertionSuccess();
-}
-
-class CqjobProgram : public testing::Test {
- protected:
-    CqjobProgram() : job(folder.Utf8("site.job")) {}
-
-    /// Runs the program and expects the status; gives what it said.
-    CqjobRun Run(const std::vector<std::string>& arguments, int status = 0,
-                 const std::string& input = {}) {
-        CqjobRun run = RunCqjob(arguments, input);
-        EXPECT_EQ(run.status, status) << testing::PrintToString(arguments) << "\n"
-                                      << run.out << run.err;
-        return run;
-    }
-
-    std::string WriteFile(const std::string& name, const std::string& text) const {
-        std::ofstream(folder.Utf8(name), std::ios::binary) << text;
-        return folder.Utf8(name);
-    }
-
-    static std::string ReadFile(const std::string& path) {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    /// A new job with the points of `text`, in the order pnezd.
-    void MakeJob(const std::string& text) {
-        Run({"new", job});
-        Run({"import", job, "-", "--order", "pnezd"}, 0, text);
-    }
-
-    TempDir folder;
-    std::string job;
-};
+using CqjobProgram = ProgramTest;
 
 TEST_F(CqjobProgram, TellsItsVersion) {
     EXPECT_EQ(Run({"--version"}).out, "cqjob " CQJOB_VERSION "\n");
@@ -62,14 +20,22 @@ TEST_F(CqjobProgram, TellsItsVersion) {
 
 TEST_F(CqjobProgram, HelpsEverywhereWithAnExample) {
     EXPECT_TRUE(Holds(Run({"--help"}).out, "Example:"));
-    for (const char* command : {"new", "import", "points", "info", "export", "check", "settings"}) {
+    for (const char* command : {"new", "import", "points", "edit", "delete", "describe", "groups",
+                                "info", "export", "check", "settings", "image"}) {
         const CqjobRun run = Run({command, "--help"});
         EXPECT_TRUE(Holds(run.out, "Example:\n  cqjob " + std::string(command)));
         EXPECT_EQ(run.err, "");
     }
-    for (const char* action : {"list", "get", "set"}) {
-        EXPECT_TRUE(Holds(Run({"settings", action, "--help"}).out,
-                          "Example:\n  cqjob settings " + std::string(action)));
+    const std::vector<std::pair<std::string, std::vector<std::string>>> actions = {
+        {"settings", {"list", "get", "set", "import", "export"}},
+        {"groups", {"list", "add", "rename", "delete"}},
+        {"image", {"store", "fetch", "info", "delete"}},
+    };
+    for (const auto& [command, words] : actions) {
+        for (const std::string& word : words) {
+            EXPECT_TRUE(Holds(Run({command, word, "--help"}).out,
+                              "Example:\n  cqjob " + command + " " + word));
+        }
     }
 }
 
@@ -264,7 +230,13 @@ TEST_F(CqjobProgram, ReadingAJobChangesNoByte) {
     Run({"info", job});
     Run({"check", job});
     Run({"settings", "list", job});
-    Run({"export", job, "-"});
+    Run({"export", job, "-", "--name", "A*"});
+    Run({"info", job, job});
+    Run({"groups", "list", job});
+    Run({"describe", job, "A"});
+    Run({"settings", "export", job, "-"});
+    Run({"image", "info", job});
+    Run({"image", "fetch", job, "-"}, 1);
     EXPECT_EQ(ReadFile(job), before);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Utf8("")), {}), 1);
 }

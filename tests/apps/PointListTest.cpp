@@ -54,6 +54,20 @@ TEST_F(PointListTest, MissesNoPointWhateverItsOrigin) {
     EXPECT_EQ(Names(PointList(db)), (Names_{u"high", u"low", u"none", u"also none"}));
 }
 
+TEST_F(PointListTest, AFilterLeavesTheOthersOut) {
+    Add(u"none", 5, 0);
+    Add(u"P10", 5, 0x8000);
+    Add(u"P2", 5, 1);
+    Add(u"A", 6, 1);
+    COORDFILTER filter;
+    filter.originMask = 0xFFFF;
+    filter.codes = {5};
+    EXPECT_EQ(Names(PointList(db, PointOrder::Name, false, filter)), (Names_{u"P2", u"P10"}));
+    EXPECT_EQ(Names(PointList(db, PointOrder::Record, true, filter)), (Names_{u"P2", u"P10"}));
+    filter.codes = {7};
+    EXPECT_EQ(PointList(db, PointOrder::Name, false, filter).GetCount(), 0U);
+}
+
 TEST_F(PointListTest, AnEmptyJobHasNone) {
     EXPECT_EQ(PointList(db).GetCount(), 0U);
 }
