@@ -70,7 +70,7 @@ class DeleteCommand : public Command {
         batch.Commit();
         db.Close();
         if (!m_json) {
-            console.Say("{} points deleted\n", points.size());
+            console.Say("{} deleted\n", Count(points.size(), "point"));
             return 0;
         }
         JsonWriter json(console);

@@ -74,9 +74,7 @@ class ExportCommand : public Command {
         const ColumnOrder order = ReadOrder();
         const PointRow row(order, ReadSeparator(m_separator), m_decimals, m_decimalComma);
         CodePage codePage(m_codePage);
-        if (IsSameFile(m_file, m_job)) {
-            throw UsageError(Printable(m_file) + ": is the job itself");
-        }
+        RequireOtherFile(m_file, m_job);
         CqSurveyDB db;
         OpenToRead(db, m_job);
         const PointList points = m_view.MakeList(db, m_job, console);

@@ -266,8 +266,8 @@ class GroupsCommand : public Command {
             return;
         }
         for (const Group& group : deleted) {
-            console.Say("group {} deleted; {} points are in no group now\n", Quoted(*group.name),
-                        group.points);
+            console.Say("group {} deleted; {} in no group now\n", Quoted(*group.name),
+                        Count(group.points, "point"));
         }
     }
 

@@ -70,9 +70,9 @@ class ImageCommand : public Command {
         AddNumber("--north", m_north, "Northing of the image's centre")->required();
         AddNumber("--width", m_width, "How far it reaches along the easting")->required();
         AddNumber("--height", m_height, "How far it reaches along the northing")->required();
-        AddNumber("--rotation", m_rotation, "Rotation, in the unit of the program that draws it")
+        AddNumber("--rotation", m_rotation, "Rotation; cqjob plot takes degrees, counter-clockwise")
             ->capture_default_str();
-        m_store->add_option("--type", m_type, "Number of the format, for the program that draws it")
+        m_store->add_option("--type", m_type, "Number of the format, for programs that want one")
             ->type_name("N")
             ->capture_default_str();
         m_store->add_flag("--force", m_force, "Replace the image that is there");
@@ -126,6 +126,7 @@ class ImageCommand : public Command {
     static double Number(const std::string& text) { return ParseNumber(text).value; }
 
     void Store() const {
+        RequireOtherFile(m_file, m_job);
         const CString source = ToJobPath(m_file);
         if (GetReadableLength(m_file) == 0) {
             throw Failure(Printable(m_file) + ": is empty, so it is no image");
@@ -148,6 +149,7 @@ class ImageCommand : public Command {
     }
 
     void Fetch(Console& console) const {
+        RequireOtherFile(m_file, m_job);
         CqSurveyDB db;
         OpenToRead(db, m_job);
         if (db.IsBackgroundImageFile() == 0) {

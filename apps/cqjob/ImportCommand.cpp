@@ -104,9 +104,7 @@ class ImportCommand : public Command {
 
     int Run(Console& console) override {
         const PointFileOptions options = ReadOptions();
-        if (IsSameFile(m_file, m_job)) {
-            throw UsageError(Printable(m_file) + ": is the job itself");
-        }
+        RequireOtherFile(m_file, m_job);
         FileSource source(m_file);
         CqSurveyDB db;
         OpenToWrite(db, m_job);

@@ -56,6 +56,12 @@ bool IsSameFile(const std::string& a, const std::string& b) {
     return std::filesystem::equivalent(a, b, none);
 }
 
+void RequireOtherFile(const std::string& file, const std::string& job) {
+    if (IsSameFile(file, job)) {
+        throw UsageError(Printable(file) + ": is the job itself");
+    }
+}
+
 void OpenToRead(CqSurveyDB& db, const std::string& path) {
     const CString jobPath = ToJobPath(path);
     Named(path, [&] { db.OpenReadOnly(jobPath); });

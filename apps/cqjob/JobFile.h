@@ -12,6 +12,9 @@ namespace cqsurvey::cqjob {
 /// True when both paths name the same existing file.
 [[nodiscard]] bool IsSameFile(const std::string& a, const std::string& b);
 
+/// Throws UsageError when `file` is the job at `job` itself.
+void RequireOtherFile(const std::string& file, const std::string& job);
+
 /// Opens the job at `path` for reading alone. Throws Failure with the path and the reason.
 void OpenToRead(CqSurveyDB& db, const std::string& path);
 

@@ -8,6 +8,7 @@
 
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
+#include "cqjob/Printable.h"
 #include "cqjob/TextTable.h"
 
 namespace cqsurvey::cqjob {
@@ -137,7 +138,7 @@ int WriteJobTable(Console& console, const std::vector<std::string>& jobs, bool j
         WriteText(console, rows, failed > 0);
     }
     if (failed > 0) {
-        console.Say("cqjob: {} of {} jobs cannot be read\n", failed, jobs.size());
+        console.Say("cqjob: {} of {} cannot be read\n", failed, Count(jobs.size(), "job"));
     }
     return failed > 0 ? 1 : 0;
 }

@@ -120,9 +120,7 @@ class PlotCommand : public Command {
         SheetRequest request = ReadSheet();
         const std::optional<Box> extent = ReadExtent();
         const double dots = (m_size.empty() ? m_dpi : kDotsOfScreen) / kMillimetresInInch;
-        if (IsSameFile(m_file, m_job)) {
-            throw UsageError(Printable(m_file) + ": is the job itself");
-        }
+        RequireOtherFile(m_file, m_job);
         CheckDots(format, request.paper, dots);
         CqSurveyDB db;
         OpenToRead(db, m_job);

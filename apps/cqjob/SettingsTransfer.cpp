@@ -42,6 +42,7 @@ class TemporaryFolder {
 }  // namespace
 
 void ImportSettings(const std::string& job, const std::string& path) {
+    RequireOtherFile(path, job);
     const CString hostPath = ToJobPath(path);
     if (!IsUtf8(ReadInputFile(path))) {
         throw Failure(Printable(path) + ": is not UTF-8, so no setting was changed");
@@ -59,6 +60,7 @@ void ImportSettings(const std::string& job, const std::string& path) {
 
 void ExportSettings(Console& console, const std::string& job, const std::string& path,
                     bool replace) {
+    RequireOtherFile(path, job);
     CqSurveyDB db;
     OpenToRead(db, job);
     // The library writes over what is there, so it does not write to the path itself.

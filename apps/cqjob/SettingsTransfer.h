@@ -17,11 +17,13 @@ inline constexpr const char* kSettingsImportHelp =
     "  cqjob settings import site.job office.ini";
 
 /// Replaces the settings of `job` by those of the host's file `path`. Throws Failure, the job
-/// unchanged, when the file cannot be read or is no settings file of a job.
+/// unchanged, when the file cannot be read or is no settings file of a job, and UsageError when it
+/// is the job.
 void ImportSettings(const std::string& job, const std::string& path);
 
 /// Writes the settings of `job`, byte for byte, into a file or, for "-", to the console's results.
-/// Throws Failure when something is there and `replace` is false.
+/// Throws Failure when something is there and `replace` is false, and UsageError when it is the
+/// job.
 void ExportSettings(Console& console, const std::string& job, const std::string& path,
                     bool replace);
 

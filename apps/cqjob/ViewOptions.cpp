@@ -138,8 +138,8 @@ PointList ViewOptions::MakeList(CqSurveyDB& db, const std::string& job, Console&
         filter = MakeFilter(db, job);
         const std::int32_t without = m_command->count("--origin") > 0 ? 0 : CountWithoutOrigin(db);
         if (without > 0) {
-            console.Say("{}: {} points have no data origin, so no filter admits them\n",
-                        Printable(job), without);
+            console.Say("{}: {} without data origin, which no filter admits\n", Printable(job),
+                        Count(static_cast<std::size_t>(without), "point"));
         }
     }
     return PointList(db, order->second, m_descending, filter);

@@ -33,7 +33,7 @@ TEST_F(EditCommandTest, AnswersWithThePointsAsTheyAreNow) {
     EXPECT_TRUE(Holds(out, "\"code\": 9,\n      \"group\": \"Road\","));
     EXPECT_TRUE(Holds(out, "\"flags\": 4294967295,"));
     EXPECT_TRUE(Holds(Run({"edit", job, "A", "--group", "", "--json"}).out, "\"group\": \"\""));
-    EXPECT_TRUE(Holds(Run({"points", job, "--group", "Road"}).err, "1 points\n"));
+    EXPECT_TRUE(Holds(Run({"points", job, "--group", "Road"}).err, "1 point\n"));
 }
 
 TEST_F(EditCommandTest, ChangesAllPointsOrNone) {

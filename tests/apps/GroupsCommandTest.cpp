@@ -64,8 +64,8 @@ TEST_F(GroupsCommandTest, DeletesGroupsAndKeepsTheirPoints) {
     const CqjobRun run = Run({"groups", "delete", job, "road", "#2"});
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err,
-              "group \"Road\" deleted; 2 points are in no group now\n"
-              "group \"Rail\" deleted; 0 points are in no group now\n");
+              "group \"Road\" deleted; 2 points in no group now\n"
+              "group \"Rail\" deleted; 0 points in no group now\n");
     EXPECT_EQ(List(),
               "Group          Number  Points\n"
               "Path                3       0\n"

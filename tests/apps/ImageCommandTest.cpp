@@ -90,6 +90,8 @@ TEST_F(ImageCommandTest, AFileThatCannotBeStoredChangesNothing) {
     Store(good, {"--rotation", "north"}, 2);
     Run({"image", "store", job, good, "--east", "1", "--north", "2", "--width", "3"}, 2);
     Run({"image", job}, 2);
+    EXPECT_TRUE(Holds(Store(job, {}, 2).err, job + ": is the job itself"));
+    Run({"image", "fetch", job, job, "--force"}, 2);
     EXPECT_EQ(ReadFile(job), before);
 }
 

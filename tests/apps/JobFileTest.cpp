@@ -102,6 +102,8 @@ TEST(JobFile, TellsPathsToTheSameFile) {
     EXPECT_FALSE(IsSameFile(folder.Utf8("a"), folder.Utf8("b")));
     EXPECT_FALSE(IsSameFile(folder.Utf8("a"), folder.Utf8("missing")));
     EXPECT_FALSE(IsSameFile("-", "-"));
+    EXPECT_THROW(RequireOtherFile(folder.Utf8("a"), folder.Utf8("c")), UsageError);
+    EXPECT_NO_THROW(RequireOtherFile(folder.Utf8("a"), folder.Utf8("b")));
 }
 
 TEST(JobFile, APathThatIsNoUtf8IsWrongUsage) {

@@ -59,6 +59,8 @@ TEST_F(SettingsTransferTest, AFileThatIsNoneChangesNothing) {
     EXPECT_EQ(Run({"settings", "import", job, missing}, 1).err,
               "cqjob: " + missing + ": No such file or directory\n");
     Run({"settings", "import", job}, 2);
+    Run({"settings", "import", job, job}, 2);
+    Run({"settings", "export", job, job, "--force"}, 2);
     EXPECT_EQ(GetScale(), "500\n");
 }
 

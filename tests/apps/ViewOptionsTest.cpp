@@ -115,14 +115,14 @@ TEST_F(ViewOptionsTest, PagesCountWithinTheFilter) {
 TEST_F(ViewOptionsTest, SaysThatPointsWithoutOriginPassNoFilter) {
     {
         CqSurveyDB db(FromUtf8(job));
-        const double coords[] = {1, 2, 3};
+        const double coords[] = {2, 1, 3};
         db.AddCoordRec(coords, u"P0", 5, SurveyCoordType{0}, 0);
         db.Close();
     }
     EXPECT_EQ(List({}), (Names{"P2", "P5", "P7", "P10", "P20", "Q1", "P0"}));
     const CqjobRun run = Run({"points", job, "--code", "5"});
     EXPECT_EQ(run.out.find("P0"), std::string::npos);
-    EXPECT_TRUE(Holds(run.err, job + ": 1 points have no data origin, so no filter admits them\n"));
+    EXPECT_TRUE(Holds(run.err, job + ": 1 point without data origin, which no filter admits\n"));
     EXPECT_EQ(Run({"points", job, "--origin", "1"}).err, "3 points\n");
 }
 
