@@ -97,7 +97,7 @@ class CQSURVEY_API CqSurveyDB {
     [[nodiscard]] CqHandle GetFirstCoordRecHandle() const;
     /// Reads the point `handle` into `rec` and sets `handle` to the next point in record order, 0
     /// after the last. Returns 1; 0 with both unchanged when there is no such point or its entity
-    /// is no survey point.
+    /// is no survey point. Points(db) of Ranges.h walks over all in a range-for.
     int GetNextCoordRec(CqHandle& handle, CqCoordRec& rec) const;
     /// The point of exactly that name, 0 if none.
     [[nodiscard]] CqHandle GetCoordRecHandleByPtName(const CString& name) const;
@@ -201,8 +201,10 @@ class CQSURVEY_API CqSurveyDB {
     [[nodiscard]] CqHandle GetFirstCadEntityHandle() const;
     /// Reads entity `h` into a new object and sets `h` to the next entity of the drawing, 0 after
     /// the last. `e` must be null; give it back with DeleteCqCadEntityObject. 0 with both unchanged
-    /// when there is no such entity. Throws -1 for a record of unknown type.
+    /// when there is no such entity. Throws -1 for a record of unknown type. Entities(db) of
+    /// Ranges.h walks over all in a range-for.
     int GetNextCadEntity(CqHandle& h, CqCadEntity*& e) const;
+    /// CqCadEntityPtr does it by itself.
     static void DeleteCqCadEntityObject(CqCadEntity*& e);
     /// Moves the entity, and the vertices of a polyline that follow it in record order; 0 when
     /// there is no such layer.
@@ -214,8 +216,9 @@ class CQSURVEY_API CqSurveyDB {
 
     CqCadEntityList* StartPline(int line, int code);
     int AddVertex(CqCadEntityList* list, const double* coords, double bulge);
-    /// Commits the polyline on the current layer and in the current colour and destroys the list.
-    /// Returns its entity handle; 0, with nothing written, for fewer than 2 vertices.
+    /// Commits the polyline on the current layer and in the current colour and destroys the list,
+    /// also when it refuses or throws. Returns its entity handle; 0, with nothing written, for
+    /// fewer than 2 vertices.
     CqHandle EndPline(CqCadEntityList* list);
     int CancelPline(CqCadEntityList* list);
     int EditPline(CqHandle h, int line, int code);

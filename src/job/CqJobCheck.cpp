@@ -10,6 +10,7 @@
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Text.h"
 #include "platform/CaseFold.h"
+#include "platform/Text.h"
 #include "storage/CqBitmapTable.h"
 #include "storage/CqCircleTable.h"
 #include "storage/CqEntityTable.h"
@@ -49,6 +50,15 @@ void ForEach(Table& table, Visit&& visit) {
 
 const std::byte* EntityAt(CqEntityTable& entities, CqHandle handle) {
     return handle <= CqEntityTable::kHeader ? nullptr : QrdbPeekRecord(entities.GetTable(), handle);
+}
+
+/// What names that are alike but for letter case have in common.
+std::u32string Folded(const CString& name) {
+    std::u32string folded;
+    for (std::size_t at = 0; at < name.size();) {
+        folded.push_back(FoldCase(NextCodePoint(name, at)));
+    }
+    return folded;
 }
 
 CString NameOf(const std::byte* point) {
@@ -265,15 +275,11 @@ void CqJobCheck::CheckLayersAndGroups(CqSurveyDB& db) {
         Expect(layers.insert(name).second, kLayers, number,
                [&] { return "an earlier layer has the name " + Quoted(name) + " too"; });
     });
-    std::vector<CString> groups;
+    std::unordered_set<std::u32string> groups;
     ForEach(*db.m_groups, [&](CqHandle number, const std::byte* record) {
         const CString name = GroupLayout::Get<"GroupName">(record);
-        const bool known = std::any_of(groups.begin(), groups.end(), [&](const CString& other) {
-            return EqualFold(other, name);
-        });
-        Expect(name.empty() || !known, kGroups, number,
+        Expect(name.empty() || groups.insert(Folded(name)).second, kGroups, number,
                [&] { return "an earlier group has the name " + Quoted(name) + " too"; });
-        groups.push_back(name);
     });
 }
 

@@ -1,13 +1,11 @@
 #include "platform/Clock.h"
 
-#include <chrono>
+#include <ctime>
 
 namespace cqsurvey {
 
 std::uint32_t SecondsSince1970() {
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return static_cast<std::uint32_t>(
-        std::chrono::duration_cast<std::chrono::seconds>(now).count());
+    return static_cast<std::uint32_t>(std::time(nullptr));
 }
 
 }  // namespace cqsurvey

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -12,9 +13,8 @@ namespace cqsurvey {
                                            '8', '9', 'a', 'b', 'c', 'd', 'e', 'f'};
     auto bits = static_cast<std::uint32_t>(code);
     std::string text(8, '0');
-    for (auto digit = text.rbegin(); digit != text.rend(); ++digit) {
-        *digit = kDigits[bits & 0xF];
-        bits >>= 4;
+    for (std::size_t place = text.size(); place-- > 0; bits >>= 4) {
+        text[place] = kDigits[bits & 0xF];
     }
     return text;
 }

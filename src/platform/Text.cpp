@@ -268,11 +268,9 @@ class CodePage {
             const int reason = m_decoder.Convert(in, wide);
             m_decoder.Flush(wide);
             m_table[i] = kReplacement;
-            if (reason == EINVAL) {
-                m_singleByte = false;
-            } else if (reason == 0 && wide.size() == 2) {
+            if (reason == 0 && wide.size() == 2) {
                 std::copy(wide.begin(), wide.end(), reinterpret_cast<char*>(&m_table[i]));
-            } else if (reason == 0) {
+            } else if (reason != EILSEQ) {
                 m_singleByte = false;
             }
             m_keepsAscii = m_keepsAscii && (i >= 0x80 || m_table[i] == i);

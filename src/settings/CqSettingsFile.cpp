@@ -133,6 +133,9 @@ double ToSingle(std::u16string_view text) {
     const auto result =
         std::from_chars(digits.data(), digits.data() + digits.size(), value,
                         hexadecimal ? std::chars_format::hex : std::chars_format::general);
+    if (result.ec == std::errc::invalid_argument) {
+        return 0;
+    }
     if (result.ec == std::errc::result_out_of_range) {
         const std::string_view parsed(digits.data(),
                                       static_cast<std::size_t>(result.ptr - digits.data()));

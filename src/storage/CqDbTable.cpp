@@ -95,6 +95,14 @@ int CqDbTable::Append(const void* record) {
     return result;
 }
 
+CqHandle CqDbTable::AppendCurrent(const void* record) {
+    m_bLoaded = 0;
+    const CqHandle handle = QrdbAppendCurrent(m_hTable, record);
+    Require(handle != 0);
+    m_bLoaded = 1;
+    return handle;
+}
+
 void CqDbTable::SetIndex(std::int32_t index) {
     m_bLoaded = 0;
     Require(QrdbSetIndex(m_hTable, index) != 0);

@@ -50,9 +50,8 @@ class CqRecordTable : public CqDbTable {
 
     /// Appends a record, makes it current and returns its handle.
     CqHandle AppendRecord(const typename Layout::Bytes& record) {
-        Append(record.data());
-        Last(kRecordOrder);
-        return GetCurrentHandle();
+        m_record = record;
+        return AppendCurrent(m_record.data());
     }
 
     /// Deletes a record by handle and selects record order again.

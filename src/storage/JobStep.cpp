@@ -7,10 +7,11 @@ namespace cqsurvey {
 
 namespace {
 
-/// After these the medium or the memory is in doubt, so nothing of the step is kept.
-bool IsFailureOfMedium(std::int32_t code) {
+/// After these the medium or the memory is in doubt, or the job cannot be written at all, so
+/// nothing of the step is kept.
+bool UndoesTheStep(std::int32_t code) {
     return code == error::kOutOfMemory || code == error::kReadWriteFailed ||
-           code == error::kVolumeFull || code == error::kDamaged;
+           code == error::kVolumeFull || code == error::kDamaged || code == error::kAccessDenied;
 }
 
 }  // namespace
@@ -52,7 +53,7 @@ void JobStep::EndFailed(std::int32_t code) noexcept {
     if (m_ended) {
         return;
     }
-    if (IsFailureOfMedium(code)) {
+    if (UndoesTheStep(code)) {
         Undo(code);
         return;
     }

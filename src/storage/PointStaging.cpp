@@ -1,9 +1,11 @@
 #include "storage/PointStaging.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <utility>
+
+#include "storage/NameKey.h"
+#include "storage/SortDigest.h"
 
 namespace cqsurvey {
 
@@ -26,25 +28,15 @@ PointStaging::PointStaging(ViewSetting setting, const PointRecords& records)
     : m_content{std::move(setting), {}, {}, {}}, m_records(records) {}
 
 void PointStaging::Reserve(std::size_t count) {
-    m_content.entities.Reserve(count);
-    switch (m_content.setting.SortedBy()) {
-        case ViewSetting::SortKey::Name:
-            m_named.reserve(count);
-            break;
-        case ViewSetting::SortKey::Code:
-            m_codes.reserve(count);
-            [[fallthrough]];
-        case ViewSetting::SortKey::Record:
-            m_handles.reserve(count);
-            break;
-    }
+    m_staged.reserve(count);
 }
 
 void PointStaging::Stage(CqHandle handle, const std::byte* record) {
-    if (!m_content.setting.Admits(record)) {
+    const ViewSetting& setting = m_content.setting;
+    if (!setting.Admits(record)) {
         return;
     }
-    switch (m_content.setting.SortedBy()) {
+    switch (setting.SortedBy()) {
         case ViewSetting::SortKey::Name:
             StageByName(handle, record);
             break;
@@ -52,27 +44,14 @@ void PointStaging::Stage(CqHandle handle, const std::byte* record) {
             const std::int32_t code = PointLayout::Get<"FeatureCode">(record);
             m_content.codes.Add(code);
             m_codes.push_back(code);
-            m_handles.push_back(handle);
+            m_staged.push_back({handle, DigestOfCode(code)});
             break;
         }
         case ViewSetting::SortKey::Record:
-            m_handles.push_back(handle);
+            m_staged.push_back({handle, {}});
             break;
     }
     m_content.entities.Insert(PointLayout::Get<"EntityIndex">(record));
-}
-
-std::uint64_t PointStaging::Units(const NameKey& key, std::size_t first) const noexcept {
-    std::uint64_t units = 0;
-    for (std::size_t i = first; i < first + 4; ++i) {
-        units = units << 16 | (i < key.prefix.size() ? key.prefix[i] : 0);
-    }
-    return m_content.setting.IsDescending() ? ~units : units;
-}
-
-bool PointStaging::EndsPrefix(std::uint64_t units) const noexcept {
-    const std::uint64_t last = m_content.setting.IsDescending() ? ~units : units;
-    return (last & 0xFFFF) == 0;
 }
 
 void PointStaging::StageByName(CqHandle handle, const std::byte* record) {
@@ -85,67 +64,65 @@ void PointStaging::StageByName(CqHandle handle, const std::byte* record) {
         m_noneBehindLast = m_noneBehindLast && !behind;
     }
     m_lastName = name;
-    // The complement of a number falls as the number rises, and none is out of range.
-    m_named.push_back(
-        {Units(key, 0), m_content.setting.IsDescending() ? ~key.number : key.number, handle});
+    m_staged.push_back({handle, DigestOfName(key)});
 }
 
-void PointStaging::SortNames(NamedPoints first, NamedPoints last, std::size_t firstUnit) const {
-    const auto alike = [](const NamedPoint& a, const NamedPoint& b) { return a.units == b.units; };
-    const bool allAlike =
-        std::all_of(first, last, [&](const NamedPoint& point) { return alike(point, *first); });
-    if (!allAlike || EndsPrefix(first->units)) {
-        std::sort(first, last, [](const NamedPoint& a, const NamedPoint& b) {
-            if (a.units != b.units) {
-                return a.units < b.units;
-            }
-            return a.number != b.number ? a.number < b.number : a.handle > b.handle;
-        });
-    }
+void PointStaging::SortNames(std::vector<Entry>::iterator first, std::vector<Entry>::iterator last,
+                             std::uint32_t round) const {
+    std::sort(first, last,
+              [descending = m_content.setting.IsDescending()](const Entry& a, const Entry& b) {
+                  if (a.digest != b.digest) {
+                      return descending ? a.digest > b.digest : a.digest < b.digest;
+                  }
+                  return a.handle > b.handle;
+              });
     for (auto run = first; run != last;) {
-        const auto end = std::find_if_not(
-            run, last, [&](const NamedPoint& point) { return alike(point, *run); });
-        if (end - run > 1 && !EndsPrefix(run->units)) {
-            for (auto point = run; point != end; ++point) {
-                const StoredPointName name(m_records.Peek(point->handle));
-                point->units = Units(MakeNameKey(name.View()), firstUnit + 4);
+        const SortDigest digest = run->digest;
+        const auto end =
+            std::find_if(run, last, [&](const Entry& entry) { return entry.digest != digest; });
+        if (end - run > 1 && !digest.IsExact()) {
+            // The digests of what comes behind in the names order the run.
+            for (auto entry = run; entry != end; ++entry) {
+                const StoredPointName name(m_records.Peek(entry->handle));
+                NameKey rest = MakeNameKey(name.View());
+                for (std::uint32_t i = 0; i <= round; ++i) {
+                    rest = RestOfName(rest);
+                }
+                entry->digest = DigestOfName(rest);
             }
-            SortNames(run, end, firstUnit + 4);
+            SortNames(run, end, round + 1);
+            for (auto entry = run; entry != end; ++entry) {
+                entry->digest = digest;
+            }
         }
         run = end;
     }
 }
 
-std::vector<CqHandle> PointStaging::SortByName() {
+void PointStaging::SortByName() {
     if (m_noneBehindLast) {
-        std::reverse(m_named.begin(), m_named.end());
+        std::reverse(m_staged.begin(), m_staged.end());
     } else if (!m_eachBehindLast) {
-        SortNames(m_named.begin(), m_named.end(), 0);
+        SortNames(m_staged.begin(), m_staged.end(), 0);
     }
-    std::vector<CqHandle> sorted(m_named.size());
-    std::transform(m_named.begin(), m_named.end(), sorted.begin(),
-                   [](const NamedPoint& point) { return point.handle; });
-    return sorted;
 }
 
-std::vector<CqHandle> PointStaging::SortByCode() {
+void PointStaging::SortByCode() {
     if (m_content.codes.Wraps()) {
-        return InsertByWrappingCode();
+        InsertByWrappingCode();
+        return;
     }
-    constexpr std::uint32_t kSign = 0x80000000;
-    std::vector<std::uint64_t> keys(m_handles.size());
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        const std::uint32_t rising = static_cast<std::uint32_t>(m_codes[i]) ^ kSign;
-        const std::uint32_t code = m_content.setting.IsDescending() ? ~rising : rising;
-        keys[i] = std::uint64_t{code} << 32 | static_cast<std::uint32_t>(~m_handles[i]);
-    }
-    std::sort(keys.begin(), keys.end());
-    std::transform(keys.begin(), keys.end(), m_handles.begin(),
-                   [](std::uint64_t key) { return ~static_cast<std::uint32_t>(key); });
-    return std::move(m_handles);
+    std::sort(m_staged.begin(), m_staged.end(),
+              [descending = m_content.setting.IsDescending()](const Entry& a, const Entry& b) {
+                  if (a.digest.high != b.digest.high) {
+                      return descending ? a.digest.high > b.digest.high
+                                        : a.digest.high < b.digest.high;
+                  }
+                  return a.handle > b.handle;
+              });
 }
 
-std::vector<CqHandle> PointStaging::InsertByWrappingCode() {
+void PointStaging::InsertByWrappingCode() {
     // Where a point comes to stand depends on the entries that its search happens to meet.
     HandleSequence order;
     for (std::uint32_t i = 0; i < m_codes.size(); ++i) {
@@ -160,30 +137,31 @@ std::vector<CqHandle> PointStaging::InsertByWrappingCode() {
                 high = middle;
             }
         }
-        order.Insert(low, i);
+        order.Insert(low, {i, {}});
     }
-    std::vector<CqHandle> sorted(m_handles.size());
-    for (std::uint32_t i = 0; i < sorted.size(); ++i) {
-        sorted[i] = m_handles[order.At(i)];
+    std::vector<Entry> ordered(m_staged.size());
+    for (std::uint32_t i = 0; i < ordered.size(); ++i) {
+        ordered[i] = m_staged[order.At(i)];
     }
-    return sorted;
+    m_staged = std::move(ordered);
 }
 
 ViewContent PointStaging::Finish() {
     switch (m_content.setting.SortedBy()) {
         case ViewSetting::SortKey::Name:
-            m_content.points.Assign(SortByName());
+            SortByName();
             break;
         case ViewSetting::SortKey::Code:
-            m_content.points.Assign(SortByCode());
+            SortByCode();
             break;
         case ViewSetting::SortKey::Record:
             if (m_content.setting.IsReversed()) {
-                std::reverse(m_handles.begin(), m_handles.end());
+                std::reverse(m_staged.begin(), m_staged.end());
             }
-            m_content.points.Assign(m_handles);
             break;
     }
+    m_content.points.Assign(m_staged);
+    m_staged = {};
     return std::move(m_content);
 }
 

@@ -8,7 +8,6 @@
 #include "cqsurvey/Types.h"
 #include "storage/HandleSequence.h"
 #include "storage/HandleSet.h"
-#include "storage/NameKey.h"
 #include "storage/PointRecords.h"
 #include "storage/ViewSetting.h"
 
@@ -57,28 +56,20 @@ class PointStaging {
     [[nodiscard]] ViewContent Finish();
 
  private:
-    /// A name's key in a form that is compared fast: four units of the prefix as a number, which
-    /// grows, as the number and the handle's turn do, in the order of the view.
-    struct NamedPoint {
-        std::uint64_t units;
-        std::int32_t number;
-        CqHandle handle;
-    };
-    using NamedPoints = std::vector<NamedPoint>::iterator;
+    using Entry = HandleSequence::Entry;
 
     void StageByName(CqHandle handle, const std::byte* record);
-    [[nodiscard]] std::uint64_t Units(const NameKey& key, std::size_t first) const noexcept;
-    [[nodiscard]] bool EndsPrefix(std::uint64_t units) const noexcept;
-    [[nodiscard]] std::vector<CqHandle> SortByName();
-    void SortNames(NamedPoints first, NamedPoints last, std::size_t firstUnit) const;
-    [[nodiscard]] std::vector<CqHandle> SortByCode();
-    [[nodiscard]] std::vector<CqHandle> InsertByWrappingCode();
+    void SortNames(std::vector<Entry>::iterator first, std::vector<Entry>::iterator last,
+                   std::uint32_t round) const;
+    void SortByName();
+    void SortByCode();
+    void InsertByWrappingCode();
 
     ViewContent m_content;
     const PointRecords& m_records;
-    std::vector<CqHandle> m_handles;
+    std::vector<Entry> m_staged;
+    /// Of each point staged, when the view is sorted by code.
     std::vector<std::int32_t> m_codes;
-    std::vector<NamedPoint> m_named;
     std::optional<StoredPointName> m_lastName;
     bool m_eachBehindLast = true;
     bool m_noneBehindLast = true;

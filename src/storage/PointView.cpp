@@ -3,67 +3,90 @@
 #include <utility>
 
 #include "storage/NameKey.h"
+#include "storage/SortDigest.h"
 
 namespace cqsurvey {
 
+namespace {
+
+/// 0 for a record that is gone.
+std::int32_t CodeOf(const std::byte* record) {
+    return record == nullptr ? 0 : PointLayout::Get<"FeatureCode">(record);
+}
+
+}  // namespace
+
 PointView::PointView(const PointRecords& records) : m_records(records) {}
 
-template <class GoesBehind>
-std::uint32_t PointView::Search(GoesBehind&& goesBehind) const {
-    const HandleSequence& points = m_content.points;
-    if (m_stale || m_content.codes.Wraps()) {
-        // The entries are in no order, so the outcome depends on those that the search meets.
-        std::uint32_t low = 0;
-        std::uint32_t high = points.Size();
-        while (low < high) {
-            const std::uint32_t middle = (low + high) / 2;
-            if (goesBehind(points.At(middle))) {
-                low = middle + 1;
-            } else {
-                high = middle;
-            }
-        }
-        return low;
+SortDigest PointView::DigestOf(const std::byte* record) const {
+    switch (m_content.setting.SortedBy()) {
+        case ViewSetting::SortKey::Name:
+            return DigestOfName(MakeNameKey(StoredPointName(record).View()));
+        case ViewSetting::SortKey::Code:
+            return DigestOfCode(CodeOf(record));
+        default:
+            return {};
     }
+}
+
+bool PointView::IsOrdered() const noexcept {
+    return !m_stale && !m_content.codes.Wraps();
+}
+
+bool PointView::GoesBehind(const std::byte* record, CqHandle entry) const {
+    const bool descending = m_content.setting.IsDescending();
+    const std::byte* other = m_records.Peek(entry);
+    if (m_content.setting.SortedBy() == ViewSetting::SortKey::Code) {
+        return CompareCodes(CodeOf(record), CodeOf(other), descending) >= 1;
+    }
+    const StoredPointName name(record);
+    const StoredPointName otherName(other);
+    const int comparison = CompareNameKeys(MakeNameKey(name.View()), MakeNameKey(otherName.View()));
+    return (descending ? -comparison : comparison) >= 1;
+}
+
+std::uint32_t PointView::PlaceAmongUnordered(const std::byte* record) const {
+    // The outcome depends on the entries that the search happens to meet.
+    std::uint32_t low = 0;
+    std::uint32_t high = Size();
+    while (low < high) {
+        const std::uint32_t middle = (low + high) / 2;
+        if (GoesBehind(record, At(middle))) {
+            low = middle + 1;
+        } else {
+            high = middle;
+        }
+    }
+    return low;
+}
+
+std::uint32_t PointView::PlaceFor(const std::byte* record, const SortDigest& digest) const {
+    const ViewSetting& setting = m_content.setting;
+    if (setting.SortedBy() == ViewSetting::SortKey::Record) {
+        return setting.IsReversed() ? 0 : Size();
+    }
+    if (!IsOrdered()) {
+        return PlaceAmongUnordered(record);
+    }
+    const HandleSequence& points = m_content.points;
+    const auto goesBehind = [&](const HandleSequence::Entry& entry) {
+        if (digest != entry.digest) {
+            return setting.IsDescending() ? digest < entry.digest : digest > entry.digest;
+        }
+        return !digest.IsExact() && GoesBehind(record, entry.handle);
+    };
     // Points mostly come in order: right behind the last one, or right in front of it.
     const std::uint32_t last = m_lastPlace;
     if (last < points.Size()) {
-        if (goesBehind(points.At(last))) {
-            if (last + 1 == points.Size() || !goesBehind(points.At(last + 1))) {
+        if (goesBehind(points.EntryAt(last))) {
+            if (last + 1 == points.Size() || !goesBehind(points.EntryAt(last + 1))) {
                 return last + 1;
             }
-        } else if (last == 0 || goesBehind(points.At(last - 1))) {
+        } else if (last == 0 || goesBehind(points.EntryAt(last - 1))) {
             return last;
         }
     }
     return points.CountPreceding(goesBehind);
-}
-
-std::uint32_t PointView::PlaceFor(const std::byte* record) const {
-    const ViewSetting& setting = m_content.setting;
-    const bool descending = setting.IsDescending();
-    switch (setting.SortedBy()) {
-        case ViewSetting::SortKey::Name: {
-            const StoredPointName name(record);
-            const NameKey key = MakeNameKey(name.View());
-            return Search([&](CqHandle entry) {
-                const StoredPointName other(m_records.Peek(entry));
-                const int comparison = CompareNameKeys(key, MakeNameKey(other.View()));
-                return (descending ? -comparison : comparison) >= 1;
-            });
-        }
-        case ViewSetting::SortKey::Code: {
-            const std::int32_t code = PointLayout::Get<"FeatureCode">(record);
-            return Search([&](CqHandle entry) {
-                const std::byte* other = m_records.Peek(entry);
-                const std::int32_t otherCode =
-                    other == nullptr ? 0 : PointLayout::Get<"FeatureCode">(other);
-                return CompareCodes(code, otherCode, descending) >= 1;
-            });
-        }
-        default:
-            return setting.IsReversed() ? 0 : Size();
-    }
 }
 
 void PointView::Log(Action action, std::uint32_t index, CqHandle handle) {
@@ -78,10 +101,11 @@ void PointView::Insert(CqHandle handle, const std::byte* record) {
     }
     m_changes.Reserve(1);
     if (m_content.setting.SortedBy() == ViewSetting::SortKey::Code) {
-        m_content.codes.Add(PointLayout::Get<"FeatureCode">(record));
+        m_content.codes.Add(CodeOf(record));
     }
-    const std::uint32_t place = PlaceFor(record);
-    m_content.points.Insert(place, handle);
+    const SortDigest digest = DigestOf(record);
+    const std::uint32_t place = PlaceFor(record, digest);
+    m_content.points.Insert(place, {handle, digest});
     m_lastPlace = place;
     Log(Action::Insert, place, handle);
     EnterEntity(PointLayout::Get<"EntityIndex">(record));
@@ -142,7 +166,8 @@ void PointView::UndoStep() noexcept {
                 m_content.points.RemoveAt(change.index);
                 break;
             case Action::Remove:
-                m_content.points.Insert(change.index, change.handle);
+                m_content.points.Insert(change.index,
+                                        {change.handle, DigestOf(m_records.Peek(change.handle))});
                 break;
             case Action::EnterEntity:
                 m_content.entities.Erase(change.handle);

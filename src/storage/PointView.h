@@ -44,7 +44,8 @@ class PointView {
     void Replace(ViewContent content) noexcept;
 
     void KeepStep() noexcept;
-    /// Needs no record, as those that were appended in the step are gone by now.
+    /// Called after the store has put the records back; those that were appended in the step are
+    /// gone by now.
     void UndoStep() noexcept;
 
  private:
@@ -56,9 +57,11 @@ class PointView {
         CqHandle handle;
     };
 
-    [[nodiscard]] std::uint32_t PlaceFor(const std::byte* record) const;
-    template <class GoesBehind>
-    [[nodiscard]] std::uint32_t Search(GoesBehind&& goesBehind) const;
+    [[nodiscard]] SortDigest DigestOf(const std::byte* record) const;
+    [[nodiscard]] bool IsOrdered() const noexcept;
+    [[nodiscard]] bool GoesBehind(const std::byte* record, CqHandle entry) const;
+    [[nodiscard]] std::uint32_t PlaceAmongUnordered(const std::byte* record) const;
+    [[nodiscard]] std::uint32_t PlaceFor(const std::byte* record, const SortDigest& digest) const;
     void Log(Action action, std::uint32_t index, CqHandle handle);
     void RemoveEntity(CqHandle entity);
 

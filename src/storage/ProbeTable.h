@@ -14,7 +14,7 @@ namespace cqsurvey {
     return hash * 0x85EBCA77U;
 }
 
-/// An open addressing table with linear probing: one array of slots, 0.7 to 0.875 of it in use once
+/// An open addressing table with linear probing: one array of slots, 0.6 to 0.75 of it in use once
 /// it has grown. A slot type is a small value with `IsFree()`, true for a default-constructed one,
 /// and `Hash()`, which uses the whole range of 32 bits. Slots that are alike may stand in it more
 /// than once.
@@ -56,7 +56,7 @@ class ProbeTable {
     /// Makes room, so that no insertion up to this size in all allocates memory.
     void Reserve(std::size_t size) {
         if (!Holds(m_slots.size(), size)) {
-            Resize(size + size / 7 + 2);
+            Resize(size + size / 3 + 2);
         }
     }
 
@@ -90,7 +90,7 @@ class ProbeTable {
  private:
     /// One slot is always free: it ends every search.
     static bool Holds(std::size_t capacity, std::size_t size) noexcept {
-        return size < capacity && size <= capacity - capacity / 8;
+        return size < capacity && size <= capacity - capacity / 4;
     }
 
     [[nodiscard]] std::size_t Home(std::uint32_t hash) const noexcept {

@@ -108,6 +108,17 @@ int QrdbAppendRecord(std::uint32_t table, const void* record) {
     });
 }
 
+std::uint32_t QrdbAppendCurrent(std::uint32_t table, const void* record) {
+    return Guarded(std::uint32_t{0}, [&] {
+        TableCursor& cursor = CursorOf(table);
+        cursor.volume->Perform(1, [&] {
+            cursor.place = cursor.table->Append(static_cast<const std::byte*>(record));
+            cursor.valid = true;
+        });
+        return static_cast<std::uint32_t>(cursor.place);
+    });
+}
+
 int QrdbSetIndex(std::uint32_t table, std::int32_t index) {
     return Guarded(0, [&] {
         (void)CursorOf(table);

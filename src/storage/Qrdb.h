@@ -33,6 +33,8 @@ int QrdbCloseTable(std::uint32_t table);
 
 /// Appends a record; its number is one more than the highest ever used. The current record stays.
 int QrdbAppendRecord(std::uint32_t table, const void* record);
+/// The same, and makes the record the current one. Returns its number, 0 on failure.
+std::uint32_t QrdbAppendCurrent(std::uint32_t table, const void* record);
 /// Index -1 only. The current record stays.
 int QrdbSetIndex(std::uint32_t table, std::int32_t index);
 

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "cqsurvey/Text.h"
+#include "platform/HostFile.h"
 #include "storage/LastError.h"
 #include "storage/MountRegistry.h"
 

@@ -25,10 +25,7 @@ RecordChunks::Chunk* RecordChunks::FindSparse(std::uint32_t index) const {
     return at < m_chunks.size() && m_chunks[at]->index == index ? m_chunks[at].get() : nullptr;
 }
 
-RecordChunks::Chunk& RecordChunks::GetChunk(std::uint32_t index) {
-    if (Chunk* chunk = FindChunk(index)) {
-        return *chunk;
-    }
+RecordChunks::Chunk& RecordChunks::AddChunk(std::uint32_t index) {
     auto chunk = std::make_unique<Chunk>();
     chunk->index = index;
     const auto at = m_chunks.begin() + static_cast<std::ptrdiff_t>(LowerBound(index));
@@ -58,12 +55,7 @@ void RecordChunks::Grow(Chunk& chunk) {
     chunk.capacity = static_cast<std::uint16_t>(capacity);
 }
 
-std::byte* RecordChunks::Place(std::uint32_t number) {
-    Chunk& chunk = GetChunk(number >> kShift);
-    const std::uint32_t at = number & kMask;
-    if (std::byte* bytes = chunk.Find(at, m_width)) {
-        return bytes;
-    }
+std::byte* RecordChunks::PlaceNew(Chunk& chunk, std::uint32_t at) {
     Grow(chunk);
     const std::uint32_t slot = chunk.Slot(at);
     std::byte* bytes = chunk.bytes.get() + slot * m_width;
@@ -78,6 +70,14 @@ std::byte* RecordChunks::Place(std::uint32_t number) {
 
 void RecordChunks::Put(std::uint32_t number, const std::byte* bytes) {
     std::memcpy(Place(number), bytes, m_width);
+}
+
+void RecordChunks::PutMarked(std::uint32_t number, const std::byte* bytes) {
+    Chunk& chunk = GetChunk(number >> kShift);
+    const std::uint32_t at = number & kMask;
+    SetMark(chunk, at, Mark::Dirty);
+    SetMark(chunk, at, Mark::Touched);
+    std::memcpy(Place(chunk, at), bytes, m_width);
 }
 
 void RecordChunks::Erase(std::uint32_t number) {
@@ -169,13 +169,8 @@ std::uint32_t RecordChunks::Prev(std::uint64_t number) const {
     }
 }
 
-void RecordChunks::SetMark(std::uint32_t number, Mark mark) {
-    Chunk& chunk = GetChunk(number >> kShift);
+void RecordChunks::SetNewMark(Chunk& chunk, std::uint32_t at, Mark mark) {
     Bits& bits = chunk.marks[static_cast<std::size_t>(mark)];
-    const std::uint32_t at = number & kMask;
-    if (Chunk::Test(bits, at)) {
-        return;
-    }
     MarkList& list = List(mark);
     if (bits == Bits{}) {
         list.chunks.push_back(chunk.index);

@@ -35,8 +35,13 @@ class RecordChunks {
     /// Writes a record, new or not.
     void Put(std::uint32_t number, const std::byte* bytes);
 
+    /// The same, and both marks before it: a record is never there unmarked.
+    void PutMarked(std::uint32_t number, const std::byte* bytes);
+
     /// Makes room for a record and gives its bytes to be filled; what a new one holds is undefined.
-    [[nodiscard]] std::byte* Place(std::uint32_t number);
+    [[nodiscard]] std::byte* Place(std::uint32_t number) {
+        return Place(GetChunk(number >> kShift), number & kMask);
+    }
 
     /// Removes a record; nothing happens when there is none.
     void Erase(std::uint32_t number);
@@ -51,7 +56,9 @@ class RecordChunks {
     [[nodiscard]] std::uint32_t Prev(std::uint64_t number) const;
 
     /// Marks a number, whether it has a record or not.
-    void SetMark(std::uint32_t number, Mark mark);
+    void SetMark(std::uint32_t number, Mark mark) {
+        SetMark(GetChunk(number >> kShift), number & kMask, mark);
+    }
 
     [[nodiscard]] std::size_t GetMarked(Mark mark) const { return List(mark).count; }
 
@@ -111,7 +118,22 @@ class RecordChunks {
     }
     [[nodiscard]] Chunk* FindSparse(std::uint32_t index) const;
     [[nodiscard]] std::size_t LowerBound(std::uint32_t index) const;
-    [[nodiscard]] Chunk& GetChunk(std::uint32_t index);
+    [[nodiscard]] Chunk& GetChunk(std::uint32_t index) {
+        Chunk* chunk = FindChunk(index);
+        return chunk != nullptr ? *chunk : AddChunk(index);
+    }
+    [[nodiscard]] Chunk& AddChunk(std::uint32_t index);
+    [[nodiscard]] std::byte* Place(Chunk& chunk, std::uint32_t at) {
+        std::byte* bytes = chunk.Find(at, m_width);
+        return bytes != nullptr ? bytes : PlaceNew(chunk, at);
+    }
+    [[nodiscard]] std::byte* PlaceNew(Chunk& chunk, std::uint32_t at);
+    void SetMark(Chunk& chunk, std::uint32_t at, Mark mark) {
+        if (!Chunk::Test(chunk.marks[static_cast<std::size_t>(mark)], at)) {
+            SetNewMark(chunk, at, mark);
+        }
+    }
+    void SetNewMark(Chunk& chunk, std::uint32_t at, Mark mark);
     void Grow(Chunk& chunk);
 
     [[nodiscard]] MarkList& List(Mark mark) { return m_marks[static_cast<std::size_t>(mark)]; }

@@ -252,7 +252,11 @@ bool RecordFormat::operator==(const RecordFormat& other) const {
 
 void RecordFormat::Bind(sqlite3_stmt* statement, int first, std::uint32_t number,
                         const std::byte* record) const {
-    sqlite3_bind_int64(statement, first, number);
+    if (number != 0) {
+        sqlite3_bind_int64(statement, first, number);
+    } else {
+        sqlite3_bind_null(statement, first);
+    }
     for (const Item& item : m_items) {
         const std::byte* bytes = record + item.offset;
         ++first;

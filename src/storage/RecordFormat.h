@@ -42,8 +42,8 @@ class RecordFormat {
     [[nodiscard]] const std::vector<std::size_t>& GetMemoOffsets() const { return m_memos; }
     [[nodiscard]] bool operator==(const RecordFormat& other) const;
 
-    /// Binds number and fields to the parameters from `first` on. The bytes must stay until the
-    /// statement was run.
+    /// Binds number, NULL for 0, and fields to the parameters from `first` on. The bytes must stay
+    /// until the statement was run.
     void Bind(sqlite3_stmt* statement, int first, std::uint32_t number,
               const std::byte* record) const;
 

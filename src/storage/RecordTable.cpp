@@ -121,25 +121,23 @@ void RecordTable::LoadAll() {
     m_loaded = true;
 }
 
-void RecordTable::Append(const std::byte* record) {
+std::uint32_t RecordTable::Append(const std::byte* record) {
     Load();
     if (m_next > kLastNumber ||
         m_chunks.GetCount() >= std::size_t{std::numeric_limits<std::int32_t>::max()}) {
         throw StoreFailure(error::kVolumeFull, "table " + m_name + " has no number left");
     }
     const auto number = static_cast<std::uint32_t>(m_next);
-    // Marked before it is there, so that a record is never there unmarked.
-    m_chunks.SetMark(number, RecordChunks::Mark::Dirty);
-    m_chunks.SetMark(number, RecordChunks::Mark::Touched);
-    m_chunks.Put(number, record);
+    m_chunks.PutMarked(number, record);
     ++m_next;
+    return number;
 }
 
 void RecordTable::Write(std::uint32_t number, const std::byte* record) {
-    FreeMemos(Find(number), record);
-    m_chunks.SetMark(number, RecordChunks::Mark::Dirty);
-    m_chunks.SetMark(number, RecordChunks::Mark::Touched);
-    m_chunks.Put(number, record);
+    if (!m_format.GetMemoOffsets().empty()) {
+        FreeMemos(Find(number), record);
+    }
+    m_chunks.PutMarked(number, record);
 }
 
 void RecordTable::Delete(std::uint32_t number) {
@@ -179,11 +177,18 @@ void RecordTable::FlushInserts(const std::uint32_t* numbers, std::uint32_t count
         if (!m_insertMany) {
             m_insertMany = SqlStatement(m_connection, "INSERT" + Values(kRowsAStatement));
         }
+        // All are above those in the database, which finds a number itself, one more than the
+        // highest, in four fifths of the time it takes to look whether a given one is free.
         for (std::uint32_t i = 0; i < count; ++i) {
-            m_format.Bind(m_insertMany.Get(), static_cast<int>(i) * columns + 1, numbers[i],
-                          m_chunks.Find(numbers[i]));
+            const bool follows = i != 0 && numbers[i] == numbers[i - 1] + 1;
+            m_format.Bind(m_insertMany.Get(), static_cast<int>(i) * columns + 1,
+                          follows ? 0 : numbers[i], m_chunks.Find(numbers[i]));
         }
         m_insertMany.Run();
+        if (sqlite3_last_insert_rowid(m_connection) != std::int64_t{numbers[count - 1]}) {
+            throw StoreFailure(error::kDamaged,
+                               "table " + m_name + " has numbers that were not there");
+        }
         return;
     }
     if (!m_insert) {

@@ -39,7 +39,8 @@ class RecordTable {
 
     // The changes below must stand inside a step of the volume.
 
-    void Append(const std::byte* record);
+    /// Returns the number that the record gets.
+    std::uint32_t Append(const std::byte* record);
     void Write(std::uint32_t number, const std::byte* record);
     void Delete(std::uint32_t number);
 

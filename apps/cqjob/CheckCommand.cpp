@@ -1,0 +1,86 @@
+#include <cqsurvey/cqsurvey.h>
+
+#include "cqjob/Command.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+class CheckCommand : public Command {
+ public:
+    CLI::App* AddTo(CLI::App& app) override {
+        CLI::App* command =
+            app.add_subcommand("check", "Look for anything in a job that is not as it must be");
+        AddJob(*command, "The job to look through; it is not changed");
+        AddJson(*command);
+        command->add_option("--limit", m_limit, "Show at most so many findings")
+            ->type_name("N")
+            ->check(CLI::Range(1, 1000000))
+            ->capture_default_str();
+        command->footer(
+            "Exit status 1 when anything is wrong.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob check site.job");
+        return command;
+    }
+
+    int Run(Console& console) override {
+        CqSurveyDB db;
+        OpenToRead(db, m_job);
+        const CqJobCheck check(db, static_cast<std::size_t>(m_limit));
+        if (m_json) {
+            WriteJson(console, check);
+        } else {
+            WriteText(console, check);
+        }
+        db.Close();
+        return check.GetCount() == 0 ? 0 : 1;
+    }
+
+ private:
+    void WriteText(Console& console, const CqJobCheck& check) const {
+        for (const CqJobFinding& finding : check.GetFindings()) {
+            console.Print("{}{}: {}\n", finding.table,
+                          finding.record == 0 ? "" : fmt::format(" record {}", finding.record),
+                          Printable(finding.text));
+        }
+        if (check.GetCount() > check.GetFindings().size()) {
+            console.Print("... and {} more\n", check.GetCount() - check.GetFindings().size());
+        }
+        console.Print("{}: {} checks, {} wrong\n", Printable(m_job), check.GetChecks(),
+                      check.GetCount());
+    }
+
+    void WriteJson(Console& console, const CqJobCheck& check) const {
+        JsonWriter json(console);
+        json.BeginObject();
+        json.Member("job", m_job);
+        json.Member("checks", check.GetChecks());
+        json.Member("wrong", check.GetCount());
+        json.Key("findings");
+        json.BeginArray();
+        for (const CqJobFinding& finding : check.GetFindings()) {
+            json.BeginObject();
+            json.Member("table", finding.table);
+            json.Member("record", finding.record);
+            json.Member("text", finding.text);
+            json.EndObject();
+        }
+        json.EndArray();
+        json.EndObject();
+    }
+
+    int m_limit = 1000;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeCheckCommand() {
+    return std::make_unique<CheckCommand>();
+}
+
+}  // namespace cqsurvey::cqjob

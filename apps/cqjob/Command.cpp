@@ -1,0 +1,33 @@
+#include "cqjob/Command.h"
+
+namespace cqsurvey::cqjob {
+
+void Command::AddJob(CLI::App& command, const std::string& help) {
+    command.add_option("JOB", m_job, help)->required()->type_name("");
+}
+
+void Command::AddJson(CLI::App& command) {
+    command.add_flag("--json", m_json, "Answer in JSON");
+}
+
+std::vector<std::unique_ptr<Command>> MakeCommands() {
+    std::vector<std::unique_ptr<Command>> commands;
+    commands.push_back(MakeNewCommand());
+    commands.push_back(MakeImportCommand());
+    commands.push_back(MakePointsCommand());
+    commands.push_back(MakeEditCommand());
+    commands.push_back(MakeDeleteCommand());
+    commands.push_back(MakeDescribeCommand());
+    commands.push_back(MakeGroupsCommand());
+    commands.push_back(MakeInfoCommand());
+    commands.push_back(MakeEntitiesCommand());
+    commands.push_back(MakeLayersCommand());
+    commands.push_back(MakePlotCommand());
+    commands.push_back(MakeExportCommand());
+    commands.push_back(MakeCheckCommand());
+    commands.push_back(MakeSettingsCommand());
+    commands.push_back(MakeImageCommand());
+    return commands;
+}
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cqjob/Console.h"
+
+namespace cqsurvey::cqjob {
+
+/// What "cqjob WORD ..." does.
+class Command {
+ public:
+    Command() = default;
+    Command(const Command&) = delete;
+    Command& operator=(const Command&) = delete;
+    virtual ~Command() = default;
+
+    /// Declares the command with its arguments and options and returns it. The arguments are kept
+    /// here, so the command must outlive `app`.
+    virtual CLI::App* AddTo(CLI::App& app) = 0;
+
+    /// Does it and returns the exit status, 0 or 1. Throws UsageError, Failure and what the library
+    /// throws.
+    virtual int Run(Console& console) = 0;
+
+    /// The job that a failure without a better name concerns.
+    [[nodiscard]] const std::string& GetJob() const { return m_job; }
+
+ protected:
+    /// Adds the argument JOB, which every command has.
+    void AddJob(CLI::App& command, const std::string& help);
+
+    /// Adds --json.
+    void AddJson(CLI::App& command);
+
+    std::string m_job;
+    bool m_json = false;
+};
+
+// One function for each command, defined beside it.
+std::unique_ptr<Command> MakeNewCommand();
+std::unique_ptr<Command> MakeImportCommand();
+std::unique_ptr<Command> MakePointsCommand();
+std::unique_ptr<Command> MakeEditCommand();
+std::unique_ptr<Command> MakeDeleteCommand();
+std::unique_ptr<Command> MakeDescribeCommand();
+std::unique_ptr<Command> MakeGroupsCommand();
+std::unique_ptr<Command> MakeInfoCommand();
+std::unique_ptr<Command> MakeEntitiesCommand();
+std::unique_ptr<Command> MakeLayersCommand();
+std::unique_ptr<Command> MakePlotCommand();
+std::unique_ptr<Command> MakeExportCommand();
+std::unique_ptr<Command> MakeCheckCommand();
+std::unique_ptr<Command> MakeSettingsCommand();
+std::unique_ptr<Command> MakeImageCommand();
+
+/// Every command, in the order in which the help lists them.
+std::vector<std::unique_ptr<Command>> MakeCommands();
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,109 @@
+#include <cqsurvey/cqsurvey.h>
+
+#include <unordered_set>
+#include <utility>
+
+#include "cqjob/Command.h"
+#include "cqjob/Failure.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/PointArgument.h"
+#include "cqjob/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+class DeleteCommand : public Command {
+ public:
+    CLI::App* AddTo(CLI::App& app) override {
+        CLI::App* command = app.add_subcommand("delete", "Delete points");
+        AddJob(*command, "The job");
+        command->add_option("POINT", m_points, "The points to delete")->required()->type_name("");
+        command->add_flag("--ignore-missing", m_ignoreMissing,
+                          "Delete the others when a point is not there");
+        AddJson(*command);
+        command->footer(
+            "A point goes with its symbol and its description; polylines through it stay. All are\n"
+            "deleted or, when one is not there, none.\n" +
+            std::string(kPointArgument) +
+            "\n"
+            "Example:\n"
+            "  cqjob delete site.job P17 P18\n"
+            "  cqjob delete site.job \"#17\" --ignore-missing");
+        return command;
+    }
+
+    int Run(Console& console) override {
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        std::vector<std::pair<CqHandle, std::string>> points;
+        std::vector<std::string> missing;
+        std::unordered_set<CqHandle> seen;
+        for (const std::string& text : m_points) {
+            const CqHandle handle = FindPoint(db, m_job, text);
+            if (handle == 0) {
+                missing.push_back(text);
+            } else if (seen.insert(handle).second) {
+                CqCoordRec point;
+                CqHandle next = handle;
+                db.GetNextCoordRec(next, point);
+                points.emplace_back(handle, ToUtf8(point.GetPtName()));
+            }
+        }
+        for (const std::string& text : missing) {
+            console.Say("{}: there is no point {}\n", Printable(m_job), Quoted(text));
+        }
+        if (!missing.empty() && !m_ignoreMissing) {
+            throw Failure(Printable(m_job) +
+                          ": nothing was deleted; --ignore-missing deletes the points there are");
+        }
+        CqBatch batch(db);
+        for (const auto& [handle, name] : points) {
+            if (db.DelCoordRec(handle) == 0) {
+                throw Failure(
+                    fmt::format("{}: the point record {} cannot be deleted, so nothing "
+                                "was; cqjob check says more",
+                                Printable(m_job), handle));
+            }
+        }
+        batch.Commit();
+        db.Close();
+        if (!m_json) {
+            console.Say("{} deleted\n", Count(points.size(), "point"));
+            return 0;
+        }
+        JsonWriter json(console);
+        json.BeginObject();
+        json.Member("job", m_job);
+        json.Key("deleted");
+        json.BeginArray();
+        for (const auto& [handle, name] : points) {
+            json.BeginObject();
+            json.Member("handle", handle);
+            json.Member("name", name);
+            json.EndObject();
+        }
+        json.EndArray();
+        json.Key("missing");
+        json.BeginArray();
+        for (const std::string& text : missing) {
+            json.Value(text);
+        }
+        json.EndArray();
+        json.EndObject();
+        return 0;
+    }
+
+ private:
+    std::vector<std::string> m_points;
+    bool m_ignoreMissing = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeDeleteCommand() {
+    return std::make_unique<DeleteCommand>();
+}
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,99 @@
+#include <cqsurvey/cqsurvey.h>
+
+#include <optional>
+
+#include "cqjob/Arguments.h"
+#include "cqjob/Command.h"
+#include "cqjob/Failure.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/PointArgument.h"
+#include "cqjob/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+class DescribeCommand : public Command {
+ public:
+    CLI::App* AddTo(CLI::App& app) override {
+        CLI::App* command =
+            app.add_subcommand("describe", "Show, set or delete a point's description");
+        AddJob(*command, "The job; it is not changed when a description is shown");
+        command->add_option("POINT", m_point, "The point")->required()->type_name("");
+        CLI::Option* text =
+            command->add_option("TEXT", m_text, "The description it gets")->type_name("");
+        command->add_flag("--delete", m_delete, "Delete the description")->excludes(text);
+        AddJson(*command);
+        command->footer(std::string(kPointArgument) +
+                        "Exit status 1 when a description to show or to delete is not there.\n"
+                        "\n"
+                        "Example:\n"
+                        "  cqjob describe site.job P17\n"
+                        "  cqjob describe site.job P17 \"iron pipe, bent\"\n"
+                        "  cqjob describe site.job P17 --delete");
+        return command;
+    }
+
+    int Run(Console& console) override {
+        if (m_text && m_text->empty()) {
+            throw UsageError("a description is not empty; --delete deletes it");
+        }
+        const CString newText = ReadText(m_text.value_or(""), "the description");
+        CqSurveyDB db;
+        if (m_text || m_delete) {
+            OpenToWrite(db, m_job);
+        } else {
+            OpenToRead(db, m_job);
+        }
+        const CqHandle handle = RequirePoint(db, m_job, m_point);
+        if (m_text) {
+            if (db.EditCoordDescription(handle, newText) == 0 &&
+                db.AddCoordDescription(handle, newText) == 0) {
+                throw Failure(fmt::format("{}: the description of {} could not be stored",
+                                          Printable(m_job), Quoted(m_point)));
+            }
+        } else if (m_delete && db.DelCoordDescription(handle) == 0) {
+            FailWithout();
+        }
+        CString text;
+        const bool described = db.GetCoordDescription(handle, text) != 0;
+        if (!described && !m_delete) {
+            FailWithout();
+        }
+        if (m_json) {
+            CqCoordRec point;
+            CqHandle next = handle;
+            db.GetNextCoordRec(next, point);
+            JsonWriter json(console);
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Member("handle", handle);
+            json.Member("name", ToUtf8(point.GetPtName()));
+            json.Member("description", ToUtf8(text));
+            json.EndObject();
+        } else if (!m_text && !m_delete) {
+            console.Print("{}\n", ToUtf8(text));
+        }
+        db.Close();
+        return 0;
+    }
+
+ private:
+    [[noreturn]] void FailWithout() const {
+        throw Failure(
+            fmt::format("{}: the point {} has no description", Printable(m_job), Quoted(m_point)));
+    }
+
+    std::string m_point;
+    std::optional<std::string> m_text;
+    bool m_delete = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeDescribeCommand() {
+    return std::make_unique<DescribeCommand>();
+}
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,177 @@
+#include <cqsurvey/cqsurvey.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <optional>
+
+#include "cqjob/Arguments.h"
+#include "cqjob/Command.h"
+#include "cqjob/Failure.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/NumberText.h"
+#include "cqjob/PointArgument.h"
+#include "cqjob/PointDetails.h"
+#include "cqjob/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+class EditCommand : public Command {
+ public:
+    CLI::App* AddTo(CLI::App& app) override {
+        CLI::App* command = app.add_subcommand("edit", "Change points");
+        AddJob(*command, "The job");
+        command->add_option("POINT", m_points, "The points to change")->required()->type_name("");
+        command->add_option("--name", m_name, "New name; an empty one leaves the point unnamed")
+            ->type_name("NAME");
+        AddNumber(*command, "--east", m_east, "New easting");
+        AddNumber(*command, "--north", m_north, "New northing");
+        CLI::Option* height = AddNumber(*command, "--height", m_height, "New height");
+        command->add_flag("--no-height", m_noHeight, "Forget the height")->excludes(height);
+        command->add_option("--code", m_code, "New feature code")
+            ->type_name("CODE")
+            ->check(FindWholeNumberFault, "");
+        command->add_option("--flags", m_flags, "New flags: 32 bits as a decimal or a 0x number")
+            ->type_name("BITS");
+        command->add_option("--group", m_group, "Put into this group; an empty name is no group")
+            ->type_name("NAME");
+        AddJson(*command);
+        command->footer(
+            "What no option names stays as it is. All points are changed or, when one cannot be,\n"
+            "none.\n" +
+            std::string(kPointArgument) +
+            "\n"
+            "Example:\n"
+            "  cqjob edit site.job P17 --height 312.5 --code 7\n"
+            "  cqjob edit site.job P17 --name P18\n"
+            "  cqjob edit site.job P1 P2 P3 --group Road");
+        return command;
+    }
+
+    int Run(Console& console) override {
+        CheckOptions();
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        if (m_group && !m_group->empty()) {
+            m_groupId = db.GetGroupID(ReadText(*m_group, "the group's name"));
+            if (m_groupId == 0) {
+                throw Failure(fmt::format("{}: there is no group {}; cqjob groups adds one",
+                                          Printable(m_job), Quoted(*m_group)));
+            }
+        }
+        CqBatch batch(db);
+        std::vector<CqHandle> handles;
+        for (const std::string& point : m_points) {
+            handles.push_back(RequirePoint(db, m_job, point));
+        }
+        for (const CqHandle handle : handles) {
+            Change(db, handle);
+        }
+        batch.Commit();
+        if (m_json) {
+            WriteJson(console, db, handles);
+        }
+        db.Close();
+        return 0;
+    }
+
+ private:
+    static CLI::Option* AddNumber(CLI::App& command, const std::string& name,
+                                  std::optional<std::string>& value, const std::string& help) {
+        return command.add_option(name, value, help)
+            ->type_name("NUMBER")
+            ->check(FindNumberFault, "");
+    }
+
+    void CheckOptions() {
+        if (!m_name && !m_east && !m_north && !m_height && !m_noHeight && !m_code && !m_flags &&
+            !m_group) {
+            throw UsageError("what is to be changed? Say it with --name, --east, --code ...");
+        }
+        if (m_name && m_points.size() > 1) {
+            throw UsageError("several points cannot have one name");
+        }
+        m_newName = ReadName(m_name.value_or(""), "the point's name");
+    }
+
+    static CqCoordRec Read(const CqSurveyDB& db, CqHandle handle) {
+        CqCoordRec point;
+        db.GetNextCoordRec(handle, point);
+        return point;
+    }
+
+    void Change(CqSurveyDB& db, CqHandle handle) const {
+        if (m_name || m_east || m_north || m_height || m_noHeight || m_code) {
+            ChangeRecord(db, handle);
+        }
+        if (m_flags) {
+            db.EditCoordRecFlags(handle, *m_flags);
+        }
+        if (m_group) {
+            db.EditCoordRecGroup(handle, m_groupId);
+        }
+    }
+
+    void ChangeRecord(CqSurveyDB& db, CqHandle handle) const {
+        const CqCoordRec point = Read(db, handle);
+        const CString name = m_name ? m_newName : point.GetPtName();
+        std::array<double, 3> coords{};
+        point.GetPoint(coords.data());
+        const auto set = [](double& value, const std::optional<std::string>& text) {
+            value = text ? ParseNumber(*text).value : value;
+        };
+        set(coords[0], m_east);
+        set(coords[1], m_north);
+        set(coords[2], m_height);
+        if (m_noHeight) {
+            coords[2] = std::numeric_limits<double>::quiet_NaN();
+        }
+        const int code = m_code ? ParseWholeNumber(*m_code).value_or(0) : point.GetCode();
+        if (db.EditCoordRec(handle, name, coords.data(), code) != 0) {
+            return;
+        }
+        const CqHandle other = db.GetCoordRecHandleByPtName(name);
+        throw Failure(other != 0 && other != handle
+                          ? fmt::format("{}: the job has a point {} already", Printable(m_job),
+                                        Quoted(ToUtf8(name)))
+                          : fmt::format("{}: the point record {} cannot be changed; cqjob check "
+                                        "says more",
+                                        Printable(m_job), handle));
+    }
+
+    void WriteJson(Console& console, CqSurveyDB& db, const std::vector<CqHandle>& handles) const {
+        JsonWriter json(console);
+        json.BeginObject();
+        json.Member("job", m_job);
+        json.Key("points");
+        json.BeginArray();
+        for (const CqHandle handle : handles) {
+            PointDetails(db, handle, Read(db, handle)).WriteJson(json);
+        }
+        json.EndArray();
+        json.EndObject();
+    }
+
+    std::vector<std::string> m_points;
+    std::optional<std::string> m_name;
+    std::optional<std::string> m_east;
+    std::optional<std::string> m_north;
+    std::optional<std::string> m_height;
+    bool m_noHeight = false;
+    std::optional<std::string> m_code;
+    std::optional<std::uint32_t> m_flags;
+    std::optional<std::string> m_group;
+    CString m_newName;
+    std::uint16_t m_groupId = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeEditCommand() {
+    return std::make_unique<EditCommand>();
+}
+
+}  // namespace cqsurvey::cqjob

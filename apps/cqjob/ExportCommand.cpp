@@ -1,0 +1,156 @@
+#include <cqsurvey/cqsurvey.h>
+
+#include <array>
+#include <cmath>
+
+#include "cqjob/CodePage.h"
+#include "cqjob/ColumnOrder.h"
+#include "cqjob/Command.h"
+#include "cqjob/CsvWriter.h"
+#include "cqjob/Failure.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/NumberText.h"
+#include "cqjob/OutputFile.h"
+#include "cqjob/PointRow.h"
+#include "cqjob/Printable.h"
+#include "cqjob/Progress.h"
+#include "cqjob/SeparatorOption.h"
+#include "cqjob/ViewOptions.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+class ExportCommand : public Command {
+ public:
+    CLI::App* AddTo(CLI::App& app) override {
+        CLI::App* command = app.add_subcommand("export", "Write a job's points into a text file");
+        AddJob(*command, "The job; it is not changed");
+        command->add_option("FILE", m_file, "The file to write, - for standard output")
+            ->required()
+            ->type_name("");
+        command
+            ->add_option("--order", m_order,
+                         "Order of the columns: pnezd, penzd or other letters as for import; "
+                         "penzcd with a header if nothing is said")
+            ->type_name("ORDER");
+        command
+            ->add_option("--columns", m_columns,
+                         "Columns by words (name,easting,-,northing,height,code,desc)")
+            ->type_name("LIST")
+            ->excludes("--order");
+        command->add_flag("--header,!--no-header", m_header,
+                          "Name the columns in the first line, or not; named if neither --order "
+                          "nor --columns is given");
+        AddSeparator(*command, m_separator, false);
+        command
+            ->add_option("--decimals", m_decimals,
+                         "Decimal places; without it as many as give the very same numbers back")
+            ->type_name("N")
+            ->check(CLI::Range(0, 17));
+        command->add_flag("--decimal-comma", m_decimalComma, "Write the decimal sign as a comma");
+        command->add_option("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
+            ->type_name("N")
+            ->capture_default_str();
+        m_view.AddTo(*command);
+        command->add_flag("--force", m_force, "Replace a file that is there");
+        command->footer(
+            "A missing height is an empty column. Importing the file again with the same order\n"
+            "gives the same points. Without a c in the order, d holds the description or the\n"
+            "feature code; where a point has both, the code comes first and the description in\n"
+            "a column of its own behind it.\n"
+            "\n" +
+            std::string(ViewOptions::kHelp) +
+            "\n"
+            "Example:\n"
+            "  cqjob export site.job points.csv\n"
+            "  cqjob export site.job - --order pnezd --decimals 3\n"
+            "  cqjob export site.job road.csv --group Road --sort code");
+        m_command = command;
+        return command;
+    }
+
+    int Run(Console& console) override {
+        const ColumnOrder order = ReadOrder();
+        const PointRow row(order, ReadSeparator(m_separator), m_decimals, m_decimalComma);
+        CodePage codePage(m_codePage);
+        RequireOtherFile(m_file, m_job);
+        CqSurveyDB db;
+        OpenToRead(db, m_job);
+        const PointList points = m_view.MakeList(db, m_job, console);
+        OutputFile output(console, m_file, m_force);
+        if (m_command->count("--header") > 0 ? m_header : m_order.empty() && m_columns.empty()) {
+            output.Write(row.MakeHeader());
+        }
+        Progress progress(console, "points");
+        CqCoordRec point;
+        std::size_t unplaced = 0;
+        for (std::size_t i = 0; i < points.GetCount(); ++i) {
+            const CqHandle handle = points.Read(i, point);
+            CString description;
+            db.GetCoordDescription(handle, description);
+            std::array<double, 3> coords{};
+            point.GetPoint(coords.data());
+            if (!std::isfinite(coords[0]) || !std::isfinite(coords[1]) || std::isinf(coords[2])) {
+                ++unplaced;
+            }
+            output.Write(row.Make({.name = Encode(codePage, point.GetPtName(), handle),
+                                   .coords = coords,
+                                   .code = point.GetCode(),
+                                   .description = Encode(codePage, description, handle)}));
+            progress.Update(i + 1, i + 1, points.GetCount());
+        }
+        output.Finish();
+        db.Close();
+        console.Say("{} into {}\n", Count(points.GetCount(), "point"), Printable(m_file));
+        if (unplaced > 0) {
+            console.Say(
+                "{}: {} with coordinates that are no finite numbers; an import refuses such a "
+                "line\n",
+                Printable(m_job), Count(unplaced, "point"));
+        }
+        return 0;
+    }
+
+ private:
+    ColumnOrder ReadOrder() const {
+        const ColumnOrder order =
+            m_columns.empty() ? ColumnOrder::FromLetters(m_order.empty() ? "penzcd" : m_order)
+                              : ColumnOrder::FromWords(m_columns);
+        if (order.Find(Column::Description) && !order.TakesRest() && !order.Find(Column::Code)) {
+            throw UsageError("a description that is not the last column needs a code column");
+        }
+        return order;
+    }
+
+    std::string Encode(CodePage& codePage, const CString& text, CqHandle handle) const {
+        std::optional<std::string> bytes = codePage.Encode(text);
+        if (!bytes) {
+            throw Failure(fmt::format(
+                "{}: {} of point record {} cannot be written in code page {}{}", Printable(m_job),
+                Quoted(ToUtf8(text)), handle, codePage.GetNumber(),
+                codePage.GetNumber() == CodePage::kUtf8 ? "" : "; 65001 holds every character"));
+        }
+        return std::move(*bytes);
+    }
+
+    CLI::App* m_command = nullptr;
+    ViewOptions m_view;
+    std::string m_file;
+    std::string m_order;
+    std::string m_columns;
+    bool m_header = false;
+    std::string m_separator = "comma";
+    std::optional<int> m_decimals;
+    bool m_decimalComma = false;
+    int m_codePage = CodePage::kUtf8;
+    bool m_force = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeExportCommand() {
+    return std::make_unique<ExportCommand>();
+}
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,289 @@
+#include <cqsurvey/cqsurvey.h>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "cqjob/Arguments.h"
+#include "cqjob/Command.h"
+#include "cqjob/Failure.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/Printable.h"
+#include "cqjob/TextTable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+struct Group {
+    std::optional<std::string> name;  ///< nothing for a number that only points know
+    std::uint16_t id = 0;             ///< 0 for a group without a name that no point is in
+    std::size_t points = 0;
+};
+
+/// How many points carry each number of a group, 0 for none.
+std::vector<std::size_t> CountPoints(const CqSurveyDB& db) {
+    std::vector<std::size_t> counts(std::numeric_limits<std::uint16_t>::max() + 1U);
+    CqCoordRec point;
+    for (CqHandle next = db.GetFirstCoordRecHandle();
+         next != 0 && db.GetNextCoordRec(next, point) != 0;) {
+        ++counts[point.GetGroup()];
+    }
+    return counts;
+}
+
+/// The name of group `id`; nothing when there is no such group.
+std::optional<std::string> FindName(CqSurveyDB& db, std::uint16_t id) {
+    try {
+        return ToUtf8(db.GetGroupName(id));
+    } catch (const CqSurveyException& error) {
+        if (error.m_code != static_cast<std::int32_t>(error::kNoRecord)) {
+            throw;
+        }
+        return std::nullopt;
+    }
+}
+
+class GroupsCommand : public Command {
+ public:
+    CLI::App* AddTo(CLI::App& app) override {
+        CLI::App* command =
+            app.add_subcommand("groups", "List, add, rename and delete groups of points");
+        command->require_subcommand(1);
+        command->footer(
+            "Names of groups are the same in capital and small letters. \"#3\" is the group of\n"
+            "number 3 unless one is named so. cqjob edit --group puts points into a group.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob groups list site.job\n"
+            "  cqjob groups rename site.job Road \"Road 7\"");
+
+        m_list = command->add_subcommand("list", "Show every group and how many points it has");
+        AddJob(*m_list, "The job; it is not changed");
+        AddJson(*m_list);
+        m_list->footer("Example:\n  cqjob groups list site.job");
+
+        m_add = command->add_subcommand("add", "Add groups");
+        AddJob(*m_add, "The job");
+        AddNames(*m_add, "The names of the new groups");
+        m_add->footer(
+            "All are added or, when one is there already, none.\n\n"
+            "Example:\n  cqjob groups add site.job Road \"Day 2\"");
+
+        m_rename = command->add_subcommand("rename", "Give a group another name");
+        AddJob(*m_rename, "The job");
+        m_rename->add_option("NAME", m_oldName, "The group")->required()->type_name("");
+        m_rename->add_option("NEW", m_newName, "Its new name")->required()->type_name("");
+        m_rename->footer("Example:\n  cqjob groups rename site.job Road \"Road 7\"");
+
+        m_delete = command->add_subcommand("delete", "Delete groups; their points stay");
+        AddJob(*m_delete, "The job");
+        AddNames(*m_delete, "The groups");
+        AddJson(*m_delete);
+        m_delete->footer(
+            "The points of a deleted group are in no group afterwards. All are deleted "
+            "or, when one\nis not there, none.\n\n"
+            "Example:\n  cqjob groups delete site.job Road");
+        return command;
+    }
+
+    int Run(Console& console) override {
+        if (m_list->parsed()) {
+            List(console);
+        } else if (m_add->parsed()) {
+            Add();
+        } else if (m_rename->parsed()) {
+            Rename();
+        } else {
+            Delete(console);
+        }
+        return 0;
+    }
+
+ private:
+    void AddNames(CLI::App& command, const std::string& help) {
+        command.add_option("NAME", m_names, help)->required()->type_name("");
+    }
+
+    [[nodiscard]] std::uint16_t RequireGroup(CqSurveyDB& db, const std::string& text) const {
+        std::uint16_t id = db.GetGroupID(ReadText(text, "the group's name"));
+        const std::optional<std::uint32_t> number = ReadRecordNumber(text);
+        if (id == 0 && number && *number <= std::numeric_limits<std::uint16_t>::max() &&
+            FindName(db, static_cast<std::uint16_t>(*number))) {
+            id = static_cast<std::uint16_t>(*number);
+        }
+        if (id == 0) {
+            throw Failure(fmt::format("{}: there is no group {}", Printable(m_job), Quoted(text)));
+        }
+        return id;
+    }
+
+    [[nodiscard]] static CString ReadNewName(const std::string& text) {
+        CString name = ReadName(text, "the group's name");
+        if (name.empty()) {
+            throw UsageError("a group needs a name");
+        }
+        return name;
+    }
+
+    [[nodiscard]] Failure SameName(const std::string& name) const {
+        return Failure(fmt::format("{}: there is a group {} already, in capital or small letters",
+                                   Printable(m_job), Quoted(name)));
+    }
+
+    /// Every group in the job's own order, then the numbers of groups that only points know.
+    static std::vector<Group> FindGroups(CqSurveyDB& db, std::vector<std::size_t>& counts) {
+        CStringList names;
+        db.GetGroupList(names);
+        std::vector<Group> groups;
+        std::size_t nameless = 0;
+        for (const CString& name : names) {
+            const std::uint16_t id = db.GetGroupID(name);
+            if (id == 0) {
+                ++nameless;
+            } else {
+                groups.push_back({ToUtf8(name), id, std::exchange(counts[id], 0)});
+            }
+        }
+        for (std::size_t id = 1; id < counts.size(); ++id) {
+            if (counts[id] > 0) {
+                const auto group = static_cast<std::uint16_t>(id);
+                groups.push_back({FindName(db, group), group, counts[id]});
+                if (nameless > 0 && groups.back().name == "") {
+                    --nameless;
+                }
+            }
+        }
+        groups.insert(groups.end(), nameless, Group{.name = ""});
+        return groups;
+    }
+
+    void List(Console& console) const {
+        CqSurveyDB db;
+        OpenToRead(db, m_job);
+        std::vector<std::size_t> counts = CountPoints(db);
+        const std::size_t ungrouped = counts[0];
+        const std::vector<Group> groups = FindGroups(db, counts);
+        if (m_json) {
+            WriteJson(console, groups, ungrouped);
+        } else {
+            TextTable table(console, {{"Group"}, {"Number", true}, {"Points", true}});
+            for (const Group& group : groups) {
+                table.Add({group.name ? *group.name : "(no such group)",
+                           group.id == 0 ? "" : fmt::format("{}", group.id),
+                           fmt::format("{}", group.points)});
+            }
+            table.Add({"(in no group)", "", fmt::format("{}", ungrouped)});
+            table.Finish();
+        }
+        db.Close();
+    }
+
+    void WriteJson(Console& console, const std::vector<Group>& groups,
+                   std::size_t ungrouped) const {
+        JsonWriter json(console);
+        json.BeginObject();
+        json.Member("job", m_job);
+        json.Key("groups");
+        json.BeginArray();
+        for (const Group& group : groups) {
+            json.BeginObject();
+            if (group.name) {
+                json.Member("name", *group.name);
+            } else {
+                json.Key("name");
+                json.Null();
+            }
+            json.Member("id", group.id);
+            json.Member("points", group.points);
+            json.EndObject();
+        }
+        json.EndArray();
+        json.Member("ungrouped", ungrouped);
+        json.EndObject();
+    }
+
+    void Add() const {
+        std::vector<CString> names;
+        std::transform(m_names.begin(), m_names.end(), std::back_inserter(names), ReadNewName);
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        CqBatch batch(db);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            if (db.AddGroup(names[i]) == 0) {
+                throw SameName(m_names[i]);
+            }
+        }
+        batch.Commit();
+        db.Close();
+    }
+
+    void Rename() const {
+        const CString newName = ReadNewName(m_newName);
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        const std::uint16_t id = RequireGroup(db, m_oldName);
+        // A group without a name cannot be renamed, but it can be deleted.
+        if (db.GetGroupName(id).empty()) {
+            throw Failure(fmt::format("{}: the group {} has no name and keeps none",
+                                      Printable(m_job), Quoted(m_oldName)));
+        }
+        if (db.EditGroup(id, newName) == 0) {
+            throw SameName(m_newName);
+        }
+        db.Close();
+    }
+
+    void Delete(Console& console) const {
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        std::vector<std::size_t> counts = CountPoints(db);
+        std::vector<Group> deleted;
+        CqBatch batch(db);
+        for (const std::string& name : m_names) {
+            const std::uint16_t id = RequireGroup(db, name);
+            deleted.push_back({ToUtf8(db.GetGroupName(id)), id, counts[id]});
+            db.DelGroup(id);
+        }
+        batch.Commit();
+        db.Close();
+        if (m_json) {
+            JsonWriter json(console);
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Key("deleted");
+            json.BeginArray();
+            for (const Group& group : deleted) {
+                json.BeginObject();
+                json.Member("name", *group.name);
+                json.Member("id", group.id);
+                json.Member("points", group.points);
+                json.EndObject();
+            }
+            json.EndArray();
+            json.EndObject();
+            return;
+        }
+        for (const Group& group : deleted) {
+            console.Say("group {} deleted; {} in no group now\n", Quoted(*group.name),
+                        Count(group.points, "point"));
+        }
+    }
+
+    CLI::App* m_list = nullptr;
+    CLI::App* m_add = nullptr;
+    CLI::App* m_rename = nullptr;
+    CLI::App* m_delete = nullptr;
+    std::vector<std::string> m_names;
+    std::string m_oldName;
+    std::string m_newName;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeGroupsCommand() {
+    return std::make_unique<GroupsCommand>();
+}
+
+}  // namespace cqsurvey::cqjob

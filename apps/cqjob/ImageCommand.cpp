@@ -1,0 +1,256 @@
+#include <cqsurvey/cqsurvey.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+#include "cqjob/Arguments.h"
+#include "cqjob/Command.h"
+#include "cqjob/Failure.h"
+#include "cqjob/InputFile.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/NumberText.h"
+#include "cqjob/OutputFile.h"
+#include "cqjob/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+struct Free {
+    void operator()(std::uint8_t* bytes) const { std::free(bytes); }
+};
+
+/// The bytes of an image as they were stored.
+struct Image {
+    std::unique_ptr<std::uint8_t, Free> bytes;
+    std::uint32_t length = 0;
+};
+
+/// Nothing when the image is empty or cannot be read.
+std::optional<Image> ReadImage(CqSurveyDB& db) {
+    Image image;
+    std::uint8_t* data = nullptr;
+    int type = 0;
+    CVector centre;
+    CVector size;
+    double rotation = 0;
+    if (db.ReadBackgroundImageFile(data, image.length, type, centre, size, rotation) == 0) {
+        return std::nullopt;
+    }
+    image.bytes.reset(data);
+    return image;
+}
+
+/// A number of the image's section as it is stored; the library's own reading is less exact.
+std::string GetPlace(CqSurveyDB& db, const char16_t* key) {
+    CString value;
+    db.GetSettingsString(CqSurveyDB::m_BGSettingsSection, key, value, u"0");
+    return ToUtf8(value);
+}
+
+class ImageCommand : public Command {
+ public:
+    CLI::App* AddTo(CLI::App& app) override {
+        CLI::App* command =
+            app.add_subcommand("image", "Keep an image behind the drawing in a job");
+        command->require_subcommand(1);
+        command->footer(
+            "Example:\n"
+            "  cqjob image store site.job ortho.jpg --east 2000 --north 5000 --width 120 \\\n"
+            "      --height 80\n"
+            "  cqjob image fetch site.job copy.jpg");
+
+        m_store = command->add_subcommand("store", "Copy an image into the job");
+        AddJob(*m_store, "The job");
+        m_store->add_option("FILE", m_file, "The image, of any format")->required()->type_name("");
+        AddNumber("--east", m_east, "Easting of the image's centre")->required();
+        AddNumber("--north", m_north, "Northing of the image's centre")->required();
+        AddNumber("--width", m_width, "How far it reaches along the easting")->required();
+        AddNumber("--height", m_height, "How far it reaches along the northing")->required();
+        AddNumber("--rotation", m_rotation, "Rotation; cqjob plot takes degrees, counter-clockwise")
+            ->capture_default_str();
+        m_store->add_option("--type", m_type, "Number of the format, for programs that want one")
+            ->type_name("N")
+            ->capture_default_str();
+        m_store->add_flag("--force", m_force, "Replace the image that is there");
+        m_store->footer(
+            "The placement is kept to three decimal places. Brightness, Contrast, Monotone and\n"
+            "BKColor are set by cqjob settings set, in section BACKGROUND.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob image store site.job ortho.jpg --east 2000 --north 5000 --width 120 \\\n"
+            "      --height 80 --rotation 12.5");
+
+        m_fetch = command->add_subcommand("fetch", "Write the job's image into a file");
+        AddJob(*m_fetch, "The job; it is not changed");
+        m_fetch->add_option("FILE", m_file, "The file to write, - for standard output")
+            ->required()
+            ->type_name("");
+        m_fetch->add_flag("--force", m_force, "Replace a file that is there");
+        m_fetch->footer("Example:\n  cqjob image fetch site.job copy.jpg");
+
+        m_info = command->add_subcommand("info", "Say what image the job holds, and where");
+        AddJob(*m_info, "The job; it is not changed");
+        AddJson(*m_info);
+        m_info->footer("Example:\n  cqjob image info site.job");
+
+        m_delete = command->add_subcommand("delete", "Delete the job's image");
+        AddJob(*m_delete, "The job");
+        m_delete->footer("Example:\n  cqjob image delete site.job");
+        return command;
+    }
+
+    int Run(Console& console) override {
+        if (m_store->parsed()) {
+            Store();
+        } else if (m_fetch->parsed()) {
+            Fetch(console);
+        } else if (m_info->parsed()) {
+            Info(console);
+        } else {
+            Delete();
+        }
+        return 0;
+    }
+
+ private:
+    CLI::Option* AddNumber(const std::string& name, std::string& value, const std::string& help) {
+        return m_store->add_option(name, value, help)
+            ->type_name("NUMBER")
+            ->check(FindNumberFault, "");
+    }
+
+    static double Number(const std::string& text) { return ParseNumber(text).value; }
+
+    void Store() const {
+        RequireOtherFile(m_file, m_job);
+        const CString source = ToJobPath(m_file);
+        if (GetReadableLength(m_file) == 0) {
+            throw Failure(Printable(m_file) + ": is empty, so it is no image");
+        }
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        if (!m_force && db.IsBackgroundImageFile() != 0) {
+            throw Failure(Printable(m_job) + ": has an image already; --force replaces it");
+        }
+        // A copy that fails half-way leaves what it wrote; the batch takes it back.
+        CqBatch batch(db);
+        if (db.StoreBackgroundImageFile(source, m_type, CVector(Number(m_east), Number(m_north)),
+                                        CVector(Number(m_width), Number(m_height)),
+                                        Number(m_rotation)) == 0) {
+            throw Failure(fmt::format("{}: {} could not be stored, so nothing was changed",
+                                      Printable(m_job), Printable(m_file)));
+        }
+        batch.Commit();
+        db.Close();
+    }
+
+    void Fetch(Console& console) const {
+        RequireOtherFile(m_file, m_job);
+        CqSurveyDB db;
+        OpenToRead(db, m_job);
+        if (db.IsBackgroundImageFile() == 0) {
+            FailWithout();
+        }
+        const std::optional<Image> image = ReadImage(db);
+        if (!image) {
+            throw Failure(Printable(m_job) + ": the image is empty or cannot be read");
+        }
+        db.Close();
+        OutputFile output(console, m_file, m_force);
+        constexpr std::uint32_t kPiece = 1U << 20U;
+        for (std::uint32_t done = 0; done < image->length; done += kPiece) {
+            const std::uint8_t* const piece = image->bytes.get() + done;
+            output.Write(
+                {reinterpret_cast<const char*>(piece), std::min(kPiece, image->length - done)});
+        }
+        output.Finish();
+    }
+
+    void Info(Console& console) const {
+        CqSurveyDB db;
+        OpenToRead(db, m_job);
+        const bool stored = db.IsBackgroundImageFile() != 0;
+        const std::optional<Image> image = stored ? ReadImage(db) : std::nullopt;
+        const std::uint32_t length = image ? image->length : 0;
+        int brightness = 0;
+        int contrast = 0;
+        int monotone = 0;
+        db.GetBackgroundImageSettings(brightness, contrast, monotone);
+        const std::string east = GetPlace(db, u"CenterX");
+        const std::string north = GetPlace(db, u"CenterY");
+        const std::string width = GetPlace(db, u"SizeX");
+        const std::string height = GetPlace(db, u"SizeY");
+        const std::string rotation = GetPlace(db, u"Rotation");
+        const std::string type = GetPlace(db, u"Type");
+        if (m_json) {
+            JsonWriter json(console);
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Member("stored", stored);
+            if (stored) {
+                json.Member("bytes", length);
+                json.Member("type", ParseWholeNumber(type).value_or(0));
+                json.Member("east", Number(east));
+                json.Member("north", Number(north));
+                json.Member("width", Number(width));
+                json.Member("height", Number(height));
+                json.Member("rotation", Number(rotation));
+            }
+            json.Member("brightness", brightness);
+            json.Member("contrast", contrast);
+            json.Member("monotone", monotone);
+            json.Member("background_color", db.GetBackgroundColor());
+            json.EndObject();
+        } else {
+            if (stored) {
+                console.Print("Image           {} bytes, type {}\n", length, Printable(type));
+                console.Print("Centre          easting {}, northing {}\n", Printable(east),
+                              Printable(north));
+                console.Print("Size            {} by {}\n", Printable(width), Printable(height));
+                console.Print("Rotation        {}\n", Printable(rotation));
+            } else {
+                console.Print("Image           none\n");
+            }
+            console.Print("Brightness      {}\nContrast        {}\nMonotone        {}\n",
+                          brightness, contrast, monotone);
+            console.Print("Background      {}\n", db.GetBackgroundColor());
+        }
+        db.Close();
+    }
+
+    void Delete() const {
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        if (db.DeleteBackgroundImageFile() == 0) {
+            FailWithout();
+        }
+        db.Close();
+    }
+
+    [[noreturn]] void FailWithout() const { throw Failure(Printable(m_job) + ": has no image"); }
+
+    CLI::App* m_store = nullptr;
+    CLI::App* m_fetch = nullptr;
+    CLI::App* m_info = nullptr;
+    CLI::App* m_delete = nullptr;
+    std::string m_file;
+    std::string m_east;
+    std::string m_north;
+    std::string m_width;
+    std::string m_height;
+    std::string m_rotation = "0";
+    int m_type = 0;
+    bool m_force = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeImageCommand() {
+    return std::make_unique<ImageCommand>();
+}
+
+}  // namespace cqsurvey::cqjob

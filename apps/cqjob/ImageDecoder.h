@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "cqjob/Cairo.h"
+#include "cqjob/Plan.h"
+
+namespace cqsurvey::cqjob {
+
+/// Decodes an image of a job (PNG alone) and gives it the brightness, contrast and greyness asked
+/// for. Null, with the reason in `fault`, when that is not possible.
+[[nodiscard]] CairoSurfacePtr DecodeImage(const PlanImage& image, std::string& fault);
+
+}  // namespace cqsurvey::cqjob

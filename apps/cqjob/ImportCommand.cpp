@@ -1,0 +1,275 @@
+#include <cqsurvey/cqsurvey.h>
+
+#include <map>
+
+#include "cqjob/Command.h"
+#include "cqjob/Failure.h"
+#include "cqjob/ImportReport.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/NumberText.h"
+#include "cqjob/PointFile.h"
+#include "cqjob/PointImport.h"
+#include "cqjob/Printable.h"
+#include "cqjob/SeparatorOption.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+constexpr const char* kFooter =
+    "Orders (--order) are letters, one for each column of the file:\n"
+    "  p point name   n northing   e easting   z height   c feature code\n"
+    "  d description: the rest of the line   - a column that is not wanted\n"
+    "Other layouts (--columns): words with commas between them, or columns by their heading or\n"
+    "number. \"--order header\" recognises the usual headings in English, Spanish, Portuguese and\n"
+    "German, x being the easting and y the northing; --columns may then name what it does not\n"
+    "recognise. Which number is the northing is never guessed: without --order and --columns\n"
+    "nothing is imported.\n"
+    "\n"
+    "The text behind the coordinates becomes the description; a whole number becomes the feature\n"
+    "code, and what follows it the description. Blanks around an unquoted field do not count. A\n"
+    "quotation mark that does not enclose a whole field is a character like any other.\n"
+    "\n"
+    "The points go into the job in one step, all of them or, when the import fails, none. A line\n"
+    "that makes no point is refused and reported with its number and the reason; the others are\n"
+    "recorded. Exit status 0 when every line is accounted for, 1 when no point at all could be\n"
+    "recorded although there are refused lines, and with --strict when any line is refused.\n"
+    "\n"
+    "Example:\n"
+    "  cqjob import site.job points.csv --order pnezd\n"
+    "  cqjob import site.job total_station.csv --order header --no-height -9.99E+27\n"
+    "  cqjob import site.job export.txt --columns name,-,-,easting,northing,height,code,desc,-\n"
+    "  cqjob import site.job marks.csv --columns \"name=New Name,easting=EASTING,northing=5\"\n"
+    "  cqjob import site.job pontos.txt --order header --decimal-comma --duplicates rename";
+
+class ImportCommand : public Command {
+ public:
+    CLI::App* AddTo(CLI::App& app) override {
+        CLI::App* command = app.add_subcommand("import", "Record the points of a text file");
+        AddJob(*command, "The job that takes the points");
+        command->add_option("FILE", m_file, "The text file of points, - for standard input")
+            ->required()
+            ->type_name("");
+        command
+            ->add_option("--order", m_order,
+                         "Order of the columns: pnezd, penzd or other letters, or header")
+            ->type_name("ORDER");
+        command
+            ->add_option("--columns", m_columns,
+                         "Columns by words (name,easting,-,northing,height,code,desc) or by "
+                         "heading or number (easting=EASTING,name=3)")
+            ->type_name("LIST");
+        command
+            ->add_option("--header", m_header,
+                         "Lines of header: a number, none, or auto: the first line if its northing "
+                         "and easting are words")
+            ->type_name("N|auto|none")
+            ->capture_default_str();
+        AddSeparator(*command, m_separator, true);
+        command
+            ->add_option("--comment", m_comment,
+                         "What a comment line begins with; empty for no comments")
+            ->type_name("MARK")
+            ->capture_default_str();
+        command->add_flag("--decimal-comma", m_decimalComma,
+                          "The decimal sign is the comma, not the point");
+        command->add_option("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
+            ->type_name("N")
+            ->capture_default_str();
+        command
+            ->add_option("--no-height", m_noHeight,
+                         "What stands for a missing height, beside nothing; may be given several "
+                         "times")
+            ->type_name("VALUE")
+            ->type_size(1)
+            ->allow_extra_args(false);
+        command
+            ->add_option("--duplicates", m_duplicates,
+                         "What to do with a point whose name the job has: refuse, skip or rename")
+            ->type_name("WAY")
+            ->check(CLI::IsMember({"refuse", "skip", "rename"}))
+            ->capture_default_str();
+        command->add_option("--group", m_group, "Put the points into this group, new or not")
+            ->type_name("NAME");
+        command->add_option("--origin", m_origin, "Data origin of the points")
+            ->type_name("N")
+            ->check(CLI::Range(1, 65535))
+            ->capture_default_str();
+        command->add_flag("--strict", m_strict, "Record nothing when any line is refused");
+        AddJson(*command);
+        command->footer(kFooter);
+        return command;
+    }
+
+    int Run(Console& console) override {
+        const PointFileOptions options = ReadOptions();
+        RequireOtherFile(m_file, m_job);
+        FileSource source(m_file);
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        ImportReport report(console, source.GetName(), m_json);
+        PointFile file(source, options);
+        if (source.HasMark() && m_codePage != CodePage::kUtf8) {
+            throw UsageError(
+                fmt::format("{}: begins with the mark of UTF-8, so it is not in code "
+                            "page {}",
+                            Printable(source.GetName()), m_codePage));
+        }
+        CqBatch batch(db);
+        if (!m_group.empty()) {
+            UseGroup(db);
+        }
+        const std::map<std::string, Duplicates> ways = {{"refuse", Duplicates::Refuse},
+                                                        {"skip", Duplicates::Skip},
+                                                        {"rename", Duplicates::Rename}};
+        PointImport import(db, report, ways.at(m_duplicates), m_origin);
+        import.Run(file, source, console);
+        const bool withheld = m_strict && report.GetRefused() > 0;
+        const bool nothing = report.GetRefused() > 0 && report.GetRecorded() == 0;
+        if (withheld) {
+            report.Withhold();
+        } else if (!nothing) {
+            batch.Commit();
+        }
+        if (m_json) {
+            WriteJson(console, report, file);
+        } else {
+            WriteText(console, report, file);
+            if (withheld) {
+                console.Say("{}: nothing was recorded: lines were refused\n", Printable(m_job));
+            }
+        }
+        db.Close();
+        return withheld || nothing ? 1 : 0;
+    }
+
+ private:
+    PointFileOptions ReadOptions() const {
+        PointFileOptions options;
+        const bool assigns = ColumnOrder::IsAssignment(m_columns);
+        if (m_order.empty() && m_columns.empty()) {
+            throw UsageError(
+                "which column is the northing and which the easting? Say it with --order pnezd, "
+                "--order penzd, --columns or, when the file's header says it, --order header");
+        }
+        if (m_order == "header") {
+            if (!m_columns.empty() && !assigns) {
+                throw UsageError("--order header and a list of columns exclude each other");
+            }
+            options.recognise = true;
+        } else if (!m_order.empty()) {
+            if (!m_columns.empty()) {
+                throw UsageError("--order and --columns exclude each other");
+            }
+            options.order = ColumnOrder::FromLetters(m_order);
+        } else if (!assigns) {
+            options.order = ColumnOrder::FromWords(m_columns);
+        }
+        if (assigns) {
+            options.assigned = ColumnOrder::ReadAssignments(m_columns);
+        }
+        if (m_header == "none") {
+            options.headerLines = 0;
+        } else if (m_header != "auto") {
+            const std::optional<std::int32_t> lines = ParseWholeNumber(m_header);
+            if (!lines || *lines < 0) {
+                throw UsageError("--header takes a number of lines, auto or none, not " +
+                                 Quoted(m_header));
+            }
+            options.headerLines = static_cast<std::uint64_t>(*lines);
+        }
+        if (!options.order && options.headerLines == 0U) {
+            throw UsageError("the columns cannot come from a header when there is none");
+        }
+        if (m_separator != "auto") {
+            options.separator = ReadSeparator(m_separator);
+        }
+        options.comment = m_comment;
+        options.decimalComma = m_decimalComma;
+        options.codePage = m_codePage;
+        options.noHeight = m_noHeight;
+        if (FromUtf8(m_group).size() > kLongestName) {
+            throw UsageError(fmt::format("the group's name {} is longer than {} characters",
+                                         Quoted(m_group), kLongestName));
+        }
+        return options;
+    }
+
+    void UseGroup(CqSurveyDB& db) const {
+        const CString group = FromUtf8(m_group);
+        if (db.SetCurrentGroup(group) == 0 &&
+            (db.AddGroup(group) == 0 || db.SetCurrentGroup(group) == 0)) {
+            throw Failure(fmt::format("{}: the group {} could not be added", Printable(m_job),
+                                      Quoted(m_group)));
+        }
+    }
+
+    static std::string DescribeColumns(const PointFile& file) {
+        return file.GetOrder() ? file.GetOrder()->Describe() : "none";
+    }
+
+    void WriteText(Console& console, const ImportReport& report, const PointFile& file) const {
+        std::string untaken;
+        for (const std::string& column : file.GetUntaken()) {
+            untaken += (untaken.empty() ? "" : ", ") + column;
+        }
+        console.Print("{} into {}\n", Printable(m_file), Printable(m_job));
+        console.Print("  columns: {}; separator: {}\n", DescribeColumns(file),
+                      SeparatorWord(file.GetSeparator()));
+        if (!untaken.empty()) {
+            console.Print("  columns not taken: {}\n", untaken);
+        }
+        console.Print("  {}\n", report.DescribeSum());
+        const auto tell = [&](std::uint64_t count, const char* what) {
+            if (count > 0) {
+                console.Print("  {} {}\n", count, what);
+            }
+        };
+        tell(report.missingHeights, "without height");
+        tell(report.unnamed, "without name");
+        tell(report.cut, "with the name cut");
+        tell(report.renamed, "renamed");
+        tell(report.strayQuotes, "with a quotation mark kept as it stands");
+        tell(report.moreColumns, "with text behind the last column taken");
+    }
+
+    void WriteJson(Console& console, const ImportReport& report, const PointFile& file) const {
+        JsonWriter json(console);
+        json.BeginObject();
+        json.Member("file", m_file);
+        json.Member("job", m_job);
+        json.Member("columns", DescribeColumns(file));
+        json.Member("separator", SeparatorWord(file.GetSeparator()));
+        json.Key("columns_not_taken");
+        json.BeginArray();
+        for (const std::string& column : file.GetUntaken()) {
+            json.Value(column);
+        }
+        json.EndArray();
+        report.WriteJson(json);
+        json.EndObject();
+    }
+
+    std::string m_file;
+    std::string m_order;
+    std::string m_columns;
+    std::string m_header = "auto";
+    std::string m_separator = "auto";
+    std::string m_comment = "#";
+    bool m_decimalComma = false;
+    int m_codePage = CodePage::kUtf8;
+    std::vector<std::string> m_noHeight;
+    std::string m_duplicates = "refuse";
+    std::string m_group;
+    int m_origin = 1;
+    bool m_strict = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeImportCommand() {
+    return std::make_unique<ImportCommand>();
+}
+
+}  // namespace cqsurvey::cqjob

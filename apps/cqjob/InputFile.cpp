@@ -1,0 +1,70 @@
+#include "cqjob/InputFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+#include "cqjob/Failure.h"
+#include "cqjob/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+[[noreturn]] void Fail(const std::string& path, int error) {
+    throw Failure(Printable(path) + ": " + std::generic_category().message(error));
+}
+
+class Descriptor {
+ public:
+    explicit Descriptor(const std::string& path)
+        : m_number(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+        if (m_number < 0) {
+            Fail(path, errno);
+        }
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() { close(m_number); }
+    [[nodiscard]] int Get() const { return m_number; }
+
+ private:
+    int m_number;
+};
+
+}  // namespace
+
+std::uint64_t GetReadableLength(const std::string& path) {
+    const Descriptor file(path);
+    struct stat status {};
+    if (fstat(file.Get(), &status) != 0) {
+        Fail(path, errno);
+    }
+    if (S_ISDIR(status.st_mode)) {
+        Fail(path, EISDIR);
+    }
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+std::string ReadInputFile(const std::string& path) {
+    const Descriptor file(path);
+    std::string bytes;
+    std::array<char, 65536> piece{};
+    for (;;) {
+        const ssize_t count = read(file.Get(), piece.data(), piece.size());
+        if (count == 0) {
+            return bytes;
+        }
+        if (count > 0) {
+            bytes.append(piece.data(), static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            Fail(path, errno);
+        }
+    }
+}
+
+}  // namespace cqsurvey::cqjob

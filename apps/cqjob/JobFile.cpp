@@ -1,0 +1,113 @@
+#include "cqjob/JobFile.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "cqjob/Failure.h"
+#include "cqjob/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+/// Runs `step` and turns what the library throws into a failure that names the job.
+template <class Step>
+void Named(const std::string& path, const Step& step) {
+    try {
+        step();
+    } catch (const CException& error) {
+        throw Failure(Printable(path) + ": " + Printable(error.what()));
+    }
+}
+
+/// Removes a file when it is left, unless that was called off.
+class Leftover {
+ public:
+    explicit Leftover(std::filesystem::path path) : m_path(std::move(path)) {}
+    Leftover(const Leftover&) = delete;
+    Leftover& operator=(const Leftover&) = delete;
+    ~Leftover() {
+        if (!m_path.empty()) {
+            std::error_code ignored;
+            std::filesystem::remove(m_path, ignored);
+        }
+    }
+    void Keep() { m_path.clear(); }
+
+ private:
+    std::filesystem::path m_path;
+};
+
+}  // namespace
+
+CString ToJobPath(const std::string& path) {
+    if (!IsUtf8(path)) {
+        throw UsageError("the path " + Quoted(path) + " is not UTF-8");
+    }
+    return FromUtf8(path);
+}
+
+bool IsSameFile(const std::string& a, const std::string& b) {
+    std::error_code none;
+    return std::filesystem::equivalent(a, b, none);
+}
+
+void RequireOtherFile(const std::string& file, const std::string& job) {
+    if (IsSameFile(file, job)) {
+        throw UsageError(Printable(file) + ": is the job itself");
+    }
+}
+
+void OpenToRead(CqSurveyDB& db, const std::string& path) {
+    const CString jobPath = ToJobPath(path);
+    Named(path, [&] { db.OpenReadOnly(jobPath); });
+}
+
+void OpenToWrite(CqSurveyDB& db, const std::string& path) {
+    const CString jobPath = ToJobPath(path);
+    Named(path, [&] { db.Open(jobPath); });
+}
+
+void CreateJob(const std::string& path, bool replace) {
+    const CString jobPath = ToJobPath(path);
+    std::error_code error;
+    const std::filesystem::path old = std::filesystem::canonical(path, error);
+    if (!replace || error) {
+        Named(path, [&] {
+            CqSurveyDB db;
+            db.CreateNew(jobPath);
+            db.Close();
+        });
+        return;
+    }
+    try {
+        CqSurveyDB db;
+        db.OpenReadOnly(jobPath);
+        db.Close();
+    } catch (const CException& reason) {
+        throw Failure(fmt::format("{}: only a job is replaced, and this one cannot be opened: {}",
+                                  Printable(path), Printable(reason.what())));
+    }
+    const std::filesystem::path made =
+        old.string() + fmt::format(".new-{}", static_cast<long>(getpid()));
+    if (std::filesystem::exists(made, error)) {
+        throw Failure(Printable(made.string()) + ": is in the way of the new job");
+    }
+    Leftover leftover(made);
+    Named(path, [&] {
+        CqSurveyDB db;
+        db.CreateNew(ToJobPath(made.string()));
+        db.Close();
+    });
+    std::filesystem::rename(made, old, error);
+    if (error) {
+        throw Failure(Printable(path) + ": " + error.message());
+    }
+    leftover.Keep();
+}
+
+}  // namespace cqsurvey::cqjob

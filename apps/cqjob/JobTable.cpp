@@ -1,0 +1,146 @@
+#include "cqjob/JobTable.h"
+
+#include <cqsurvey/cqsurvey.h>
+
+#include <array>
+#include <cstdint>
+#include <utility>
+
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/Printable.h"
+#include "cqjob/TextTable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+constexpr std::uint32_t kEverything = 0xFFFFFFFF;
+
+struct Column {
+    const char* heading;
+    const char* key;  ///< in JSON; null for what the list of names tells there
+    std::int32_t SVDB_INFORMATION::*field;
+};
+
+constexpr std::array kColumns = {
+    Column{"Points", "points", &SVDB_INFORMATION::numPoints},
+    Column{"Entities", "entities", &SVDB_INFORMATION::numEntities},
+    Column{"Polylines", "polylines", &SVDB_INFORMATION::numPlines},
+    Column{"Vertices", "vertices", &SVDB_INFORMATION::numVertices},
+    Column{"Texts", "texts", &SVDB_INFORMATION::numTexts},
+    Column{"Circles", "circles", &SVDB_INFORMATION::numCircles},
+    Column{"Bitmaps", "bitmaps", &SVDB_INFORMATION::numBitmaps},
+    Column{"Layers", "layer_count", &SVDB_INFORMATION::numLayers},
+    Column{"Groups", nullptr, &SVDB_INFORMATION::numGroups},
+    Column{"Division", "coordinate_division", &SVDB_INFORMATION::jCoordDivision},
+};
+
+struct Row {
+    std::string job;
+    SVDB_INFORMATION counts;
+    CStringList groups;
+    std::string error;  ///< why the job cannot be read, empty when it can
+};
+
+/// Why the job cannot be read; the query does not say it.
+std::string FindReason(const CString& path) {
+    try {
+        CqSurveyDB db;
+        db.OpenReadOnly(path);
+        return "it could not be read";
+    } catch (const CException& error) {
+        return error.what();
+    }
+}
+
+Row Ask(const std::string& job) {
+    Row row;
+    row.job = job;
+    const CString path = ToJobPath(job);
+    row.counts.groupNames = &row.groups;
+    try {
+        if (path.empty() ||
+            CqSurveyDB::GetDBInformation(kEverything, path, row.counts, nullptr) == 0) {
+            row.error = FindReason(path);
+        }
+    } catch (const CException& error) {
+        row.error = error.what();
+    }
+    row.counts.groupNames = nullptr;
+    return row;
+}
+
+void WriteText(Console& console, const std::vector<Row>& rows, bool anyError) {
+    std::vector<TextTable::Heading> headings = {{"Job"}};
+    for (const Column& column : kColumns) {
+        headings.push_back({column.heading, true});
+    }
+    if (anyError) {
+        headings.push_back({"Cannot be read"});
+    }
+    TextTable table(console, headings);
+    for (const Row& row : rows) {
+        std::vector<std::string> cells = {row.job};
+        for (const Column& column : kColumns) {
+            cells.push_back(row.error.empty() ? fmt::format("{}", row.counts.*column.field) : "-");
+        }
+        if (anyError) {
+            cells.push_back(row.error);
+        }
+        table.Add(std::move(cells));
+    }
+    table.Finish();
+}
+
+void WriteJson(Console& console, const std::vector<Row>& rows) {
+    JsonWriter json(console);
+    json.BeginObject();
+    json.Key("jobs");
+    json.BeginArray();
+    for (const Row& row : rows) {
+        json.BeginObject();
+        json.Member("job", row.job);
+        if (!row.error.empty()) {
+            json.Member("error", row.error);
+            json.EndObject();
+            continue;
+        }
+        for (const Column& column : kColumns) {
+            if (column.key != nullptr) {
+                json.Member(column.key, row.counts.*column.field);
+            }
+        }
+        json.Key("groups");
+        json.BeginArray();
+        for (const CString& group : row.groups) {
+            json.Value(ToUtf8(group));
+        }
+        json.EndArray();
+        json.EndObject();
+    }
+    json.EndArray();
+    json.EndObject();
+}
+
+}  // namespace
+
+int WriteJobTable(Console& console, const std::vector<std::string>& jobs, bool json) {
+    std::vector<Row> rows;
+    std::size_t failed = 0;
+    for (const std::string& job : jobs) {
+        rows.push_back(Ask(job));
+        failed += rows.back().error.empty() ? 0U : 1U;
+    }
+    if (json) {
+        WriteJson(console, rows);
+    } else {
+        WriteText(console, rows, failed > 0);
+    }
+    if (failed > 0) {
+        console.Say("cqjob: {} of {} cannot be read\n", failed, Count(jobs.size(), "job"));
+    }
+    return failed > 0 ? 1 : 0;
+}
+
+}  // namespace cqsurvey::cqjob

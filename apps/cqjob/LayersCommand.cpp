@@ -1,0 +1,246 @@
+#include <cqsurvey/cqsurvey.h>
+
+#include <cstdlib>
+#include <unordered_map>
+
+#include "cqjob/Command.h"
+#include "cqjob/Failure.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/Printable.h"
+#include "cqjob/TextTable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+constexpr std::size_t kLongestLayerName = 51;
+constexpr int kMaxColor = 255;
+constexpr int kMaxLine = 65535;
+
+class LayersCommand : public Command {
+ public:
+    CLI::App* AddTo(CLI::App& app) override {
+        CLI::App* command = app.add_subcommand("layers", "List, add and change a job's layers");
+        command->require_subcommand(0, 1);
+        m_ownJob = command->add_option("JOB", m_job, "The job whose layers to list")->type_name("");
+        AddJson(*command);
+        command->footer(
+            "Names are compared exactly. Without an action the layers are listed.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob layers site.job\n"
+            "  cqjob layers add site.job Road --color 1\n"
+            "  cqjob layers hide site.job Road");
+
+        m_list = command->add_subcommand("list", "Show every layer");
+        AddJob(*m_list, "The job; it is not changed");
+        AddJson(*m_list);
+        m_list->footer("Example:\n  cqjob layers list site.job");
+
+        m_add = command->add_subcommand("add", "Add a layer");
+        AddJob(*m_add, "The job");
+        m_add->add_option("NAME", m_name, "The layer, of at most 51 characters")
+            ->required()
+            ->type_name("");
+        m_add->add_option("--color", m_color, "Its colour, 1 to 255; 7 is black on white")
+            ->type_name("N")
+            ->check(CLI::Range(1, kMaxColor))
+            ->capture_default_str();
+        m_add->add_option("--line", m_line, "Its line type; cqjob plot --help tells them")
+            ->type_name("N")
+            ->check(CLI::Range(0, kMaxLine))
+            ->capture_default_str();
+        m_add->add_flag("--hidden", m_hidden, "Hide it at once");
+        m_add->footer("Example:\n  cqjob layers add site.job Road --color 1 --line 2");
+
+        m_show = command->add_subcommand("show", "Show layers that were hidden");
+        AddNames(*m_show);
+        m_show->footer("Example:\n  cqjob layers show site.job Road Trees");
+
+        m_hide = command->add_subcommand("hide", "Hide layers");
+        AddNames(*m_hide);
+        m_hide->footer("Example:\n  cqjob layers hide site.job Road Trees");
+
+        m_colorAction = command->add_subcommand("color", "Change a layer's colour");
+        AddJob(*m_colorAction, "The job");
+        AddName(*m_colorAction);
+        m_colorAction->add_option("COLOR", m_color, "The colour, 1 to 255")
+            ->required()
+            ->type_name("")
+            ->check(CLI::Range(1, kMaxColor));
+        m_colorAction->footer(
+            "A hidden layer stays hidden.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob layers color site.job Road 5");
+
+        m_lineAction = command->add_subcommand("line", "Change a layer's line type");
+        AddJob(*m_lineAction, "The job");
+        AddName(*m_lineAction);
+        m_lineAction->add_option("LINE", m_line, "The line type; cqjob plot --help tells them")
+            ->required()
+            ->type_name("")
+            ->check(CLI::Range(0, kMaxLine));
+        m_lineAction->footer("Example:\n  cqjob layers line site.job Road 2");
+        return command;
+    }
+
+    int Run(Console& console) override {
+        if (m_add->parsed()) {
+            return Add();
+        }
+        if (m_show->parsed() || m_hide->parsed()) {
+            return Show();
+        }
+        if (m_colorAction->parsed() || m_lineAction->parsed()) {
+            return Edit();
+        }
+        if (!m_list->parsed() && m_ownJob->count() == 0) {
+            throw UsageError("JOB is required");
+        }
+        return List(console);
+    }
+
+ private:
+    void AddName(CLI::App& command) {
+        command.add_option("NAME", m_name, "The layer")->required()->type_name("");
+    }
+
+    void AddNames(CLI::App& command) {
+        AddJob(command, "The job");
+        command.add_option("NAME", m_names, "The layers")->required()->type_name("");
+    }
+
+    int List(Console& console) const {
+        CqSurveyDB db;
+        OpenToRead(db, m_job);
+        std::unordered_map<CString, std::size_t> entities;
+        for (const CqCadEntityPtr& entity : Entities(db)) {
+            ++entities[entity->GetLayer()];
+        }
+        TextTable table(console,
+                        {{"Name"}, {"Color", true}, {"Line", true}, {"Shown"}, {"Entities", true}});
+        JsonWriter json(console);
+        if (m_json) {
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Key("layers");
+            json.BeginArray();
+        }
+        std::size_t count = 0;
+        CString name;
+        int color = 0;
+        // As many steps as there are layers, for a damaged job.
+        const auto there = static_cast<std::size_t>(db.GetNumLayers());
+        for (CqHandle handle = db.GetFirstLayerHandle();
+             handle != 0 && count < there && db.GetNextLayer(handle, name, color) != 0; ++count) {
+            const bool shown = color >= 0;
+            if (m_json) {
+                json.BeginObject();
+                json.Member("name", ToUtf8(name));
+                json.Member("color", std::abs(static_cast<long>(color)));
+                json.Member("line", db.GetLayerLine(name));
+                json.Member("shown", shown);
+                json.Member("entities", entities[name]);
+                json.EndObject();
+            } else {
+                table.Add({ToUtf8(name), fmt::format("{}", std::abs(static_cast<long>(color))),
+                           fmt::format("{}", db.GetLayerLine(name)), shown ? "yes" : "no",
+                           fmt::format("{}", entities[name])});
+            }
+        }
+        if (m_json) {
+            json.EndArray();
+            json.EndObject();
+        } else {
+            table.Finish();
+            console.Say("{}\n", Count(count, "layer"));
+        }
+        db.Close();
+        return 0;
+    }
+
+    static CString ToName(const std::string& name) {
+        if (name.empty()) {
+            throw UsageError("a layer's name is not empty");
+        }
+        if (!IsUtf8(name)) {
+            throw UsageError("the name " + Quoted(name) + " is not UTF-8");
+        }
+        return FromUtf8(name);
+    }
+
+    [[noreturn]] void FailAbout(const std::string& name, const char* what) const {
+        throw Failure(fmt::format("{}: there is {} {}", Printable(m_job), what, Quoted(name)));
+    }
+
+    int Add() const {
+        const CString name = ToName(m_name);
+        if (name.size() > kLongestLayerName) {
+            throw UsageError(fmt::format("the name {} has more than {} characters", Quoted(m_name),
+                                         kLongestLayerName));
+        }
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        if (db.AddLayer(name, m_hidden ? -m_color : m_color, m_line) == 0) {
+            FailAbout(m_name, "already a layer");
+        }
+        db.Close();
+        return 0;
+    }
+
+    int Show() const {
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        CqBatch batch(db);
+        for (const std::string& name : m_names) {
+            if (db.ShowLayer(ToName(name), m_show->parsed() ? 1 : 0) == 0) {
+                FailAbout(name, "no layer");
+            }
+            if (m_hide->parsed() && db.GetLayerColor(ToName(name)) == 0) {
+                throw Failure(fmt::format("{}: layer {} has colour 0 and cannot be hidden",
+                                          Printable(m_job), Quoted(name)));
+            }
+        }
+        batch.Commit();
+        db.Close();
+        return 0;
+    }
+
+    int Edit() const {
+        const CString name = ToName(m_name);
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        const int done =
+            m_lineAction->parsed()
+                ? db.EditLayerLine(name, m_line)
+                : db.EditLayerColor(name, db.GetLayerColor(name) < 0 ? -m_color : m_color);
+        if (done == 0) {
+            FailAbout(m_name, "no layer");
+        }
+        db.Close();
+        return 0;
+    }
+
+    CLI::Option* m_ownJob = nullptr;
+    CLI::App* m_list = nullptr;
+    CLI::App* m_add = nullptr;
+    CLI::App* m_show = nullptr;
+    CLI::App* m_hide = nullptr;
+    CLI::App* m_colorAction = nullptr;
+    CLI::App* m_lineAction = nullptr;
+    std::string m_name;
+    std::vector<std::string> m_names;
+    int m_color = 7;
+    int m_line = 0;
+    bool m_hidden = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeLayersCommand() {
+    return std::make_unique<LayersCommand>();
+}
+
+}  // namespace cqsurvey::cqjob

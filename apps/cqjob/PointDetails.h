@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cqsurvey/cqsurvey.h>
+
+#include <array>
+#include <string>
+
+#include "cqjob/JsonWriter.h"
+
+namespace cqsurvey::cqjob {
+
+/// Everything about a point, fit for an answer.
+struct PointDetails {
+    CqHandle handle = 0;
+    CqCoordRec record;
+    std::array<double, 3> coords{};  ///< easting, northing, height
+    std::string group;               ///< "#" and the number when there is no such group
+    std::string description;
+
+    /// Adds what `record`, which was read from point `handle` of `db`, does not tell.
+    PointDetails(CqSurveyDB& db, CqHandle handle, CqCoordRec record);
+
+    /// Writes the point as a JSON object.
+    void WriteJson(JsonWriter& json) const;
+};
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,49 @@
+#include "cqjob/PointList.h"
+
+#include <fmt/format.h>
+
+#include "cqjob/Failure.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+[[noreturn]] void FailAt(CqHandle handle) {
+    throw Failure(fmt::format("the point record {} cannot be read; cqjob check says more", handle));
+}
+
+}  // namespace
+
+PointList::PointList(CqSurveyDB& db, PointOrder order, bool descending,
+                     const std::optional<COORDFILTER>& filter)
+    : m_db(db) {
+    COORDFILTER everyOrigin;
+    everyOrigin.originMask = 0xFFFF;
+    m_inView = static_cast<std::size_t>(db.SetSortCoordSetting(
+        static_cast<std::uint16_t>(order), descending ? 1 : 0, filter.value_or(everyOrigin)));
+    if (filter || m_inView == static_cast<std::size_t>(db.GetNumCoordRecs())) {
+        return;
+    }
+    CqCoordRec point;
+    for (CqHandle next = db.GetFirstCoordRecHandle(); next != 0;) {
+        const CqHandle handle = next;
+        if (db.GetNextCoordRec(next, point) == 0) {
+            FailAt(handle);
+        }
+        if ((static_cast<unsigned>(point.GetType()) & 0xFFFFU) == 0) {
+            m_others.push_back(handle);
+        }
+    }
+}
+
+CqHandle PointList::Read(std::size_t index, CqCoordRec& point) const {
+    const CqHandle handle = index < m_inView ? m_db.GetSortCoordAt(static_cast<int>(index), point)
+                                             : m_others[index - m_inView];
+    CqHandle next = handle;
+    if (m_db.GetNextCoordRec(next, point) == 0) {
+        FailAt(handle);
+    }
+    return handle;
+}
+
+}  // namespace cqsurvey::cqjob

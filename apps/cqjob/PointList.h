@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cqsurvey/cqsurvey.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace cqsurvey::cqjob {
+
+/// What points are listed by: names in natural order (P2 before P10), feature codes, or nothing.
+enum class PointOrder : std::uint16_t { Name = 0, Code = 1, Record = 2 };
+
+/// The points of a job that a filter admits, in the order of a view; without a filter all points,
+/// the ones of data origin 0, which no view admits, behind the others in record order.
+class PointList {
+ public:
+    /// Sets the view of `db`, which must outlive the list and not be changed meanwhile. Throws
+    /// Failure when the job's points cannot be walked through.
+    explicit PointList(CqSurveyDB& db, PointOrder order = PointOrder::Name, bool descending = false,
+                       const std::optional<COORDFILTER>& filter = {});
+
+    [[nodiscard]] std::size_t GetCount() const { return m_inView + m_others.size(); }
+
+    /// Reads the point at `index`, below GetCount, and returns its handle. Throws Failure when it
+    /// cannot be read.
+    CqHandle Read(std::size_t index, CqCoordRec& point) const;
+
+ private:
+    CqSurveyDB& m_db;
+    std::size_t m_inView;
+    std::vector<CqHandle> m_others;
+};
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,131 @@
+#include <cqsurvey/cqsurvey.h>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "cqjob/Command.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/NumberText.h"
+#include "cqjob/PointDetails.h"
+#include "cqjob/Printable.h"
+#include "cqjob/TextTable.h"
+#include "cqjob/ViewOptions.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+class PointsCommand : public Command {
+ public:
+    CLI::App* AddTo(CLI::App& app) override {
+        CLI::App* command = app.add_subcommand("points", "List a job's points");
+        AddJob(*command, "The job; it is not changed");
+        AddJson(*command);
+        m_view.AddTo(*command);
+        command->add_option("--limit", m_limit, "List at most so many points, on each page")
+            ->type_name("N")
+            ->check(CLI::Range(1, std::numeric_limits<int>::max()));
+        command->add_option("--page", m_page, "Which page to list, from 1; of 50 points or --limit")
+            ->type_name("K")
+            ->check(CLI::Range(1, std::numeric_limits<int>::max()));
+        command
+            ->add_option("--decimals", m_decimals,
+                         "Decimal places of the coordinates in the table; JSON has them all")
+            ->type_name("N")
+            ->check(CLI::Range(0, 17))
+            ->capture_default_str();
+        command->footer(std::string(ViewOptions::kHelp) +
+                        "\n"
+                        "Example:\n"
+                        "  cqjob points site.job --limit 10\n"
+                        "  cqjob points site.job --name P100..P199 --code 5 --code 7\n"
+                        "  cqjob points site.job --group Road --sort code --page 3 --json");
+        return command;
+    }
+
+    int Run(Console& console) override {
+        constexpr std::size_t kPage = 50;
+        CqSurveyDB db;
+        OpenToRead(db, m_job);
+        const PointList points = m_view.MakeList(db, m_job, console);
+        const std::size_t count = points.GetCount();
+        const std::size_t length = m_limit != 0  ? static_cast<std::size_t>(m_limit)
+                                   : m_page != 0 ? kPage
+                                                 : count;
+        const std::size_t page = m_page == 0 ? 0 : static_cast<std::size_t>(m_page) - 1;
+        const std::size_t first = std::min(count, page * length);
+        const std::size_t end = std::min(count, first + length);
+        if (m_json) {
+            WriteJson(console, db, points, first, end);
+        } else {
+            WriteTable(console, db, points, first, end);
+        }
+        db.Close();
+        return 0;
+    }
+
+ private:
+    static PointDetails Read(CqSurveyDB& db, const PointList& points, std::size_t index) {
+        CqCoordRec record;
+        const CqHandle handle = points.Read(index, record);
+        return {db, handle, std::move(record)};
+    }
+
+    void WriteTable(Console& console, CqSurveyDB& db, const PointList& points, std::size_t first,
+                    std::size_t end) const {
+        TextTable table(console, {{"Name"},
+                                  {"Easting", true},
+                                  {"Northing", true},
+                                  {"Height", true},
+                                  {"Code", true},
+                                  {"Group"},
+                                  {"Description"}});
+        for (std::size_t i = first; i < end; ++i) {
+            const PointDetails point = Read(db, points, i);
+            table.Add({ToUtf8(point.record.GetPtName()), FormatNumber(point.coords[0], m_decimals),
+                       FormatNumber(point.coords[1], m_decimals),
+                       FormatNumber(point.coords[2], m_decimals),
+                       fmt::format("{}", point.record.GetCode()), point.group, point.description});
+        }
+        table.Finish();
+        if (end - first == points.GetCount()) {
+            console.Say("{}\n", Count(points.GetCount(), "point"));
+        } else if (first == end) {
+            console.Say("none of {}\n", Count(points.GetCount(), "point"));
+        } else {
+            console.Say("{} to {} of {}\n", first + 1, end, Count(points.GetCount(), "point"));
+        }
+    }
+
+    void WriteJson(Console& console, CqSurveyDB& db, const PointList& points, std::size_t first,
+                   std::size_t end) const {
+        JsonWriter json(console);
+        json.BeginObject();
+        json.Member("job", m_job);
+        json.Member("total", points.GetCount());
+        json.Member("first", first + 1);
+        json.Member("count", end - first);
+        json.Key("points");
+        json.BeginArray();
+        for (std::size_t i = first; i < end; ++i) {
+            Read(db, points, i).WriteJson(json);
+        }
+        json.EndArray();
+        json.EndObject();
+    }
+
+    ViewOptions m_view;
+    int m_limit = 0;
+    int m_page = 0;
+    int m_decimals = 3;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakePointsCommand() {
+    return std::make_unique<PointsCommand>();
+}
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,45 @@
+#include "cqjob/SeparatorOption.h"
+
+#include <array>
+#include <utility>
+
+#include "cqjob/Failure.h"
+#include "cqjob/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+void AddSeparator(CLI::App& command, std::string& word, bool automatic) {
+    command
+        .add_option("--separator", word,
+                    automatic
+                        ? "What stands between fields: comma, semicolon, tab, blank, or auto: the "
+                          "one that makes most points of the first lines"
+                        : "What stands between fields: comma, semicolon, tab or blank")
+        ->type_name("WORD")
+        ->capture_default_str();
+}
+
+Separator ReadSeparator(const std::string& word) {
+    static const std::array<std::pair<const char*, Separator>, 12> kWords = {{
+        {"comma", Separator::Comma},
+        {",", Separator::Comma},
+        {"semicolon", Separator::Semicolon},
+        {";", Separator::Semicolon},
+        {"tab", Separator::Tab},
+        {"\t", Separator::Tab},
+        {"\\t", Separator::Tab},
+        {"blank", Separator::Blank},
+        {"blanks", Separator::Blank},
+        {"space", Separator::Blank},
+        {"spaces", Separator::Blank},
+        {" ", Separator::Blank},
+    }};
+    for (const auto& [name, separator] : kWords) {
+        if (word == name) {
+            return separator;
+        }
+    }
+    throw UsageError("--separator takes comma, semicolon, tab or blank, not " + Quoted(word));
+}
+
+}  // namespace cqsurvey::cqjob

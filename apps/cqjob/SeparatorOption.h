@@ -1,0 +1,16 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "cqjob/CsvReader.h"
+
+namespace cqsurvey::cqjob {
+
+/// Adds --separator, whose word goes into `word`; "auto" is one only where it may be guessed.
+void AddSeparator(CLI::App& command, std::string& word, bool automatic);
+
+/// The separator that a word of that option means. Throws UsageError for a word that means none.
+[[nodiscard]] Separator ReadSeparator(const std::string& word);
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,137 @@
+#include "cqjob/SettingRules.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <optional>
+
+#include "cqjob/NumberText.h"
+#include "cqjob/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+enum class Kind { Whole, Length, Fixed };
+
+struct Rule {
+    std::string_view section;
+    std::string_view key;
+    Kind kind;
+    std::int64_t low = INT32_MIN;
+    std::int64_t high = INT32_MAX;
+};
+
+constexpr std::array kRules = {
+    Rule{"SETTINGS", "SiPointSize", Kind::Length},
+    Rule{"SETTINGS", "JCoordDivision", Kind::Whole, 1, 19},
+    Rule{"SETTINGS", "Version", Kind::Fixed},
+    Rule{"SETTINGS", "Mapscale", Kind::Whole, 1},
+    Rule{"BACKGROUND", "EntityColor", Kind::Whole, -1, 255},
+    Rule{"BACKGROUND", "Type", Kind::Whole},
+    Rule{"BACKGROUND", "CenterX", Kind::Length},
+    Rule{"BACKGROUND", "CenterY", Kind::Length},
+    Rule{"BACKGROUND", "SizeX", Kind::Length},
+    Rule{"BACKGROUND", "SizeY", Kind::Length},
+    Rule{"BACKGROUND", "Rotation", Kind::Length},
+    Rule{"BACKGROUND", "Brightness", Kind::Whole, -255, 255},
+    Rule{"BACKGROUND", "Contrast", Kind::Whole, 0, 65000},
+    Rule{"BACKGROUND", "Monotone", Kind::Whole},
+    Rule{"BACKGROUND", "BKColor", Kind::Whole, 0, UINT32_MAX},
+};
+
+bool SameWord(std::string_view a, std::string_view b) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [&](char x, char y) { return lower(x) == lower(y); });
+}
+
+const Rule* FindRule(std::string_view section, std::string_view key) {
+    const auto* const rule = std::find_if(kRules.begin(), kRules.end(), [&](const Rule& entry) {
+        return SameWord(entry.section, section) && SameWord(entry.key, key);
+    });
+    return rule == kRules.end() ? nullptr : rule;
+}
+
+std::optional<std::int64_t> ReadWhole(std::string_view text) {
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc{} && end == text.data() + text.size() ? std::optional(value)
+                                                                    : std::nullopt;
+}
+
+bool HasBreak(std::string_view text) {
+    return std::any_of(text.begin(), text.end(),
+                       [](char c) { return c >= 0 && c < 0x20 && c != '\t'; });
+}
+
+bool IsPadded(std::string_view text) {
+    return Trim(text).size() != text.size();
+}
+
+}  // namespace
+
+std::string SettingRules::FindFault(std::string_view section, std::string_view key,
+                                    std::string_view value) {
+    if (const Rule* rule = FindRule(section, key)) {
+        if (rule->kind == Kind::Fixed) {
+            return fmt::format("{} is the job's own and stays as it is", rule->key);
+        }
+        if (rule->kind == Kind::Length) {
+            const ParsedNumber number = ParseNumber(value);
+            return number.fault == nullptr
+                       ? std::string()
+                       : fmt::format("{} {} {}", rule->key, Quoted(value), number.fault);
+        }
+        const std::optional<std::int64_t> whole = ReadWhole(value);
+        if (!whole || *whole < rule->low || *whole > rule->high) {
+            return fmt::format("{} is a whole number from {} to {}, not {}", rule->key, rule->low,
+                               rule->high, Quoted(value));
+        }
+        return {};
+    }
+    if (section.empty() || IsPadded(section) || HasBreak(section) ||
+        section.find_first_of("[]") != std::string_view::npos) {
+        return fmt::format(
+            "{} is no name for a section: it is one line without brackets and "
+            "without blanks at its ends",
+            Quoted(section));
+    }
+    if (key.empty() || IsPadded(key) || HasBreak(key) || key.find('=') != std::string_view::npos) {
+        return fmt::format(
+            "{} is no name for a key: it is one line without = and without blanks "
+            "at its ends",
+            Quoted(key));
+    }
+    if (IsPadded(value) || HasBreak(value)) {
+        return fmt::format("{} cannot be stored: a value is one line without blanks at its ends",
+                           Quoted(value));
+    }
+    const auto holds = [&](char bracket) {
+        return key.find(bracket) != std::string_view::npos ||
+               value.find(bracket) != std::string_view::npos;
+    };
+    if (holds('[') && holds(']')) {
+        return fmt::format("{} cannot be stored: a line with [ and ] would be read as a section",
+                           Quoted(fmt::format("{}={}", key, value)));
+    }
+    return {};
+}
+
+std::string SettingRules::Normalise(std::string_view section, std::string_view key,
+                                    std::string_view value) {
+    const Rule* rule = FindRule(section, key);
+    if (rule == nullptr) {
+        return std::string(value);
+    }
+    if (rule->kind == Kind::Length) {
+        return FormatNumber(ParseNumber(value).value, 3);
+    }
+    // Colours fill 32 bits and are written as a signed number.
+    return fmt::format("{}", static_cast<std::int32_t>(ReadWhole(value).value_or(0)));
+}
+
+}  // namespace cqsurvey::cqjob

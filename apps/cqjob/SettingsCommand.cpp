@@ -1,0 +1,189 @@
+#include <cqsurvey/cqsurvey.h>
+
+#include "cqjob/Command.h"
+#include "cqjob/Failure.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/Printable.h"
+#include "cqjob/SettingRules.h"
+#include "cqjob/SettingsTransfer.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+class SettingsCommand : public Command {
+ public:
+    CLI::App* AddTo(CLI::App& app) override {
+        CLI::App* command =
+            app.add_subcommand("settings", "List, get, set, import and export settings");
+        command->require_subcommand(1);
+        command->footer(
+            "Sections and keys are found without regard to case.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob settings list site.job\n"
+            "  cqjob settings set site.job SETTINGS Mapscale 250");
+
+        m_list = command->add_subcommand("list", "Show every setting");
+        AddJob(*m_list, "The job; it is not changed");
+        AddJson(*m_list);
+        m_list->footer("Example:\n  cqjob settings list site.job");
+
+        m_get = command->add_subcommand("get", "Show the value of one setting");
+        AddJob(*m_get, "The job; it is not changed");
+        AddNames(*m_get);
+        AddJson(*m_get);
+        m_get->footer("Example:\n  cqjob settings get site.job SETTINGS Mapscale");
+
+        m_set = command->add_subcommand("set", "Change one setting");
+        AddJob(*m_set, "The job");
+        AddNames(*m_set);
+        m_set->add_option("VALUE", m_value, "The value; an empty one removes a key of your own")
+            ->required()
+            ->type_name("");
+        m_set->footer(
+            "A section that is not there is made, so that programs can keep settings of their own\n"
+            "with the job.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob settings set site.job SETTINGS Mapscale 250\n"
+            "  cqjob settings set site.job MyOffice Crew \"A. Berg, T. Lund\"");
+
+        m_import = command->add_subcommand("import", "Replace every setting by those of a file");
+        AddJob(*m_import, "The job");
+        m_import->add_option("FILE", m_file, "The settings file")->required()->type_name("");
+        m_import->footer(kSettingsImportHelp);
+
+        m_export = command->add_subcommand("export", "Write every setting into a file");
+        AddJob(*m_export, "The job; it is not changed");
+        m_export->add_option("FILE", m_file, "The file to write, - for standard output")
+            ->required()
+            ->type_name("");
+        m_export->add_flag("--force", m_force, "Replace a file that is there");
+        m_export->footer("Example:\n  cqjob settings export site.job office.ini");
+        return command;
+    }
+
+    int Run(Console& console) override {
+        if (m_list->parsed()) {
+            return List(console);
+        }
+        if (m_import->parsed()) {
+            ImportSettings(m_job, m_file);
+            return 0;
+        }
+        if (m_export->parsed()) {
+            ExportSettings(console, m_job, m_file, m_force);
+            return 0;
+        }
+        return m_get->parsed() ? Get(console) : Set();
+    }
+
+ private:
+    void AddNames(CLI::App& command) {
+        command.add_option("SECTION", m_section, "The section, such as SETTINGS")
+            ->required()
+            ->type_name("");
+        command.add_option("KEY", m_key, "The key, such as Mapscale")->required()->type_name("");
+    }
+
+    int List(Console& console) const {
+        CqSurveyDB db;
+        OpenToRead(db, m_job);
+        JsonWriter json(console);
+        if (m_json) {
+            json.BeginObject();
+        }
+        CStringList sections;
+        db.GetSettingsSectionList(sections);
+        for (const CString& section : sections) {
+            if (m_json) {
+                json.Key(ToUtf8(section));
+                json.BeginObject();
+            } else {
+                console.Print("[{}]\n", Printable(ToUtf8(section)));
+            }
+            CStringList keys;
+            db.GetSettingsKeyList(section, keys);
+            for (const CString& key : keys) {
+                CString value;
+                db.GetSettingsString(section, key, value, CString());
+                if (m_json) {
+                    json.Member(ToUtf8(key), ToUtf8(value));
+                } else {
+                    console.Print("{}={}\n", Printable(ToUtf8(key)), Printable(ToUtf8(value)));
+                }
+            }
+            if (m_json) {
+                json.EndObject();
+            }
+        }
+        if (m_json) {
+            json.EndObject();
+        }
+        db.Close();
+        return 0;
+    }
+
+    int Get(Console& console) const {
+        CqSurveyDB db;
+        OpenToRead(db, m_job);
+        CString value;
+        if (db.GetSettingsString(FromUtf8(m_section), FromUtf8(m_key), value, CString()) == 0) {
+            throw Failure(fmt::format("{}: there is no setting {} in section {}", Printable(m_job),
+                                      Quoted(m_key), Quoted(m_section)));
+        }
+        if (m_json) {
+            console.Out(JsonWriter::Quote(ToUtf8(value)) + '\n');
+        } else {
+            console.Print("{}\n", ToUtf8(value));
+        }
+        db.Close();
+        return 0;
+    }
+
+    int Set() const {
+        const std::string fault = SettingRules::FindFault(m_section, m_key, m_value);
+        if (!fault.empty()) {
+            throw UsageError(fault);
+        }
+        const CString section = FromUtf8(m_section);
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        CqBatch batch(db);
+        // 0 when the section is there already.
+        db.AddSettingsSection(section);
+        if (db.WriteSettingsString(section, FromUtf8(m_key),
+                                   FromUtf8(SettingRules::Normalise(m_section, m_key, m_value))) ==
+            0) {
+            throw Failure(fmt::format("{}: {}", Printable(m_job),
+                                      m_value.empty()
+                                          ? fmt::format("there is no setting {} in section {}",
+                                                        Quoted(m_key), Quoted(m_section))
+                                          : std::string("the settings could not be written")));
+        }
+        batch.Commit();
+        db.Close();
+        return 0;
+    }
+
+    CLI::App* m_list = nullptr;
+    CLI::App* m_get = nullptr;
+    CLI::App* m_set = nullptr;
+    CLI::App* m_import = nullptr;
+    CLI::App* m_export = nullptr;
+    std::string m_section;
+    std::string m_key;
+    std::string m_value;
+    std::string m_file;
+    bool m_force = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeSettingsCommand() {
+    return std::make_unique<SettingsCommand>();
+}
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,79 @@
+#include "cqjob/SettingsTransfer.h"
+
+#include <cqsurvey/cqsurvey.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+#include "cqjob/Failure.h"
+#include "cqjob/InputFile.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/OutputFile.h"
+#include "cqjob/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+/// A new folder among the system's temporary files, removed with what is in it.
+class TemporaryFolder {
+ public:
+    TemporaryFolder() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "cqjob-XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw Failure(Printable(pattern) + ": " + std::generic_category().message(errno));
+        }
+        m_path = pattern;
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+    [[nodiscard]] std::string GetPath(const char* name) const { return m_path + "/" + name; }
+
+ private:
+    std::string m_path;
+};
+
+}  // namespace
+
+void ImportSettings(const std::string& job, const std::string& path) {
+    RequireOtherFile(path, job);
+    const CString hostPath = ToJobPath(path);
+    if (!IsUtf8(ReadInputFile(path))) {
+        throw Failure(Printable(path) + ": is not UTF-8, so no setting was changed");
+    }
+    CqSurveyDB db;
+    OpenToWrite(db, job);
+    if (db.ImportSettingsFile(hostPath) == 0) {
+        throw Failure(
+            fmt::format("{}: {} is no settings file with every key of a job in its range, so no "
+                        "setting was changed; cqjob settings import --help tells the ranges",
+                        Printable(job), Printable(path)));
+    }
+    db.Close();
+}
+
+void ExportSettings(Console& console, const std::string& job, const std::string& path,
+                    bool replace) {
+    RequireOtherFile(path, job);
+    CqSurveyDB db;
+    OpenToRead(db, job);
+    // The library writes over what is there, so it does not write to the path itself.
+    const TemporaryFolder folder;
+    const std::string copy = folder.GetPath("settings");
+    if (db.ExportSettingsFile(ToJobPath(copy)) == 0) {
+        throw Failure(fmt::format("{}: the settings could not be written to {}", Printable(job),
+                                  Printable(copy)));
+    }
+    db.Close();
+    OutputFile output(console, path, replace);
+    output.Write(ReadInputFile(copy));
+    output.Finish();
+}
+
+}  // namespace cqsurvey::cqjob

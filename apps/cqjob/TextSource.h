@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace cqsurvey::cqjob {
+
+/// The bytes of a text file, one after the other, without a UTF-8 byte-order mark at the front.
+/// Counts the lines that go by, apart from whoever makes sense of them, so that what was made of
+/// the lines can be held against their number.
+class TextSource {
+ public:
+    /// `name` is what messages call it.
+    explicit TextSource(std::string name) : m_name(std::move(name)) {}
+    TextSource(const TextSource&) = delete;
+    TextSource& operator=(const TextSource&) = delete;
+    virtual ~TextSource() = default;
+
+    [[nodiscard]] const std::string& GetName() const { return m_name; }
+
+    /// Appends more bytes to `buffer`; false when there are none. Throws Failure when they cannot
+    /// be read, or are UTF-16 by their byte-order mark.
+    bool Read(std::string& buffer);
+
+    /// The lines read so far, ended by CR LF, LF or CR, and what stands behind the last line end.
+    [[nodiscard]] std::uint64_t GetLines() const { return m_lines + (m_openLine ? 1U : 0U); }
+
+    /// The bytes read so far.
+    [[nodiscard]] std::uint64_t GetBytes() const { return m_bytes; }
+
+    /// The bytes of the whole text, where that is known.
+    [[nodiscard]] virtual std::optional<std::uint64_t> GetSize() const { return std::nullopt; }
+
+    /// True when the first bytes were the UTF-8 byte-order mark. To be asked after the first Read.
+    [[nodiscard]] bool HasMark() const { return m_hasMark; }
+
+ private:
+    /// Appends some bytes to `buffer`, none only at the end.
+    virtual void ReadSome(std::string& buffer) = 0;
+
+    void Count(std::string_view bytes);
+
+    std::string m_name;
+    std::uint64_t m_lines = 0;
+    std::uint64_t m_bytes = 0;
+    bool m_started = false;
+    bool m_hasMark = false;
+    bool m_openLine = false;
+    bool m_afterReturn = false;
+};
+
+/// A file of the host, or standard input.
+class FileSource : public TextSource {
+ public:
+    /// "-" names standard input. Throws Failure when the file cannot be opened or is a folder.
+    explicit FileSource(const std::string& path);
+    ~FileSource() override;
+
+    [[nodiscard]] std::optional<std::uint64_t> GetSize() const override { return m_size; }
+
+ private:
+    void ReadSome(std::string& buffer) override;
+
+    std::optional<std::uint64_t> m_size;
+    int m_descriptor;
+};
+
+/// A text in memory, handed out in pieces of at most `piece` bytes. The text must outlive it.
+class StringSource : public TextSource {
+ public:
+    explicit StringSource(std::string_view text, std::size_t piece = 65536);
+
+    [[nodiscard]] std::optional<std::uint64_t> GetSize() const override { return m_text.size(); }
+
+ private:
+    void ReadSome(std::string& buffer) override;
+
+    std::string_view m_text;
+    std::size_t m_piece;
+    std::size_t m_position = 0;
+};
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,148 @@
+#include "cqjob/ViewOptions.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include "cqjob/Arguments.h"
+#include "cqjob/Failure.h"
+#include "cqjob/NumberText.h"
+#include "cqjob/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+constexpr std::uint16_t kEveryOrigin = 0xFFFF;
+constexpr const char* kRange = "..";
+
+/// How many points have no data origin, so that no view of any filter holds them. Leaves the view
+/// changed.
+std::int32_t CountWithoutOrigin(CqSurveyDB& db) {
+    COORDFILTER everyOrigin;
+    everyOrigin.originMask = kEveryOrigin;
+    return db.GetNumCoordRecs() -
+           db.SetSortCoordSetting(static_cast<std::uint16_t>(PointOrder::Record), 0, everyOrigin);
+}
+
+/// The number of a group that no point is in, so that a filter on it and the ungrouped points
+/// admits these alone.
+std::uint16_t FindUnusedGroup(const CqSurveyDB& db, const std::string& job) {
+    std::vector<bool> used(std::numeric_limits<std::uint16_t>::max() + 1U);
+    used[0] = true;
+    CqCoordRec point;
+    for (CqHandle next = db.GetFirstCoordRecHandle();
+         next != 0 && db.GetNextCoordRec(next, point) != 0;) {
+        used[point.GetGroup()] = true;
+    }
+    const auto unused = std::find(used.begin(), used.end(), false);
+    if (unused == used.end()) {
+        throw Failure(Printable(job) + ": every number of a group is in use");
+    }
+    return static_cast<std::uint16_t>(unused - used.begin());
+}
+
+std::string FindBoundsFault(const std::string& word) {
+    return NameBounds(word).fault;
+}
+
+}  // namespace
+
+NameBounds::NameBounds(const std::string& word) {
+    const std::size_t star = word.find('*');
+    const std::size_t range = word.find(kRange);
+    if (!IsUtf8(word)) {
+        fault = Quoted(word) + " is not UTF-8";
+    } else if (star != std::string::npos) {
+        if (star + 1 != word.size() || range != std::string::npos) {
+            fault = Quoted(word) + " holds a * that is not the end of a prefix such as P*";
+        }
+        from = word;
+    } else if (range == std::string::npos) {
+        from = word;
+        to = word;
+    } else {
+        from = word.substr(0, range);
+        to = word.substr(range + std::char_traits<char>::length(kRange));
+    }
+    if (fault.empty() && from.empty() && to.empty()) {
+        fault = Quoted(word) + " is no range of names such as P5..P20, and no prefix such as P*";
+    }
+}
+
+void ViewOptions::AddTo(CLI::App& command) {
+    m_command = &command;
+    command
+        .add_option("--sort", m_sort,
+                    "Sort by name in natural order (P2, P10), by code or not: record")
+        ->type_name("KEY")
+        ->check(CLI::IsMember({"name", "code", "record"}))
+        ->capture_default_str();
+    command.add_flag("--descending", m_descending, "The other way round");
+    command.add_option("--name", m_name, "Only names from one to another, or of a prefix")
+        ->type_name("FROM..TO|PREFIX*")
+        ->check(FindBoundsFault, "");
+    command
+        .add_option("--code", m_codes,
+                    "Only points of this feature code; may be given several times")
+        ->type_name("CODE")
+        ->type_size(1)
+        ->allow_extra_args(false)
+        ->check(FindWholeNumberFault, "");
+    command.add_option("--group", m_group, "Only points of this group")->type_name("NAME");
+    command.add_flag("--ungrouped", m_ungrouped,
+                     "Points in no group, beside those of --group if that is given");
+    command.add_option("--origin", m_origin, "Only points whose data origin meets this mask")
+        ->type_name("MASK")
+        ->check(CLI::Range(1, static_cast<int>(kEveryOrigin)));
+}
+
+bool ViewOptions::IsFiltered() const {
+    return m_command->count("--name") + m_command->count("--code") + m_command->count("--group") +
+               m_command->count("--ungrouped") + m_command->count("--origin") >
+           0;
+}
+
+COORDFILTER ViewOptions::MakeFilter(CqSurveyDB& db, const std::string& job) const {
+    COORDFILTER filter;
+    filter.originMask = m_command->count("--origin") > 0 ? m_origin : kEveryOrigin;
+    if (!m_name.empty()) {
+        const NameBounds bounds(m_name);
+        filter.nameFrom = FromUtf8(bounds.from);
+        filter.nameTo = FromUtf8(bounds.to);
+    }
+    for (const std::string& code : m_codes) {
+        filter.codes.push_back(ParseWholeNumber(code).value_or(0));
+    }
+    if (m_command->count("--group") > 0) {
+        filter.group = db.GetGroupID(ReadText(m_group, "the group's name"));
+        if (filter.group == 0) {
+            throw Failure(fmt::format("{}: there is no group {}", Printable(job), Quoted(m_group)));
+        }
+    } else if (m_ungrouped) {
+        filter.group = FindUnusedGroup(db, job);
+    }
+    filter.withUngrouped = m_ungrouped ? 1 : 0;
+    return filter;
+}
+
+PointList ViewOptions::MakeList(CqSurveyDB& db, const std::string& job, Console& console) const {
+    static constexpr std::pair<const char*, PointOrder> kOrders[] = {
+        {"name", PointOrder::Name}, {"code", PointOrder::Code}, {"record", PointOrder::Record}};
+    const auto* const order =
+        std::find_if(std::begin(kOrders), std::end(kOrders),
+                     [&](const auto& entry) { return entry.first == m_sort; });
+    std::optional<COORDFILTER> filter;
+    if (IsFiltered()) {
+        filter = MakeFilter(db, job);
+        const std::int32_t without = m_command->count("--origin") > 0 ? 0 : CountWithoutOrigin(db);
+        if (without > 0) {
+            console.Say("{}: {} without data origin, which no filter admits\n", Printable(job),
+                        Count(static_cast<std::size_t>(without), "point"));
+        }
+    }
+    return PointList(db, order->second, m_descending, filter);
+}
+
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,153 @@
+#include <algorithm>
+#include <limits>
+
+#include "Benchmarks.h"
+#include "Duel.h"
+#include "Folder.h"
+#include "Jobs.h"
+
+namespace cqsurvey::bench {
+
+namespace {
+
+using std::chrono_literals::operator""ns;
+
+/// Draws points, polylines with arcs, texts and circles until the drawing has `size` entities:
+/// half of them points, a third vertices.
+void Draw(CqSurveyDB& db, std::size_t size) {
+    constexpr std::size_t kVertices = 6;
+    constexpr double kBulge = 0.2;
+    const auto points = Survey(size);
+    std::size_t next = 0;
+    CqBatch batch(db);
+    while (db.GetNumCadEntities() < static_cast<int>(size)) {
+        for (std::size_t i = 0; i < kVertices + 4; ++i) {
+            Record(db, points[next++]);
+        }
+        const double* at = points[next].coords.data();
+        CqCadEntityList* const list = db.StartPline(1, 7);
+        for (std::size_t i = 0; i < kVertices; ++i) {
+            db.AddVertex(list, points[next - i].coords.data(), kBulge);
+        }
+        db.EndPline(list);
+        db.AddText(at, points[next].name, 0, 0, u"Standard", 1.8, 0.0, 7, 0, 0, 0);
+        db.AddText(at, u"112.35", 0, 1, u"Standard", 1.2, 0.3, 8, 0, 0, 0);
+        db.AddCircle(at, 0.3, 1, 9);
+    }
+    batch.Commit();
+}
+
+std::unique_ptr<CqCadEntity> Empty(EntType type) {
+    switch (type) {
+        case EntSiPnt:
+            return std::make_unique<CqSiPntCadEntity>();
+        case EntPline:
+            return std::make_unique<CqPlineCadEntity>();
+        case EntVertex:
+            return std::make_unique<CqVertexCadEntity>();
+        case EntText:
+            return std::make_unique<CqTextCadEntity>();
+        case EntCircle:
+            return std::make_unique<CqCircleCadEntity>();
+        default:
+            return std::make_unique<CqBitmapCadEntity>();
+    }
+}
+
+void IterateEntities(benchmark::State& state) {
+    const ScratchFile job;
+    CqSurveyDB db;
+    db.CreateNew(job.Job());
+    Draw(db, static_cast<std::size_t>(state.range(0)));
+    const auto walk = [&](auto&& take) {
+        CqHandle handle = db.GetFirstCadEntityHandle();
+        CqCadEntity* entity = nullptr;
+        while (handle != 0 && db.GetNextCadEntity(handle, entity) != 0) {
+            take(*entity);
+            CqSurveyDB::DeleteCqCadEntityObject(entity);
+        }
+    };
+    std::vector<EntType> types;
+    walk([&](const CqCadEntity& entity) { types.push_back(entity.GetType()); });
+    Duel duel(state, types.size(), Clock::Processor);
+    duel.BeyondAtMost(150ns);
+    while (state.KeepRunning()) {
+        duel.Round(
+            [&] {
+                std::size_t seen = 0;
+                walk([&](const CqCadEntity&) { ++seen; });
+                Require(seen == types.size());
+            },
+            [&] {
+                for (const EntType type : types) {
+                    const auto entity = Empty(type);
+                    benchmark::DoNotOptimize(entity.get());
+                }
+            });
+    }
+}
+
+/// Names the operation that opening a job ends with, which is the library's own: an explicit
+/// instantiation may name any member.
+template <int (CqSurveyDB::*Operation)()>
+struct Inside {
+    friend int RebuildExtents(CqSurveyDB& db) { return (db.*Operation)(); }
+};
+template struct Inside<&CqSurveyDB::MakeBoundData>;
+int RebuildExtents(CqSurveyDB& db);
+
+void Extents(benchmark::State& state) {
+    struct Element {
+        EntType type;
+        CqHandle next;
+        std::array<double, 3> coords;
+    };
+    const ScratchFile job;
+    CqSurveyDB db;
+    db.CreateNew(job.Job());
+    Draw(db, static_cast<std::size_t>(state.range(0)));
+    std::vector<Element> elements;
+    CqHandle handle = db.GetFirstCadEntityHandle();
+    CqCadEntity* entity = nullptr;
+    while (handle != 0 && db.GetNextCadEntity(handle, entity) != 0) {
+        Element& element = elements.emplace_back();
+        element.type = entity->GetType();
+        element.next = static_cast<CqHandle>(elements.size());
+        entity->GetPoint(element.coords.data());
+        CqSurveyDB::DeleteCqCadEntityObject(entity);
+    }
+    elements.back().next = 0;
+    Duel duel(state, elements.size(), Clock::Processor);
+    while (state.KeepRunning()) {
+        duel.Round([&] { Require(RebuildExtents(db) != 0); },
+                   [&] {
+                       constexpr double kLargest = std::numeric_limits<double>::max();
+                       std::array<double, 4> extents{kLargest, kLargest, -kLargest, -kLargest};
+                       for (CqHandle at = 0;;) {
+                           const Element& element = elements[at];
+                           if (element.type != EntVertex) {
+                               extents[0] = std::min(extents[0], element.coords[0]);
+                               extents[1] = std::min(extents[1], element.coords[1]);
+                               extents[2] = std::max(extents[2], element.coords[0]);
+                               extents[3] = std::max(extents[3], element.coords[1]);
+                           }
+                           at = element.next;
+                           if (at == 0) {
+                               break;
+                           }
+                       }
+                       benchmark::DoNotOptimize(extents);
+                   });
+    }
+}
+
+}  // namespace
+
+void RegisterDrawing() {
+    ForEachSize("Iterate the drawing, per entity", "empty objects made and freed", IterateEntities,
+                [](int size) { return size < kLargest ? 21 : 5; });
+    ForEachSize("Rebuild the extents, per entity", "walk of a linked array", Extents,
+                [](int size) { return size < kLargest ? 21 : 7; });
+}
+
+}  // namespace cqsurvey::bench

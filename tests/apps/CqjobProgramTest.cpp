@@ -1,0 +1,375 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "apps/ProgramTest.h"
+
+namespace cqsurvey::cqjob {
+namespace {
+
+using CqjobProgram = ProgramTest;
+
+TEST_F(CqjobProgram, TellsItsVersion) {
+    EXPECT_EQ(Run({"--version"}).out, "cqjob " CQJOB_VERSION "\n");
+}
+
+TEST_F(CqjobProgram, HelpsEverywhereWithAnExample) {
+    EXPECT_TRUE(Holds(Run({"--help"}).out, "Example:"));
+    for (const char* command : {"new", "import", "points", "edit", "delete", "describe", "groups",
+                                "info", "export", "check", "settings", "image"}) {
+        const CqjobRun run = Run({command, "--help"});
+        EXPECT_TRUE(Holds(run.out, "Example:\n  cqjob " + std::string(command)));
+        EXPECT_EQ(run.err, "");
+    }
+    const std::vector<std::pair<std::string, std::vector<std::string>>> actions = {
+        {"settings", {"list", "get", "set", "import", "export"}},
+        {"groups", {"list", "add", "rename", "delete"}},
+        {"image", {"store", "fetch", "info", "delete"}},
+    };
+    for (const auto& [command, words] : actions) {
+        for (const std::string& word : words) {
+            EXPECT_TRUE(Holds(Run({command, word, "--help"}).out,
+                              "Example:\n  cqjob " + command + " " + word));
+        }
+    }
+}
+
+TEST_F(CqjobProgram, WrongUsageIsStatus2AndTouchesNothing) {
+    Run({}, 2);
+    Run({"draw"}, 2);
+    Run({"new"}, 2);
+    Run({"new", job, "--colour"}, 2);
+    EXPECT_FALSE(std::filesystem::exists(job));
+    MakeJob("A,1,2,3\n");
+    const std::string before = ReadFile(job);
+    const std::string points = WriteFile("points.csv", "B,1,2,3\n");
+    for (const std::vector<std::string>& options : std::vector<std::vector<std::string>>{
+             {},
+             {"--order", "pxy"},
+             {"--order", "pnezd", "--columns", "name,easting,northing"},
+             {"--order", "header", "--columns", "name,easting,northing"},
+             {"--order", "header", "--header", "none"},
+             {"--order", "pnezd", "--header", "-1"},
+             {"--order", "pnezd", "--header", "some"},
+             {"--order", "pnezd", "--separator", "dash"},
+             {"--order", "pnezd", "--duplicates", "merge"},
+             {"--order", "pnezd", "--code-page", "37"},
+             {"--order", "pnezd", "--origin", "0"},
+             {"--order", "pnezd", "--origin", "65536"},
+             {"--order", "pnezd", "--group", "a name of twenty char"}}) {
+        std::vector<std::string> arguments = {"import", job, points};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const CqjobRun run = Run(arguments, 2);
+        EXPECT_EQ(run.out, "");
+        EXPECT_TRUE(run.err.starts_with("cqjob: ")) << run.err;
+    }
+    EXPECT_EQ(ReadFile(job), before);
+}
+
+TEST_F(CqjobProgram, NewRefusesAPathWhereAnythingIs) {
+    Run({"new", job});
+    EXPECT_TRUE(Holds(Run({"new", job}, 1).err, job));
+    Run({"new", job, "--force"});
+    const std::string text = WriteFile("note.txt", "mine");
+    Run({"new", text}, 1);
+    Run({"new", text, "--force"}, 1);
+    EXPECT_EQ(ReadFile(text), "mine");
+}
+
+TEST_F(CqjobProgram, ImportsAndTellsEveryLine) {
+    Run({"new", job});
+    const std::string points = WriteFile(
+        "points.csv",
+        "\xEF\xBB\xBFName,Northing,Easting,Height,Description\r\n# base\r\nP2,10,20,,TOP WALL 18\" "
+        "WI\r\n"
+        "P10,11.5,21.5,-9.99E+27,50\r\nP1,12,22,3\r\nP1,12,22,3\r\n,13,23,4\r\nP9,x,23,4\r\n\r\n");
+    const CqjobRun run =
+        Run({"import", job, points, "--order", "pnezd", "--no-height", "-9.99E+27"});
+    EXPECT_EQ(run.out,
+              points + " into " + job +
+                  "\n  columns: name 1, northing 2, easting 3, height 4, description from 5; "
+                  "separator: comma\n  9 lines = 1 header + 1 comment + 1 blank + 4 recorded + 0 "
+                  "continued + 0 skipped + 2 refused\n  2 without height\n  1 without name\n");
+    EXPECT_EQ(run.err, points + ":6: refused: the job has a point \"P1\" already\n" + points +
+                           ":8: refused: the northing \"x\" is no number\n");
+    const CqjobRun list = Run({"points", job});
+    EXPECT_EQ(list.out,
+              "Name  Easting  Northing  Height  Code  Group  Description\n"
+              "       23.000    13.000   4.000     0\n"
+              "P1     22.000    12.000   3.000     0\n"
+              "P2     20.000    10.000             0         TOP WALL 18\" WI\n"
+              "P10    21.500    11.500            50\n");
+    EXPECT_EQ(list.err, "4 points\n");
+}
+
+TEST_F(CqjobProgram, ImportsByHeaderOnlyWhenAskedTo) {
+    Run({"new", job});
+    const std::string points = WriteFile("points.csv", "id,x,y,z,comm\n1,10,20,3,wall\n");
+    EXPECT_TRUE(Holds(Run({"import", job, points}, 2).err, "--order"));
+    EXPECT_TRUE(Holds(Run({"import", job, points, "--order", "header"}).out,
+                      "name 1, northing 3, easting 2, height 4, description from 5"));
+    EXPECT_TRUE(Holds(Run({"points", job, "--json"}).out, "\"easting\": 10,\n"));
+    const std::string swapped = WriteFile("swapped.csv", "Name,Easting,Northing,Z\n2,10,20,3\n");
+    const CqjobRun run = Run({"import", job, swapped, "--order", "pnez"}, 2);
+    EXPECT_TRUE(Holds(run.err, swapped + ":1: the heading of column 2 is \"Easting\""));
+    EXPECT_TRUE(Holds(Run({"info", job}).out, "Points          1\n"));
+}
+
+TEST_F(CqjobProgram, StrictRecordsNothingWhenALineIsRefused) {
+    Run({"new", job});
+    const std::string points = WriteFile("points.csv", "A,1,2,3\nB,x,2,3\n");
+    const CqjobRun run = Run({"import", job, points, "--order", "pnezd", "--strict"}, 1);
+    EXPECT_TRUE(Holds(run.out,
+                      "2 lines = 0 header + 0 comment + 0 blank + 0 recorded + 0 "
+                      "continued + 0 skipped + 1 refused + 1 withheld\n"));
+    EXPECT_TRUE(Holds(run.err, points + ":2: refused:"));
+    EXPECT_TRUE(Holds(Run({"info", job}).out, "Points          0\n"));
+    Run({"import", job, points, "--order", "pnezd"});
+    EXPECT_TRUE(Holds(Run({"info", job}).out, "Points          1\n"));
+}
+
+TEST_F(CqjobProgram, AnImportThatRecordsNothingOfWhatThereWasFails) {
+    Run({"new", job});
+    const std::string before = ReadFile(job);
+    Run({"import", job, "-", "--order", "pnezd", "--header", "none", "--group", "Road"}, 1,
+        "A;x;2;3\n");
+    EXPECT_EQ(ReadFile(job), before);
+    Run({"import", job, "-", "--order", "pnezd"}, 0, "");
+    Run({"import", job, "-", "--order", "pnezd", "--duplicates", "skip"}, 0, "A,1,2,3\n");
+    Run({"import", job, "-", "--order", "pnezd", "--duplicates", "skip"}, 0, "A,1,2,3\n");
+}
+
+TEST_F(CqjobProgram, PutsPointsIntoAGroup) {
+    MakeJob("A,1,2,3\n");
+    Run({"import", job, "-", "--order", "pnezd", "--group", "Road"}, 0, "B,1,2,3\n");
+    Run({"import", job, "-", "--order", "pnezd", "--group", "ROAD"}, 0, "C,1,2,3\n");
+    const std::string list = Run({"points", job, "--json"}).out;
+    EXPECT_TRUE(Holds(list, "\"name\": \"B\""));
+    EXPECT_TRUE(Holds(Run({"info", job}).out, "Groups          1\n  Road\n"));
+    EXPECT_EQ(list.find("\"group\": \"\""), list.rfind("\"group\": \"\""));
+}
+
+TEST_F(CqjobProgram, AnImportThatFailsLeavesTheJobAsItWas) {
+    MakeJob("A,1,2,3\n");
+    const std::string before = Run({"points", job, "--json"}).out;
+    const std::string missing = folder.Utf8("missing.csv");
+    EXPECT_TRUE(Holds(Run({"import", job, missing, "--order", "pnezd"}, 1).err, missing));
+    const std::string wide = WriteFile("wide.csv", std::string("\xFF\xFE"
+                                                               "1\0",
+                                                               4));
+    EXPECT_TRUE(Holds(Run({"import", job, wide, "--order", "pnezd"}, 1).err, "UTF-16"));
+    EXPECT_EQ(Run({"points", job, "--json"}).out, before);
+    EXPECT_TRUE(Holds(Run({"import", folder.Utf8("no.job"), wide, "--order", "pnezd"}, 1).err,
+                      "no.job: 0x30000009"));
+}
+
+TEST_F(CqjobProgram, ReportsAnImportAsJson) {
+    Run({"new", job});
+    const CqjobRun run =
+        Run({"import", job, "-", "--order", "pnezd", "--json"}, 0, "A,1,2,3\nB,\"x\",2,3\n");
+    EXPECT_EQ(run.err, "");
+    EXPECT_TRUE(Holds(run.out, "\"recorded\": 1,"));
+    EXPECT_TRUE(Holds(run.out, "\"text\": \"the northing \\\"x\\\" is no number\""));
+}
+
+TEST_F(CqjobProgram, ListsPointsPageByPageAndSorted) {
+    std::string text;
+    for (int i = 1; i <= 120; ++i) {
+        text += "P" + std::to_string(i) + ",1,2,3," + std::to_string(1000 - i) + "\n";
+    }
+    MakeJob(text);
+    CqjobRun run = Run({"points", job, "--limit", "2"});
+    EXPECT_TRUE(Holds(run.out, "\nP1 "));
+    EXPECT_EQ(run.err, "1 to 2 of 120 points\n");
+    run = Run({"points", job, "--page", "3"});
+    EXPECT_TRUE(Holds(run.out, "\nP101 "));
+    EXPECT_EQ(run.err, "101 to 120 of 120 points\n");
+    EXPECT_EQ(Run({"points", job, "--page", "4"}).err, "none of 120 points\n");
+    EXPECT_TRUE(Holds(Run({"points", job, "--sort", "code", "--limit", "1"}).out, "\nP120 "));
+    EXPECT_TRUE(Holds(Run({"points", job, "--descending", "--limit", "1"}).out, "\nP120 "));
+    EXPECT_TRUE(Holds(Run({"points", job, "--limit", "1", "--decimals", "0"}).out, " 2  "));
+    Run({"points", job, "--limit", "0"}, 2);
+}
+
+TEST_F(CqjobProgram, ShowsPointsAsJsonWithEveryDigit) {
+    MakeJob("\"a\\\"\"b\",1.0000000001,2,,\"x\ny\"\n");
+    const std::string out = Run({"points", job, "--json"}).out;
+    EXPECT_TRUE(Holds(out, "\"name\": \"a\\\\\\\"b\""));
+    EXPECT_TRUE(Holds(out, "\"northing\": 1.0000000001,"));
+    EXPECT_TRUE(Holds(out, "\"height\": null,"));
+    EXPECT_TRUE(Holds(out, "\"description\": \"x\\ny\""));
+    EXPECT_TRUE(Holds(out, "\"total\": 1,"));
+}
+
+TEST_F(CqjobProgram, SaysWhatAJobHolds) {
+    MakeJob("A,10,20,3\nB,11,25,3\n");
+    const std::string text = Run({"info", job}).out;
+    EXPECT_TRUE(Holds(text, "Points          2\n"));
+    EXPECT_TRUE(Holds(text, "Easting         20 to 25\n"));
+    EXPECT_TRUE(Holds(text, "Northing        10 to 11\n"));
+    EXPECT_TRUE(Holds(text, "Map scale       1:500\n"));
+    const std::string json = Run({"info", job, "--json"}).out;
+    EXPECT_TRUE(Holds(json, "\"points\": 2,"));
+    EXPECT_TRUE(Holds(json, "\"max_easting\": 25,"));
+    EXPECT_TRUE(Holds(json, "\"name\": \"0\","));
+    const std::string empty = folder.Utf8("empty.job");
+    Run({"new", empty});
+    EXPECT_TRUE(Holds(Run({"info", empty}).out, "Easting         nothing drawn\n"));
+    EXPECT_EQ(Run({"info", empty, "--json"}).out.find("extents"), std::string::npos);
+}
+
+TEST_F(CqjobProgram, ReadingAJobChangesNoByte) {
+    MakeJob("A,10,20,3,x\n");
+    const std::string before = ReadFile(job);
+    Run({"points", job});
+    Run({"info", job});
+    Run({"check", job});
+    Run({"settings", "list", job});
+    Run({"export", job, "-", "--name", "A*"});
+    Run({"info", job, job});
+    Run({"groups", "list", job});
+    Run({"describe", job, "A"});
+    Run({"settings", "export", job, "-"});
+    Run({"image", "info", job});
+    Run({"image", "fetch", job, "-"}, 1);
+    EXPECT_EQ(ReadFile(job), before);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Utf8("")), {}), 1);
+}
+
+TEST_F(CqjobProgram, ChecksAJob) {
+    MakeJob("A,10,20,3\n");
+    EXPECT_TRUE(Holds(Run({"check", job}).out, " checks, 0 wrong\n"));
+    EXPECT_TRUE(Holds(Run({"check", job, "--json"}).out, "\"findings\": []"));
+    EXPECT_TRUE(Holds(Run({"check", WriteFile("note.txt", "no job")}, 1).err, "note.txt"));
+}
+
+TEST_F(CqjobProgram, ExportsWhatAnImportReadsBack) {
+    MakeJob(
+        "P2,10.1,20.25,,TOP WALL 18\" WI\nP10,-0.5,21,3,50\n\"#3\",1,2,3,\"a, "
+        "b\nc\"\n,4,5,6,50,oak\n");
+    const std::string file = folder.Utf8("out.csv");
+    const CqjobRun run = Run({"export", job, file});
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "4 points into " + file + "\n");
+    EXPECT_EQ(ReadFile(file),
+              "Name,Easting,Northing,Height,Code,Description\r\n"
+              ",5,4,6,50,oak\r\n"
+              "\"#3\",2,1,3,0,\"a, b\nc\"\r\n"
+              "P2,20.25,10.1,,0,\"TOP WALL 18\"\" WI\"\r\n"
+              "P10,21,-0.5,3,50,\r\n");
+    for (const std::vector<std::string>& options : std::vector<std::vector<std::string>>{
+             {"--order", "penzcd"},
+             {"--order", "pnezd"},
+             {"--order", "pnezd", "--separator", "tab", "--decimal-comma"},
+             {"--order", "cpnezd", "--separator", "blank"},
+             {"--order", "pnezd", "--separator", "blank"},
+             {"--columns", "desc,code,-,z,e,n,name", "--separator", "semicolon"}}) {
+        std::vector<std::string> out = {"export", job, folder.Utf8("again.csv"), "--force"};
+        out.insert(out.end(), options.begin(), options.end());
+        Run(out);
+        const std::string copy = folder.Utf8("copy.job");
+        std::filesystem::remove(copy);
+        Run({"new", copy});
+        std::vector<std::string> in = {"import", copy, folder.Utf8("again.csv"), "--strict"};
+        in.insert(in.end(), options.begin(), options.end());
+        Run(in);
+        const std::string back = Run({"export", copy, "-"}).out;
+        EXPECT_EQ(back, ReadFile(file)) << testing::PrintToString(options);
+    }
+}
+
+TEST_F(CqjobProgram, ExportOverwritesNothingUnlessForced) {
+    MakeJob("A,1,2,3\n");
+    const std::string file = WriteFile("out.csv", "mine");
+    EXPECT_TRUE(Holds(Run({"export", job, file}, 1).err, "--force"));
+    EXPECT_EQ(ReadFile(file), "mine");
+    Run({"export", job, file, "--force"});
+    EXPECT_TRUE(Holds(ReadFile(file), "A,2,1,3,0,\r\n"));
+}
+
+TEST_F(CqjobProgram, NeverTakesTheJobForATextFile) {
+    MakeJob("A,1,2,3\n");
+    const std::string before = ReadFile(job);
+    const std::string link = folder.Utf8("link.csv");
+    std::filesystem::create_symlink(job, link);
+    Run({"export", job, link, "--force"}, 2);
+    Run({"import", job, link, "--order", "pnezd"}, 2);
+    EXPECT_EQ(ReadFile(job), before);
+}
+
+TEST_F(CqjobProgram, TakesTheCommentMarkAskedFor) {
+    Run({"new", job});
+    const std::string text = "#1,1,2,3\n//2,1,2,3\n";
+    EXPECT_TRUE(Holds(Run({"import", job, "-", "--order", "pnezd", "--comment", "//"}, 0, text).out,
+                      " 1 comment + 0 blank + 1 recorded"));
+    EXPECT_TRUE(
+        Holds(Run({"import", job, "-", "--order", "pnezd", "--comment", "", "--duplicates", "skip"},
+                  0, text)
+                  .out,
+              " 0 comment + 0 blank + 1 recorded + 0 continued + 1 skipped"));
+}
+
+TEST_F(CqjobProgram, ExportsInTheFormAskedFor) {
+    MakeJob(
+        "A,1.26,2,3,Stra\xC3\x9F"
+        "e\n");
+    EXPECT_EQ(Run({"export", job, "-", "--order", "pne", "--decimals", "1"}).out, "A,1.3,2.0\r\n");
+    EXPECT_EQ(Run({"export", job, "-", "--order", "pned", "--code-page", "1252"}).out,
+              "A,1.26,2,Stra\xDF"
+              "e\r\n");
+    EXPECT_EQ(Run({"export", job, "-", "--order", "pne", "--header"}).out,
+              "Name,Northing,Easting\r\nA,1.26,2\r\n");
+    EXPECT_EQ(Run({"export", job, "-", "--no-header"}).out,
+              "A,2,1.26,3,0,Stra\xC3\x9F"
+              "e\r\n");
+    const std::string file = folder.Utf8("out.csv");
+    EXPECT_TRUE(Holds(Run({"export", job, file, "--code-page", "932"}, 1).err, "code page 932"));
+    EXPECT_FALSE(std::filesystem::exists(file));
+    Run({"export", job, file, "--columns", "name,desc,e,n"}, 2);
+    Run({"export", job, file, "--separator", "auto"}, 2);
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST_F(CqjobProgram, ListsGetsAndSetsSettings) {
+    Run({"new", job});
+    EXPECT_TRUE(Holds(Run({"settings", "list", job}).out, "[SETTINGS]\nSiPointSize=5.000\n"));
+    EXPECT_EQ(Run({"settings", "get", job, "settings", "mapscale"}).out, "500\n");
+    Run({"settings", "set", job, "SETTINGS", "Mapscale", "250"});
+    EXPECT_EQ(Run({"settings", "get", job, "SETTINGS", "Mapscale"}).out, "250\n");
+    Run({"settings", "set", job, "BACKGROUND", "EntityColor", "-1"});
+    EXPECT_EQ(Run({"settings", "get", job, "BACKGROUND", "EntityColor"}).out, "-1\n");
+    Run({"settings", "set", job, "MyOffice", "Crew", "\u9053, A. Berg"});
+    EXPECT_EQ(Run({"settings", "get", job, "MyOffice", "Crew"}).out, "\u9053, A. Berg\n");
+    EXPECT_EQ(Run({"settings", "get", job, "MyOffice", "Crew", "--json"}).out,
+              "\"\u9053, A. Berg\"\n");
+    EXPECT_TRUE(Holds(Run({"settings", "list", job, "--json"}).out, "\"Mapscale\": \"250\""));
+    Run({"settings", "set", job, "MyOffice", "Crew", ""});
+    EXPECT_TRUE(Holds(Run({"settings", "get", job, "MyOffice", "Crew"}, 1).err, "Crew"));
+    Run({"settings", "set", job, "SETTINGS", "Mapscale", "big"}, 2);
+    Run({"settings", "set", job, "SETTINGS", "Mapscale"}, 2);
+    Run({"settings", "get", job, "SETTINGS"}, 2);
+    Run({"settings", job}, 2);
+    EXPECT_EQ(Run({"settings", "get", job, "SETTINGS", "Mapscale"}).out, "250\n");
+}
+
+TEST_F(CqjobProgram, AFullDiskForItsResultsIsAFailure) {
+    MakeJob("A,1,2,3\n");
+    EXPECT_TRUE(Holds(Run({"export", job, "/dev/full", "--force"}, 1).err, "/dev/full"));
+}
+
+TEST_F(CqjobProgram, PathsMayHoldAnyCharacter) {
+    const std::string path = folder.Utf8("Stra\u00dfe \u9053 \U0001F332.job");
+    Run({"new", path});
+    EXPECT_TRUE(std::filesystem::exists(path));
+    Run({"import", path, "-", "--order", "pnezd"}, 0, "A,1,2,3\n");
+    EXPECT_TRUE(Holds(Run({"info", path}).out, "Points          1\n"));
+    EXPECT_TRUE(Holds(Run({"info", "a\xFF.job"}, 2).err, "UTF-8"));
+}
+
+}  // namespace
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,115 @@
+#include "cqjob/JobFile.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "cqjob/Failure.h"
+#include "support/TempDir.h"
+
+namespace cqsurvey::cqjob {
+namespace {
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void AddPoint(const std::string& path) {
+    CqSurveyDB db;
+    OpenToWrite(db, path);
+    const double coords[] = {1, 2, 3};
+    ASSERT_NE(db.AddCoordRec(coords, u"A", 0, SurveyCoordType{1}, 0), 0U);
+    db.Close();
+}
+
+int CountPoints(const std::string& path) {
+    CqSurveyDB db;
+    OpenToRead(db, path);
+    return db.GetNumCoordRecs();
+}
+
+TEST(JobFile, CreatesAJobOnlyWhereNothingIs) {
+    const TempDir folder;
+    const std::string path = folder.Utf8("a.job");
+    CreateJob(path, false);
+    EXPECT_EQ(CountPoints(path), 0);
+    AddPoint(path);
+    EXPECT_THROW(CreateJob(path, false), Failure);
+    EXPECT_EQ(CountPoints(path), 1);
+}
+
+TEST(JobFile, ReplacesAJobWhenAskedTo) {
+    const TempDir folder;
+    const std::string path = folder.Utf8("a.job");
+    CreateJob(path, true);
+    AddPoint(path);
+    CreateJob(path, true);
+    EXPECT_EQ(CountPoints(path), 0);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Utf8("")), {}), 1);
+}
+
+TEST(JobFile, ReplacesNothingButAJob) {
+    const TempDir folder;
+    const std::string path = folder.Utf8("thesis.txt");
+    std::ofstream(path) << "years of work";
+    EXPECT_THROW(CreateJob(path, true), Failure);
+    EXPECT_EQ(ReadFile(path), "years of work");
+    std::filesystem::create_directory(folder.Utf8("photos"));
+    EXPECT_THROW(CreateJob(folder.Utf8("photos"), true), Failure);
+    EXPECT_TRUE(std::filesystem::is_directory(folder.Utf8("photos")));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Utf8("")), {}), 2);
+}
+
+TEST(JobFile, DoesNotReplaceAJobThatIsInUse) {
+    const TempDir folder;
+    const std::string path = folder.Utf8("a.job");
+    CreateJob(path, false);
+    CqSurveyDB db;
+    OpenToWrite(db, path);
+    EXPECT_THROW(CreateJob(path, true), Failure);
+    const double coords[] = {1, 2, 3};
+    db.AddCoordRec(coords, u"A", 0, SurveyCoordType{1}, 0);
+    db.Close();
+    EXPECT_EQ(CountPoints(path), 1);
+}
+
+TEST(JobFile, NamesTheJobThatCannotBeOpened) {
+    const TempDir folder;
+    CqSurveyDB db;
+    for (const bool write : {false, true}) {
+        try {
+            write ? OpenToWrite(db, folder.Utf8("missing.job"))
+                  : OpenToRead(db, folder.Utf8("missing.job"));
+            FAIL() << "opened";
+        } catch (const Failure& error) {
+            EXPECT_NE(std::string(error.what()).find("missing.job"), std::string::npos);
+            EXPECT_NE(std::string(error.what()).find("30000009"), std::string::npos);
+        }
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder.Utf8("missing.job")));
+}
+
+TEST(JobFile, TellsPathsToTheSameFile) {
+    const TempDir folder;
+    std::ofstream(folder.Utf8("a")) << "x";
+    std::ofstream(folder.Utf8("b")) << "x";
+    std::filesystem::create_hard_link(folder.Utf8("a"), folder.Utf8("c"));
+    EXPECT_TRUE(IsSameFile(folder.Utf8("a"), folder.Utf8("c")));
+    EXPECT_FALSE(IsSameFile(folder.Utf8("a"), folder.Utf8("b")));
+    EXPECT_FALSE(IsSameFile(folder.Utf8("a"), folder.Utf8("missing")));
+    EXPECT_FALSE(IsSameFile("-", "-"));
+    EXPECT_THROW(RequireOtherFile(folder.Utf8("a"), folder.Utf8("c")), UsageError);
+    EXPECT_NO_THROW(RequireOtherFile(folder.Utf8("a"), folder.Utf8("b")));
+}
+
+TEST(JobFile, APathThatIsNoUtf8IsWrongUsage) {
+    EXPECT_THROW(static_cast<void>(ToJobPath("a\xFF.job")), UsageError);
+    EXPECT_EQ(ToJobPath("\u9053.job"), u"\u9053.job");
+}
+
+}  // namespace
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,62 @@
+#include "cqjob/SettingRules.h"
+
+#include <gtest/gtest.h>
+
+namespace cqsurvey::cqjob {
+namespace {
+
+bool IsGood(std::string_view section, std::string_view key, std::string_view value) {
+    return SettingRules::FindFault(section, key, value).empty();
+}
+
+TEST(SettingRules, TheKeysOfEveryJobTakeTheirRange) {
+    EXPECT_TRUE(IsGood("SETTINGS", "JCoordDivision", "1"));
+    EXPECT_TRUE(IsGood("settings", "jcoorddivision", "19"));
+    EXPECT_FALSE(IsGood("SETTINGS", "JCoordDivision", "0"));
+    EXPECT_FALSE(IsGood("SETTINGS", "JCoordDivision", "20"));
+    EXPECT_TRUE(IsGood("SETTINGS", "Mapscale", "250"));
+    EXPECT_FALSE(IsGood("SETTINGS", "Mapscale", "0"));
+    EXPECT_FALSE(IsGood("SETTINGS", "Mapscale", "2.5"));
+    EXPECT_FALSE(IsGood("SETTINGS", "Mapscale", ""));
+    EXPECT_TRUE(IsGood("SETTINGS", "SiPointSize", "2.5"));
+    EXPECT_FALSE(IsGood("SETTINGS", "SiPointSize", "big"));
+    EXPECT_FALSE(IsGood("SETTINGS", "SiPointSize", "nan"));
+    EXPECT_FALSE(IsGood("SETTINGS", "Version", "2.00"));
+    EXPECT_TRUE(IsGood("BACKGROUND", "EntityColor", "-1"));
+    EXPECT_FALSE(IsGood("BACKGROUND", "EntityColor", "256"));
+    EXPECT_TRUE(IsGood("BACKGROUND", "Brightness", "-255"));
+    EXPECT_FALSE(IsGood("BACKGROUND", "Brightness", "256"));
+    EXPECT_TRUE(IsGood("BACKGROUND", "Contrast", "65000"));
+    EXPECT_FALSE(IsGood("BACKGROUND", "Contrast", "65001"));
+    EXPECT_TRUE(IsGood("BACKGROUND", "BKColor", "4294967295"));
+    EXPECT_FALSE(IsGood("BACKGROUND", "BKColor", "4294967296"));
+}
+
+TEST(SettingRules, OtherKeysTakeAnyTextOfOneLine) {
+    EXPECT_TRUE(IsGood("MyOffice", "Crew", "A. Berg, T. Lund"));
+    EXPECT_TRUE(IsGood("MyOffice", "Crew", ""));
+    EXPECT_TRUE(IsGood("MyOffice", "Formula", "a=b"));
+    EXPECT_TRUE(IsGood("SETTINGS", "Mine", "x"));
+    EXPECT_FALSE(IsGood("MyOffice", "Crew", "a\nb"));
+    EXPECT_FALSE(IsGood("MyOffice", "Crew", " a"));
+    EXPECT_FALSE(IsGood("MyOffice", "a=b", "x"));
+    EXPECT_FALSE(IsGood("MyOffice", "", "x"));
+    EXPECT_FALSE(IsGood("My]Office", "Crew", "x"));
+    EXPECT_FALSE(IsGood("", "Crew", "x"));
+}
+
+TEST(SettingRules, RefusesALineThatWouldBeReadAsASection) {
+    EXPECT_FALSE(IsGood("MyOffice", "Crew", "[a]"));
+    EXPECT_FALSE(IsGood("MyOffice", "Crew[", "a]"));
+    EXPECT_TRUE(IsGood("MyOffice", "Crew", "[a"));
+}
+
+TEST(SettingRules, WritesValuesAsTheLibraryDoes) {
+    EXPECT_EQ(SettingRules::Normalise("SETTINGS", "SiPointSize", "2.5"), "2.500");
+    EXPECT_EQ(SettingRules::Normalise("SETTINGS", "Mapscale", "0250"), "250");
+    EXPECT_EQ(SettingRules::Normalise("BACKGROUND", "BKColor", "4294967295"), "-1");
+    EXPECT_EQ(SettingRules::Normalise("MyOffice", "Crew", "0250"), "0250");
+}
+
+}  // namespace
+}  // namespace cqsurvey::cqjob

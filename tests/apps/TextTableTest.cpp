@@ -1,0 +1,64 @@
+#include "cqjob/TextTable.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "apps/CapturedConsole.h"
+
+namespace cqsurvey::cqjob {
+namespace {
+
+TEST(TextTable, AlignsItsColumns) {
+    CapturedConsole captured;
+    TextTable table(captured.console, {{"Name"}, {"E", true}, {"Text"}});
+    table.Add({"P1", "10.5", "a"});
+    table.Add({"Point 2", "5", ""});
+    table.Finish();
+    EXPECT_EQ(captured.Out(),
+              "Name        E  Text\n"
+              "P1       10.5  a\n"
+              "Point 2     5\n");
+}
+
+TEST(TextTable, CountsPlacesNotBytes) {
+    CapturedConsole captured;
+    TextTable table(captured.console, {{"A"}, {"B"}});
+    table.Add({"\u00e4\u00e4", "x"});
+    table.Add({"\u9053", "x"});
+    table.Add({"\U0001F332", "x"});
+    table.Finish();
+    EXPECT_EQ(captured.Out(), "A   B\n\u00e4\u00e4  x\n\u9053  x\n\U0001F332  x\n");
+}
+
+TEST(TextTable, ShowsControlCharacters) {
+    CapturedConsole captured;
+    TextTable table(captured.console, {{"A"}});
+    table.Add({"a\r\nb"});
+    table.Finish();
+    EXPECT_EQ(captured.Out(), "A\na\\r\\nb\n");
+}
+
+TEST(TextTable, WritesAnyNumberOfRows) {
+    CapturedConsole captured;
+    TextTable table(captured.console, {{"N", true}});
+    for (int i = 0; i < 2500; ++i) {
+        table.Add({std::to_string(i)});
+    }
+    table.Finish();
+    const std::string text = captured.Out();
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2501);
+    EXPECT_NE(text.find("\n2499\n"), std::string::npos);
+    EXPECT_EQ(text.find("N\n"), text.find('N')) << "one heading";
+}
+
+TEST(TextTable, HasAHeadingEvenWithoutRows) {
+    CapturedConsole captured;
+    TextTable table(captured.console, {{"Name"}});
+    table.Finish();
+    EXPECT_EQ(captured.Out(), "Name\n");
+}
+
+}  // namespace
+}  // namespace cqsurvey::cqjob

@@ -1,0 +1,210 @@
+#include "cqsurvey/CqJobCheck.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "cqsurvey/CqSurveyDB.h"
+#include "storage/CqEntityTable.h"
+#include "storage/CqLayerTable.h"
+#include "storage/CqPointTable.h"
+#include "storage/CqTextTable.h"
+#include "storage/CqVertexTable.h"
+#include "storage/Qrfs.h"
+#include "support/Points.h"
+#include "support/TempDir.h"
+
+namespace cqsurvey {
+namespace {
+
+using testing::HasSubstr;
+
+/// A small job of every kind of thing, which a test then damages behind the library's back.
+class JobCheck : public testing::Test {
+ protected:
+    JobCheck() {
+        CqSurveyDB db;
+        db.CreateNew(m_path);
+        const std::array<double, 3> coords{1, 2, 3};
+        AddPoint(db, u"P1", 1, 2);  // point 1, entity 2
+        AddPoint(db, u"P2", 3, 4);  // point 2, entity 3
+        CqCadEntityList* list = db.StartPline(0, 0);
+        db.AddVertex(list, coords.data(), 0);
+        db.AddVertex(list, coords.data(), 0);
+        db.EndPline(list);                     // entities 4, 5, 6
+        db.AddCircle(coords.data(), 1, 0, 0);  // entity 7
+        db.AddText(coords.data(), u"one", 0, 0, u"", 1, 0, 0, 0, 0, 0);
+        db.AddText(coords.data(), u"two", 0, 0, u"", 1, 0, 0, 0, 0, 0);
+        db.AddBitmap(coords.data(), u"tree", CVector(1, 1));
+        db.LinkSiPntAndVertex(2, 5);
+    }
+
+    /// Changes records of one table of the closed job.
+    template <class Table>
+    void Damage(const char16_t* name, const std::function<void(Table&)>& change) {
+        ASSERT_NE(QrfsMount(m_path, u"RAW"), 0);
+        Table table;
+        table.CqDbTable::Open(CString(u"RAW:/") + name);
+        change(table);
+        table.CqDbTable::Close();
+        ASSERT_NE(QrfsUnmount(u"RAW"), 0);
+    }
+
+    [[nodiscard]] std::string Findings() const {
+        CqSurveyDB db(m_path);
+        std::string all;
+        const CqJobCheck check(db);
+        for (const CqJobFinding& finding : check.GetFindings()) {
+            all +=
+                finding.table + " " + std::to_string(finding.record) + ": " + finding.text + "\n";
+        }
+        return all;
+    }
+
+    TempDir m_folder;
+    CString m_path = m_folder.Path(u"a.job");
+};
+
+TEST_F(JobCheck, FindsNothingInASoundJob) {
+    CqSurveyDB db(m_path);
+    const CqJobCheck check(db);
+    EXPECT_EQ(check.GetCount(), 0U);
+    EXPECT_GT(check.GetChecks(), 50U);
+}
+
+TEST_F(JobCheck, FindsNothingInAnEmptyJob) {
+    CqSurveyDB db;
+    db.CreateNew(m_folder.Path(u"b.job"));
+    EXPECT_EQ(CqJobCheck(db).GetCount(), 0U);
+}
+
+TEST_F(JobCheck, FindsAPointWhoseEntityShowsAnother) {
+    Damage<CqPointTable>(u"_PointData", [](CqPointTable& points) {
+        points.GoTo(1);
+        points.Set<"EntityIndex">(CqHandle{3});
+        points.Store();
+    });
+    EXPECT_THAT(Findings(), HasSubstr("_PointData 1: point \"P1\" names entity 3"));
+}
+
+TEST_F(JobCheck, FindsAPointWithAnotherNumber) {
+    Damage<CqPointTable>(u"_PointData", [](CqPointTable& points) {
+        points.GoTo(2);
+        points.Set<"PointNumber">(CqHandle{9});
+        points.Store();
+    });
+    EXPECT_THAT(Findings(), HasSubstr("_PointData 2: its PointNumber is 9"));
+}
+
+TEST_F(JobCheck, FindsAPointNameThatStandsTwice) {
+    Damage<CqPointTable>(u"_PointData", [](CqPointTable& points) {
+        points.GoTo(2);
+        points.Set<"PointName">(CString(u"P1"));
+        points.Store();
+    });
+    EXPECT_THAT(Findings(), HasSubstr("_PointData 2: an earlier point has the name \"P1\" too"));
+}
+
+TEST_F(JobCheck, FindsABrokenLinkBackInTheChain) {
+    Damage<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) { entities.SetPrev(7, 2); });
+    EXPECT_THAT(Findings(), HasSubstr("_EntityData 7: the chain reaches it from 6"));
+}
+
+TEST_F(JobCheck, FindsAChainThatLeavesEntitiesOut) {
+    Damage<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) { entities.SetNext(3, 7); });
+    EXPECT_THAT(Findings(), HasSubstr("the chain holds 6 of 9 entities"));
+}
+
+TEST_F(JobCheck, FindsAChainThatRunsInACircle) {
+    Damage<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) { entities.SetNext(7, 2); });
+    EXPECT_THAT(Findings(), HasSubstr("goes on after as many steps"));
+}
+
+TEST_F(JobCheck, FindsAWrongTail) {
+    Damage<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) { entities.SetPrev(1, 7); });
+    EXPECT_THAT(Findings(), HasSubstr("the chain ends here and not at its tail 7"));
+}
+
+TEST_F(JobCheck, FindsAVertexOfAnotherPolyline) {
+    Damage<CqVertexTable>(u"_VertexData", [](CqVertexTable& vertices) {
+        vertices.First(kRecordOrder);
+        vertices.Set<"PlineIndex">(CqHandle{7});
+        vertices.Store();
+    });
+    EXPECT_THAT(Findings(), HasSubstr("_EntityData 5: the vertex does not follow its polyline"));
+}
+
+TEST_F(JobCheck, FindsALayerThatIsGoneAndAnUnknownType) {
+    Damage<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) {
+        entities.GoTo(7);
+        entities.Set<"LayerIndex">(std::uint16_t{44});
+        entities.Set<"ObjectType">(std::uint16_t{3});
+        entities.Store();
+    });
+    EXPECT_THAT(Findings(), HasSubstr("_EntityData 7: its layer 44 is gone"));
+    EXPECT_THAT(Findings(), HasSubstr("_EntityData 7: it has the unknown type 3"));
+}
+
+TEST_F(JobCheck, FindsATypeRecordThatIsGoneOrShared) {
+    Damage<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) {
+        entities.GoTo(6);
+        entities.Set<"ObjectIndex">(CqHandle{99});
+        entities.Store();
+        entities.GoTo(9);
+        entities.Set<"ObjectIndex">(CqHandle{1});
+        entities.Store();
+    });
+    const std::string findings = Findings();
+    EXPECT_THAT(findings, HasSubstr("_EntityData 6: its record 99 of _VertexData is gone"));
+    EXPECT_THAT(findings, HasSubstr("_TextData 1: more than one entity names it"));
+    EXPECT_THAT(findings, HasSubstr("_TextData 0: 1 of its records belong to no entity"));
+}
+
+TEST_F(JobCheck, FindsATextThatIsGoneOrShared) {
+    Damage<CqTextTable>(u"_TextData", [](CqTextTable& texts) {
+        texts.First(kRecordOrder);
+        const auto shared = texts.Get<"Text">();
+        texts.Next();
+        texts.Set<"Text">(shared);
+        texts.Store();
+    });
+    EXPECT_THAT(Findings(), HasSubstr("_TextData 2: it shares its text with another record"));
+    Damage<CqTextTable>(u"_TextData", [](CqTextTable& texts) {
+        texts.First(kRecordOrder);
+        texts.Set<"Text">(std::uint32_t{999});
+        texts.Store();
+    });
+    EXPECT_THAT(Findings(), HasSubstr("_TextData 1: its text is gone"));
+}
+
+TEST_F(JobCheck, FindsALayerNameThatStandsTwice) {
+    Damage<CqLayerTable>(u"_Layer", [](CqLayerTable& layers) { layers.AppendLayer(u"0", 1, 0); });
+    EXPECT_THAT(Findings(), HasSubstr("_Layer 2: an earlier layer has the name \"0\" too"));
+}
+
+TEST_F(JobCheck, DoesNotMindTheLinkOfADeletedPoint) {
+    CqSurveyDB db(m_path);
+    db.DelCoordRec(u"P1");
+    db.Close();
+    EXPECT_EQ(Findings(), "");
+}
+
+TEST_F(JobCheck, CountsTheFindingsThatItDoesNotKeep) {
+    Damage<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) {
+        for (int found = entities.First(kRecordOrder); found != 0; found = entities.Next()) {
+            entities.Set<"LayerIndex">(std::uint16_t{44});
+            entities.Store();
+        }
+    });
+    CqSurveyDB db(m_path);
+    const CqJobCheck check(db, 2);
+    EXPECT_EQ(check.GetFindings().size(), 2U);
+    EXPECT_EQ(check.GetCount(), 9U);
+}
+
+}  // namespace
+}  // namespace cqsurvey
