@@ -62,7 +62,8 @@ TEST_F(CqjobProgram, TellsItsVersion) {
 
 TEST_F(CqjobProgram, HelpsEverywhereWithAnExample) {
     EXPECT_TRUE(Holds(Run({"--help"}).out, "Example:"));
-    for (const char* command : {"new", "import", "points", "info", "export", "check", "settings"}) {
+    for (const char* command : {"new", "import", "points", "info", "entities", "layers", "plot",
+                                "export", "check", "settings"}) {
         const CqjobRun run = Run({command, "--help"});
         EXPECT_TRUE(Holds(run.out, "Example:\n  cqjob " + std::string(command)));
         EXPECT_EQ(run.err, "");
@@ -70,6 +71,10 @@ TEST_F(CqjobProgram, HelpsEverywhereWithAnExample) {
     for (const char* action : {"list", "get", "set"}) {
         EXPECT_TRUE(Holds(Run({"settings", action, "--help"}).out,
                           "Example:\n  cqjob settings " + std::string(action)));
+    }
+    for (const char* action : {"list", "add", "show", "hide", "color", "line"}) {
+        EXPECT_TRUE(Holds(Run({"layers", action, "--help"}).out,
+                          "Example:\n  cqjob layers " + std::string(action)));
     }
 }
 

@@ -98,16 +98,14 @@ TEST_F(PlotCommand, DrawsArcsAsCurvesOnTheirCircle) {
     const double radius = 20 * kMillimetre;
     const CVector centre = start + CVector(radius, 0);
     CVector from = start;
-    double lowest = start.GetY();
     for (const auto& step : steps) {
         if (step.command == 'C') {
             EXPECT_LT(Stray(from, step.numbers, centre, radius), 0.02);
-            lowest = std::max(lowest, step.numbers[5]);
         }
         const std::size_t count = step.numbers.size();
         from = {step.numbers[count - 2], step.numbers[count - 1]};
     }
-    EXPECT_NEAR(lowest - start.GetY(), radius, 0.02);
+    EXPECT_NEAR(red[0].Box()[3] - start.GetY(), radius, 0.02);
     EXPECT_NEAR(from.GetX() - start.GetX(), 60 * kMillimetre, 0.02);
 }
 
@@ -367,7 +365,7 @@ TEST_F(PlotCommand, WritesAPngOfTheSizeAskedFor) {
     const auto middle = pixel(150, 100);
     const auto above = pixel(150, 99);
     EXPECT_EQ(middle[0], 255);
-    EXPECT_LT(std::min(middle[1], above[1]), 140);
+    EXPECT_LT(std::min(middle[1], above[1]), 200);
     EXPECT_EQ(pixel(150, 90), (std::array<int, 3>{255, 255, 255}));
 }
 
@@ -468,6 +466,7 @@ TEST_F(PlotCommand, RefusesWhatMakesNoSense) {
     Plot("a.svg", {"--extent", "10,0,0,10"}, 2);
     Plot("a.svg", {"--extent", "0,0,nan,10"}, 2);
     Plot("a.svg", {"--scale", "0"}, 2);
+    Plot("a.svg", {"--scale", "nan"}, 2);
     Plot("a.svg", {"--labels", "name,none"}, 2);
     Plot("a.svg", {"--labels", "height,width"}, 2);
     Plot("a.svg", {"--portrait", "--landscape"}, 2);

@@ -29,15 +29,25 @@ class SvgPicture {
                 std::count_if(steps.begin(), steps.end(),
                               [&](const Step& step) { return step.command == command; }));
         }
-        /// The box of all ends: least x and y, largest x and y.
+        /// The box of all ends and of the curves' middles: least x and y, largest x and y.
         [[nodiscard]] std::vector<double> Box() const {
             std::vector<double> box{1e9, 1e9, -1e9, -1e9};
+            const auto add = [&](double x, double y) {
+                box = {std::min(box[0], x), std::min(box[1], y), std::max(box[2], x),
+                       std::max(box[3], y)};
+            };
+            double lastX = 0.0;
+            double lastY = 0.0;
             for (const Step& step : steps) {
-                if (step.numbers.size() >= 2) {
-                    const double x = step.numbers[step.numbers.size() - 2];
-                    const double y = step.numbers.back();
-                    box = {std::min(box[0], x), std::min(box[1], y), std::max(box[2], x),
-                           std::max(box[3], y)};
+                const std::vector<double>& n = step.numbers;
+                if (n.size() == 6) {
+                    add((lastX + 3 * n[0] + 3 * n[2] + n[4]) / 8,
+                        (lastY + 3 * n[1] + 3 * n[3] + n[5]) / 8);
+                }
+                if (n.size() >= 2) {
+                    lastX = n[n.size() - 2];
+                    lastY = n.back();
+                    add(lastX, lastY);
                 }
             }
             return box;
