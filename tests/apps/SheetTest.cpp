@@ -29,7 +29,7 @@ TEST(Scale, IsRoundedUp) {
         const double round = RoundScale(scale);
         EXPECT_GE(round, scale * (1 - 1e-11));
         EXPECT_LE(round, scale * 1.6 + 1e-9);
-        EXPECT_EQ(RoundScale(round), round);
+        EXPECT_DOUBLE_EQ(RoundScale(round), round);
     }
 }
 
