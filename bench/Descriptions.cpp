@@ -10,6 +10,8 @@ namespace cqsurvey::bench {
 
 namespace {
 
+using std::chrono_literals::operator""us;
+
 constexpr std::size_t kReads = 1000;
 
 std::string TextOf(std::size_t place) {
@@ -28,7 +30,6 @@ void Add(benchmark::State& state) {
         wide.push_back(FromUtf8(texts.back()));
     }
     Duel duel(state, size, Clock::Wall);
-    duel.SpeedAtLeast(0.45);
     while (state.KeepRunning()) {
         const ScratchFile job;
         const ScratchFile bareFile;
@@ -73,7 +74,7 @@ void OpenAndRead(benchmark::State& state, bool open) {
     }
     if (open) {
         Duel duel(state, size, Clock::Wall);
-        duel.SpeedAtLeast(0.5);
+        duel.TimeAtMost(2us);
         while (state.KeepRunning()) {
             CqSurveyDB db;
             duel.Round([&] { db.Open(job.Job()); }, [&] { Require(bare.ReadDescriptions() != 0); });
@@ -85,7 +86,6 @@ void OpenAndRead(benchmark::State& state, bool open) {
     auto place = places.begin();
     CString text;
     Duel duel(state, kReads, Clock::Processor);
-    duel.SpeedAtLeast(1);
     while (state.KeepRunning()) {
         const auto end = place + static_cast<std::ptrdiff_t>(kReads);
         duel.Round(

@@ -26,14 +26,17 @@ Duel::~Duel() {
     if (m_ours.empty()) {
         return;
     }
+    const double toItem = 1e9 / static_cast<double>(m_items);
+    m_state.counters["ours_ns"] = Median(m_ours) * toItem;
+    if (m_rival.empty()) {
+        return;
+    }
     std::vector<double> speeds;
     std::vector<double> beyond;
     for (std::size_t i = 0; i < m_ours.size(); ++i) {
         speeds.push_back(m_rival[i] / m_ours[i]);
         beyond.push_back(m_ours[i] - m_rival[i]);
     }
-    const double toItem = 1e9 / static_cast<double>(m_items);
-    m_state.counters["ours_ns"] = Median(m_ours) * toItem;
     m_state.counters["rival_ns"] = Median(m_rival) * toItem;
     m_state.counters["beyond_ns"] = Median(beyond) * toItem;
     m_state.counters["speed"] = Median(speeds);

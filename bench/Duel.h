@@ -42,7 +42,14 @@ class Duel {
         RoundWithSetup([] {}, ours, [] {}, rival);
     }
 
-    /// The same with what must happen before, outside the measured time.
+    /// The library, or what there is to know about the machine, by itself.
+    template <class Ours>
+    void Round(Ours&& ours) {
+        m_ours.push_back(Seconds(ours));
+        m_state.SetIterationTime(m_ours.back());
+    }
+
+    /// Both, with what must happen before, outside the measured time.
     template <class OurSetup, class Ours, class RivalSetup, class Rival>
     void RoundWithSetup(OurSetup&& ourSetup, Ours&& ours, RivalSetup&& rivalSetup, Rival&& rival) {
         double ourTime = 0;

@@ -16,7 +16,7 @@ void Information(benchmark::State& state) {
     const Originals& originals = OriginalsOf(size);
     const CString path = JobPath(originals.job);
     Duel duel(state, 1, Clock::Wall);
-    duel.TimeAtMost(50ms);
+    duel.TimeAtMost(100ms);
     while (state.KeepRunning()) {
         SVDB_INFORMATION information;
         CStringList groups;

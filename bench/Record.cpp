@@ -1,3 +1,6 @@
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "BareStore.h"
 #include "Benchmarks.h"
 #include "Duel.h"
@@ -10,6 +13,22 @@ namespace {
 
 /// Points recorded durably in a round.
 constexpr std::size_t kDurable = 5;
+
+/// What the disk takes for the least that can be durable.
+void SyncPage(benchmark::State& state) {
+    constexpr std::size_t kPage = 4096;
+    const ScratchFile file;
+    const int descriptor = ::open(file.Path().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    const std::vector<char> page(kPage, 'x');
+    Duel duel(state, 1, Clock::Wall);
+    while (state.KeepRunning()) {
+        duel.Round([&] {
+            Require(::pwrite(descriptor, page.data(), kPage, 0) == ssize_t{kPage});
+            Require(::fdatasync(descriptor) == 0);
+        });
+    }
+    ::close(descriptor);
+}
 
 void RecordDurably(benchmark::State& state) {
     const auto size = static_cast<std::size_t>(state.range(0));
@@ -59,6 +78,10 @@ void RecordInBatch(benchmark::State& state) {
 }  // namespace
 
 void RegisterRecord() {
+    benchmark::RegisterBenchmark("A page written and synced", SyncPage)
+        ->Arg(1)
+        ->Iterations(40)
+        ->UseManualTime();
     ForEachSize("Record a point durably", "two inserts, two updates, one commit", RecordDurably,
                 [](int) { return 15; });
     ForEachSize("Record points in a batch", "inserts of 32 rows, one commit", RecordInBatch,

@@ -24,7 +24,6 @@ void RebuildByName(benchmark::State& state) {
     const auto points = Survey(size);
     CqSurveyDB db(JobPath(OriginalsOf(size).job));
     Duel duel(state, size, Clock::Processor);
-    duel.SpeedAtLeast(1);
     while (state.KeepRunning()) {
         duel.Round(
             [&] { Require(db.SetSortCoordSetting(kByName, kAscending, {}) == state.range(0)); },
@@ -45,7 +44,6 @@ void RebuildByCode(benchmark::State& state) {
     const auto points = Survey(size);
     CqSurveyDB db(JobPath(OriginalsOf(size).job));
     Duel duel(state, size, Clock::Processor);
-    duel.SpeedAtLeast(1);
     while (state.KeepRunning()) {
         duel.Round(
             [&] { Require(db.SetSortCoordSetting(kByCode, kAscending, {}) == state.range(0)); },

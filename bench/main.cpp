@@ -1,4 +1,5 @@
 #include <benchmark/benchmark.h>
+#include <sqlite3.h>
 
 #include <array>
 #include <cmath>
@@ -66,7 +67,8 @@ class TableReporter : public benchmark::ConsoleReporter {
     }
 
     void Finalize() override {
-        std::cout << "| | Size | CqSurvey | Beside it | Speed against that | Goal |\n"
+        std::cout << "SQLite " << sqlite3_libversion()
+                  << ".\n\n| | Size | CqSurvey | Beside it | Speed against that | Goal |\n"
                   << "|---|--:|--:|---|--:|---|\n"
                   << m_rows << std::flush;
     }
@@ -86,6 +88,9 @@ class TableReporter : public benchmark::ConsoleReporter {
             return start + Rounded(value("bytes")) + " bytes | " + run.report_label +
                    " | | at most " + Rounded(value("goal_bytes")) + " bytes" +
                    Verdict(value("bytes") <= value("goal_bytes")) + " |\n";
+        }
+        if (!run.counters.contains("rival_ns")) {
+            return start + Time(value("ours_ns")) + " | | | |\n";
         }
         return start + Time(value("ours_ns")) + " | " + run.report_label + ": " +
                Time(value("rival_ns")) + " | " + Rounded(value("speed")) + " | " + Goal(value) +

@@ -70,6 +70,7 @@ class RecordTable {
             LoadAll();
         }
     }
+    [[nodiscard]] std::int32_t CountRows();
     void LoadAll();
     void LoadRows();
     void LoadHighest();
