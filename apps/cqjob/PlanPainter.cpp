@@ -415,7 +415,13 @@ void PlanPainter::DrawImage() {
         cairo_translate(m_context, -0.5 * cairo_image_surface_get_width(surface.get()),
                         -0.5 * cairo_image_surface_get_height(surface.get()));
         cairo_set_source_surface(m_context, surface.get(), 0.0, 0.0);
-        cairo_paint(m_context);
+        if (cairo_surface_get_type(cairo_get_target(m_context)) == CAIRO_SURFACE_TYPE_IMAGE) {
+            // Without this the outermost pixels fade into nothing.
+            cairo_pattern_set_extend(cairo_get_source(m_context), CAIRO_EXTEND_PAD);
+        }
+        cairo_rectangle(m_context, 0.0, 0.0, cairo_image_surface_get_width(surface.get()),
+                        cairo_image_surface_get_height(surface.get()));
+        cairo_fill(m_context);
         cairo_restore(m_context);
         return;
     }

@@ -196,6 +196,10 @@ class PlotCommand : public Command {
             request.paper = m_landscape ? PaperSize{paper->height, paper->width} : *paper;
             request.turns = !m_landscape && !m_portrait;
         }
+        // The ranges let through what is no number.
+        if (std::isnan(m_scale) || std::isnan(m_dpi) || std::isnan(m_choice.labelHeight)) {
+            throw UsageError("--scale, --dpi and --label-height take numbers");
+        }
         if (m_command->count("--scale") > 0) {
             request.scale = m_scale;
         }

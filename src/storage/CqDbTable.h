@@ -37,7 +37,8 @@ class CqDbTable {
     virtual void DefineFields() = 0;
 
     int Append(const void* record);
-    /// Appends a record, which becomes the current one and counts as loaded, and returns its handle.
+    /// Appends a record, which becomes the current one and counts as loaded, and returns its
+    /// handle.
     CqHandle AppendCurrent(const void* record);
     void SetIndex(std::int32_t index);
     /// Throws 0x31000003 when there is no such record.

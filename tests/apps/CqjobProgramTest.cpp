@@ -20,8 +20,9 @@ TEST_F(CqjobProgram, TellsItsVersion) {
 
 TEST_F(CqjobProgram, HelpsEverywhereWithAnExample) {
     EXPECT_TRUE(Holds(Run({"--help"}).out, "Example:"));
-    for (const char* command : {"new", "import", "points", "edit", "delete", "describe", "groups",
-                                "info", "export", "check", "settings", "image"}) {
+    for (const char* command :
+         {"new", "import", "points", "edit", "delete", "describe", "groups", "info", "entities",
+          "layers", "plot", "export", "check", "settings", "image"}) {
         const CqjobRun run = Run({command, "--help"});
         EXPECT_TRUE(Holds(run.out, "Example:\n  cqjob " + std::string(command)));
         EXPECT_EQ(run.err, "");
@@ -36,6 +37,10 @@ TEST_F(CqjobProgram, HelpsEverywhereWithAnExample) {
             EXPECT_TRUE(Holds(Run({command, word, "--help"}).out,
                               "Example:\n  cqjob " + command + " " + word));
         }
+    }
+    for (const char* action : {"list", "add", "show", "hide", "color", "line"}) {
+        EXPECT_TRUE(Holds(Run({"layers", action, "--help"}).out,
+                          "Example:\n  cqjob layers " + std::string(action)));
     }
 }
 

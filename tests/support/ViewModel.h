@@ -189,16 +189,11 @@ class ViewDice {
     }
 
     [[nodiscard]] CString Name() {
-        static const std::vector<CString> prefixes{u"",       u"",
-                                                   u"P",      u"P",
-                                                   u"p",      u"A",
-                                                   u"AB",     u"ABC",
-                                                   u"ABCD",   u"ABCDE",
-                                                   u"ABCD1E", u"ABCDEFGH",
-                                                   u"TREE-",  u"TREE.",
-                                                   u"\u00E9", u"\U0001F333",
-                                                   u"\uFFFF", u"ABCDEFGHIJKLM",
-                                                   u"1A",     u"P0P"};
+        static const std::vector<CString> prefixes{
+            u"",      u"",      u"P",      u"P",          u"p",      u"A",
+            u"AB",    u"ABC",   u"ABCD",   u"ABCDE",      u"ABCD1E", u"ABCDEFGH",
+            u"TREE-", u"TREE.", u"\u00E9", u"\U0001F333", u"\uFFFF", u"ABCDEFGHIJKLM",
+            u"1A",    u"P0P"};
         static const std::vector<CString> numbers{
             u"",    u"",   u"0",          u"00",         u"1",           u"01",
             u"001", u"10", u"2147483647", u"2147483648", u"99999999999", u"4294967297"};

@@ -1,0 +1,479 @@
+#include <cairo.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <memory>
+
+#include "apps/RunCqjob.h"
+#include "cqjob/Cairo.h"
+#include "support/Drawing.h"
+#include "support/SvgPicture.h"
+#include "support/TempDir.h"
+
+namespace cqsurvey::cqjob {
+namespace {
+
+constexpr double kMillimetre = 72.0 / 25.4;
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+const std::string kRed = "rgb(100%,0%,0%)";
+const std::string kBlue = "rgb(0%,0%,100%)";
+const std::string kBlack = "rgb(0%,0%,0%)";
+
+class PlotCommand : public testing::Test {
+ protected:
+    PlotCommand() : job(folder.Utf8("site.job")) { db.CreateNew(FromUtf8(job)); }
+
+    /// Runs the program on the job as it is now.
+    CqjobRun Plot(const std::string& file, std::vector<std::string> options = {}, int status = 0) {
+        db.Close();
+        options.insert(options.begin(), {"plot", job, folder.Utf8(file)});
+        CqjobRun run = RunCqjob(options);
+        EXPECT_EQ(run.status, status) << run.err;
+        EXPECT_EQ(run.out, "");
+        return run;
+    }
+
+    std::string Read(const std::string& file) const {
+        std::ifstream stream(folder.Utf8(file), std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    /// The picture of the drawing alone: no labels, no grid.
+    SvgPicture Svg(std::vector<std::string> options = {}) {
+        options.insert(options.end(), {"--no-grid", "--force"});
+        Plot("a.svg", options);
+        return SvgPicture(Read("a.svg"));
+    }
+
+    TempDir folder;
+    std::string job;
+    CqSurveyDB db;
+};
+
+bool Has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+/// How far the curve's middle is from the circle.
+double Stray(const CVector& from, const std::vector<double>& c, const CVector& centre,
+             double radius) {
+    const CVector middle((from.GetX() + 3 * c[0] + 3 * c[2] + c[4]) / 8,
+                         (from.GetY() + 3 * c[1] + 3 * c[3] + c[5]) / 8);
+    return std::fabs((middle - centre).UNorm() - radius);
+}
+
+TEST_F(PlotCommand, DrawsLinesToScaleWithNorthUp) {
+    db.SetCurrentColor(1);
+    DrawLine(db, {{1000, 2000}, {1040, 2000}, {1040, 2030}});
+    const SvgPicture picture = Svg({"--paper", "A4", "--portrait", "--scale", "500"});
+    EXPECT_NEAR(picture.width, 210 * kMillimetre, 1e-3);
+    EXPECT_NEAR(picture.height, 297 * kMillimetre, 1e-3);
+    const auto red = picture.WithStroke(kRed);
+    ASSERT_EQ(red.size(), 1U);
+    ASSERT_EQ(red[0].steps.size(), 3U);
+    EXPECT_EQ(red[0].dashes, "");
+    const auto at = [&](std::size_t i, std::size_t k) { return red[0].steps[i].numbers[k]; };
+    EXPECT_NEAR(at(1, 0) - at(0, 0), 80 * kMillimetre, 0.01);
+    EXPECT_NEAR(at(1, 1) - at(0, 1), 0.0, 0.01);
+    EXPECT_NEAR(at(2, 1) - at(1, 1), -60 * kMillimetre, 0.01);
+    EXPECT_NEAR((at(0, 0) + at(1, 0)) / 2, 105 * kMillimetre, 0.01);
+}
+
+TEST_F(PlotCommand, DrawsArcsAsCurvesOnTheirCircle) {
+    db.SetCurrentColor(1);
+    // A half circle about (10, 0) below its chord, then a straight piece.
+    DrawLine(db, {{0, 0, 1.0}, {20, 0}, {30, 0}});
+    const auto red = Svg({"--scale", "500", "--portrait"}).WithStroke(kRed);
+    ASSERT_EQ(red.size(), 1U);
+    const auto& steps = red[0].steps;
+    EXPECT_GE(red[0].Count('C'), 2U);
+    EXPECT_EQ(steps.front().command, 'M');
+    EXPECT_EQ(steps.back().command, 'L');
+    const CVector start(steps[0].numbers[0], steps[0].numbers[1]);
+    const double radius = 20 * kMillimetre;
+    const CVector centre = start + CVector(radius, 0);
+    CVector from = start;
+    for (const auto& step : steps) {
+        if (step.command == 'C') {
+            EXPECT_LT(Stray(from, step.numbers, centre, radius), 0.02);
+        }
+        const std::size_t count = step.numbers.size();
+        from = {step.numbers[count - 2], step.numbers[count - 1]};
+    }
+    EXPECT_NEAR(red[0].Box()[3] - start.GetY(), radius, 0.02);
+    EXPECT_NEAR(from.GetX() - start.GetX(), 60 * kMillimetre, 0.02);
+}
+
+TEST_F(PlotCommand, DrawsAnArcClockwiseWhenTheBulgeIsNegative) {
+    db.SetCurrentColor(1);
+    DrawLine(db, {{0, 0, -1.0}, {20, 0}});
+    const auto red = Svg({"--scale", "500"}).WithStroke(kRed);
+    ASSERT_EQ(red.size(), 1U);
+    const auto box = red[0].Box();
+    EXPECT_NEAR(red[0].steps.front().numbers[1] - box[1], 20 * kMillimetre, 0.02);
+    EXPECT_NEAR(box[3], red[0].steps.front().numbers[1], 0.02);
+}
+
+TEST_F(PlotCommand, DrawsCirclesInTheirColoursAndLineTypes) {
+    db.AddLayer(u"Blue", 5, 1);
+    db.SetCurrentLayer(u"Blue");
+    DrawCircle(db, 0, 0, 10, 256);
+    db.SetCurrentColor(1);
+    DrawCircle(db, 30, 0, 5, 0);
+    const SvgPicture picture = Svg({"--scale", "1000"});
+    const auto blue = picture.WithStroke(kBlue);
+    const auto red = picture.WithStroke(kRed);
+    ASSERT_EQ(blue.size(), 1U);
+    ASSERT_EQ(red.size(), 1U);
+    EXPECT_NE(blue[0].dashes, "");
+    EXPECT_EQ(red[0].dashes, "");
+    EXPECT_GE(blue[0].Count('C'), 4U);
+    EXPECT_EQ(blue[0].Count('L'), 0U);
+    EXPECT_NEAR(blue[0].Box()[2] - blue[0].Box()[0], 20 * kMillimetre, 0.02);
+    EXPECT_NEAR(red[0].Box()[3] - red[0].Box()[1], 10 * kMillimetre, 0.02);
+}
+
+TEST_F(PlotCommand, DrawsASymbolForEachPointInTheSizeOfTheSettings) {
+    db.SetSiPointSize(9.0);
+    db.SetCurrentColor(1);
+    for (int i = 0; i < 300; ++i) {
+        DrawPoint(db, u"", i % 20, i / 20);
+    }
+    const auto red = Svg({"--labels", "none"}).WithStroke(kRed);
+    std::size_t arms = 0;
+    for (const auto& path : red) {
+        arms += path.Count('L');
+        EXPECT_EQ(path.Count('L'), path.Count('M'));
+        const auto& steps = path.steps;
+        EXPECT_NEAR(steps[1].numbers[0] - steps[0].numbers[0], 9.0, 0.01);
+    }
+    EXPECT_EQ(arms, 600U);
+}
+
+TEST_F(PlotCommand, LabelsPointsAsAsked) {
+    db.SetCurrentColor(1);
+    DrawPoint(db, u"ABC", 0, 0, 12.345, 77);
+    DrawPoint(db, u"DE", 20, 0, kNaN, 0);
+    const auto letters = [&](const char* labels) {
+        return Svg({"--labels", labels}).WithFill(kRed).size();
+    };
+    EXPECT_EQ(Svg().WithFill(kRed).size(), 5U);
+    EXPECT_EQ(letters("name"), 5U);
+    EXPECT_EQ(letters("height"), 5U);
+    EXPECT_EQ(letters("code"), 2U);
+    EXPECT_EQ(letters("name,height,code"), 12U);
+    EXPECT_EQ(letters("none"), 0U);
+}
+
+TEST_F(PlotCommand, LeavesOutLabelsThatFindNoRoomUnlessAskedForAll) {
+    db.SetCurrentColor(1);
+    for (int i = 0; i < 30; ++i) {
+        DrawPoint(db, u"P" + FromUtf8(std::to_string(100 + i)), 5, 5);
+    }
+    const CqjobRun run = Plot("b.svg");
+    EXPECT_TRUE(Has(run.err, "no room for ")) << run.err;
+    EXPECT_LT(Svg().WithFill(kRed).size(), 15U * 4U);
+    EXPECT_EQ(Svg({"--all-labels"}).WithFill(kRed).size(), 30U * 4U);
+}
+
+TEST_F(PlotCommand, DrawsTextsAlignedAndTurned) {
+    db.SetCurrentColor(1);
+    DrawText(db, u"HHHH", 0, 0, 5.0);
+    db.SetCurrentColor(5);
+    DrawText(db, u"HHHH", 0, 0, 5.0, 90.0, 2, 0);
+    DrawCircle(db, 0, 0, 1.0);
+    const SvgPicture picture = Svg({"--scale", "500"});
+    const auto circle = picture.WithStroke(kBlue).at(0).Box();
+    const CVector at((circle[0] + circle[2]) / 2, (circle[1] + circle[3]) / 2);
+    const auto red = picture.WithFill(kRed);
+    ASSERT_EQ(red.size(), 4U);
+    EXPECT_NEAR(red[0].x, at.GetX(), 0.1);
+    EXPECT_NEAR(red[0].y, at.GetY(), 0.1);
+    EXPECT_NEAR(red[3].y, at.GetY(), 0.1);
+    const double advance = red[1].x - red[0].x;
+    // Capitals of 10 mm are about as far apart as they are high.
+    EXPECT_NEAR(advance, 10 * kMillimetre, 3 * kMillimetre);
+    const auto blue = picture.WithFill(kBlue);
+    ASSERT_EQ(blue.size(), 4U);
+    EXPECT_NEAR(blue[0].x, at.GetX(), 0.1);
+    EXPECT_NEAR(blue[0].y, at.GetY() + 4 * advance, 0.5);
+    EXPECT_NEAR(blue[3].y, at.GetY() + advance, 0.5);
+}
+
+TEST_F(PlotCommand, DrawsBitmapsAsFramesWithTheirNames) {
+    db.SetCurrentColor(1);
+    DrawBitmap(db, u"tree", 0, 0, 20.0);
+    const SvgPicture picture = Svg({"--scale", "500"});
+    const auto red = picture.WithStroke(kRed);
+    ASSERT_EQ(red.size(), 1U);
+    const auto box = red[0].Box();
+    EXPECT_NEAR(box[2] - box[0], 40 * kMillimetre, 0.02);
+    EXPECT_NEAR(box[3] - box[1], 40 * kMillimetre, 0.02);
+    EXPECT_EQ(red[0].steps.front().numbers[1], box[3]);
+    EXPECT_EQ(picture.WithFill(kRed).size(), 4U);
+}
+
+TEST_F(PlotCommand, DrawsWhatLayersShow) {
+    db.AddLayer(u"A", 1, 0);
+    db.AddLayer(u"B", 5, 0);
+    db.SetCurrentLayer(u"A");
+    DrawCircle(db, 0, 0, 5);
+    db.SetCurrentLayer(u"B");
+    DrawCircle(db, 0, 0, 5);
+    EXPECT_EQ(Svg().WithStroke(kRed).size(), 1U);
+    const SvgPicture onlyB = Svg({"--layers", "B"});
+    EXPECT_TRUE(onlyB.WithStroke(kRed).empty());
+    EXPECT_EQ(onlyB.WithStroke(kBlue).size(), 1U);
+    EXPECT_EQ(RunCqjob({"layers", "hide", job, "B"}).status, 0);
+    EXPECT_TRUE(Svg().WithStroke(kBlue).empty());
+    EXPECT_TRUE(Has(Plot("c.svg", {"--layers", "C"}, 1).err, "there is no layer \"C\""));
+    EXPECT_FALSE(std::filesystem::exists(folder.Utf8("c.svg")));
+}
+
+TEST_F(PlotCommand, RespectsTheForcedColourAndTheBackgroundColour) {
+    DrawCircle(db, 0, 0, 5);
+    db.SetDrawingForceMonotone(5);
+    db.SetBackgroundColor(0);
+    const SvgPicture picture = Svg();
+    EXPECT_EQ(picture.WithStroke(kBlue).size(), 1U);
+    ASSERT_FALSE(picture.paths.empty());
+    // Frame and title are white where the paper is black.
+    EXPECT_FALSE(picture.WithStroke("rgb(100%,100%,100%)").empty());
+    EXPECT_TRUE(picture.WithStroke(kBlack).empty());
+}
+
+TEST_F(PlotCommand, DrawsThePartAskedFor) {
+    db.SetCurrentColor(1);
+    DrawCircle(db, 0, 0, 5);
+    DrawCircle(db, 1000, 0, 5);
+    EXPECT_EQ(Svg().WithStroke(kRed).size(), 2U);
+    const auto red = Svg({"--extent", "-10,-10,10,10"}).WithStroke(kRed);
+    ASSERT_EQ(red.size(), 1U);
+    EXPECT_GT(red[0].Box()[2] - red[0].Box()[0], 50 * kMillimetre);
+}
+
+TEST_F(PlotCommand, KeepsMillimetresFarFromTheOrigin) {
+    const double far = 7654321.0;
+    db.SetCurrentColor(1);
+    DrawLine(db, {{far, far}, {far + 0.013, far + 0.007}, {far + 0.02, far}});
+    const auto red = Svg({"--scale", "1"}).WithStroke(kRed);
+    ASSERT_EQ(red.size(), 1U);
+    const auto& steps = red[0].steps;
+    EXPECT_NEAR(steps[1].numbers[0] - steps[0].numbers[0], 13 * kMillimetre, 0.02);
+    EXPECT_NEAR(steps[1].numbers[1] - steps[0].numbers[1], -7 * kMillimetre, 0.02);
+}
+
+TEST_F(PlotCommand, DrawsLinesAndArcsThatReachFarOutOfThePage) {
+    db.SetCurrentColor(1);
+    DrawLine(db, {{-1e9, 3}, {1e9, 3}});
+    db.SetCurrentColor(5);
+    DrawCircle(db, 0, -1e7, 1e7);
+    const SvgPicture picture = Svg({"--extent", "-10,-10,10,10"});
+    const auto red = picture.WithStroke(kRed);
+    const auto blue = picture.WithStroke(kBlue);
+    ASSERT_EQ(red.size(), 1U);
+    ASSERT_FALSE(blue.empty());
+    EXPECT_LT(red[0].Box()[0], 0.0);
+    EXPECT_GT(red[0].Box()[2], picture.width);
+    EXPECT_LT(red[0].Box()[2], 1e5);
+    // The circle's top is 3 m below the line: what is seen of it is nearly straight.
+    bool passes = false;
+    for (const auto& path : blue) {
+        passes = passes || (path.Box()[0] < 0.0 && path.Box()[2] > picture.width &&
+                            path.Box()[1] > red[0].Box()[1]);
+    }
+    EXPECT_TRUE(passes);
+}
+
+TEST_F(PlotCommand, AnEmptyJobIsASheetThatSaysSo) {
+    const CqjobRun run = Plot("a.svg");
+    EXPECT_TRUE(Has(run.err, "nothing to draw")) << run.err;
+    const SvgPicture picture(Read("a.svg"));
+    EXPECT_FALSE(picture.paths.empty());
+    EXPECT_GT(picture.glyphs.size(), 20U);
+}
+
+TEST_F(PlotCommand, ASinglePointIsInTheMiddle) {
+    db.SetCurrentColor(1);
+    DrawPoint(db, u"A", 5000000.25, -3.0, kNaN);
+    const SvgPicture picture = Svg({"--portrait"});
+    const auto red = picture.WithStroke(kRed);
+    ASSERT_EQ(red.size(), 1U);
+    EXPECT_NEAR((red[0].Box()[0] + red[0].Box()[2]) / 2, 105 * kMillimetre, 0.01);
+}
+
+TEST_F(PlotCommand, SaysWhatHasNoPlace) {
+    DrawPoint(db, u"A", kNaN, kNaN);
+    DrawPoint(db, u"B", 1, 1);
+    EXPECT_TRUE(Has(Plot("a.svg").err, "1 object without a finite place")) << "err";
+}
+
+TEST_F(PlotCommand, HasAScaleBarANorthArrowAndATitle) {
+    DrawLine(db, {{0, 0}, {40, 30}});
+    const SvgPicture with = Svg({"--paper", "A4", "--portrait"});
+    const SvgPicture without = Svg({"--size", "200x150"});
+    // Frames, the bar's four parts and the arrow's two halves are drawn in the ink.
+    EXPECT_GE(with.WithStroke(kBlack).size(), 8U);
+    EXPECT_EQ(without.WithStroke(kBlack).size(), 1U);
+    EXPECT_GT(with.WithFill(kBlack).size(), 30U);
+    EXPECT_TRUE(without.glyphs.empty());
+    // One part of the bar is 5 m: 10 mm at 1 : 500.
+    std::size_t parts = 0;
+    for (const auto& path : with.paths) {
+        const auto box = path.Box();
+        parts += path.stroke == kBlack && std::fabs(box[2] - box[0] - 10 * kMillimetre) < 0.05 &&
+                         std::fabs(box[3] - box[1] - 1.6 * kMillimetre) < 0.05
+                     ? 1U
+                     : 0U;
+    }
+    EXPECT_EQ(parts, 4U);
+}
+
+TEST_F(PlotCommand, WritesAPdfOfOnePage) {
+    DrawLine(db, {{0, 0, 0.5}, {40, 30}});
+    DrawPoint(db, u"A", 3, 3);
+    Plot("a.pdf", {"--paper", "A3", "--landscape", "--scale", "500"});
+    const std::string pdf = Read("a.pdf");
+    EXPECT_EQ(pdf.substr(0, 5), "%PDF-");
+    EXPECT_TRUE(Has(pdf, "/Count 1\n") || Has(pdf, "/Count 1 ")) << pdf.size();
+    // A3 lying is 420 x 297 mm.
+    EXPECT_TRUE(Has(pdf, "1190.5")) << "the page's width in points";
+}
+
+TEST_F(PlotCommand, WritesAPngOfTheSizeAskedFor) {
+    db.SetCurrentColor(1);
+    DrawLine(db, {{-30, 0}, {30, 0}});
+    DrawLine(db, {{-30, -20}, {30, -20}, {30, 20}, {-30, 20}, {-30, -20}});
+    Plot("a.png", {"--size", "301x200", "--no-grid"});
+    const CairoSurfacePtr surface(
+        cairo_image_surface_create_from_png(folder.Utf8("a.png").c_str()));
+    ASSERT_EQ(cairo_surface_status(surface.get()), CAIRO_STATUS_SUCCESS);
+    ASSERT_EQ(cairo_image_surface_get_width(surface.get()), 301);
+    ASSERT_EQ(cairo_image_surface_get_height(surface.get()), 200);
+    const unsigned char* data = cairo_image_surface_get_data(surface.get());
+    const auto pixel = [&](int x, int y) {
+        const unsigned char* at = data + y * cairo_image_surface_get_stride(surface.get()) + x * 4;
+        return std::array<int, 3>{at[2], at[1], at[0]};
+    };
+    EXPECT_EQ(pixel(0, 0), (std::array<int, 3>{255, 255, 255}));
+    // The line in the middle is about a pixel wide and lies between two rows.
+    const auto middle = pixel(150, 100);
+    const auto above = pixel(150, 99);
+    EXPECT_EQ(middle[0], 255);
+    EXPECT_LT(std::min(middle[1], above[1]), 200);
+    EXPECT_EQ(pixel(150, 90), (std::array<int, 3>{255, 255, 255}));
+}
+
+TEST_F(PlotCommand, PngOnPaperHasTheDotsAskedFor) {
+    Plot("a.png", {"--paper", "A5", "--portrait", "--dpi", "100"});
+    const CairoSurfacePtr surface(
+        cairo_image_surface_create_from_png(folder.Utf8("a.png").c_str()));
+    EXPECT_EQ(cairo_image_surface_get_width(surface.get()), 583);
+    EXPECT_EQ(cairo_image_surface_get_height(surface.get()), 827);
+}
+
+TEST_F(PlotCommand, DrawsTheBackgroundImageWhereItIsPlaced) {
+    const CairoSurfacePtr image(cairo_image_surface_create(CAIRO_FORMAT_RGB24, 2, 1));
+    {
+        const CairoPtr context(cairo_create(image.get()));
+        cairo_set_source_rgb(context.get(), 0.0, 0.0, 1.0);
+        cairo_paint(context.get());
+        cairo_set_source_rgb(context.get(), 1.0, 0.0, 0.0);
+        cairo_rectangle(context.get(), 0.0, 0.0, 1.0, 1.0);
+        cairo_fill(context.get());
+    }
+    ASSERT_EQ(cairo_surface_write_to_png(image.get(), folder.Utf8("in.png").c_str()),
+              CAIRO_STATUS_SUCCESS);
+    ASSERT_EQ(db.StoreBackgroundImageFile(folder.Path(u"in.png"), 1, {0, 0}, {40, 20}, 0.0), 1);
+    Plot("a.png", {"--size", "300x300", "--no-grid", "--extent", "-20,-20,20,20"});
+    const CairoSurfacePtr surface(
+        cairo_image_surface_create_from_png(folder.Utf8("a.png").c_str()));
+    const unsigned char* data = cairo_image_surface_get_data(surface.get());
+    const auto pixel = [&](int x, int y) {
+        const unsigned char* at = data + y * cairo_image_surface_get_stride(surface.get()) + x * 4;
+        return std::array<int, 3>{at[2], at[1], at[0]};
+    };
+    EXPECT_EQ(pixel(60, 150), (std::array<int, 3>{255, 0, 0}));
+    EXPECT_EQ(pixel(240, 150), (std::array<int, 3>{0, 0, 255}));
+    EXPECT_EQ(pixel(150, 40), (std::array<int, 3>{255, 255, 255}));
+}
+
+TEST_F(PlotCommand, DrawsTheFrameOfABackgroundImageItCannotDecode) {
+    std::ofstream(folder.Utf8("in.bmp"), std::ios::binary) << "BM no picture";
+    ASSERT_EQ(db.StoreBackgroundImageFile(folder.Path(u"in.bmp"), 1, {0, 0}, {40, 20}, 0.0), 1);
+    const CqjobRun run = Plot("a.svg", {"--scale", "500", "--no-grid"});
+    EXPECT_TRUE(Has(run.err, "the background image is no PNG")) << run.err;
+    const SvgPicture picture(Read("a.svg"));
+    std::size_t frames = 0;
+    for (const auto& path : picture.paths) {
+        const auto box = path.Box();
+        frames += !path.dashes.empty() && std::fabs(box[2] - box[0] - 80 * kMillimetre) < 0.05 &&
+                          std::fabs(box[3] - box[1] - 40 * kMillimetre) < 0.05
+                      ? 1U
+                      : 0U;
+    }
+    EXPECT_EQ(frames, 1U);
+    EXPECT_EQ(picture.images, 0);
+}
+
+TEST_F(PlotCommand, NeverOverwritesUnlessForced) {
+    DrawPoint(db, u"A", 1, 1);
+    std::ofstream(folder.Utf8("a.svg")) << "mine";
+    EXPECT_TRUE(Has(Plot("a.svg", {}, 1).err, "--force"));
+    EXPECT_EQ(Read("a.svg"), "mine");
+    Plot("a.svg", {"--force"});
+    EXPECT_TRUE(Has(Read("a.svg"), "<svg"));
+}
+
+TEST_F(PlotCommand, NeverDrawsOverTheJob) {
+    db.Close();
+    const CqjobRun run = RunCqjob({"plot", job, job, "--format", "svg", "--force"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_TRUE(Has(run.err, "is the job itself"));
+    db.Open(FromUtf8(job));
+}
+
+TEST_F(PlotCommand, WritesToStandardOutput) {
+    DrawPoint(db, u"A", 1, 1);
+    db.Close();
+    const CqjobRun run = RunCqjob({"plot", job, "-", "--format", "svg"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(Has(run.out, "</svg>"));
+}
+
+TEST_F(PlotCommand, LeavesTheJobAsItIs) {
+    DrawPoint(db, u"A", 1, 1);
+    db.Close();
+    const std::string before = Read("site.job");
+    Plot("a.svg");
+    EXPECT_EQ(Read("site.job"), before);
+}
+
+TEST_F(PlotCommand, RefusesWhatMakesNoSense) {
+    DrawPoint(db, u"A", 1, 1);
+    Plot("a.txt", {}, 2);
+    Plot("a", {}, 2);
+    Plot("a.svg", {"--paper", "A9"}, 2);
+    Plot("a.svg", {"--size", "100"}, 2);
+    Plot("a.svg", {"--size", "0x100"}, 2);
+    Plot("a.svg", {"--size", "100x100", "--paper", "A4"}, 2);
+    Plot("a.svg", {"--extent", "0,0,10"}, 2);
+    Plot("a.svg", {"--extent", "10,0,0,10"}, 2);
+    Plot("a.svg", {"--extent", "0,0,nan,10"}, 2);
+    Plot("a.svg", {"--scale", "0"}, 2);
+    Plot("a.svg", {"--scale", "nan"}, 2);
+    Plot("a.svg", {"--labels", "name,none"}, 2);
+    Plot("a.svg", {"--labels", "height,width"}, 2);
+    Plot("a.svg", {"--portrait", "--landscape"}, 2);
+    Plot("a.png", {"--paper", "A0", "--dpi", "2400"}, 2);
+    Plot("no/such/folder.svg", {}, 1);
+    EXPECT_FALSE(std::filesystem::exists(folder.Utf8("a.svg")));
+}
+
+}  // namespace
+}  // namespace cqsurvey::cqjob
