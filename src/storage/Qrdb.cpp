@@ -111,11 +111,12 @@ int QrdbAppendRecord(std::uint32_t table, const void* record) {
 std::uint32_t QrdbAppendCurrent(std::uint32_t table, const void* record) {
     return Guarded(std::uint32_t{0}, [&] {
         TableCursor& cursor = CursorOf(table);
-        cursor.volume->Perform(1, [&] {
-            cursor.place = cursor.table->Append(static_cast<const std::byte*>(record));
-            cursor.valid = true;
-        });
-        return static_cast<std::uint32_t>(cursor.place);
+        std::uint32_t number = 0;
+        cursor.volume->Perform(
+            1, [&] { number = cursor.table->Append(static_cast<const std::byte*>(record)); });
+        cursor.place = number;
+        cursor.valid = true;
+        return number;
     });
 }
 

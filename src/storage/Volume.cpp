@@ -120,8 +120,11 @@ void SyncFolderOf(const std::string& path) {
 
 /// Looks at the database header of a file that is not mounted, so that a file of anything else is
 /// never opened as a database.
-void CheckHeader(const std::string& path) {
+/// Gives whether another tool has switched it to a log beside it.
+bool CheckHeader(const std::string& path) {
     constexpr std::size_t kHeader = 100;
+    constexpr std::size_t kWriteVersion = 18;
+    constexpr unsigned char kLogged = 2;
     constexpr std::size_t kUserVersion = 60;
     constexpr std::size_t kApplication = 68;
     const Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -155,6 +158,7 @@ void CheckHeader(const std::string& path) {
         throw StoreFailure(error::kNewerVersion,
                            path + " has format version " + std::to_string(number(kUserVersion)));
     }
+    return header[kWriteVersion] == kLogged || header[kWriteVersion + 1] == kLogged;
 }
 
 /// A path that the database can take, its own files' ends included.
@@ -182,16 +186,61 @@ bool IsRefusal(std::int32_t code) {
     }
 }
 
-SqlConnection OpenDatabase(const std::string& path, bool readOnly) {
-    RequireShortEnough(path);
+SqlConnection OpenDatabase(const std::string& name, int flags) {
     sqlite3* opened = nullptr;
-    const int flags = (readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) |
-                      SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
-    // An absolute path is never taken for a URI.
-    const int result = sqlite3_open_v2(AbsolutePath(path).c_str(), &opened, flags, nullptr);
+    const int result = sqlite3_open_v2(
+        name.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
     SqlConnection connection(opened);
     if (result != SQLITE_OK) {
         ThrowSql(opened, result);
+    }
+    return connection;
+}
+
+SqlConnection OpenToWrite(const std::string& path) {
+    RequireShortEnough(path);
+    // An absolute path is never taken for a URI.
+    return OpenDatabase(AbsolutePath(path), SQLITE_OPEN_READWRITE);
+}
+
+/// A file that was switched to a log cannot be read without one where nothing may be written, but
+/// for a file that is told never to change.
+SqlConnection OpenUnchanging(const std::string& path) {
+    struct stat status {};
+    if (::stat((path + "-wal").c_str(), &status) == 0 && status.st_size != 0) {
+        throw StoreFailure(error::kAccessDenied,
+                           path +
+                               ": another tool has left a log beside it; the file must be "
+                               "opened once where it can be written");
+    }
+    std::string name = "file:";
+    for (const char c : AbsolutePath(path)) {
+        switch (c) {
+            case '%':
+                name += "%25";
+                break;
+            case '?':
+                name += "%3f";
+                break;
+            case '#':
+                name += "%23";
+                break;
+            default:
+                name += c;
+                break;
+        }
+    }
+    return OpenDatabase(name + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+}
+
+/// Opens a database that is there, to be written if it can be and `readOnly` does not forbid it.
+SqlConnection OpenChecked(const std::string& path, bool readOnly) {
+    const bool logged = CheckHeader(path);
+    RequireShortEnough(path);
+    SqlConnection connection =
+        OpenDatabase(AbsolutePath(path), readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
+    if (logged && sqlite3_db_readonly(connection.get(), "main") != 0) {
+        connection = OpenUnchanging(path);
     }
     return connection;
 }
@@ -236,7 +285,7 @@ void Volume::Create(const std::string& path) {
         }
     }
     try {
-        const SqlConnection connection = OpenDatabase(path, false);
+        const SqlConnection connection = OpenToWrite(path);
         std::string sql =
             "PRAGMA page_size=4096;"
             "PRAGMA encoding='UTF-16le';"
@@ -273,9 +322,7 @@ Volume::Identity Volume::Identify(const std::string& path) {
 }
 
 Volume::Volume(const std::string& path, Identity identity, bool readOnly)
-    : m_connection((CheckHeader(path), OpenDatabase(path, readOnly))),
-      m_identity(identity),
-      m_memos(m_connection.get()) {
+    : m_connection(OpenChecked(path, readOnly)), m_identity(identity), m_memos(m_connection.get()) {
     const SqlBudget budget(m_connection.get());
     try {
         Configure();

@@ -198,6 +198,22 @@ TEST_F(QrdbTest, AppendingLeavesTheCurrentRecord) {
     EXPECT_EQ(First(), 5U);
 }
 
+TEST_F(QrdbTest, ARecordMayBeMadeCurrentAsItIsAppended) {
+    ASSERT_DONE(QrdbGoToRecord(m_table, 2));
+    EXPECT_EQ(QrdbAppendCurrent(m_table, MakePair(4, 40).data()), 4U);
+    EXPECT_EQ(QrdbGetCurrentHandle(m_table), 4U);
+    EXPECT_EQ(First(), 4U);
+    EXPECT_EQ(Ran(QrdbMoveNext(m_table)), kOff);
+    EXPECT_FAILS(0u, error::kInvalidArgument, QrdbAppendCurrent(0, MakePair(5, 50).data()));
+    // One that fails leaves the current record, also where the failure comes with the commit.
+    ASSERT_DONE(QrdbGoToRecord(m_table, 2));
+    m_vfs.FailAt(FaultVfs::kWrite, 1, SQLITE_FULL, true);
+    EXPECT_FAILS(0u, error::kVolumeFull, QrdbAppendCurrent(m_table, MakePair(5, 50).data()));
+    m_vfs.Heal();
+    EXPECT_EQ(QrdbGetCurrentHandle(m_table), 2U);
+    EXPECT_EQ(First(), 2U);
+}
+
 TEST_F(QrdbTest, AWrittenRecordIsReadByAllAndKept) {
     const std::uint32_t other = OpenTable<PairLayout>(u"V");
     ASSERT_DONE(QrdbGoToRecord(other, 2));

@@ -191,21 +191,51 @@ TEST_F(ReadOnlyTest, OneFileIsThereWheneverTheVolumeIsNotMounted) {
     EXPECT_EQ(GetFile(u"V:/Three"), "x");
 }
 
-TEST_F(ReadOnlyTest, AVolumeThatAnotherToolPutIntoLogModeIsReadOnlyAfterOneMountForWriting) {
+TEST_F(ReadOnlyTest, AVolumeThatAnotherToolSwitchedToALogIsReadAllTheSame) {
+    const CString odd = m_dir.Path(u"100% odd#name?x=1.job");
+    std::filesystem::rename(m_host, ToUtf8(odd));
+    m_path = odd;
+    m_host = ToUtf8(odd);
     RunSql(m_host, "PRAGMA journal_mode=WAL");
-    SetLastError(error::kNone);
-    if (QrfsMountReadOnly(m_path, u"V") != 0) {
-        EXPECT_EQ(ReadContents(u"V"), m_contents);
-        Unmount();
-    } else {
-        EXPECT_EQ(Hex(QrfsGetLastError()), Hex(error::kAccessDenied));
-    }
-    Mount();
-    Unmount();
+    m_bytes = ReadHostFile(m_host);
     ASSERT_DONE(QrfsMountReadOnly(m_path, u"V"));
+    ExpectReadable(error::kAccessDenied);
+    Unmount();
+    EXPECT_EQ(NamesIn(m_dir.Utf8("")).size(), 1U);
+    ASSERT_EQ(chmod(m_host.c_str(), 0444), 0);
+    ASSERT_EQ(chmod(m_dir.Utf8("").c_str(), 0555), 0);
+    EXPECT_EQ(ExpectReadableByAnyone(error::kAccessDenied), 0);
+    EXPECT_TRUE(ReadHostFile(m_host) == m_bytes);
+    // What the log holds is not passed over in silence.
+    ASSERT_EQ(chmod(m_dir.Utf8("").c_str(), 0755), 0);
+    WriteHostFile(m_host + "-wal", std::string(5000, 'w'));
+    EXPECT_FAILS(0, error::kAccessDenied, QrfsMountReadOnly(m_path, u"V"));
+    EXPECT_NE(std::string(QrfsGetLastErrorDetail()).find("log"), std::string::npos);
+    EXPECT_EQ(ReadHostFile(m_host + "-wal").size(), 5000U);
+}
+
+TEST_F(ReadOnlyTest, AMountForWritingTakesTheLogInAndDoesWithoutOne) {
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(m_host.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other,
+                           "PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0;"
+                           "UPDATE Pairs SET Second = 77",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    // As it lies after the other tool was killed.
+    const std::string left = ReadHostFile(m_host);
+    const std::string log = ReadHostFile(m_host + "-wal");
+    sqlite3_close(other);
+    WriteHostFile(m_host, left);
+    WriteHostFile(m_host + "-wal", log);
+    Mount();
+    m_contents.pairs[1] = AsString(MakePair(1, 77));
     EXPECT_EQ(ReadContents(u"V"), m_contents);
+    EXPECT_DONE(PutFile(u"V:/Three", "x"));
     Unmount();
     EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{"volume.job"});
+    ASSERT_DONE(QrfsMountReadOnly(m_path, u"V"));
+    EXPECT_EQ(GetFile(u"V:/Three"), "x");
 }
 
 }  // namespace

@@ -167,7 +167,14 @@ TEST(RecordChunksTest, BehavesAsAMapUnderAnySequenceOfChanges) {
                     chunks.Erase(at);
                     model.erase(at);
                     break;
-                case 8:
+                case 8: {
+                    const Bytes bytes = Filled(random.Number());
+                    chunks.PutMarked(at, bytes.data());
+                    model[at] = bytes;
+                    marks[0].insert(at);
+                    marks[1].insert(at);
+                    break;
+                }
                 case 9:
                     chunks.SetMark(at, mark);
                     marks[static_cast<std::size_t>(mark)].insert(at);
