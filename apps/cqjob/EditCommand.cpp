@@ -1,7 +1,6 @@
 #include <cqsurvey/cqsurvey.h>
 
 #include <array>
-#include <cmath>
 #include <limits>
 #include <optional>
 
