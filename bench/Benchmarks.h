@@ -15,5 +15,6 @@ void RegisterDescriptions();
 void RegisterInformation();
 void RegisterPolylines();
 void RegisterDrawing();
+void RegisterPlot();
 
 }  // namespace cqsurvey::bench

@@ -12,31 +12,6 @@ namespace {
 
 using std::chrono_literals::operator""ns;
 
-/// Draws points, polylines with arcs, texts and circles until the drawing has `size` entities:
-/// half of them points, a third vertices.
-void Draw(CqSurveyDB& db, std::size_t size) {
-    constexpr std::size_t kVertices = 6;
-    constexpr double kBulge = 0.2;
-    const auto points = Survey(size);
-    std::size_t next = 0;
-    CqBatch batch(db);
-    while (db.GetNumCadEntities() < static_cast<int>(size)) {
-        for (std::size_t i = 0; i < kVertices + 4; ++i) {
-            Record(db, points[next++]);
-        }
-        const double* at = points[next].coords.data();
-        CqCadEntityList* const list = db.StartPline(1, 7);
-        for (std::size_t i = 0; i < kVertices; ++i) {
-            db.AddVertex(list, points[next - i].coords.data(), kBulge);
-        }
-        db.EndPline(list);
-        db.AddText(at, points[next].name, 0, 0, u"Standard", 1.8, 0.0, 7, 0, 0, 0);
-        db.AddText(at, u"112.35", 0, 1, u"Standard", 1.2, 0.3, 8, 0, 0, 0);
-        db.AddCircle(at, 0.3, 1, 9);
-    }
-    batch.Commit();
-}
-
 std::unique_ptr<CqCadEntity> Empty(EntType type) {
     switch (type) {
         case EntSiPnt:

@@ -23,6 +23,10 @@ CqHandle Record(CqSurveyDB& db, const SurveyPoint& point);
 /// Records the points as one batch.
 void RecordAll(CqSurveyDB& db, std::span<const SurveyPoint> points);
 
+/// Draws points, polylines with arcs, texts and circles as one batch, until the drawing has `size`
+/// entities: half of them points, a third vertices.
+void Draw(CqSurveyDB& db, std::size_t size);
+
 /// Throws std::runtime_error: a benchmark that does not do its work measures nothing.
 void Require(bool done);
 

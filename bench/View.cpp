@@ -19,6 +19,16 @@ constexpr std::size_t kPage = 50;
 constexpr std::size_t kPages = 200;
 constexpr std::size_t kInserts = 20000;
 
+void SortCodes(std::span<const SurveyPoint> points) {
+    std::vector<std::pair<int, std::uint32_t>> codes;
+    codes.reserve(points.size());
+    for (std::uint32_t i = 0; i < points.size(); ++i) {
+        codes.emplace_back(points[i].code, ~i);
+    }
+    std::sort(codes.begin(), codes.end());
+    benchmark::DoNotOptimize(codes.data());
+}
+
 void RebuildByName(benchmark::State& state) {
     const auto size = static_cast<std::size_t>(state.range(0));
     const auto points = Survey(size);
@@ -47,15 +57,27 @@ void RebuildByCode(benchmark::State& state) {
     while (state.KeepRunning()) {
         duel.Round(
             [&] { Require(db.SetSortCoordSetting(kByCode, kAscending, {}) == state.range(0)); },
-            [&] {
-                std::vector<std::pair<int, std::uint32_t>> codes;
-                codes.reserve(size);
-                for (std::uint32_t i = 0; i < size; ++i) {
-                    codes.emplace_back(points[i].code, ~i);
-                }
-                std::sort(codes.begin(), codes.end());
-                benchmark::DoNotOptimize(codes.data());
-            });
+            [&] { SortCodes(points); });
+    }
+}
+
+/// Codes so far apart that their differences wrap: no sort gives the order of inserting one by one.
+void RebuildByFarCode(benchmark::State& state) {
+    const auto size = static_cast<std::size_t>(state.range(0));
+    constexpr std::uint32_t kFar = 2654435769;
+    std::vector<SurveyPoint> points(Survey(size).begin(), Survey(size).end());
+    for (std::size_t i = 0; i < size; ++i) {
+        points[i].code = static_cast<int>(static_cast<std::uint32_t>(i) * kFar);
+    }
+    const ScratchFile job;
+    CqSurveyDB db;
+    db.CreateNew(job.Job());
+    RecordAll(db, points);
+    Duel duel(state, size, Clock::Processor);
+    while (state.KeepRunning()) {
+        duel.Round(
+            [&] { Require(db.SetSortCoordSetting(kByCode, kAscending, {}) == state.range(0)); },
+            [&] { SortCodes(points); });
     }
 }
 
@@ -132,6 +154,8 @@ void RegisterView() {
                 RebuildByName, rounds);
     ForEachSize("Rebuild the view by code, per point", "plain sort of the codes in memory",
                 RebuildByCode, rounds);
+    ForEachSize("Rebuild the view by code, differences wrap, per point",
+                "plain sort of the codes in memory", RebuildByFarCode, rounds);
     ForEachSize("Insert at a random place of the view",
                 "the same points recorded, none in the view", Insert, rounds);
     ForEachSize("Read 50 points at a random place of the view", "the same read by their handles",

@@ -130,6 +130,7 @@ void RegisterAll() {
     RegisterInformation();
     RegisterPolylines();
     RegisterDrawing();
+    RegisterPlot();
 }
 
 }  // namespace
