@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <ostream>
 #include <set>
 #include <string>
 #include <vector>
@@ -34,6 +35,10 @@ struct FieldFile {
     const char* noHeight;
     std::size_t points;
 };
+
+std::ostream& operator<<(std::ostream& out, const FieldFile& file) {
+    return out << file.name;
+}
 
 const std::vector<FieldFile>& Files() {
     static const std::vector<FieldFile> kFiles = {

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -142,6 +143,10 @@ struct Operation {
     const char* name;
     std::function<void(CqSurveyDB&)> run;
 };
+
+std::ostream& operator<<(std::ostream& out, const Operation& operation) {
+    return out << operation.name;
+}
 
 class JobFault : public testing::TestWithParam<Operation> {
  protected:
