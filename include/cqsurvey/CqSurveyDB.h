@@ -112,7 +112,9 @@ class CQSURVEY_API CqSurveyDB {
     /// New name (empty: unnamed), coordinates and feature code. 0, and nothing changed, when
     /// another point has the name or the point and its entity do not name each other.
     int EditCoordRec(CqHandle handle, const CString& newName, const double* coords, int code);
-    /// Deletes the point, its entity and its description; polylines through it stay.
+    /// Deletes the point, its entity and its description; polylines through it stay. Vertices tied
+    /// to it are free until the job is opened again, and tied to the entity that is gone from then
+    /// on; UnlinkSiPntAndVertex with point 0 removes such a tie.
     int DelCoordRec(const CString& name) const;
     int DelCoordRec(CqHandle handle) const;
     int EditCoordRecFlags(const CString& name, std::uint32_t flags) const;

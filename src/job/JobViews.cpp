@@ -37,7 +37,8 @@ constexpr std::array<View, 8> kViews{{
      "SELECT e.Record AS Entity, d.PlineIndex AS Polyline, e.E AS Easting, e.N AS Northing,"
      " e.Z AS Height, d.Bulge, k.PointDataID AS PointEntity"
      " FROM _EntityData e JOIN _VertexData d ON d.Record = e.ObjectIndex"
-     " LEFT JOIN _PointToVertexLink k ON k.VertexDataID = e.Record WHERE e.ObjectType = 2"},
+     " LEFT JOIN (SELECT VertexDataID, PointDataID, max(Record) FROM _PointToVertexLink"
+     " GROUP BY VertexDataID) k ON k.VertexDataID = e.Record WHERE e.ObjectType = 2"},
     {u"Texts",
      "SELECT e.Record AS Entity, l.Name AS Layer, e.ColorID AS Color, e.E AS Easting,"
      " e.N AS Northing, e.Z AS Height, m.Text, d.Style, d.Height AS TextHeight, d.Rotation,"

@@ -1,3 +1,5 @@
+#include <vector>
+
 #include "cqsurvey/CqSurveyDB.h"
 #include "platform/Clock.h"
 #include "storage/CqEntityTable.h"
@@ -193,9 +195,14 @@ int CqSurveyDB::DelCoordRec(CqHandle handle) const {
     return Atomically(*this, [&] {
         // The links name the entity, and the unlink is asked for the coordinate record: it forgets
         // the vertex's tie and, unless both have the same number, leaves the link in the table.
+        // The vertices are taken first: a link that goes may be another one of the same vertex.
+        std::vector<CqHandle> vertices;
         for (const CqHandle link : m_links->ListByPoint(entity)) {
             m_links->GoTo(link);
-            m_links->Unlink(handle, m_links->Get<"VertexDataID">());
+            vertices.push_back(m_links->Get<"VertexDataID">());
+        }
+        for (const CqHandle vertex : vertices) {
+            m_links->Unlink(handle, vertex);
         }
         m_points->GoTo(handle);
         m_points->RemoveFromView();

@@ -226,15 +226,16 @@ TEST_F(Annotations, AreLeftAloneByOperationsOfAnotherKind) {
     const CqHandle text = AddText(u"text");
     const CqHandle circle = AddCircle(3.0, 4.0);
     const CqHandle bitmap = m_db.AddBitmap(kPoint.data(), u"tree.bmp", CVector(4.0, 3.0));
+    const std::array far{1000.0, 1000.0, 0.0};
     const auto editText = [&](CqHandle h) {
-        return m_db.EditText(h, kElsewhere.data(), u"new", 0, 0, u"", 0, 0, 0, 0, 0, 0);
+        return m_db.EditText(h, far.data(), u"new", 0, 0, u"", 0, 0, 0, 0, 0, 0);
     };
     EXPECT_EQ(editText(circle), 0);
     EXPECT_EQ(editText(bitmap), 0);
-    EXPECT_EQ(m_db.EditCircle(text, kElsewhere.data(), 9.0, 0, 0), 0);
-    EXPECT_EQ(m_db.EditCircle(bitmap, kElsewhere.data(), 9.0, 0, 0), 0);
-    EXPECT_EQ(m_db.EditBitmap(text, kElsewhere.data(), u"new", CVector()), 0);
-    EXPECT_EQ(m_db.EditBitmap(circle, kElsewhere.data(), u"new", CVector()), 0);
+    EXPECT_EQ(m_db.EditCircle(text, far.data(), 9.0, 0, 0), 0);
+    EXPECT_EQ(m_db.EditCircle(bitmap, far.data(), 9.0, 0, 0), 0);
+    EXPECT_EQ(m_db.EditBitmap(text, far.data(), u"new", CVector()), 0);
+    EXPECT_EQ(m_db.EditBitmap(circle, far.data(), u"new", CVector()), 0);
     EXPECT_EQ(m_db.DeleteText(circle), 0);
     EXPECT_EQ(m_db.DeleteText(bitmap), 0);
     EXPECT_EQ(m_db.DeleteCircle(text), 0);
@@ -247,6 +248,7 @@ TEST_F(Annotations, AreLeftAloneByOperationsOfAnotherKind) {
     EXPECT_EQ(PointOf(circle), (std::array{3.0, 4.0, 0.0}));
     EXPECT_EQ(Read(bitmap)->GetResName(), u"tree.bmp");
     EXPECT_EQ(PointOf(bitmap), kPoint);
+    ExpectExtents(0.0, 0.0, kPoint[0], kPoint[1]);
 }
 
 TEST_F(Annotations, RefuseNoHandleAndTheHeaderOfTheChain) {

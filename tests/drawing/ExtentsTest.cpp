@@ -115,6 +115,18 @@ TEST_F(Extents, HoldWhatWasDeletedUntilTheJobIsReopened) {
     ExpectNone();
 }
 
+TEST_F(Extents, HoldDeletedAnnotationsAndPolylinesUntilTheJobIsReopened) {
+    AddCircle(0.0, 0.0, 1.0);
+    const std::array point{0.0, -40.0, 0.0};
+    EXPECT_EQ(m_db.DeleteText(AddText(u"", 10.0, 0.0)), 1);
+    EXPECT_EQ(m_db.DeleteCircle(AddCircle(0.0, 20.0, 5.0)), 1);
+    EXPECT_EQ(m_db.DeleteBitmap(m_db.AddBitmap(point.data(), u"", CVector())), 1);
+    EXPECT_EQ(m_db.DeletePline(AddPline({{{-30.0, 0.0, 0.0}, 0.0}, {{0.0, 0.0, 0.0}, 0.0}})), 1);
+    ExpectExtents(-30.0, -40.0, 10.0, 25.0);
+    Reopen();
+    ExpectExtents(-1.0, -1.0, 1.0, 1.0);
+}
+
 TEST_F(Extents, AreNotWidenedByACoordinateThatIsNoNumber) {
     AddPoint(u"P", 1.0, 2.0);
     AddPoint(u"Q", std::nan(""), 5.0);

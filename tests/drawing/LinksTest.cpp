@@ -77,6 +77,17 @@ TEST_F(Links, ThrowForAnEntityThatIsGone) {
     EXPECT_EQ(m_db.UnlinkSiPntAndVertex(0, gone), 0) << "no vertex that is gone is tied";
 }
 
+TEST_F(Links, AskForTheVertexThenForThePointThenForATie) {
+    const CqHandle text = AddText();
+    const CqHandle gone = AddCircle();
+    m_db.DeleteCircle(gone);
+    EXPECT_EQ(m_db.LinkSiPntAndVertex(gone, text), 0);
+    EXPECT_EQ(CodeOf([&] { return m_db.LinkSiPntAndVertex(text, gone); }), kStale);
+    m_db.LinkSiPntAndVertex(m_point, m_vertex);
+    EXPECT_EQ(CodeOf([&] { return m_db.LinkSiPntAndVertex(gone, m_vertex); }), kStale);
+    EXPECT_EQ(m_db.LinkSiPntAndVertex(text, m_vertex), 0);
+}
+
 TEST_F(Links, DoNotReplaceATie) {
     EXPECT_EQ(m_db.LinkSiPntAndVertex(m_point, m_vertex), 1);
     EXPECT_EQ(m_db.LinkSiPntAndVertex(m_other, m_vertex), 0);
@@ -139,6 +150,48 @@ TEST_F(Links, OutliveADeletedCoordinateRecord) {
     EXPECT_EQ(m_db.DeleteVertex(m_vertex + 1), 1);
     ChangeTable<CqLinkTable>(u"_PointToVertexLink",
                              [](CqLinkTable& table) { EXPECT_EQ(table.GetRecordCount(), 0); });
+}
+
+TEST_F(Links, AreForgottenForAPointThatNeverWas) {
+    for (const CqHandle never : {CqHandle{1}, CqHandle{9'999'999}}) {
+        m_db.LinkSiPntAndVertex(m_point, m_vertex);
+        EXPECT_EQ(m_db.UnlinkSiPntAndVertex(never, m_vertex), 0) << "the point is only compared";
+        EXPECT_EQ(PointAt(m_vertex), 0U);
+    }
+    EXPECT_EQ(TiesOf(m_point), (Handles{m_vertex, m_vertex}));
+}
+
+TEST_F(Links, GoWithACoordinateRecordThatHasTheNumberOfItsEntity) {
+    // The two points exchange their entities: coordinate record 2 is shown by entity 2 then.
+    ASSERT_EQ(m_point, 2U);
+    ASSERT_EQ(m_other, 3U);
+    ChangeTable<CqRecordTable<PointLayout>>(u"_PointData", [](auto& points) {
+        for (const CqHandle point : {CqHandle{1}, CqHandle{2}}) {
+            points.GoTo(point);
+            points.template Set<"EntityIndex">(4 - point);
+            points.Store();
+        }
+    });
+    ChangeTable<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) {
+        for (const CqHandle entity : {CqHandle{2}, CqHandle{3}}) {
+            entities.GoTo(entity);
+            entities.Set<"ObjectIndex">(4 - entity);
+            entities.Store();
+        }
+    });
+    m_db.LinkSiPntAndVertex(m_point, m_vertex);
+    m_db.UnlinkSiPntAndVertex(m_other, m_vertex);
+    m_db.LinkSiPntAndVertex(m_point, m_vertex);
+    m_db.LinkSiPntAndVertex(m_point, m_vertex + 1);
+    EXPECT_EQ(TiesOf(m_point), (Handles{m_vertex, m_vertex, m_vertex + 1}));
+    EXPECT_EQ(m_db.DelCoordRec(m_point), 1);
+    ChangeTable<CqLinkTable>(u"_PointToVertexLink", [this](CqLinkTable& table) {
+        EXPECT_EQ(table.ListByPoint(m_point), Handles{1})
+            << "the one that its vertex had forgotten";
+        EXPECT_EQ(table.GetRecordCount(), 1);
+    });
+    EXPECT_EQ(PointAt(m_vertex), m_point);
+    EXPECT_EQ(PointAt(m_vertex + 1), 0U);
 }
 
 TEST_F(Links, ForgottenByADeletedVertexStayInTheTable) {

@@ -152,6 +152,28 @@ TEST_F(Polylines, TakeLineAndCodeOfTheLastStart) {
     }
 }
 
+TEST_F(Polylines, TakeTheDefaultsWhereNoStartWasSinceTheNewJob) {
+    CqCadEntityList* list = m_db.StartPline(3, 40);
+    const double point[3] = {};
+    m_db.AddVertex(list, point, 0.0);
+    m_db.AddVertex(list, point, 0.0);
+    m_db.CreateNew(m_folder.Path(u"other.job"));
+    const auto pline = Read(m_db.EndPline(list));
+    EXPECT_EQ(pline->GetLine(), 256);
+    EXPECT_EQ(pline->GetCode(), 0);
+}
+
+TEST_F(Polylines, KeepLineAndCodeOfTheirStartWhenAJobIsOpened) {
+    CqCadEntityList* list = m_db.StartPline(3, 40);
+    const double point[3] = {};
+    m_db.AddVertex(list, point, 0.0);
+    m_db.AddVertex(list, point, 0.0);
+    Reopen();
+    const auto pline = Read(m_db.EndPline(list));
+    EXPECT_EQ(pline->GetLine(), 3);
+    EXPECT_EQ(pline->GetCode(), 40);
+}
+
 TEST_F(Polylines, KeepEveryBulgeAndCoordinateAsGiven) {
     const double infinity = std::numeric_limits<double>::infinity();
     const double smallest = std::numeric_limits<double>::denorm_min();

@@ -240,11 +240,13 @@ INSTANTIATE_TEST_SUITE_P(
                   }},
         Operation{"InsertVertex", [](CqSurveyDB& db) { db.InsertVertex(6, kFar.data(), 1); }},
         Operation{"DeletePline", [](CqSurveyDB& db) { db.DeletePline(5); }},
+        Operation{"LinkSiPntAndVertex", [](CqSurveyDB& db) { db.LinkSiPntAndVertex(3, 7); }},
         Operation{"UnlinkSiPntAndVertex", [](CqSurveyDB& db) { db.UnlinkSiPntAndVertex(0, 6); }},
         Operation{"EditText",
                   [](CqSurveyDB& db) {
                       db.EditText(9, kFar.data(), u"another text", 3, 4, u"s", 2, 1, 5, 6, 7, 8);
                   }},
+        Operation{"DeleteText", [](CqSurveyDB& db) { db.DeleteText(9); }},
         Operation{"EditLayer", [](CqSurveyDB& db) { db.EditLayer(10, u"New"); }},
         Operation{"WriteSettingsString",
                   [](CqSurveyDB& db) { db.WriteSettingsString(u"MINE", u"key", u"changed"); }},
