@@ -36,7 +36,7 @@ CqHandle CqSurveyDB::GetFirstCadEntityHandle() const {
 }
 
 int CqSurveyDB::GetNextCadEntity(CqHandle& h, CqCadEntity*& e) const {
-    if (h <= CqEntityTable::kHeader || QrdbPeekRecord(m_entities->GetTable(), h) == nullptr) {
+    if (h <= CqEntityTable::kHeader || m_entities->PeekRecord(h) == nullptr) {
         return 0;
     }
     m_entities->GoTo(h);
@@ -89,8 +89,7 @@ int CqSurveyDB::ReadCurrentCadEntityRec(CqCadEntity*& e) const {
             }
             vertex->m_prevVertexHandle = m_entities->Get<"PrevEntityIndex">();
             const auto next = m_entities->Get<"NextEntityIndex">();
-            const std::byte* follower =
-                next == 0 ? nullptr : QrdbPeekRecord(m_entities->GetTable(), next);
+            const std::byte* follower = next == 0 ? nullptr : m_entities->PeekRecord(next);
             if (follower != nullptr && EntityLayout::Get<"ObjectType">(follower) == EntVertex) {
                 vertex->m_nextVertexHandle = next;
             }

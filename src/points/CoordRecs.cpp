@@ -14,7 +14,7 @@ namespace {
 
 /// Moves to a survey-point entity; false when it shows another point, or none, or is gone.
 bool GoToEntityOf(CqEntityTable& entities, CqHandle entity, CqHandle point) {
-    if (entity == 0 || QrdbPeekRecord(entities.GetTable(), entity) == nullptr) {
+    if (entity == 0 || entities.PeekRecord(entity) == nullptr) {
         return false;
     }
     entities.GoTo(entity);

@@ -113,6 +113,12 @@ void CqDbTable::GoTo(CqHandle handle) {
     Require(QrdbGoToRecord(m_hTable, handle) != 0);
 }
 
+const std::byte* CqDbTable::PeekRecord(CqHandle handle) const {
+    const std::byte* record = QrdbPeekRecord(m_hTable, handle);
+    Require(record != nullptr || QrfsGetLastError() == error::kNone);
+    return record;
+}
+
 CqHandle CqDbTable::GetCurrentHandle() const {
     return QrdbGetCurrentHandle(m_hTable);
 }

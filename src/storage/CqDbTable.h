@@ -43,6 +43,9 @@ class CqDbTable {
     void SetIndex(std::int32_t index);
     /// Throws 0x31000003 when there is no such record.
     void GoTo(CqHandle handle);
+    /// The packed bytes of a record without moving to it; null when there is no such record. They
+    /// stay valid until the table is changed.
+    [[nodiscard]] const std::byte* PeekRecord(CqHandle handle) const;
     [[nodiscard]] CqHandle GetCurrentHandle() const;
     [[nodiscard]] int IsAtEnd() const;
     void LoadCurrent(void* buffer);

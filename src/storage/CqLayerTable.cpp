@@ -59,7 +59,7 @@ bool CqLayerTable::SetCurrentLayer(const CString& name) {
 
 CString CqLayerTable::GetName(CqHandle layer) {
     CString name;
-    if (const std::byte* record = QrdbPeekRecord(m_hTable, layer)) {
+    if (const std::byte* record = PeekRecord(layer)) {
         field::Text52::LoadInto(record + Layout::Offset<"Name">(), name);
     }
     return name;

@@ -262,8 +262,13 @@ std::uint32_t QrdbGetCurrentHandle(std::uint32_t table) {
 }
 
 const std::byte* QrdbPeekRecord(std::uint32_t table, std::uint32_t record) {
-    return Guarded(static_cast<const std::byte*>(nullptr),
-                   [&] { return CursorOf(table).table->Find(record); });
+    return Guarded(static_cast<const std::byte*>(nullptr), [&] {
+        const std::byte* bytes = CursorOf(table).table->Find(record);
+        if (bytes == nullptr) {
+            SetLastError(error::kNone);
+        }
+        return bytes;
+    });
 }
 
 int QrdbCreateView(const CString& path, const char* sql) {

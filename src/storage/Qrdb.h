@@ -68,8 +68,8 @@ int QrdbGoToRecord(std::uint32_t table, std::uint32_t record);
 /// 0 when there is no current record.
 std::uint32_t QrdbGetCurrentHandle(std::uint32_t table);
 
-/// The packed bytes of a record without moving to it; null when there is none or on failure. They
-/// stay valid until the table is changed.
+/// The packed bytes of a record without moving to it; null on failure, and also, with the last
+/// error 0, when there is no such record. They stay valid until the table is changed.
 const std::byte* QrdbPeekRecord(std::uint32_t table, std::uint32_t record);
 
 /// Adds a view for people who open the volume with other tools; the store never reads it. `sql` is

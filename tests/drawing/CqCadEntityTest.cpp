@@ -68,6 +68,7 @@ TEST(CqCadEntity, AnswersEveryAttributeWithANeutralValueAndRefusesToSetIt) {
 
 TEST(CqCadEntity, HasItsVirtualOperationsInTheirFixedOrder) {
     const std::ptrdiff_t first = Slot(&CqCadEntity::GetType);
+    EXPECT_EQ(first, 2) << "behind the destructor, which takes a word for each of its two forms";
     std::ptrdiff_t place = 0;
     const auto expectNext = [&](std::ptrdiff_t slot) { EXPECT_EQ(slot - first, ++place); };
     expectNext(Slot(&CqCadEntity::GetName));

@@ -3,7 +3,12 @@
 #include <array>
 #include <vector>
 
+#include "cqsurvey/CqBitmapCadEntity.h"
+#include "cqsurvey/CqCircleCadEntity.h"
+#include "cqsurvey/CqPlineCadEntity.h"
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/CqTextCadEntity.h"
+#include "cqsurvey/CqVertexCadEntity.h"
 #include "storage/CqEntityTable.h"
 #include "storage/Qrfs.h"
 #include "support/Points.h"
@@ -160,6 +165,31 @@ TEST_F(EntityStore, TheEditStopsAtTheFirstRecordThatIsNoVertex) {
     EXPECT_EQ(all[3].layer, u"0") << "records are walked in their order, not along the chain";
 }
 
+TEST_F(EntityStore, TheEditTakesAnotherPolylinesVertexThatFollowsInRecordOrder) {
+    const CqHandle first = AddPolyline(2);
+    const CqHandle second = AddPolyline(2);
+    // A vertex of the first, whose record stands behind those of the second.
+    m_db.InsertVertex(first + 2, kOrigin.data(), 0.0);
+    m_db.DeleteVertex(second + 1);
+    EXPECT_EQ(m_db.EditCadEntityColor(second, 7), 1);
+    EXPECT_EQ(Walk(), (std::vector<Seen>{{first, EntPline, 256, u"0"},
+                                         {first + 1, EntVertex, 256, u"0"},
+                                         {first + 2, EntVertex, 256, u"0"},
+                                         {second + 3, EntVertex, 7, u"0"},
+                                         {second, EntPline, 7, u"0"},
+                                         {second + 2, EntVertex, 7, u"0"}}));
+}
+
+TEST_F(EntityStore, AnEditOfAnEntityThatIsGoneThrowsAndOfAnUnknownLayerWritesNothing) {
+    const CqHandle circle = m_db.AddCircle(kOrigin.data(), 1, 0, 0);
+    m_db.DeleteCircle(circle);
+    EXPECT_EQ(CodeThrownBy([&] { m_db.EditCadEntityLayer(circle, u"0"); }), error::kNoRecord);
+    EXPECT_EQ(m_db.EditCadEntityLayer(circle, u"B"), 0) << "the layer is looked for first";
+    EXPECT_EQ(m_db.EditCadEntityColor(circle, 257), 0);
+    EXPECT_EQ(m_db.EditCadEntityLayer(1, u"0"), 0);
+    EXPECT_EQ(m_db.GetNumLayers(), 1);
+}
+
 TEST_F(EntityStore, AVertexAloneIsEditedAlone) {
     const CqHandle pline = AddPolyline(3);
     EXPECT_EQ(m_db.EditCadEntityColor(pline + 1, 5), 1);
@@ -180,6 +210,104 @@ TEST_F(EntityStore, SeveralWalksGoOnSideBySide) {
     EXPECT_EQ(entity->GetType(), EntPline);
     CqSurveyDB::DeleteCqCadEntityObject(entity);
     EXPECT_EQ(one, two);
+}
+
+TEST_F(EntityStore, AWalkGoesOnThroughEditsOfOtherEntities) {
+    const CqHandle a = m_db.AddCircle(kOrigin.data(), 1, 0, 0);
+    const CqHandle b = m_db.AddCircle(kOrigin.data(), 2, 0, 0);
+    const CqHandle c = m_db.AddCircle(kOrigin.data(), 3, 0, 0);
+    CqHandle h = a;
+    CqCadEntity* entity = nullptr;
+    ASSERT_EQ(m_db.GetNextCadEntity(h, entity), 1);
+    CqSurveyDB::DeleteCqCadEntityObject(entity);
+    ASSERT_EQ(h, b);
+    m_db.DeleteCircle(a);
+    m_db.DeleteCircle(c);
+    const CqHandle d = m_db.AddCircle(kOrigin.data(), 4, 0, 0);
+    ASSERT_EQ(m_db.GetNextCadEntity(h, entity), 1);
+    EXPECT_EQ(entity->GetHandle(), b);
+    EXPECT_EQ(h, d);
+    CqSurveyDB::DeleteCqCadEntityObject(entity);
+}
+
+TEST_F(EntityStore, AnObjectIsASnapshot) {
+    CqHandle h = m_db.AddCircle(kOrigin.data(), 1, 0, 0);
+    const CqHandle circle = h;
+    CqCadEntity* entity = nullptr;
+    ASSERT_EQ(m_db.GetNextCadEntity(h, entity), 1);
+    entity->SetColor(9);
+    entity->SetLayer(u"A");
+    entity->SetRadius(50.0);
+    CqSurveyDB::DeleteCqCadEntityObject(entity);
+    h = circle;
+    ASSERT_EQ(m_db.GetNextCadEntity(h, entity), 1);
+    EXPECT_EQ(entity->GetRadius(), 1.0);
+    EXPECT_EQ(Walk(), (std::vector<Seen>{{circle, EntCircle, 256, u"0"}}));
+    m_db.EditCircle(circle, kOrigin.data(), 7, 0, 0);
+    EXPECT_EQ(entity->GetRadius(), 1.0);
+    CqSurveyDB::DeleteCqCadEntityObject(entity);
+}
+
+TEST_F(EntityStore, ACopyOfAnObjectHasAllThatWasRead) {
+    const auto copied = [&](CqHandle h, auto empty, auto&& expect) {
+        using Kind = decltype(empty);
+        CqCadEntity* entity = nullptr;
+        const CqHandle handle = h;
+        ASSERT_EQ(m_db.GetNextCadEntity(h, entity), 1);
+        const auto* read = dynamic_cast<const Kind*>(entity);
+        ASSERT_NE(read, nullptr);
+        const Kind copy(*read);
+        empty = *read;
+        CqSurveyDB::DeleteCqCadEntityObject(entity);
+        for (const CqCadEntity* each :
+             {static_cast<const CqCadEntity*>(&copy), static_cast<const CqCadEntity*>(&empty)}) {
+            EXPECT_EQ(each->GetHandle(), handle);
+            EXPECT_EQ(each->GetLayer(), u"0");
+            EXPECT_EQ(each->GetColor(), 256);
+            expect(*each);
+        }
+    };
+    CqCadEntityList* list = m_db.StartPline(11, 12);
+    for (int i = 0; i < 3; ++i) {
+        m_db.AddVertex(list, std::array<double, 3>{1.0 * i, 2.0 * i, 0}.data(), 0.0);
+    }
+    const CqHandle pline = m_db.EndPline(list);
+    const CqHandle point = m_db.GetCadEntityHandleByCoordRecHandle(AddPoint(m_db, u"P1", 1, 2));
+    m_db.LinkSiPntAndVertex(point, pline + 2);
+    copied(pline, CqPlineCadEntity(), [&](const CqCadEntity& each) {
+        EXPECT_EQ(each.GetLine(), 11);
+        EXPECT_EQ(each.GetCode(), 12);
+        CVector min;
+        CVector max;
+        each.GetBound(min, max);
+        EXPECT_EQ(min.GetX(), 0.0);
+        EXPECT_EQ(max.GetY(), 4.0);
+    });
+    copied(pline + 2, CqVertexCadEntity(), [&](const CqCadEntity& each) {
+        EXPECT_EQ(each.GetPlineHandle(), pline);
+        EXPECT_EQ(each.GetPrevVertexHandle(), pline + 1);
+        EXPECT_EQ(each.GetNextVertexHandle(), pline + 3);
+        EXPECT_EQ(each.GetMcadSiPointHandle(), point);
+    });
+    copied(m_db.AddText(kOrigin.data(), u"text", 1, 2, u"style", 3, 4, 5, 6, 7, 8),
+           CqTextCadEntity(), [&](const CqCadEntity& each) {
+               EXPECT_EQ(each.GetText(), u"text");
+               EXPECT_EQ(each.GetAlign(), 0x20001);
+               EXPECT_EQ(each.GetOptionStyle(), 6U);
+               EXPECT_EQ(each.GetInterval(), 7);
+               EXPECT_EQ(each.GetThickness(), 8);
+           });
+    copied(m_db.AddCircle(kOrigin.data(), 1, 21, 22), CqCircleCadEntity(),
+           [&](const CqCadEntity& each) {
+               EXPECT_EQ(each.GetRadius(), 1.0);
+               EXPECT_EQ(each.GetLine(), 21);
+               EXPECT_EQ(each.GetCode(), 22);
+           });
+    copied(m_db.AddBitmap(kOrigin.data(), u"north", CVector(4, 3)), CqBitmapCadEntity(),
+           [&](const CqCadEntity& each) {
+               EXPECT_EQ(each.GetSize().GetX(), 4.0);
+               EXPECT_EQ(each.GetResName(), u"north");
+           });
 }
 
 TEST_F(EntityStore, ABitmapReadsBackWithoutItsHeight) {

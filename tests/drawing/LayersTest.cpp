@@ -59,6 +59,12 @@ TEST_F(Layers, ALayerIsAddedOnce) {
     EXPECT_EQ(m_db.GetLayerLine(u"A"), 2);
 }
 
+TEST_F(Layers, NeitherColourNorLineOfALayerIsChecked) {
+    EXPECT_EQ(m_db.AddLayer(u"A", -100'000, 0x12345), 1);
+    EXPECT_EQ(m_db.GetLayerColor(u"A"), -100'000);
+    EXPECT_EQ(m_db.GetLayerLine(u"A"), 0x2345) << "the line type has 16 bits";
+}
+
 TEST_F(Layers, ALongNameIsFoundOnlyUnderItsFirst51Characters) {
     const CString name(60, u'x');
     EXPECT_EQ(m_db.AddLayer(name, 1, 0), 1);
@@ -87,6 +93,15 @@ TEST_F(Layers, ColourZeroCannotBeHiddenAndTheLowestColourStays) {
     m_db.AddLayer(u"B", lowest, 0);
     EXPECT_EQ(m_db.ShowLayer(u"B", 1), 1);
     EXPECT_EQ(m_db.GetLayerColor(u"B"), lowest);
+}
+
+TEST_F(Layers, ShowingALayerAsItIsWritesNothing) {
+    m_db.AddLayer(u"A", 3, 0);
+    m_db.Close();
+    m_db.OpenReadOnly(m_folder.Path(u"a.job"));
+    EXPECT_EQ(m_db.ShowLayer(u"A", 1), 1);
+    EXPECT_EQ(CodeThrownBy([&] { m_db.ShowLayer(u"A", 0); }), error::kAccessDenied);
+    EXPECT_EQ(m_db.GetLayerColor(u"A"), 3);
 }
 
 TEST_F(Layers, ColourAndLineAreEditedByName) {
@@ -119,9 +134,16 @@ TEST_F(Layers, EditLayerMovesOneEntityAndAddsTheLayerOnce) {
     EXPECT_EQ(m_db.GetLayerColor(u"New"), 1);
     EXPECT_EQ(m_db.EditLayer(entity, u"New"), 1);
     EXPECT_EQ(m_db.GetNumLayers(), 2);
-    EXPECT_EQ(m_db.EditLayer(0, u"New"), 0);
-    EXPECT_EQ(m_db.EditLayer(1, u"New"), 0) << "the chain's header is no entity";
+    EXPECT_EQ(m_db.EditLayer(0, u"Newer"), 0);
+    EXPECT_EQ(m_db.EditLayer(1, u"Newer"), 0) << "the chain's header is no entity";
+    EXPECT_EQ(m_db.GetNumLayers(), 2);
+}
+
+TEST_F(Layers, EditLayerAddsTheLayerBeforeItLooksForTheEntity) {
     EXPECT_EQ(CodeThrownBy([&] { m_db.EditLayer(99, u"New"); }), error::kNoRecord);
+    EXPECT_EQ(m_db.GetLayerColor(u"New"), 1);
+    Reopen();
+    EXPECT_EQ(m_db.GetLayerColor(u"New"), 1);
 }
 
 TEST_F(Layers, ADeletedLayerLeavesItsEntitiesAndTheCurrentLayer) {
@@ -133,6 +155,9 @@ TEST_F(Layers, ADeletedLayerLeavesItsEntitiesAndTheCurrentLayer) {
     EXPECT_EQ(m_db.DeleteLayer(u"A"), 0);
     EXPECT_EQ(LayerOf(entity), u"") << "the layer is gone";
     EXPECT_EQ(m_db.GetCurrentLayer(), u"A") << "the cache stays";
+    const CqHandle later = m_db.GetCadEntityHandleByCoordRecHandle(AddPoint(m_db, u"P2", 1, 2));
+    m_db.AddLayer(u"A", 3, 0);
+    EXPECT_EQ(LayerOf(later), u"") << "drawn on the layer that is gone, whose number is not reused";
 }
 
 TEST_F(Layers, AJobWithoutLayer0OpensWithoutACurrentLayer) {
@@ -140,6 +165,8 @@ TEST_F(Layers, AJobWithoutLayer0OpensWithoutACurrentLayer) {
     m_db.DeleteLayer(u"0");
     Reopen();
     EXPECT_EQ(m_db.GetCurrentLayer(), u"");
+    const CqHandle entity = m_db.GetCadEntityHandleByCoordRecHandle(AddPoint(m_db, u"P1", 1, 2));
+    EXPECT_EQ(LayerOf(entity), u"");
     EXPECT_EQ(m_db.SetCurrentLayer(u"0"), 0);
     EXPECT_EQ(m_db.SetCurrentLayer(u"A"), 1);
 }

@@ -287,5 +287,25 @@ TEST_F(JobFault, ABatchThatIsHandedOnAndThenFailsIsUndoneWhole) {
     ExpectUndone(db, before, memory);
 }
 
+TEST_F(JobFault, AWalkDoesNotEndQuietlyWhereTheMediumLeavesOpenWhatItHolds) {
+    FaultVfs faults;
+    CqSurveyDB db;
+    db.CreateNew(m_path);
+    Furnish(db);
+    bool open = false;
+    for (int at = 1; at < 20 && !open; ++at) {
+        SCOPED_TRACE("failing sync " + std::to_string(at));
+        faults.FailAt(FaultVfs::kSync, at, SQLITE_IOERR_FSYNC, true);
+        CodeThrownBy([&] { db.AddCircle(kHere.data(), 2, 0, 0); });
+        faults.Heal();
+        CqHandle h = db.GetFirstCadEntityHandle();
+        CqCadEntity* entity = nullptr;
+        open = CodeThrownBy([&] { db.GetNextCadEntity(h, entity); }) == error::kReadWriteFailed;
+        EXPECT_EQ(entity == nullptr, open);
+        CqSurveyDB::DeleteCqCadEntityObject(entity);
+    }
+    EXPECT_TRUE(open);
+}
+
 }  // namespace
 }  // namespace cqsurvey

@@ -235,6 +235,16 @@ TEST_F(CqDbTableTest, ASetterChangesTheBufferAndStoreTheTable) {
     EXPECT_EQ(AsString(QrdbPeekRecord(m_table.GetTable(), 2), 8), AsString(MakePair(55, 20)));
 }
 
+TEST_F(CqDbTableTest, PeekingAtARecordNeitherMovesNorTakesAFailureForARecordThatIsGone) {
+    m_table.GoTo(2);
+    EXPECT_EQ(AsString(m_table.PeekRecord(3), 8), AsString(MakePair(3, 30)));
+    SetLastError(error::kDamaged);
+    EXPECT_EQ(m_table.PeekRecord(99), nullptr);
+    EXPECT_EQ(m_table.GetCurrentHandle(), 2U);
+    m_table.Close();
+    EXPECT_EQ(Thrown([&] { (void)m_table.PeekRecord(2); }), Hex(error::kInvalidArgument));
+}
+
 TEST_F(CqDbTableTest, LoadingAndUpdatingWithoutACurrentRecordThrowsAndLoadsNothing) {
     m_table.GoTo(2);
     m_table.DeleteCurrent();
