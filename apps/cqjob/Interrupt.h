@@ -1,8 +1,7 @@
 #pragma once
 
-#include <signal.h>
-
 #include <array>
+#include <csignal>
 #include <string>
 
 namespace cqsurvey::cqjob {
