@@ -1,5 +1,7 @@
 #include "cqjob/Command.h"
 
+#include "cqjob/Failure.h"
+
 namespace cqsurvey::cqjob {
 
 void Command::AddJob(CLI::App& command, const std::string& help) {
@@ -8,6 +10,12 @@ void Command::AddJob(CLI::App& command, const std::string& help) {
 
 void Command::AddJson(CLI::App& command) {
     command.add_flag("--json", m_json, "Answer in JSON");
+}
+
+void Command::RequireOwnOutput(const std::string& path) const {
+    if (m_json && path == "-") {
+        throw UsageError("--json and the file - cannot both go to standard output");
+    }
 }
 
 std::vector<std::unique_ptr<Command>> MakeCommands() {

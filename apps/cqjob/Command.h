@@ -35,6 +35,9 @@ class Command {
     /// Adds --json.
     void AddJson(CLI::App& command);
 
+    /// Throws UsageError when the answer in JSON and the file `path` both go to standard output.
+    void RequireOwnOutput(const std::string& path) const;
+
     std::string m_job;
     bool m_json = false;
 };

@@ -9,6 +9,7 @@
 #include "cqjob/CsvWriter.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
 #include "cqjob/NumberText.h"
 #include "cqjob/OutputFile.h"
 #include "cqjob/PointRow.h"
@@ -54,6 +55,7 @@ class ExportCommand : public Command {
             ->capture_default_str();
         m_view.AddTo(*command);
         command->add_flag("--force", m_force, "Replace a file that is there");
+        AddJson(*command);
         command->footer(
             "A missing height is an empty column. Importing the file again with the same order\n"
             "gives the same points. Without a c in the order, d holds the description or the\n"
@@ -75,6 +77,7 @@ class ExportCommand : public Command {
         const PointRow row(order, ReadSeparator(m_separator), m_decimals, m_decimalComma);
         CodePage codePage(m_codePage);
         RequireOtherFile(m_file, m_job);
+        RequireOwnOutput(m_file);
         CqSurveyDB db;
         OpenToRead(db, m_job);
         const PointList points = m_view.MakeList(db, m_job, console);
@@ -102,6 +105,16 @@ class ExportCommand : public Command {
         }
         output.Finish();
         db.Close();
+        if (m_json) {
+            JsonWriter json(console);
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Member("file", m_file);
+            json.Member("points", points.GetCount());
+            json.Member("not_finite", unplaced);
+            json.EndObject();
+            return 0;
+        }
         console.Say("{} into {}\n", Count(points.GetCount(), "point"), Printable(m_file));
         if (unplaced > 0) {
             console.Say(

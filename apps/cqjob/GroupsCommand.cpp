@@ -67,6 +67,7 @@ class GroupsCommand : public Command {
         m_add = command->add_subcommand("add", "Add groups");
         AddJob(*m_add, "The job");
         AddNames(*m_add, "The names of the new groups");
+        AddJson(*m_add);
         m_add->footer(
             "All are added or, when one is there already, none.\n\n"
             "Example:\n  cqjob groups add site.job Road \"Day 2\"");
@@ -75,6 +76,7 @@ class GroupsCommand : public Command {
         AddJob(*m_rename, "The job");
         m_rename->add_option("NAME", m_oldName, "The group")->required()->type_name("");
         m_rename->add_option("NEW", m_newName, "Its new name")->required()->type_name("");
+        AddJson(*m_rename);
         m_rename->footer("Example:\n  cqjob groups rename site.job Road \"Road 7\"");
 
         m_delete = command->add_subcommand("delete", "Delete groups; their points stay");
@@ -92,9 +94,9 @@ class GroupsCommand : public Command {
         if (m_list->parsed()) {
             List(console);
         } else if (m_add->parsed()) {
-            Add();
+            Add(console);
         } else if (m_rename->parsed()) {
-            Rename();
+            Rename(console);
         } else {
             Delete(console);
         }
@@ -204,7 +206,7 @@ class GroupsCommand : public Command {
         json.EndObject();
     }
 
-    void Add() const {
+    void Add(Console& console) const {
         std::vector<CString> names;
         std::transform(m_names.begin(), m_names.end(), std::back_inserter(names), ReadNewName);
         CqSurveyDB db;
@@ -216,16 +218,32 @@ class GroupsCommand : public Command {
             }
         }
         batch.Commit();
+        if (m_json) {
+            JsonWriter json(console);
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Key("added");
+            json.BeginArray();
+            for (const CString& name : names) {
+                json.BeginObject();
+                json.Member("name", ToUtf8(name));
+                json.Member("id", db.GetGroupID(name));
+                json.EndObject();
+            }
+            json.EndArray();
+            json.EndObject();
+        }
         db.Close();
     }
 
-    void Rename() const {
+    void Rename(Console& console) const {
         const CString newName = ReadNewName(m_newName);
         CqSurveyDB db;
         OpenToWrite(db, m_job);
         const std::uint16_t id = RequireGroup(db, m_oldName);
         // A group without a name cannot be renamed, but it can be deleted.
-        if (db.GetGroupName(id).empty()) {
+        const CString oldName = db.GetGroupName(id);
+        if (oldName.empty()) {
             throw Failure(fmt::format("{}: the group {} has no name and keeps none",
                                       Printable(m_job), Quoted(m_oldName)));
         }
@@ -233,6 +251,15 @@ class GroupsCommand : public Command {
             throw SameName(m_newName);
         }
         db.Close();
+        if (m_json) {
+            JsonWriter json(console);
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Member("id", id);
+            json.Member("old_name", ToUtf8(oldName));
+            json.Member("name", m_newName);
+            json.EndObject();
+        }
     }
 
     void Delete(Console& console) const {

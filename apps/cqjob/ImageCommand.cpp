@@ -76,6 +76,7 @@ class ImageCommand : public Command {
             ->type_name("N")
             ->capture_default_str();
         m_store->add_flag("--force", m_force, "Replace the image that is there");
+        AddJson(*m_store);
         m_store->footer(
             "The placement is kept to three decimal places. Brightness, Contrast, Monotone and\n"
             "BKColor are set by cqjob settings set, in section BACKGROUND.\n"
@@ -90,6 +91,7 @@ class ImageCommand : public Command {
             ->required()
             ->type_name("");
         m_fetch->add_flag("--force", m_force, "Replace a file that is there");
+        AddJson(*m_fetch);
         m_fetch->footer("Example:\n  cqjob image fetch site.job copy.jpg");
 
         m_info = command->add_subcommand("info", "Say what image the job holds, and where");
@@ -99,6 +101,7 @@ class ImageCommand : public Command {
 
         m_delete = command->add_subcommand("delete", "Delete the job's image");
         AddJob(*m_delete, "The job");
+        AddJson(*m_delete);
         m_delete->footer("Example:\n  cqjob image delete site.job");
         return command;
     }
@@ -106,12 +109,15 @@ class ImageCommand : public Command {
     int Run(Console& console) override {
         if (m_store->parsed()) {
             Store();
+            if (m_json) {
+                Info(console);
+            }
         } else if (m_fetch->parsed()) {
             Fetch(console);
         } else if (m_info->parsed()) {
             Info(console);
         } else {
-            Delete();
+            Delete(console);
         }
         return 0;
     }
@@ -141,8 +147,9 @@ class ImageCommand : public Command {
         if (db.StoreBackgroundImageFile(source, m_type, CVector(Number(m_east), Number(m_north)),
                                         CVector(Number(m_width), Number(m_height)),
                                         Number(m_rotation)) == 0) {
-            throw Failure(fmt::format("{}: {} could not be stored, so nothing was changed",
-                                      Printable(m_job), Printable(m_file)));
+            throw Failure(fmt::format(
+                "{}: {} could not be read, or there is no room for it; nothing was changed",
+                Printable(m_job), Printable(m_file)));
         }
         batch.Commit();
         db.Close();
@@ -150,6 +157,7 @@ class ImageCommand : public Command {
 
     void Fetch(Console& console) const {
         RequireOtherFile(m_file, m_job);
+        RequireOwnOutput(m_file);
         CqSurveyDB db;
         OpenToRead(db, m_job);
         if (db.IsBackgroundImageFile() == 0) {
@@ -168,6 +176,14 @@ class ImageCommand : public Command {
                 {reinterpret_cast<const char*>(piece), std::min(kPiece, image->length - done)});
         }
         output.Finish();
+        if (m_json) {
+            JsonWriter json(console);
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Member("file", m_file);
+            json.Member("bytes", image->length);
+            json.EndObject();
+        }
     }
 
     void Info(Console& console) const {
@@ -222,13 +238,20 @@ class ImageCommand : public Command {
         db.Close();
     }
 
-    void Delete() const {
+    void Delete(Console& console) const {
         CqSurveyDB db;
         OpenToWrite(db, m_job);
         if (db.DeleteBackgroundImageFile() == 0) {
             FailWithout();
         }
         db.Close();
+        if (m_json) {
+            JsonWriter json(console);
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Member("stored", false);
+            json.EndObject();
+        }
     }
 
     [[noreturn]] void FailWithout() const { throw Failure(Printable(m_job) + ": has no image"); }

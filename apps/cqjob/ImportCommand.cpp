@@ -2,9 +2,11 @@
 
 #include <map>
 
+#include "cqjob/Arguments.h"
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
 #include "cqjob/ImportReport.h"
+#include "cqjob/Interrupt.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/NumberText.h"
@@ -31,10 +33,11 @@ constexpr const char* kFooter =
     "code, and what follows it the description. Blanks around an unquoted field do not count. A\n"
     "quotation mark that does not enclose a whole field is a character like any other.\n"
     "\n"
-    "The points go into the job in one step, all of them or, when the import fails, none. A line\n"
-    "that makes no point is refused and reported with its number and the reason; the others are\n"
-    "recorded. Exit status 0 when every line is accounted for, 1 when no point at all could be\n"
-    "recorded although there are refused lines, and with --strict when any line is refused.\n"
+    "The points go into the job in one step, all of them or, when the import fails or is\n"
+    "interrupted, none. A line that makes no point is refused and reported with its number and\n"
+    "the reason; the others are recorded. Exit status 0 when every line is accounted for, 1 when\n"
+    "no point at all could be recorded although there are refused lines, and with --strict when\n"
+    "any line is refused.\n"
     "\n"
     "Example:\n"
     "  cqjob import site.job points.csv --order pnezd\n"
@@ -105,6 +108,7 @@ class ImportCommand : public Command {
     int Run(Console& console) override {
         const PointFileOptions options = ReadOptions();
         RequireOtherFile(m_file, m_job);
+        const Interrupt interrupt;
         FileSource source(m_file);
         CqSurveyDB db;
         OpenToWrite(db, m_job);
@@ -189,10 +193,7 @@ class ImportCommand : public Command {
         options.decimalComma = m_decimalComma;
         options.codePage = m_codePage;
         options.noHeight = m_noHeight;
-        if (FromUtf8(m_group).size() > kLongestName) {
-            throw UsageError(fmt::format("the group's name {} is longer than {} characters",
-                                         Quoted(m_group), kLongestName));
-        }
+        static_cast<void>(ReadName(m_group, "the group's name"));
         return options;
     }
 

@@ -64,7 +64,20 @@ void RequireOtherFile(const std::string& file, const std::string& job) {
 
 void OpenToRead(CqSurveyDB& db, const std::string& path) {
     const CString jobPath = ToJobPath(path);
-    Named(path, [&] { db.OpenReadOnly(jobPath); });
+    Named(path, [&] {
+        try {
+            db.OpenReadOnly(jobPath);
+        } catch (const CqSurveyException& failure) {
+            if (failure.m_code != error::kAccessDenied) {
+                throw;
+            }
+            // A change that was cut short is taken back once the job is opened to be written.
+            CqSurveyDB writer;
+            writer.Open(jobPath);
+            writer.Close();
+            db.OpenReadOnly(jobPath);
+        }
+    });
 }
 
 void OpenToWrite(CqSurveyDB& db, const std::string& path) {

@@ -46,8 +46,9 @@ struct Row {
 /// Why the job cannot be read; the query does not say it.
 std::string FindReason(const CString& path) {
     try {
+        // As the query does it: another reader hinders that too.
         CqSurveyDB db;
-        db.OpenReadOnly(path);
+        db.Open(path);
         return "it could not be read";
     } catch (const CException& error) {
         return error.what();

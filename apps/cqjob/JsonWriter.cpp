@@ -5,12 +5,17 @@
 #include <cmath>
 
 #include "cqjob/NumberText.h"
+#include "cqjob/Printable.h"
 
 namespace cqsurvey::cqjob {
 
 JsonWriter::JsonWriter(Console& console) : m_console(console) {}
 
 std::string JsonWriter::Quote(std::string_view text) {
+    if (!IsUtf8(text)) {
+        // A path of the host may be anything.
+        return Quote(Printable(text));
+    }
     std::string quoted = "\"";
     for (const char c : text) {
         if (c == '"' || c == '\\') {

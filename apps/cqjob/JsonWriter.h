@@ -23,7 +23,7 @@ class JsonWriter {
     /// The key of the value that comes next.
     void Key(std::string_view key);
 
-    /// A text in UTF-8.
+    /// A text in UTF-8; of one that is not, the odd bytes are written as \x and their number.
     void Value(std::string_view text);
     void Value(const char* text) { Value(std::string_view(text)); }
     void Value(const std::string& text) { Value(std::string_view(text)); }

@@ -80,6 +80,7 @@ struct PlanImage {
 struct Plan {
     std::vector<PlanItem> items;
     std::optional<PlanImage> image;
+    Box jobExtents;  ///< what the job tells of itself, hidden layers and all; empty without any
     Rgb background = kWhite;
     double mapScale = 500.0;   ///< of the job's settings, greater than 0
     double symbolSize = 5.0;   ///< of the job's settings, in points of 1/72 inch

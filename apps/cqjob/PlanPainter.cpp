@@ -35,6 +35,12 @@ double Middle(double a, double b) {
     return std::midpoint(a, b);
 }
 
+/// A job may hold numbers that no millimetre means anything to.
+std::string Coordinate(double value) {
+    constexpr double kFarthest = 1e12;
+    return std::fabs(value) <= kFarthest ? FormatNumber(value, 3) : FormatNumber(value);
+}
+
 std::string Scale(double scale) {
     return "1 : " + FormatNumber(scale);
 }
@@ -469,7 +475,8 @@ void PlanPainter::DrawGrid() {
             return found;
         }
         for (double i = first; i <= last; ++i) {
-            const double value = i * step;
+            // The sum makes a zero without a sign of it.
+            const double value = i * step + 0.0;
             const CVector at =
                 ToPage(east ? CVector(value, window.minY) : CVector(window.minX, value));
             found.push_back({east ? at.GetX() : at.GetY(), value});
@@ -629,7 +636,7 @@ void PlanPainter::DrawTitle() {
     cairo_stroke(m_context);
 
     const double room = barLeft - box.minX - 2 * kPad;
-    const Box extents = m_plan.FindExtents();
+    const Box& extents = m_plan.jobExtents;
     WriteFitting(m_choice.title, {box.minX + kPad, box.minY + 6.2 * kMillimetre}, 3.2 * kMillimetre,
                  room, true);
     constexpr double kSmall = 1.75 * kMillimetre;
@@ -637,10 +644,8 @@ void PlanPainter::DrawTitle() {
     if (extents.IsEmpty()) {
         rows[0] = "No extents: nothing to draw";
     } else {
-        rows[0] =
-            fmt::format("E {} – {}", FormatNumber(extents.minX, 3), FormatNumber(extents.maxX, 3));
-        rows[1] =
-            fmt::format("N {} – {}", FormatNumber(extents.minY, 3), FormatNumber(extents.maxY, 3));
+        rows[0] = fmt::format("E {} – {}", Coordinate(extents.minX), Coordinate(extents.maxX));
+        rows[1] = fmt::format("N {} – {}", Coordinate(extents.minY), Coordinate(extents.maxY));
         rows[2] = Count(m_plan.points, "point");
         if (m_plan.items.size() > m_plan.points) {
             rows[2] += fmt::format(", {} of the drawing",

@@ -102,6 +102,11 @@ PlanReader::PlanReader(CqSurveyDB& db, const std::optional<CStringList>& layers)
 
 Plan PlanReader::Read(const std::function<void(std::size_t)>& progress) {
     m_plan = Plan();
+    CVector least;
+    CVector largest;
+    if (m_db.GetEntityBound(least, largest) != 0) {
+        m_plan.jobExtents = {least.GetX(), least.GetY(), largest.GetX(), largest.GetY()};
+    }
     ReadSettings();
     const auto there = static_cast<std::size_t>(m_db.GetNumCadEntities());
     std::size_t walked = 0;

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "cqjob/Failure.h"
+#include "cqjob/Interrupt.h"
 #include "cqjob/Printable.h"
 #include "cqjob/Progress.h"
 
@@ -32,6 +33,7 @@ void PointImport::Run(PointFile& file, const TextSource& source, Console& consol
     Progress progress(console, "points");
     PointLine line;
     while (file.Next(line)) {
+        Interrupt::Check(source.GetName());
         switch (line.kind) {
             case PointLine::Kind::Header:
                 m_report.Count(ImportReport::Fate::Header, line.lines);

@@ -24,7 +24,8 @@ class PointImport {
 
     /// Records every line of `file` that is a point; `source` is what the file reads. Throws
     /// Failure, with the file and the line, when a point cannot be recorded or the text cannot be
-    /// read, and when the report does not account for every line of the source.
+    /// read, when the report does not account for every line of the source, and when the program is
+    /// interrupted.
     void Run(PointFile& file, const TextSource& source, Console& console);
 
  private:

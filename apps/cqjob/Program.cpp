@@ -20,6 +20,16 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
+/// When something is missing, what was not understood may have been meant for it.
+std::string DescribeUnknown(const CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<std::string> unknown = app.remaining(true);
+    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::RequiredError) ||
+        unknown.empty()) {
+        return {};
+    }
+    return Quoted(unknown.front()) + " is not understood. ";
+}
+
 int Run(int argc, const char* const* argv, Console& console) {
     std::vector<std::unique_ptr<Command>> commands = MakeCommands();
     CLI::App app("Works on surveying jobs: points, drawing and settings of a survey in one file.");
@@ -45,7 +55,9 @@ int Run(int argc, const char* const* argv, Console& console) {
         std::ostringstream err;
         const int status = app.exit(error, out, err);
         console.Out(out.str());
-        console.Err(err.str().empty() ? "" : "cqjob: " + err.str());
+        if (!err.str().empty()) {
+            console.Err("cqjob: " + DescribeUnknown(app, error) + err.str());
+        }
         return status == 0 ? 0 : kWrongUsage;
     }
     for (const auto& [parsed, command] : declared) {

@@ -1,5 +1,6 @@
 #include <cqsurvey/cqsurvey.h>
 
+#include "cqjob/Arguments.h"
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
@@ -42,6 +43,7 @@ class SettingsCommand : public Command {
         m_set->add_option("VALUE", m_value, "The value; an empty one removes a key of your own")
             ->required()
             ->type_name("");
+        AddJson(*m_set);
         m_set->footer(
             "A section that is not there is made, so that programs can keep settings of their own\n"
             "with the job.\n"
@@ -53,6 +55,7 @@ class SettingsCommand : public Command {
         m_import = command->add_subcommand("import", "Replace every setting by those of a file");
         AddJob(*m_import, "The job");
         m_import->add_option("FILE", m_file, "The settings file")->required()->type_name("");
+        AddJson(*m_import);
         m_import->footer(kSettingsImportHelp);
 
         m_export = command->add_subcommand("export", "Write every setting into a file");
@@ -61,6 +64,7 @@ class SettingsCommand : public Command {
             ->required()
             ->type_name("");
         m_export->add_flag("--force", m_force, "Replace a file that is there");
+        AddJson(*m_export);
         m_export->footer("Example:\n  cqjob settings export site.job office.ini");
         return command;
     }
@@ -71,13 +75,16 @@ class SettingsCommand : public Command {
         }
         if (m_import->parsed()) {
             ImportSettings(m_job, m_file);
+            AnswerFile(console);
             return 0;
         }
         if (m_export->parsed()) {
+            RequireOwnOutput(m_file);
             ExportSettings(console, m_job, m_file, m_force);
+            AnswerFile(console);
             return 0;
         }
-        return m_get->parsed() ? Get(console) : Set();
+        return m_get->parsed() ? Get(console) : Set(console);
     }
 
  private:
@@ -127,10 +134,12 @@ class SettingsCommand : public Command {
     }
 
     int Get(Console& console) const {
+        const CString section = ReadText(m_section, "the section");
+        const CString key = ReadText(m_key, "the key");
         CqSurveyDB db;
         OpenToRead(db, m_job);
         CString value;
-        if (db.GetSettingsString(FromUtf8(m_section), FromUtf8(m_key), value, CString()) == 0) {
+        if (db.GetSettingsString(section, key, value, CString()) == 0) {
             throw Failure(fmt::format("{}: there is no setting {} in section {}", Printable(m_job),
                                       Quoted(m_key), Quoted(m_section)));
         }
@@ -143,20 +152,31 @@ class SettingsCommand : public Command {
         return 0;
     }
 
-    int Set() const {
+    void AnswerFile(Console& console) const {
+        if (m_json) {
+            JsonWriter json(console);
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Member("file", m_file);
+            json.EndObject();
+        }
+    }
+
+    int Set(Console& console) const {
+        const CString section = ReadText(m_section, "the section");
+        const CString key = ReadText(m_key, "the key");
+        static_cast<void>(ReadText(m_value, "the value"));
         const std::string fault = SettingRules::FindFault(m_section, m_key, m_value);
         if (!fault.empty()) {
             throw UsageError(fault);
         }
-        const CString section = FromUtf8(m_section);
         CqSurveyDB db;
         OpenToWrite(db, m_job);
         CqBatch batch(db);
         // 0 when the section is there already.
         db.AddSettingsSection(section);
-        if (db.WriteSettingsString(section, FromUtf8(m_key),
-                                   FromUtf8(SettingRules::Normalise(m_section, m_key, m_value))) ==
-            0) {
+        if (db.WriteSettingsString(
+                section, key, FromUtf8(SettingRules::Normalise(m_section, m_key, m_value))) == 0) {
             throw Failure(fmt::format("{}: {}", Printable(m_job),
                                       m_value.empty()
                                           ? fmt::format("there is no setting {} in section {}",
@@ -164,6 +184,21 @@ class SettingsCommand : public Command {
                                           : std::string("the settings could not be written")));
         }
         batch.Commit();
+        if (m_json) {
+            CString value;
+            JsonWriter json(console);
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Member("section", m_section);
+            json.Member("key", m_key);
+            json.Key("value");
+            if (db.GetSettingsString(section, key, value, CString()) != 0) {
+                json.Value(ToUtf8(value));
+            } else {
+                json.Null();
+            }
+            json.EndObject();
+        }
         db.Close();
         return 0;
     }

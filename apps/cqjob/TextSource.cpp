@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "cqjob/Failure.h"
+#include "cqjob/Interrupt.h"
 #include "cqjob/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -83,6 +84,7 @@ void FileSource::ReadSome(std::string& buffer) {
     buffer.resize(before + kPiece);
     ssize_t count = 0;
     do {
+        Interrupt::Check(GetName());
         count = read(m_descriptor, buffer.data() + before, kPiece);
     } while (count < 0 && errno == EINTR);
     const int error = errno;

@@ -46,7 +46,9 @@ TEST_F(CqjobProgram, HelpsEverywhereWithAnExample) {
 
 TEST_F(CqjobProgram, WrongUsageIsStatus2AndTouchesNothing) {
     Run({}, 2);
-    Run({"draw"}, 2);
+    EXPECT_TRUE(Holds(Run({"draw"}, 2).err, "cqjob: \"draw\" is not understood. "));
+    EXPECT_TRUE(Holds(Run({"groups", "merge", job}, 2).err, "cqjob: \"merge\" is not understood"));
+    EXPECT_TRUE(Run({"new"}, 2).err.starts_with("cqjob: JOB is required\n"));
     Run({"new"}, 2);
     Run({"new", job, "--colour"}, 2);
     EXPECT_FALSE(std::filesystem::exists(job));
@@ -66,7 +68,8 @@ TEST_F(CqjobProgram, WrongUsageIsStatus2AndTouchesNothing) {
              {"--order", "pnezd", "--code-page", "37"},
              {"--order", "pnezd", "--origin", "0"},
              {"--order", "pnezd", "--origin", "65536"},
-             {"--order", "pnezd", "--group", "a name of twenty char"}}) {
+             {"--order", "pnezd", "--group", "a name of twenty char"},
+             {"--order", "pnezd", "--group", "\xFF"}}) {
         std::vector<std::string> arguments = {"import", job, points};
         arguments.insert(arguments.end(), options.begin(), options.end());
         const CqjobRun run = Run(arguments, 2);
@@ -357,9 +360,52 @@ TEST_F(CqjobProgram, ListsGetsAndSetsSettings) {
     EXPECT_TRUE(Holds(Run({"settings", "get", job, "MyOffice", "Crew"}, 1).err, "Crew"));
     Run({"settings", "set", job, "SETTINGS", "Mapscale", "big"}, 2);
     Run({"settings", "set", job, "SETTINGS", "Mapscale"}, 2);
+    Run({"settings", "set", job, "\xFF", "Crew", "A"}, 2);
+    Run({"settings", "set", job, "MyOffice", "\xFF", "A"}, 2);
+    Run({"settings", "set", job, "MyOffice", "Crew", "\xFF"}, 2);
+    Run({"settings", "get", job, "MyOffice", "\xFF"}, 2);
     Run({"settings", "get", job, "SETTINGS"}, 2);
     Run({"settings", job}, 2);
     EXPECT_EQ(Run({"settings", "get", job, "SETTINGS", "Mapscale"}).out, "250\n");
+}
+
+TEST_F(CqjobProgram, AnswersInJsonWhatItChangedAndWrote) {
+    MakeJob("A,1,2,3\n");
+    const std::string head = "{\n  \"job\": \"" + job + "\",\n";
+    EXPECT_EQ(Run({"settings", "set", job, "settings", "Mapscale", "250", "--json"}).out,
+              head +
+                  "  \"section\": \"settings\",\n  \"key\": \"Mapscale\",\n  \"value\": "
+                  "\"250\"\n}\n");
+    Run({"settings", "set", job, "MyOffice", "Crew", "A"});
+    EXPECT_EQ(Run({"settings", "set", job, "MyOffice", "Crew", "", "--json"}).out,
+              head +
+                  "  \"section\": \"MyOffice\",\n  \"key\": \"Crew\",\n  \"value\": "
+                  "null\n}\n");
+    const std::string settings = folder.Utf8("a.ini");
+    const std::string told = head + "  \"file\": \"" + settings + "\"\n}\n";
+    EXPECT_EQ(Run({"settings", "export", job, settings, "--json"}).out, told);
+    EXPECT_EQ(Run({"settings", "import", job, settings, "--json"}).out, told);
+    const std::string points = folder.Utf8("a.csv");
+    CqjobRun run = Run({"export", job, points, "--json"});
+    EXPECT_EQ(run.out,
+              head + "  \"file\": \"" + points + "\",\n  \"points\": 1,\n  \"not_finite\": 0\n}\n");
+    EXPECT_EQ(run.err, "");
+    for (const std::vector<std::string>& command :
+         std::vector<std::vector<std::string>>{{"export"}, {"settings", "export"}}) {
+        std::vector<std::string> arguments = command;
+        arguments.insert(arguments.end(), {job, "-", "--json"});
+        run = Run(arguments, 2);
+        EXPECT_EQ(run.out, "");
+        EXPECT_TRUE(Holds(run.err, "standard output"));
+    }
+}
+
+TEST_F(CqjobProgram, AnswersInJsonWhateverBytesAPathHas) {
+    Run({"new", job});
+    const std::string file = WriteFile("a\xFF.csv", "A,1,2,3\n");
+    const std::string out = Run({"import", job, file, "--order", "pnezd", "--json"}).out;
+    EXPECT_TRUE(Holds(out, "a\\\\xff.csv\","));
+    EXPECT_EQ(out.find('\xFF'), std::string::npos);
 }
 
 TEST_F(CqjobProgram, AFullDiskForItsResultsIsAFailure) {

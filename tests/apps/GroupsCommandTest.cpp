@@ -42,6 +42,16 @@ TEST_F(GroupsCommandTest, AddsAllGroupsOrNone) {
     EXPECT_TRUE(Holds(Run({"groups", "add", folder.Utf8("no.job"), "Road"}, 1).err, "no.job"));
 }
 
+TEST_F(GroupsCommandTest, TellsInJsonWhatItAddedAndRenamed) {
+    const std::string head = "{\n  \"job\": \"" + job + "\",\n";
+    EXPECT_EQ(Run({"groups", "add", job, "Road", "Rail", "--json"}).out,
+              head +
+                  "  \"added\": [\n    {\n      \"name\": \"Road\",\n      \"id\": 1\n    },\n"
+                  "    {\n      \"name\": \"Rail\",\n      \"id\": 2\n    }\n  ]\n}\n");
+    EXPECT_EQ(Run({"groups", "rename", job, "ROAD", "Way", "--json"}).out,
+              head + "  \"id\": 1,\n  \"old_name\": \"Road\",\n  \"name\": \"Way\"\n}\n");
+}
+
 TEST_F(GroupsCommandTest, RenamesAGroup) {
     Run({"groups", "add", job, "Road", "Rail"});
     Run({"groups", "rename", job, "ROAD", "Road 7"});

@@ -57,6 +57,18 @@ TEST_F(ImageCommandTest, SaysWhereTheImageLies) {
     }
 }
 
+TEST_F(ImageCommandTest, TellsInJsonWhatItDid) {
+    const std::string stored = Store(WriteFile("a.jpg", "abc"), {"--json"}).out;
+    EXPECT_TRUE(Holds(stored, "\"bytes\": 3,"));
+    EXPECT_EQ(stored, Run({"image", "info", job, "--json"}).out);
+    const std::string copy = folder.Utf8("copy.jpg");
+    const std::string head = "{\n  \"job\": \"" + job + "\",\n";
+    EXPECT_EQ(Run({"image", "fetch", job, copy, "--json"}).out,
+              head + "  \"file\": \"" + copy + "\",\n  \"bytes\": 3\n}\n");
+    EXPECT_EQ(Run({"image", "fetch", job, "-", "--json"}, 2).out, "");
+    EXPECT_EQ(Run({"image", "delete", job, "--json"}).out, head + "  \"stored\": false\n}\n");
+}
+
 TEST_F(ImageCommandTest, ReplacesNothingUnlessForced) {
     const std::string first = WriteFile("a.jpg", "abc");
     const std::string second = WriteFile("b.jpg", "defgh");

@@ -1,6 +1,7 @@
 #include "cqjob/JobFile.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <filesystem>
 #include <fstream>
@@ -91,6 +92,31 @@ TEST(JobFile, NamesTheJobThatCannotBeOpened) {
         }
     }
     EXPECT_FALSE(std::filesystem::exists(folder.Utf8("missing.job")));
+}
+
+TEST(JobFile, ReadsAJobWhoseLastChangeWasCutShort) {
+    const TempDir folder;
+    const std::string path = folder.Utf8("a.job");
+    const std::string cut = folder.Utf8("cut.job");
+    CreateJob(path, false);
+    AddPoint(path);
+    // Files as a power cut leaves them: half of a change, and the journal that takes it back.
+    sqlite3* connection = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &connection), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(connection,
+                           "PRAGMA cache_size=10; BEGIN; DELETE FROM _PointData;"
+                           "WITH n(i) AS (VALUES(1000) UNION ALL SELECT i+1 FROM n WHERE i<1099)"
+                           "INSERT INTO Volume_Block SELECT i, zeroblob(50000) FROM n;",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    std::filesystem::copy_file(path, cut);
+    std::filesystem::copy_file(path + "-journal", cut + "-journal");
+    sqlite3_close(connection);
+    CqSurveyDB db;
+    EXPECT_THROW(db.OpenReadOnly(FromUtf8(cut)), CqSurveyException);
+    EXPECT_EQ(CountPoints(cut), 1);
+    EXPECT_FALSE(std::filesystem::exists(cut + "-journal"));
+    EXPECT_TRUE(ReadFile(cut) == ReadFile(path));
 }
 
 TEST(JobFile, TellsPathsToTheSameFile) {

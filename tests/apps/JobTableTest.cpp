@@ -57,5 +57,11 @@ TEST_F(JobTableTest, AJobThatAnotherProcessHoldsIsARow) {
     EXPECT_TRUE(Holds(Run({"info", job, empty}, 1).out, "0x30000008"));
 }
 
+TEST_F(JobTableTest, AJobThatAnotherProcessReadsIsARowThatSaysSo) {
+    CqSurveyDB db;
+    db.OpenReadOnly(FromUtf8(job));
+    EXPECT_TRUE(Holds(Run({"info", job, empty}, 1).out, "0x30000008"));
+}
+
 }  // namespace
 }  // namespace cqsurvey::cqjob

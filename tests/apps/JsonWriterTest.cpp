@@ -48,6 +48,7 @@ TEST(JsonWriter, EscapesWhatTextMayNotHold) {
     EXPECT_EQ(JsonWriter::Quote("a\"b\\c/"), "\"a\\\"b\\\\c/\"");
     EXPECT_EQ(JsonWriter::Quote("\n\r\t\x01\x1f\x7f"), "\"\\n\\r\\t\\u0001\\u001f\\u007f\"");
     EXPECT_EQ(JsonWriter::Quote(std::string_view("\0", 1)), "\"\\u0000\"");
+    EXPECT_EQ(JsonWriter::Quote("\u00e4\n\xFF.csv"), "\"\u00e4\\\\n\\\\xff.csv\"");
     EXPECT_EQ(JsonWriter::Quote("\u00e4\u9053\U0001F332"), "\"\u00e4\u9053\U0001F332\"");
 }
 

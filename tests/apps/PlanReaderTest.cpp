@@ -202,6 +202,21 @@ TEST_F(PlanReaderTest, ExtentsLeaveRoomForTexts) {
     EXPECT_EQ(box.maxY, 100.0);
 }
 
+TEST_F(PlanReaderTest, TellsTheExtentsOfTheJobWhateverIsDrawnOfIt) {
+    EXPECT_TRUE(Read().jobExtents.IsEmpty());
+    DrawPoint(db, u"A", kNaN, kNaN);
+    EXPECT_TRUE(Read().jobExtents.IsEmpty());
+    DrawText(db, u"0123456789", 1, 2, 2.0);
+    db.AddLayer(u"Away", -1, 0);
+    db.SetCurrentLayer(u"Away");
+    DrawCircle(db, 10, 20, 5);
+    const Box box = Read().jobExtents;
+    EXPECT_EQ(box.minX, 1.0);
+    EXPECT_EQ(box.minY, 2.0);
+    EXPECT_EQ(box.maxX, 15.0);
+    EXPECT_EQ(box.maxY, 25.0);
+}
+
 TEST_F(PlanReaderTest, ReadsTheSettings) {
     db.WriteSettingsString(CqSurveyDB::m_SettingsSection, u"Mapscale", u"250");
     db.SetSiPointSize(8.0);

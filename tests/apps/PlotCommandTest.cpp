@@ -1,12 +1,14 @@
 #include <cairo.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <limits>
+#include <map>
 #include <memory>
 
 #include "apps/RunCqjob.h"
@@ -311,6 +313,45 @@ TEST_F(PlotCommand, SaysWhatHasNoPlace) {
     DrawPoint(db, u"A", kNaN, kNaN);
     DrawPoint(db, u"B", 1, 1);
     EXPECT_TRUE(Has(Plot("a.svg").err, "1 object without a finite place")) << "err";
+}
+
+TEST_F(PlotCommand, TheTitleTellsTheJobsExtentsAndNotTheRoomOfItsTexts) {
+    DrawLine(db, {{0, 0}, {40, 30}});
+    const auto letters = [&] {
+        Plot("a.svg", {"--portrait", "--force"});
+        const SvgPicture picture(Read("a.svg"));
+        // The baseline of the eastings.
+        const double row = (297.0 - 10.0 - 22.0 + 11.2) * kMillimetre;
+        return std::count_if(picture.glyphs.begin(), picture.glyphs.end(),
+                             [&](const auto& glyph) { return std::fabs(glyph.y - row) < 0.1; });
+    };
+    const auto before = letters();
+    EXPECT_GT(before, 10);
+    db.Open(FromUtf8(job));
+    DrawText(db, u"to the left of 0", 0, 0, 1.0, 0.0, 2);
+    EXPECT_EQ(letters(), before);
+}
+
+TEST_F(PlotCommand, TheGridKnowsNoZeroWithASign) {
+    // The map begins between the easting -20, which has no line any more, and 0.
+    DrawLine(db, {{9, 100}, {109, 110}});
+    Plot("a.svg", {"--landscape", "--scale", "500"});
+    const SvgPicture picture(Read("a.svg"));
+    // The numbers below the map, 0 to 120 from the left.
+    std::map<double, std::string> row;
+    double lowest = 0.0;
+    for (const auto& glyph : picture.glyphs) {
+        if (glyph.y < picture.height - 32.0 * kMillimetre) {
+            lowest = std::max(lowest, glyph.y);
+        }
+    }
+    for (const auto& glyph : picture.glyphs) {
+        if (std::fabs(glyph.y - lowest) < 0.1) {
+            row[glyph.x] = glyph.symbol;
+        }
+    }
+    ASSERT_GE(row.size(), 3U);
+    EXPECT_EQ(row.begin()->second, row.rbegin()->second) << "begins with the 0 that it ends with";
 }
 
 TEST_F(PlotCommand, HasAScaleBarANorthArrowAndATitle) {

@@ -1,0 +1,108 @@
+#include "cqjob/Interrupt.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include "apps/ProgramTest.h"
+#include "cqjob/Failure.h"
+
+namespace cqsurvey::cqjob {
+namespace {
+
+/// A signal's handling, put back at the end.
+class Handling {
+ public:
+    Handling(int number, sighandler_t handler)
+        : m_number(number), m_before(std::signal(number, handler)) {}
+    Handling(const Handling&) = delete;
+    Handling& operator=(const Handling&) = delete;
+    ~Handling() { std::signal(m_number, m_before); }
+
+ private:
+    int m_number;
+    sighandler_t m_before;
+};
+
+TEST(Interrupt, KeepsTheSignalUntilItIsAskedFor) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(number);
+        const Interrupt interrupt;
+        EXPECT_NO_THROW(Interrupt::Check("a.csv"));
+        std::raise(number);
+        EXPECT_THROW(Interrupt::Check("a.csv"), Failure);
+    }
+    const Interrupt another;
+    EXPECT_NO_THROW(Interrupt::Check("a.csv"));
+}
+
+TEST(Interrupt, LeavesSignalsIgnoredThatAreAndPutsBackTheOthers) {
+    static volatile sig_atomic_t heard = 0;
+    heard = 0;
+    const Handling hangUp(SIGHUP, SIG_IGN);
+    const Handling end(SIGTERM, [](int) { heard = 1; });
+    {
+        const Interrupt interrupt;
+        std::raise(SIGHUP);
+        std::raise(SIGPIPE);
+        EXPECT_NO_THROW(Interrupt::Check("a.csv"));
+    }
+    std::raise(SIGTERM);
+    EXPECT_EQ(heard, 1);
+}
+
+using InterruptTest = ProgramTest;
+
+TEST_F(InterruptTest, AnInterruptedImportLeavesTheJobAsItWas) {
+    const Handling gone(SIGPIPE, SIG_IGN);
+    MakeJob("A,1,2,3\n");
+    const std::string before = ReadFile(job);
+    const std::string pipe = folder.Utf8("points.csv");
+    const std::string words = folder.Utf8("words");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(number);
+        std::vector<std::string> arguments = {CQJOB_PROGRAM, "import",  job,
+                                              pipe,          "--order", "pnezd"};
+        std::vector<char*> argv;
+        for (std::string& argument : arguments) {
+            argv.push_back(argument.data());
+        }
+        argv.push_back(nullptr);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, words.c_str(),
+                                         O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        pid_t child = 0;
+        ASSERT_EQ(posix_spawn(&child, CQJOB_PROGRAM, &actions, nullptr, argv.data(), environ), 0);
+        posix_spawn_file_actions_destroy(&actions);
+        // It opens once the program reads, and what is written beyond the pipe's room is read.
+        const int end = open(pipe.c_str(), O_WRONLY | O_CLOEXEC);
+        ASSERT_GE(end, 0);
+        std::string text;
+        for (int i = 0; i < 20000; ++i) {
+            text += "P" + std::to_string(i) + ",1,2,3,tree\n";
+        }
+        EXPECT_EQ(write(end, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        kill(child, number);
+        // In case that the signal came just before the program waited for more.
+        EXPECT_NE(write(end, "B,1,2,3\n", 8), 0);
+        close(end);
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status));
+        EXPECT_EQ(WEXITSTATUS(status), 1);
+        EXPECT_EQ(ReadFile(words), "cqjob: " + pipe + ": interrupted, so nothing was recorded\n");
+        EXPECT_FALSE(std::filesystem::exists(job + "-journal"));
+        EXPECT_TRUE(ReadFile(job) == before);
+    }
+}
+
+}  // namespace
+}  // namespace cqsurvey::cqjob
