@@ -115,11 +115,10 @@ bool SqlStatement::Step() {
     if (result == SQLITE_DONE) {
         return false;
     }
+    // Also when there is no memory for the failure: one that is not reset takes no new values.
+    const SqlUse reset(*this);
     sqlite3* connection = sqlite3_db_handle(Get());
-    const int extended = sqlite3_extended_errcode(connection);
-    const StoreFailure failure = SqlFailure(connection, extended);
-    Reset();
-    throw failure;
+    ThrowSql(connection, sqlite3_extended_errcode(connection));
 }
 
 void SqlStatement::Run() {
@@ -141,6 +140,18 @@ CString SqlStatement::GetText(int column) const {
         throw StoreFailure(error::kDamaged, "a text ends in half a character");
     }
     return {static_cast<const char16_t*>(text), size / sizeof(char16_t)};
+}
+
+std::string SqlStatement::GetUtf8(int column) const {
+    if (sqlite3_column_type(Get(), column) == SQLITE_NULL) {
+        return {};
+    }
+    const unsigned char* text = sqlite3_column_text(Get(), column);
+    if (text == nullptr) {
+        throw StoreFailure(error::kOutOfMemory, "a text");
+    }
+    return {reinterpret_cast<const char*>(text),
+            static_cast<std::size_t>(sqlite3_column_bytes(Get(), column))};
 }
 
 SqlBudget::SqlBudget(sqlite3* connection) : m_connection(connection) {
@@ -175,14 +186,7 @@ std::int64_t SqlNumber(sqlite3* connection, const std::string& sql) {
 
 std::string SqlText(sqlite3* connection, const std::string& sql) {
     SqlStatement statement(connection, sql);
-    if (!statement.Step()) {
-        return {};
-    }
-    const unsigned char* text = sqlite3_column_text(statement.Get(), 0);
-    return text == nullptr
-               ? std::string()
-               : std::string(reinterpret_cast<const char*>(text),
-                             static_cast<std::size_t>(sqlite3_column_bytes(statement.Get(), 0)));
+    return statement.Step() ? statement.GetUtf8(0) : std::string();
 }
 
 }  // namespace cqsurvey
