@@ -1,7 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqJobCheck.h"
