@@ -185,9 +185,12 @@ void CqSurveyDB::CommitStep() {
         KeepStep();
         return;
     }
-    const CqSurveyException failure(QrfsGetLastError(), QrfsGetLastErrorDetail());
-    UndoStep();
-    throw failure;
+    try {
+        ThrowLastStorageError();
+    } catch (...) {
+        UndoStep();
+        throw;
+    }
 }
 
 void CqSurveyDB::RollbackStep() noexcept {

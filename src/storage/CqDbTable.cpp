@@ -27,7 +27,7 @@ int Moved(int result) {
 CqDbTable::~CqDbTable() {
     try {
         CqDbTable::Close();
-    } catch (const CqSurveyException&) {
+    } catch (...) {
         // The handle is given up in any case, and a destructor has nobody to tell.
     }
 }

@@ -39,7 +39,10 @@ CqHandle CqLayerTable::AppendLayer(const CString& name, std::int32_t color, int 
 }
 
 void CqLayerTable::FillCurrent() {
-    m_current = {GetCurrentHandle(), Get<"Name">(), Get<"ColorID">(), Get<"LineID">()};
+    field::Text52::LoadInto(Record() + Layout::Offset<"Name">(), m_current.name);
+    m_current.handle = GetCurrentHandle();
+    m_current.color = Get<"ColorID">();
+    m_current.line = Get<"LineID">();
 }
 
 void CqLayerTable::StoreLayer() {
@@ -66,7 +69,6 @@ CString CqLayerTable::GetName(CqHandle layer) {
 }
 
 void CqLayerTable::KeepStep() noexcept {
-    // A copy that finds no memory ends the process: nothing could be undone without it.
     m_atStep = m_current;
 }
 

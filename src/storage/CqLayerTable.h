@@ -37,6 +37,9 @@ class CqLayerTable : public CqRecordTable<LayerLayout> {
 
  private:
     struct Current {
+        /// With room for any name, so that no copy of one to another needs memory.
+        Current() { name.reserve(field::Text52::kCapacity); }
+
         CqHandle handle = 0;
         CString name;
         std::int32_t color = 0;

@@ -2,9 +2,7 @@
 
 #include <utility>
 
-#include "storage/PointNameIndex.h"
 #include "storage/PointStaging.h"
-#include "storage/PointView.h"
 
 namespace cqsurvey {
 
@@ -16,8 +14,8 @@ CqPointTable::~CqPointTable() = default;
 
 void CqPointTable::ClearIndexes() {
     const PointRecords& records = *this;
-    m_names = std::make_unique<PointNameIndex>(records);
-    m_view = std::make_unique<PointView>(records);
+    m_names.emplace(records);
+    m_view.emplace(records);
 }
 
 const std::byte* CqPointTable::Peek(CqHandle handle) const {

@@ -1,18 +1,17 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <string_view>
 
 #include "cqsurvey/Records.h"
 #include "storage/CqRecordTable.h"
 #include "storage/JobSchema.h"
+#include "storage/PointNameIndex.h"
 #include "storage/PointRecords.h"
+#include "storage/PointView.h"
 
 namespace cqsurvey {
-
-class PointNameIndex;
-class PointView;
 
 /// The points' attributes, with what is kept about them in memory while the table is open: the name
 /// index, the sorted and filtered view, and the entities of the points in the view.
@@ -75,8 +74,9 @@ class CqPointTable : public CqRecordTable<PointLayout>, private PointRecords {
     template <class Visit>
     void ForEachRecord(Visit&& visit);
 
-    std::unique_ptr<PointNameIndex> m_names;
-    std::unique_ptr<PointView> m_view;
+    // Never without a value; dropping what they hold takes no memory.
+    std::optional<PointNameIndex> m_names;
+    std::optional<PointView> m_view;
 };
 
 }  // namespace cqsurvey

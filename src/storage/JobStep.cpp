@@ -59,7 +59,7 @@ void JobStep::EndFailed(std::int32_t code) noexcept {
     }
     try {
         Commit();
-    } catch (const CqSurveyException&) {
+    } catch (...) {
         // Everything is undone then, and the failure that ended the operation is on its way.
     }
 }

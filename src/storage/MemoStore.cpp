@@ -76,15 +76,17 @@ std::uint32_t MemoStore::Add(const CString& text) {
 
 void MemoStore::Free(std::uint32_t reference) {
     Load();
-    if (m_texts.erase(reference) == 0) {
+    if (!m_texts.contains(reference)) {
         return;
+    }
+    // What finds no memory comes first: a text that is gone must be known to be.
+    if (reference < m_nextAtStep) {
+        m_freedInStep.insert(reference);
     }
     if (m_unsaved.erase(reference) == 0) {
         m_freed.insert(reference);
     }
-    if (reference < m_nextAtStep) {
-        m_freedInStep.insert(reference);
-    }
+    m_texts.erase(reference);
 }
 
 const CString& MemoStore::Get(std::uint32_t reference) {

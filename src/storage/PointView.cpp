@@ -120,6 +120,10 @@ void PointView::Remove(CqHandle handle, const std::byte* record) {
     RemoveEntity(PointLayout::Get<"EntityIndex">(record));
     if (index) {
         m_changes.Reserve(1);
+        m_removed.Reserve(1);
+        if (!m_replaced) {
+            m_removed.Push(m_content.points.EntryAt(*index).digest);
+        }
         m_content.points.RemoveAt(*index);
         Log(Action::Remove, *index, handle);
     }
@@ -152,6 +156,7 @@ void PointView::KeepStep() noexcept {
     m_keptCodes = m_content.codes;
     m_keptStale = m_stale;
     m_changes.Clear();
+    m_removed.Clear();
     m_replaced.reset();
 }
 
@@ -166,8 +171,7 @@ void PointView::UndoStep() noexcept {
                 m_content.points.RemoveAt(change.index);
                 break;
             case Action::Remove:
-                m_content.points.Insert(change.index,
-                                        {change.handle, DigestOf(m_records.Peek(change.handle))});
+                m_content.points.Insert(change.index, {change.handle, m_removed.Pop()});
                 break;
             case Action::EnterEntity:
                 m_content.entities.Erase(change.handle);

@@ -44,8 +44,8 @@ class PointView {
     void Replace(ViewContent content) noexcept;
 
     void KeepStep() noexcept;
-    /// Called after the store has put the records back; those that were appended in the step are
-    /// gone by now.
+    /// Needs no record: those that were appended in the step are gone by now, and the others may be
+    /// out of reach for the time being.
     void UndoStep() noexcept;
 
  private:
@@ -74,6 +74,8 @@ class PointView {
     CodeSpan m_keptCodes;
     bool m_keptStale = false;
     ChangeLog<Change> m_changes;
+    /// The digests of the points whose removals are in m_changes, in the same order.
+    ChangeLog<SortDigest> m_removed;
     /// The content that the step replaced first; m_changes led to it, and nothing is logged from
     /// then on.
     std::optional<ViewContent> m_replaced;

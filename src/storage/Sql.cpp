@@ -9,10 +9,11 @@ namespace {
 constexpr int kStepsATick = 1000;
 constexpr std::int64_t kTicksInAnyCase = 1000;
 
-/// A file that could not be opened or made: for want of permission, or of room.
-std::int32_t CodeOfCantOpen(sqlite3* connection) {
+/// Whether a file could not be made, or not grow, for want of room: also of what its owner or its
+/// file system may use.
+bool HadNoRoom(sqlite3* connection) {
     const int number = connection == nullptr ? 0 : sqlite3_system_errno(connection);
-    return number == ENOSPC || number == EDQUOT ? error::kVolumeFull : error::kAccessDenied;
+    return number == ENOSPC || number == EDQUOT || number == EFBIG;
 }
 
 std::int32_t CodeOf(sqlite3* connection, int result) {
@@ -24,9 +25,10 @@ std::int32_t CodeOf(sqlite3* connection, int result) {
         case SQLITE_AUTH:
             return error::kAccessDenied;
         case SQLITE_CANTOPEN:
-            return CodeOfCantOpen(connection);
+            return HadNoRoom(connection) ? error::kVolumeFull : error::kAccessDenied;
         case SQLITE_IOERR:
-            return error::kReadWriteFailed;
+            return result == SQLITE_IOERR_WRITE && HadNoRoom(connection) ? error::kVolumeFull
+                                                                         : error::kReadWriteFailed;
         case SQLITE_FULL:
             return error::kVolumeFull;
         case SQLITE_CORRUPT:
@@ -115,11 +117,10 @@ bool SqlStatement::Step() {
     if (result == SQLITE_DONE) {
         return false;
     }
+    // Also when there is no memory for the failure: one that is not reset takes no new values.
+    const SqlUse reset(*this);
     sqlite3* connection = sqlite3_db_handle(Get());
-    const int extended = sqlite3_extended_errcode(connection);
-    const StoreFailure failure = SqlFailure(connection, extended);
-    Reset();
-    throw failure;
+    ThrowSql(connection, sqlite3_extended_errcode(connection));
 }
 
 void SqlStatement::Run() {
@@ -141,6 +142,18 @@ CString SqlStatement::GetText(int column) const {
         throw StoreFailure(error::kDamaged, "a text ends in half a character");
     }
     return {static_cast<const char16_t*>(text), size / sizeof(char16_t)};
+}
+
+std::string SqlStatement::GetUtf8(int column) const {
+    if (sqlite3_column_type(Get(), column) == SQLITE_NULL) {
+        return {};
+    }
+    const unsigned char* text = sqlite3_column_text(Get(), column);
+    if (text == nullptr) {
+        throw StoreFailure(error::kOutOfMemory, "a text");
+    }
+    return {reinterpret_cast<const char*>(text),
+            static_cast<std::size_t>(sqlite3_column_bytes(Get(), column))};
 }
 
 SqlBudget::SqlBudget(sqlite3* connection) : m_connection(connection) {
@@ -175,14 +188,7 @@ std::int64_t SqlNumber(sqlite3* connection, const std::string& sql) {
 
 std::string SqlText(sqlite3* connection, const std::string& sql) {
     SqlStatement statement(connection, sql);
-    if (!statement.Step()) {
-        return {};
-    }
-    const unsigned char* text = sqlite3_column_text(statement.Get(), 0);
-    return text == nullptr
-               ? std::string()
-               : std::string(reinterpret_cast<const char*>(text),
-                             static_cast<std::size_t>(sqlite3_column_bytes(statement.Get(), 0)));
+    return statement.Step() ? statement.GetUtf8(0) : std::string();
 }
 
 }  // namespace cqsurvey

@@ -49,6 +49,8 @@ class SqlStatement {
 
     /// A column of the row. Throws 0x30000007 when it holds no text of whole code units.
     [[nodiscard]] CString GetText(int column) const;
+    /// A column of the row as UTF-8, empty for NULL.
+    [[nodiscard]] std::string GetUtf8(int column) const;
 
  private:
     struct Finalize {

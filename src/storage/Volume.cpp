@@ -278,6 +278,7 @@ void Volume::Create(const std::string& path) {
         }
     }
     RequireNoneBeside(path);
+    const std::string journal = path + "-journal";
     {
         const Descriptor made(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
         if (made.Get() < 0) {
@@ -285,7 +286,7 @@ void Volume::Create(const std::string& path) {
         }
     }
     try {
-        const SqlConnection connection = OpenToWrite(path);
+        SqlConnection connection = OpenToWrite(path);
         std::string sql =
             "PRAGMA page_size=4096;"
             "PRAGMA encoding='UTF-16le';"
@@ -302,12 +303,13 @@ void Volume::Create(const std::string& path) {
             sql += ";";
         }
         SqlRun(connection.get(), sql + "COMMIT;");
+        connection.reset();
+        SyncFolderOf(AbsolutePath(path));
     } catch (...) {
         ::unlink(path.c_str());
-        ::unlink((path + "-journal").c_str());
+        ::unlink(journal.c_str());
         throw;
     }
-    SyncFolderOf(AbsolutePath(path));
 }
 
 Volume::Identity Volume::Identify(const std::string& path) {
@@ -330,6 +332,9 @@ Volume::Volume(const std::string& path, Identity identity, bool readOnly)
         CheckLength(path);
         CheckSchema();
         m_files = FilesInDatabase();
+        m_begin = SqlStatement(m_connection.get(), "BEGIN");
+        m_commit = SqlStatement(m_connection.get(), "COMMIT");
+        m_rollback = SqlStatement(m_connection.get(), "ROLLBACK");
     } catch (const StoreFailure& failure) {
         // What SQLite finds no better word for is, before anything was asked of it, the file.
         throw StoreFailure(failure.code == error::kGeneralFailure ? error::kDamaged : failure.code,
@@ -339,7 +344,7 @@ Volume::Volume(const std::string& path, Identity identity, bool readOnly)
 
 Volume::~Volume() {
     if (m_transactionOpen) {
-        sqlite3_exec(m_connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+        sqlite3_step(m_rollback.Get());
     }
 }
 
@@ -429,13 +434,10 @@ void Volume::CheckSchema() {
     std::set<std::int64_t> roots;
     SqlStatement rows(connection, "SELECT type, name, tbl_name, sql, rootpage FROM sqlite_schema");
     while (rows.Step()) {
-        std::array<std::string, 4> row;
-        for (int i = 0; i < 4; ++i) {
-            const auto* text = sqlite3_column_text(rows.Get(), i);
-            row[static_cast<std::size_t>(i)] =
-                text == nullptr ? "" : reinterpret_cast<const char*>(text);
-        }
-        const auto& [type, name, table, sql] = row;
+        const std::string type = rows.GetUtf8(0);
+        const std::string name = rows.GetUtf8(1);
+        const std::string table = rows.GetUtf8(2);
+        const std::string sql = rows.GetUtf8(3);
         if (type == "view" && sql.starts_with("CREATE VIEW ")) {
             continue;
         }
@@ -567,7 +569,7 @@ void Volume::BeginStep() {
 
 void Volume::BeginTransaction() {
     if (!m_transactionOpen) {
-        SqlRun(m_connection.get(), "BEGIN");
+        m_begin.Run();
         m_transactionOpen = true;
     }
 }
@@ -640,22 +642,27 @@ bool Volume::DatabaseHoldsStep() {
 
 void Volume::Commit() {
     sqlite3* connection = m_connection.get();
-    const int result = sqlite3_exec(connection, "COMMIT", nullptr, nullptr, nullptr);
-    if (result == SQLITE_OK) {
+    const int result = sqlite3_step(m_commit.Get());
+    m_commit.Reset();
+    if (result == SQLITE_DONE) {
         return;
     }
+    if (result != SQLITE_IOERR_FSYNC || !IsTransactionLost()) {
+        ThrowSql(connection, result);
+    }
+    // It was undone, or only the sync that ends it failed and it stands. Then it counts, once
+    // something behind it could be made durable.
+    m_inDoubt = true;
     const StoreFailure failure = SqlFailure(connection, result);
-    if (result == SQLITE_IOERR_FSYNC && IsTransactionLost()) {
-        // It was undone, or only the sync that ends it failed and it stands. Then it counts, once
-        // something behind it could be made durable.
-        try {
-            if (DatabaseHoldsStep()) {
-                SqlRun(connection, "PRAGMA user_version=" + std::to_string(kFormatVersion));
-                return;
-            }
-        } catch (const StoreFailure&) {
-            m_inDoubt = true;
+    try {
+        if (DatabaseHoldsStep()) {
+            SqlRun(connection, "PRAGMA user_version=" + std::to_string(kFormatVersion));
+            m_inDoubt = false;
+            return;
         }
+        m_inDoubt = false;
+    } catch (const StoreFailure&) {
+        // The doubt stays.
     }
     throw failure;
 }
@@ -690,7 +697,9 @@ void Volume::RollbackStep() {
         throw StoreFailure(error::kInvalidArgument, "no step is open");
     }
     if (m_transactionOpen && sqlite3_get_autocommit(m_connection.get()) == 0) {
-        sqlite3_exec(m_connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+        sqlite3_step(m_rollback.Get());
+        m_rollback.Reset();
+        m_inDoubt = m_inDoubt || sqlite3_get_autocommit(m_connection.get()) == 0;
     }
     m_transactionOpen = false;
     m_stepOpen = false;

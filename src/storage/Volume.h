@@ -155,9 +155,13 @@ class Volume {
     bool m_readOnly = false;
     bool m_stepOpen = false;
     bool m_transactionOpen = false;
-    /// A failed sync left open whether the last step is on the medium: nothing but mounting anew
-    /// tells, and until then everything fails.
+    /// A failed sync left open whether the last step is on the medium, or a step could not be
+    /// undone: nothing but mounting anew tells, and until then everything fails.
     bool m_inDoubt = false;
+    /// Made at the mount, so that a step can be undone where no memory is left.
+    SqlStatement m_begin;
+    SqlStatement m_commit;
+    SqlStatement m_rollback;
     /// Why the open step can only be undone.
     std::int32_t m_stepFailure = 0;
     std::string m_stepFailureDetail;

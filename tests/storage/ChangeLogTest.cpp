@@ -25,6 +25,15 @@ TEST(ChangeLogTest, TakesChangesBackFromTheLastToTheFirst) {
     EXPECT_EQ(TakeBack(log), std::vector<int>{});
 }
 
+TEST(ChangeLogTest, GivesOutItsChangesFromTheLastOn) {
+    ChangeLog<int> log;
+    log.Push(1);
+    log.Push(2);
+    EXPECT_EQ(log.Pop(), 2);
+    EXPECT_EQ(log.Pop(), 1);
+    EXPECT_TRUE(log.IsEmpty());
+}
+
 TEST(ChangeLogTest, HasNothingToTakeBackOfAStepThatWasKept) {
     ChangeLog<int> log;
     for (int change = 0; change < 1000; ++change) {

@@ -8,6 +8,7 @@
 #include "storage/StoreTesting.h"
 #include "storage/Volume.h"
 #include "support/FaultVfs.h"
+#include "support/FileSizeLimit.h"
 
 namespace cqsurvey {
 namespace {
@@ -26,7 +27,7 @@ std::ostream& operator<<(std::ostream& out, const Fault& fault) {
     return out << fault.name;
 }
 
-constexpr std::array<Fault, 10> kFaults{{
+constexpr std::array<Fault, 11> kFaults{{
     {"OneWriteFails", FaultVfs::kWrite, SQLITE_IOERR, false, error::kReadWriteFailed},
     {"EveryWriteFails", FaultVfs::kWrite, SQLITE_IOERR, true, error::kReadWriteFailed},
     {"OneWriteFindsTheDiskFull", FaultVfs::kWrite, SQLITE_FULL, false, error::kVolumeFull},
@@ -35,6 +36,7 @@ constexpr std::array<Fault, 10> kFaults{{
     {"EverySyncFails", FaultVfs::kSync, SQLITE_IOERR, true, error::kReadWriteFailed},
     {"OneReadFails", FaultVfs::kRead, SQLITE_IOERR, false, error::kReadWriteFailed},
     {"EveryReadFails", FaultVfs::kRead, SQLITE_IOERR, true, error::kReadWriteFailed},
+    {"OneFileCannotBeOpened", FaultVfs::kOpen, SQLITE_IOERR, false, error::kAccessDenied},
     {"NoFileCanBeOpened", FaultVfs::kOpen, SQLITE_IOERR, true, error::kAccessDenied},
     {"TheMediumIsGone", kEverything, SQLITE_IOERR, true, error::kReadWriteFailed},
 }};
@@ -301,6 +303,16 @@ TEST_P(EveryFaultTest, AStepLargerThanTheDatabasesMemoryIsKeptOrUndoneWhole) {
         }
         Unmount();
     }
+}
+
+TEST_F(FaultTest, AFileThatMayNotGrowIsAFullVolume) {
+    MountFresh();
+    {
+        const FileSizeLimit full(static_cast<rlim_t>(m_bytes.size()));
+        EXPECT_FAILS(0, error::kVolumeFull, PutFile(u"V:/Three", std::string(100000, '3')));
+    }
+    EXPECT_DONE(QrfsDeleteFile(u"V:/Three"));
+    EXPECT_EQ(ReadContents(u"V"), m_before);
 }
 
 TEST_F(FaultTest, AVolumeIsCreatedWholeOrNotAtAll) {

@@ -217,6 +217,27 @@ TEST_F(PointViewTest, UndoesChangesAndSettings) {
     }
 }
 
+TEST_F(PointViewTest, UndoesRemovalsWhileTheRecordsAreOutOfReach) {
+    for (CqHandle handle = 1; handle <= 5; ++handle) {
+        Add(handle, {u"P" + CString(1, static_cast<char16_t>(u'0' + handle)), 0, 1, 0, 0});
+    }
+    Keep();
+    const std::vector<CqHandle> before = Handles();
+    Delete(2);
+    Edit(4, u"A", 0);
+    Delete(5);
+    model = keptModel;
+    records.records.clear();
+    view.UndoStep();
+    records.records = keptRecords;
+    EXPECT_EQ(Handles(), before);
+    // Each stands by its own name again.
+    Add(6, {u"P2a", 0, 1, 0, 0});
+    Add(7, {u"P4a", 0, 1, 0, 0});
+    Add(8, {u"P9", 0, 1, 0, 0});
+    EXPECT_EQ(Handles(), (List{1, 2, 6, 3, 4, 7, 5, 8}));
+}
+
 TEST_F(PointViewTest, UndoingTwiceUndoesNothingMore) {
     Add(1, {u"A", 0, 1, 0, 11});
     Keep();

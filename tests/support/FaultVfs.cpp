@@ -1,6 +1,10 @@
 #include "support/FaultVfs.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -16,7 +20,7 @@ constexpr std::size_t kSector = 512;
 struct ShimFile {
     sqlite3_file base;
     FaultVfs* owner;
-    std::string* path;  ///< null for a temporary file
+    char* path;  ///< null for a temporary file; not taken by new, which a test may let fail
     sqlite3_file* real;
 };
 
@@ -39,7 +43,7 @@ sqlite3_vfs* System() {
 
 int Close(sqlite3_file* file) {
     const int result = Real(file)->pMethods->xClose(Real(file));
-    delete Shim(file)->path;
+    std::free(Shim(file)->path);
     return result;
 }
 
@@ -56,7 +60,7 @@ int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 at) {
     }
     const int result = Real(file)->pMethods->xWrite(Real(file), bytes, count, at);
     if (result == SQLITE_OK && Shim(file)->path != nullptr) {
-        Shim(file)->owner->NoteWritten(*Shim(file)->path, bytes, count, at);
+        Shim(file)->owner->NoteWritten(Shim(file)->path, bytes, count, at);
     }
     return result;
 }
@@ -67,7 +71,7 @@ int Truncate(sqlite3_file* file, sqlite3_int64 size) {
     }
     const int result = Real(file)->pMethods->xTruncate(Real(file), size);
     if (result == SQLITE_OK && Shim(file)->path != nullptr) {
-        Shim(file)->owner->NoteTruncated(*Shim(file)->path, size);
+        Shim(file)->owner->NoteTruncated(Shim(file)->path, size);
     }
     return result;
 }
@@ -77,7 +81,7 @@ int Sync(sqlite3_file* file, int /*flags*/) {
         return *fault;
     }
     if (Shim(file)->path != nullptr) {
-        Shim(file)->owner->NoteSynced(*Shim(file)->path);
+        Shim(file)->owner->NoteSynced(Shim(file)->path);
     }
     return SQLITE_OK;
 }
@@ -140,13 +144,13 @@ int Open(sqlite3_vfs* vfs, const char* path, sqlite3_file* file, int flags, int*
     shim->owner = Owner(vfs);
     shim->path = nullptr;
     shim->real = reinterpret_cast<sqlite3_file*>(shim + 1);
-    const bool existed = path != nullptr && std::filesystem::exists(path);
+    const bool existed = path != nullptr && ::access(path, F_OK) == 0;
     const int result = System()->xOpen(System(), path, shim->real, flags, outFlags);
     if (result == SQLITE_OK) {
         shim->base.pMethods = Methods();
         if (path != nullptr) {
-            shim->path = new std::string(path);
-            shim->owner->NoteOpened(*shim->path, !existed);
+            shim->path = ::strdup(path);
+            shim->owner->NoteOpened(path, !existed);
         }
     }
     return result;
@@ -245,7 +249,7 @@ void FaultVfs::WatchPower() {
     m_media.clear();
 }
 
-void FaultVfs::NoteOpened(const std::string& path, bool created) {
+void FaultVfs::NoteOpened(const char* path, bool created) {
     if (!m_watching) {
         return;
     }
@@ -259,21 +263,20 @@ void FaultVfs::NoteOpened(const std::string& path, bool created) {
     }
 }
 
-void FaultVfs::NoteWritten(const std::string& path, const void* bytes, int count,
-                           sqlite3_int64 at) {
+void FaultVfs::NoteWritten(const char* path, const void* bytes, int count, sqlite3_int64 at) {
     if (m_watching) {
         m_media[path].pending.push_back(
             {false, at, std::string(static_cast<const char*>(bytes), static_cast<size_t>(count))});
     }
 }
 
-void FaultVfs::NoteTruncated(const std::string& path, sqlite3_int64 size) {
+void FaultVfs::NoteTruncated(const char* path, sqlite3_int64 size) {
     if (m_watching) {
         m_media[path].pending.push_back({true, size, {}});
     }
 }
 
-void FaultVfs::NoteSynced(const std::string& path) {
+void FaultVfs::NoteSynced(const char* path) {
     if (m_watching) {
         Medium& medium = m_media[path];
         for (const Change& change : medium.pending) {
@@ -284,7 +287,7 @@ void FaultVfs::NoteSynced(const std::string& path) {
     }
 }
 
-void FaultVfs::NoteDeleted(const std::string& path) {
+void FaultVfs::NoteDeleted(const char* path) {
     if (m_watching) {
         m_media[path].deleted = true;
     }

@@ -53,11 +53,11 @@ class FaultVfs {
     [[nodiscard]] std::optional<int> Strike(Call call);
 
     // What the shim's files report about a watched file.
-    void NoteOpened(const std::string& path, bool created);
-    void NoteWritten(const std::string& path, const void* bytes, int count, sqlite3_int64 at);
-    void NoteTruncated(const std::string& path, sqlite3_int64 size);
-    void NoteSynced(const std::string& path);
-    void NoteDeleted(const std::string& path);
+    void NoteOpened(const char* path, bool created);
+    void NoteWritten(const char* path, const void* bytes, int count, sqlite3_int64 at);
+    void NoteTruncated(const char* path, sqlite3_int64 size);
+    void NoteSynced(const char* path);
+    void NoteDeleted(const char* path);
 
  private:
     struct Change {
