@@ -96,7 +96,7 @@ void CqSurveyDB::Create(const CString& path) {
         ThrowLastStorageError();
     }
     MountVolume(path, false);
-    Atomically(*this, [&] {
+    const auto fill = [&] {
         CreateSettingsIniFile();
         const CString root = m_mountName + u":/";
         m_bitmaps->Create(root + TableName<BitmapLayout>());
@@ -111,7 +111,14 @@ void CqSurveyDB::Create(const CString& path) {
         m_groups->Create(root + TableName<GroupLayout>());
         m_descriptions->Create(root + CqDescriptionStore::kFileName);
         CreateJobViews(root);
-    });
+    };
+    try {
+        Atomically(*this, fill);
+    } catch (...) {
+        // What would be left is no job, and in the way of the next try.
+        QrfsDiscardVolume(m_mountName);
+        throw;
+    }
 }
 
 void CqSurveyDB::Open(const CString& path) {
