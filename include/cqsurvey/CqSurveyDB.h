@@ -295,7 +295,9 @@ class CQSURVEY_API CqSurveyDB {
 
     // ---- Background image ----
 
-    /// Copies the host's file into the job and saves its placement.
+    /// Copies the host's file into the job and saves its placement. 0, with the settings unchanged,
+    /// when the file cannot be read, and also when the job's medium fails, which is not thrown
+    /// here: the image that was there stays then, and a batch around it can no longer be committed.
     int StoreBackgroundImageFile(const CString& sourcePath, int type, const CVector& centre,
                                  const CVector& size, double rotation);
     /// `data` comes from malloc, the caller frees it; ignore it when the result is 0.
