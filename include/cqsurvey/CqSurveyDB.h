@@ -66,11 +66,14 @@ class CQSURVEY_API CqSurveyDB {
 
     /// Closes the open job, resets the current colour, group and pending polyline attributes, and
     /// creates a job at `path`. Throws 0x30000015 when anything exists there and touches nothing.
+    /// When it fails later on, the file that it has made goes when the object is closed.
     void CreateNew(const CString& path);
     /// Closes the open job and opens the one at `path`, read-only when the system does not let it
     /// be written. Throws 0x30000009 when nothing is there, 0x30000007 when it is no job or is
     /// damaged, 0x30000008 when it is open already, here or in another process, 0x3000000A when a
-    /// newer version wrote it. Layer "0" is current and no group afterwards.
+    /// newer version wrote it. Layer "0" is current and no group afterwards. A failure that comes
+    /// after the file was taken hold of leaves the object open, as one of CreateNew does: Close
+    /// gives the file up, and so does the next CreateNew or Open.
     void Open(const CString& path);
     /// As Open, but the job is not written: every change throws 0x30000004.
     void OpenReadOnly(const CString& path);
@@ -294,7 +297,9 @@ class CQSURVEY_API CqSurveyDB {
 
     // ---- Background image ----
 
-    /// Copies the host's file into the job and saves its placement.
+    /// Copies the host's file into the job and saves its placement. 0, with the settings unchanged,
+    /// when the file cannot be read, and also when the job's medium fails, which is not thrown
+    /// here: the image that was there stays then, and a batch around it can no longer be committed.
     int StoreBackgroundImageFile(const CString& sourcePath, int type, const CVector& centre,
                                  const CVector& size, double rotation);
     /// `data` comes from malloc, the caller frees it; ignore it when the result is 0.

@@ -294,7 +294,7 @@ void CqJobCheck::CheckExtents(CqSurveyDB& db) {
         const auto x = EntityLayout::Get<"E">(entity);
         const auto y = EntityLayout::Get<"N">(entity);
         bool inside = true;
-        if (number == CqEntityTable::kHeader || type == EntVertex) {
+        if (number == CqEntityTable::kHeader) {
             return;
         }
         if (type == EntPline) {
@@ -306,8 +306,10 @@ void CqJobCheck::CheckExtents(CqSurveyDB& db) {
             const std::byte* circle = QrdbPeekRecord(db.m_circles->GetTable(), object);
             const double radius = circle == nullptr ? 0.0 : CircleLayout::Get<"Radius">(circle);
             inside = holds(x + radius, y + radius) && holds(x - radius, y - radius);
-        } else {
+        } else if (type == EntSiPnt || type == EntText || type == EntBitmap) {
             inside = holds(x, y);
+        } else {
+            return;
         }
         Expect(inside, kEntities, number, [] { return "it lies outside the drawing's extents"; });
     });

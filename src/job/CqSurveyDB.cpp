@@ -1,5 +1,6 @@
 #include "cqsurvey/CqSurveyDB.h"
 
+#include <exception>
 #include <string>
 
 #include "cqsurvey/Text.h"
@@ -56,7 +57,7 @@ CqSurveyDB::CqSurveyDB(const CString& path) : CqSurveyDB() {
 CqSurveyDB::~CqSurveyDB() {
     try {
         Close();
-    } catch (const CException&) {
+    } catch (...) {
         // The job is closed all the same, and a destructor has nobody to tell.
     }
 }
@@ -95,7 +96,7 @@ void CqSurveyDB::Create(const CString& path) {
         ThrowLastStorageError();
     }
     MountVolume(path, false);
-    Atomically(*this, [&] {
+    const auto fill = [&] {
         CreateSettingsIniFile();
         const CString root = m_mountName + u":/";
         m_bitmaps->Create(root + TableName<BitmapLayout>());
@@ -110,7 +111,14 @@ void CqSurveyDB::Create(const CString& path) {
         m_groups->Create(root + TableName<GroupLayout>());
         m_descriptions->Create(root + CqDescriptionStore::kFileName);
         CreateJobViews(root);
-    });
+    };
+    try {
+        Atomically(*this, fill);
+    } catch (...) {
+        // What would be left is no job, and in the way of the next try.
+        QrfsDiscardVolume(m_mountName);
+        throw;
+    }
 }
 
 void CqSurveyDB::Open(const CString& path) {
@@ -149,21 +157,33 @@ void CqSurveyDB::Close() {
     }
     m_batchOpen = false;
     m_stepDepth = 0;
-    m_bitmaps->Close();
-    m_circles->Close();
-    m_entities->Close();
-    m_layers->Close();
-    m_plines->Close();
-    m_points->Close();
-    m_links->Close();
-    m_texts->Close();
-    m_vertices->Close();
-    m_groups->Close();
-    m_descriptions->Close();
+    // Whatever fails, the rest is closed and the volume given up.
+    std::exception_ptr failure;
+    const auto close = [&failure](auto& part) {
+        try {
+            part.Close();
+        } catch (...) {
+            failure = failure ? failure : std::current_exception();
+        }
+    };
+    close(*m_bitmaps);
+    close(*m_circles);
+    close(*m_entities);
+    close(*m_layers);
+    close(*m_plines);
+    close(*m_points);
+    close(*m_links);
+    close(*m_texts);
+    close(*m_vertices);
+    close(*m_groups);
+    close(*m_descriptions);
     const bool unmounted = QrfsUnmount(m_mountName) != 0;
     m_mountName.clear();
     if (!unmounted) {
         ThrowLastStorageError();
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
     }
 }
 

@@ -158,6 +158,7 @@ int CqSurveyDB::GetInformation(std::uint32_t mask, SVDB_INFORMATION& info) const
         info.numGroups = m_groups->GetRecordCount();
     }
     if ((mask & kDivision) != 0) {
+        info.jCoordDivision = 0;
         m_settings->GetInt(m_SettingsSection, kDivisionKey, info.jCoordDivision);
     }
     if ((mask & kGroupNames) != 0 && info.groupNames != nullptr) {

@@ -19,6 +19,11 @@ constexpr int kModeRead = 1;
 constexpr int kModeWrite = 2;
 constexpr std::uint16_t kNoAttributes = 0xFFFF;
 
+/// The medium failed, so that the step was undone.
+bool IsVolumeFailure(std::int32_t code) {
+    return code == error::kReadWriteFailed || code == error::kVolumeFull || code == error::kDamaged;
+}
+
 /// Copies the source over the volume's file. False when either fails.
 bool CopyImage(HostFile& source, std::int32_t image) {
     std::array<std::byte, 1024> block;
@@ -47,7 +52,7 @@ bool CopyImage(HostFile& source, std::int32_t image) {
 
 int CqSurveyDB::StoreBackgroundImageFile(const CString& sourcePath, int type, const CVector& centre,
                                          const CVector& size, double rotation) {
-    return Atomically(*this, [&] {
+    const auto store = [&] {
         const CString imagePath = m_mountName + m_BGName;
         HostFile source;
         if (QrfsIsMountedVolume(sourcePath) == 0) {
@@ -83,7 +88,15 @@ int CqSurveyDB::StoreBackgroundImageFile(const CString& sourcePath, int type, co
         place(kRotation, rotation);
         WriteSettingsIniFile();
         return 1;
-    });
+    };
+    try {
+        return Atomically(*this, store);
+    } catch (const CqSurveyException& failure) {
+        if (!IsVolumeFailure(failure.m_code)) {
+            throw;
+        }
+        return 0;
+    }
 }
 
 int CqSurveyDB::ReadBackgroundImageFile(std::uint8_t*& data, std::uint32_t& length, int& type,

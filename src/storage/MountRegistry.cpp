@@ -50,7 +50,12 @@ void MountRegistry::Unmount(const CString& mountName) {
     const Volume* volume = found->second.get();
     m_tables.RemoveIf([&](const TableCursor& cursor) { return cursor.volume == volume; });
     m_files.RemoveIf([&](const FileCursor& cursor) { return cursor.volume == volume; });
+    const Volume::Identity identity = volume->GetIdentity();
+    const std::string discarded = volume->IsDiscarded() ? volume->GetPath() : std::string();
     m_volumes.erase(found);
+    if (!discarded.empty()) {
+        Volume::Remove(discarded, identity);
+    }
 }
 
 bool MountRegistry::IsMounted(const CString& hostPath) {

@@ -76,6 +76,13 @@ int QrfsUnmount(const CString& mountName) {
     });
 }
 
+int QrfsDiscardVolume(const CString& mountName) {
+    return Guarded(0, [&] {
+        Registry().Find(mountName).Discard();
+        return 1;
+    });
+}
+
 int QrfsIsMountedVolume(const CString& hostPath) {
     return Guarded(0, [&] { return Registry().IsMounted(hostPath) ? 1 : 0; });
 }

@@ -29,6 +29,10 @@ int QrfsMountReadOnly(const CString& path, const CString& mountName);
 /// failure; the name is free afterwards in any case but 0x3000000E (no such mount).
 int QrfsUnmount(const CString& mountName);
 
+/// Has the file of a mounted volume removed when the volume is unmounted: whoever created it could
+/// not make it what it was to be. 0 on failure.
+int QrfsDiscardVolume(const CString& mountName);
+
 /// Non-zero when the host path, however it is written, is a volume mounted in this process. Such a
 /// file must not be opened by other means: writing would destroy it, and closing would release it
 /// to other processes.

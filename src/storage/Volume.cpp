@@ -348,6 +348,18 @@ Volume::~Volume() {
     }
 }
 
+std::string Volume::GetPath() const {
+    return sqlite3_db_filename(m_connection.get(), "main");
+}
+
+void Volume::Remove(const std::string& path, const Identity& identity) noexcept {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) == 0 && Identity(status.st_dev, status.st_ino) == identity) {
+        ::unlink(path.c_str());
+        ::unlink((path + "-journal").c_str());
+    }
+}
+
 void Volume::Configure() {
     sqlite3* connection = m_connection.get();
     constexpr std::array<std::pair<int, int>, 7> kSwitches{{

@@ -37,6 +37,13 @@ class Volume {
     ~Volume();
 
     [[nodiscard]] const Identity& GetIdentity() const { return m_identity; }
+    [[nodiscard]] std::string GetPath() const;
+
+    /// The file goes with the volume; whoever gives the volume up calls Remove then.
+    void Discard() noexcept { m_discarded = true; }
+    [[nodiscard]] bool IsDiscarded() const { return m_discarded; }
+    /// Removes the file of a volume that is no longer mounted, unless another has its place.
+    static void Remove(const std::string& path, const Identity& identity) noexcept;
 
     void BeginStep();
     void CommitStep();
@@ -153,6 +160,7 @@ class Volume {
     SqlConnection m_connection;
     Identity m_identity;
     bool m_readOnly = false;
+    bool m_discarded = false;
     bool m_stepOpen = false;
     bool m_transactionOpen = false;
     /// A failed sync left open whether the last step is on the medium, or a step could not be

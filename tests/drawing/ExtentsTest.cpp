@@ -67,6 +67,8 @@ TEST_F(Extents, OfAPolylineAreItsStoredBoundAndNotItsVertices) {
     ExpectExtents(10.0, 9.0, 12.0, 10.0);
     const std::array far{500.0, 500.0, 0.0};
     m_db.MoveVertex(p + 1, far.data(), 0.0);
+    m_db.InsertVertex(p + 1, far.data(), 0.0);
+    ExpectExtents(10.0, 9.0, 12.0, 10.0);
     Reopen();
     ExpectExtents(10.0, 9.0, 12.0, 10.0);
 }
@@ -149,6 +151,19 @@ TEST_F(Extents, StartAnewWithANewJob) {
     m_db.CreateNew(m_folder.Path(u"other.job"));
     ExpectNone();
     AddPoint(u"P", 1.0, 2.0);
+    ExpectExtents(1.0, 2.0, 1.0, 2.0);
+}
+
+TEST_F(Extents, AreLeftAsTheyWereByOpeningAJobWithoutEntities) {
+    const CString empty = m_folder.Path(u"empty.job");
+    m_db.CreateNew(empty);
+    m_db.Open(m_path);
+    AddPoint(u"P", 100.0, 200.0);
+    m_db.Open(empty);
+    ExpectNone();
+    AddPoint(u"Q", 1.0, 2.0);
+    ExpectExtents(1.0, 2.0, 100.0, 200.0);
+    m_db.Open(empty);
     ExpectExtents(1.0, 2.0, 1.0, 2.0);
 }
 

@@ -10,7 +10,9 @@
 
 #include "cqsurvey/CqSurveyDB.h"
 #include "storage/CqEntityTable.h"
+#include "storage/CqGroupTable.h"
 #include "storage/CqLayerTable.h"
+#include "storage/CqLinkTable.h"
 #include "storage/CqPointTable.h"
 #include "storage/CqTextTable.h"
 #include "storage/CqVertexTable.h"
@@ -22,6 +24,7 @@ namespace cqsurvey {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 /// A small job of every kind of thing, which a test then damages behind the library's back.
 class JobCheck : public testing::Test {
@@ -184,6 +187,49 @@ TEST_F(JobCheck, FindsATextThatIsGoneOrShared) {
 TEST_F(JobCheck, FindsALayerNameThatStandsTwice) {
     Damage<CqLayerTable>(u"_Layer", [](CqLayerTable& layers) { layers.AppendLayer(u"0", 1, 0); });
     EXPECT_THAT(Findings(), HasSubstr("_Layer 2: an earlier layer has the name \"0\" too"));
+}
+
+TEST_F(JobCheck, FindsAGroupNameThatStandsTwiceButForLetterCase) {
+    Damage<CqGroupTable>(u"_GroupData", [](CqGroupTable& groups) {
+        groups.AppendGroup(u"Road");
+        groups.AppendGroup(u"ROAD");
+    });
+    EXPECT_THAT(Findings(), HasSubstr("_GroupData 2: an earlier group has the name \"ROAD\" too"));
+}
+
+TEST_F(JobCheck, FindsALinkBetweenOthersThanAPointAndAVertex) {
+    Damage<CqLinkTable>(u"_PointToVertexLink", [](CqLinkTable& links) {
+        links.First(kRecordOrder);
+        links.Set<"PointDataID">(CqHandle{7});
+        links.Set<"VertexDataID">(CqHandle{3});
+        links.Store();
+    });
+    const std::string findings = Findings();
+    EXPECT_THAT(findings, HasSubstr("_PointToVertexLink 1: entity 7 is tied as a point"));
+    EXPECT_THAT(findings, HasSubstr("_PointToVertexLink 1: entity 3 is tied as a vertex"));
+}
+
+TEST_F(JobCheck, FindsAChainWithoutHeader) {
+    Damage<CqEntityTable>(u"_EntityData",
+                          [](CqEntityTable& entities) { entities.DeleteRecord(1); });
+    EXPECT_THAT(Findings(), HasSubstr("_EntityData 1: the header of the entity chain is gone"));
+}
+
+TEST_F(JobCheck, FindsAnEntityOutsideTheExtentsUnlessItsTypeIsUnknown) {
+    // What the chain leaves out does not widen the extents.
+    Damage<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) {
+        entities.SetNext(6, 8);
+        entities.GoTo(7);
+        entities.Set<"E">(5000.0);
+        entities.Store();
+    });
+    EXPECT_THAT(Findings(), HasSubstr("_EntityData 7: it lies outside the drawing's extents"));
+    Damage<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) {
+        entities.GoTo(7);
+        entities.Set<"ObjectType">(std::uint16_t{3});
+        entities.Store();
+    });
+    EXPECT_THAT(Findings(), Not(HasSubstr("outside")));
 }
 
 TEST_F(JobCheck, DoesNotMindTheLinkOfADeletedPoint) {

@@ -4,10 +4,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 
 #include "cqsurvey/CqBatch.h"
+#include "cqsurvey/CqCadEntityPtr.h"
 #include "cqsurvey/CqSurveyDB.h"
+#include "storage/CqLayerTable.h"
+#include "storage/JobSchema.h"
 #include "storage/Qrdb.h"
 #include "storage/Qrfs.h"
 #include "support/Points.h"
@@ -17,6 +21,19 @@ namespace cqsurvey {
 namespace {
 
 namespace fs = std::filesystem;
+
+using LayersMember = std::unique_ptr<CqLayerTable> CqSurveyDB::*;
+LayersMember Layers();
+using ProjectPathOperation = CString (*)(const CString&);
+ProjectPathOperation ProjectPath();
+
+/// An explicit instantiation may name what is private.
+template <LayersMember Member, ProjectPathOperation Operation>
+struct Private {
+    friend LayersMember Layers() { return Member; }
+    friend ProjectPathOperation ProjectPath() { return Operation; }
+};
+template struct Private<&CqSurveyDB::m_layers, &CqSurveyDB::GetProjectPath>;
 
 std::string BytesOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -91,6 +108,25 @@ TEST_F(SurveyDB, ANewJobsTablesAndDescriptionFileAreAsTheyMustBe) {
     EXPECT_NE(QrfsUnmount(mount), 0);
 }
 
+TEST_F(SurveyDB, ANewJobsChainHeaderIsZeroAndItsLayerIsLayer0) {
+    CqSurveyDB db;
+    db.CreateNew(m_folder.Path(u"a.job"));
+    const std::uint32_t entities = QrdbOpenTable(u"JOB1:/_EntityData");
+    EntityLayout::Bytes header;
+    header.fill(std::byte{0xAA});
+    ASSERT_NE(QrdbGoToRecord(entities, 1), 0);
+    ASSERT_NE(QrdbReadRecord(entities, header.data()), 0);
+    EXPECT_EQ(header, EntityLayout::Bytes{});
+    const std::uint32_t layers = QrdbOpenTable(u"JOB1:/_Layer");
+    LayerLayout::Bytes layer{};
+    ASSERT_NE(QrdbGoToRecord(layers, 1), 0);
+    ASSERT_NE(QrdbReadRecord(layers, layer.data()), 0);
+    LayerLayout::Bytes expected{};
+    LayerLayout::Set<"Name">(expected.data(), u"0");
+    LayerLayout::Set<"ColorID">(expected.data(), 1);
+    EXPECT_EQ(layer, expected);
+}
+
 TEST_F(SurveyDB, CreateNewWhereAnythingExistsTouchesNothing) {
     const std::string path = m_folder.Utf8("a.job");
     std::ofstream(path) << "a surveyor's notes";
@@ -146,6 +182,52 @@ TEST_F(SurveyDB, AFailureAfterTheMountLeavesTheJobToBeClosed) {
     EXPECT_FALSE(db.IsOpen());
 }
 
+TEST_F(SurveyDB, CloseEndsClosedWhateverFails) {
+    const CString path = m_folder.Path(u"a.job");
+    {
+        CqSurveyDB db;
+        db.CreateNew(path);
+        AddPoint(db, u"P1", 1, 2);
+        ASSERT_NE(QrfsUnmount(u"JOB1"), 0);
+        EXPECT_EQ(CodeThrownBy([&] { db.Close(); }), error::kNoMount);
+        EXPECT_FALSE(db.IsOpen());
+        EXPECT_NO_THROW(db.Close());
+        EXPECT_NO_THROW(db.Open(path));
+        EXPECT_EQ(db.GetNumCoordRecs(), 1);
+        ASSERT_NE(QrfsUnmount(u"JOB1"), 0) << "the destructor closes what can be closed";
+    }
+    const CqSurveyDB other(path);
+    EXPECT_EQ(other.GetNumCoordRecs(), 1);
+}
+
+TEST_F(SurveyDB, ATableThatCannotBeClosedKeepsNothingMounted) {
+    const CString path = m_folder.Path(u"a.job");
+    CqSurveyDB db;
+    db.CreateNew(path);
+    ASSERT_NE(QrdbCloseTable((db.*Layers())->GetTable()), 0);
+    EXPECT_EQ(CodeThrownBy([&] { db.Close(); }), error::kInvalidArgument);
+    EXPECT_FALSE(db.IsOpen());
+    EXPECT_NO_THROW(db.Open(path));
+}
+
+TEST_F(SurveyDB, AnObjectGivesItsJobUpForTheNext) {
+    const CString first = m_folder.Path(u"a.job");
+    CqSurveyDB db;
+    db.CreateNew(first);
+    AddPoint(db, u"P1", 1, 2);
+    db.CreateNew(m_folder.Path(u"b.job"));
+    db.Open(first);
+    EXPECT_EQ(db.GetNumCoordRecs(), 1);
+    EXPECT_EQ(QrfsGetFileAttributes(u"JOB2:/Settings.ini"), 0xFFFF);
+    EXPECT_EQ(CodeThrownBy([&] { db.Open(m_folder.Path(u"none")); }), error::kNoVolume);
+    EXPECT_FALSE(db.IsOpen()) << "the open job is closed before anything else is tried";
+    db.Open(first);
+    EXPECT_EQ(CodeThrownBy([&] { db.CreateNew(first); }), error::kFileExists);
+    EXPECT_FALSE(db.IsOpen());
+    const CqSurveyDB other(first);
+    EXPECT_EQ(other.GetNumCoordRecs(), 1);
+}
+
 TEST_F(SurveyDB, ASecondJobTakesTheNextMountName) {
     CqSurveyDB one;
     CqSurveyDB two;
@@ -154,6 +236,10 @@ TEST_F(SurveyDB, ASecondJobTakesTheNextMountName) {
     EXPECT_EQ(QrfsGetFileAttributes(u"JOB1:/Settings.ini"), 0x80);
     EXPECT_EQ(QrfsGetFileAttributes(u"JOB2:/Settings.ini"), 0x80);
     EXPECT_EQ(QrfsGetFileAttributes(u"JOB3:/Settings.ini"), 0xFFFF);
+    one.Close();
+    CqSurveyDB three;
+    three.CreateNew(m_folder.Path(u"c.job"));
+    EXPECT_EQ(QrfsGetFileAttributes(u"JOB1:/Settings.ini"), 0x80) << "the first free name";
 }
 
 TEST_F(SurveyDB, TheSameJobIsNotOpenedTwice) {
@@ -184,6 +270,31 @@ TEST_F(SurveyDB, CreateNewClosesTheOpenJobAndResetsWhatIsCurrent) {
     CqSurveyDB other;
     EXPECT_NO_THROW(other.Open(m_folder.Path(u"a.job")));
     EXPECT_EQ(other.GetNumCoordRecs(), 1);
+}
+
+TEST_F(SurveyDB, CreateNewResetsThePendingPolylineAttributes) {
+    CqSurveyDB db;
+    db.CreateNew(m_folder.Path(u"a.job"));
+    CqCadEntityList* list = db.StartPline(3, 4);
+    const std::array<double, 3> coords{1, 2, 3};
+    db.AddVertex(list, coords.data(), 0);
+    db.AddVertex(list, coords.data(), 0);
+    db.CreateNew(m_folder.Path(u"b.job"));
+    CqHandle handle = db.EndPline(list);
+    CqCadEntity* object = nullptr;
+    ASSERT_EQ(db.GetNextCadEntity(handle, object), 1);
+    const CqCadEntityPtr pline(object);
+    EXPECT_EQ(pline->GetLine(), 256);
+    EXPECT_EQ(pline->GetCode(), 0);
+}
+
+TEST_F(SurveyDB, TheProjectPathIsWhatStandsBeforeTheLastSeparator) {
+    EXPECT_EQ(ProjectPath()(u"\\Jobs\\A\\job.dat"), u"\\Jobs\\A");
+    EXPECT_EQ(ProjectPath()(u"job.dat"), u"\\");
+    EXPECT_EQ(ProjectPath()(u"\\job.dat"), u"\\");
+    EXPECT_EQ(ProjectPath()(u""), u"\\");
+    EXPECT_EQ(ProjectPath()(u"/home/jobs/job.dat"), u"/home/jobs");
+    EXPECT_EQ(ProjectPath()(u"jobs/A\\job.dat"), u"jobs/A");
 }
 
 TEST_F(SurveyDB, OpenResetsTheCurrentGroupAndKeepsTheCurrentColour) {

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -92,6 +94,66 @@ TEST_P(JobFault, AnOperationWhoseCommitFailsLeavesJobAndMemoryAsBefore) {
 
 INSTANTIATE_TEST_SUITE_P(Of, JobFault, testing::ValuesIn(JobOperations()),
                          [](const auto& tested) { return std::string(tested.param.name); });
+
+TEST_F(JobFault, AJobThatCannotBeCreatedLeavesNothingOnceClosed) {
+    FaultVfs faults;
+    const CString old = m_folder.Path(u"old.job");
+    CqSurveyDB db;
+    db.CreateNew(old);
+    Furnish(db);
+    const std::string before = Dump(db);
+    for (const int result : {SQLITE_FULL, SQLITE_IOERR}) {
+        bool done = false;
+        for (int at = 1; !done; ++at) {
+            SCOPED_TRACE(std::to_string(result) + ", failing call " + std::to_string(at));
+            ASSERT_LT(at, 400);
+            db.Open(old);
+            faults.FailAt(FaultVfs::kChanging, at, result, true);
+            const bool threw = CodeThrownBy([&] { db.CreateNew(m_path); }) != 0;
+            const bool struck = faults.Struck();
+            ASSERT_EQ(threw, struck);
+            if (!threw) {
+                faults.Heal();
+            } else if (db.IsOpen()) {
+                ASSERT_NE(CodeThrownBy([&] { AddPoint(db, u"P", 1, 2); }), 0);
+            }
+            ASSERT_EQ(CodeThrownBy([&] { db.Close(); }), 0);
+            faults.Heal();
+            const auto files =
+                std::distance(std::filesystem::directory_iterator(m_folder.Utf8("")), {});
+            ASSERT_EQ(files, threw ? 1 : 2);
+            done = !threw;
+        }
+        db.Open(m_path);
+        ASSERT_EQ(CqJobCheck(db).GetCount(), 0U);
+        db.Close();
+        std::filesystem::remove(ToUtf8(m_path));
+    }
+    db.Open(old);
+    EXPECT_EQ(WithoutView(Dump(db)), WithoutView(before));
+}
+
+TEST_F(JobFault, AJobThatCannotBeReadOpensOnceItCan) {
+    FaultVfs faults;
+    CqSurveyDB db;
+    db.CreateNew(m_path);
+    Furnish(db);
+    db.Open(m_path);
+    const std::string before = Dump(db);
+    bool done = false;
+    for (int at = 1; !done; ++at) {
+        SCOPED_TRACE("failing call " + std::to_string(at));
+        ASSERT_LT(at, 400);
+        faults.FailAt(FaultVfs::kOpen | FaultVfs::kRead, at, SQLITE_IOERR, true);
+        const bool threw = CodeThrownBy([&] { db.Open(m_path); }) != 0;
+        ASSERT_EQ(threw, faults.Struck());
+        ASSERT_EQ(CodeThrownBy([&] { db.Close(); }), 0);
+        faults.Heal();
+        db.Open(m_path);
+        ASSERT_EQ(Dump(db), before);
+        done = !threw;
+    }
+}
 
 TEST_F(JobFault, ABatchThatIsHandedOnAndThenFailsIsUndoneWhole) {
     FaultVfs faults;

@@ -120,6 +120,52 @@ TEST_F(JobInformation, LeavesWhatIsNotAskedFor) {
     EXPECT_EQ(info.numPlines, 1);
 }
 
+TEST_F(JobInformation, EachBitFillsItsOwnField) {
+    struct Bit {
+        std::uint32_t mask;
+        std::int32_t SVDB_INFORMATION::*field;
+        std::int32_t value;
+    };
+    const std::array<Bit, 9> bits{{{0x1, &SVDB_INFORMATION::numEntities, 9},
+                                   {0x4, &SVDB_INFORMATION::numPoints, 2},
+                                   {0x8, &SVDB_INFORMATION::numPlines, 1},
+                                   {0x10, &SVDB_INFORMATION::numVertices, 3},
+                                   {0x20, &SVDB_INFORMATION::numBitmaps, 1},
+                                   {0x40, &SVDB_INFORMATION::numCircles, 1},
+                                   {0x80, &SVDB_INFORMATION::numTexts, 1},
+                                   {0x100, &SVDB_INFORMATION::numGroups, 2},
+                                   {0x1000, &SVDB_INFORMATION::jCoordDivision, 9}}};
+    const auto expect = [&](CqSurveyDB* db) {
+        for (const Bit& asked : bits) {
+            SVDB_INFORMATION info;
+            for (const Bit& bit : bits) {
+                info.*bit.field = -7;
+            }
+            EXPECT_EQ(CqSurveyDB::GetDBInformation(asked.mask, m_path, info, db), 1);
+            for (const Bit& bit : bits) {
+                EXPECT_EQ(info.*bit.field, bit.mask == asked.mask ? bit.value : -7)
+                    << asked.mask << " " << bit.mask;
+            }
+        }
+    };
+    expect(nullptr);
+    CqSurveyDB db(m_path);
+    expect(&db);
+}
+
+TEST_F(JobInformation, OfADivisionThatIsGoneIsItsDefault) {
+    CqSurveyDB db(m_path);
+    db.WriteSettingsString(u"SETTINGS", u"JCoordDivision", u"");
+    SVDB_INFORMATION info;
+    info.jCoordDivision = 5;
+    EXPECT_EQ(CqSurveyDB::GetDBInformation(0x1000, m_path, info, &db), 1);
+    EXPECT_EQ(info.jCoordDivision, 0);
+    db.Close();
+    info.jCoordDivision = 5;
+    EXPECT_EQ(CqSurveyDB::GetDBInformation(0x1000, m_path, info, nullptr), 1);
+    EXPECT_EQ(info.jCoordDivision, 0);
+}
+
 TEST_F(JobInformation, OfANewJobIsNoEntityAndOneLayer) {
     CqSurveyDB db;
     db.CreateNew(m_folder.Path(u"b.job"));

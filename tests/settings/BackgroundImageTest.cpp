@@ -280,17 +280,35 @@ TEST_F(BackgroundImageTest, ABatchThatIsNotCommittedLeavesTheImageAsItWas) {
 TEST_F(BackgroundImageTest, AnImageThatDoesNotFitOnTheDiskIsTakenBack) {
     EXPECT_EQ(Store("image"), 1);
     const std::string before = Settings();
-    PutHostFile(ToUtf8(SourcePath()), RandomBytes(3000000, 3));
-    {
-        const FileSizeLimit full(1000000);
-        EXPECT_THROW(m_db.StoreBackgroundImageFile(SourcePath(), 9, CVector(), CVector(), 0),
-                     CqSurveyException);
+    // The smaller one waits in memory until the step is committed, the larger one does not.
+    for (const std::size_t length : {3'000'000, 20'000'000}) {
+        PutHostFile(ToUtf8(SourcePath()), RandomBytes(length, 3));
+        {
+            const FileSizeLimit full(1000000);
+            EXPECT_EQ(m_db.StoreBackgroundImageFile(SourcePath(), 9, CVector(), CVector(), 0), 0);
+        }
+        EXPECT_EQ(ReadImage(m_db).bytes, "image");
+        EXPECT_EQ(Settings(), before);
     }
-    EXPECT_EQ(ReadImage(m_db).bytes, "image");
-    EXPECT_EQ(Settings(), before);
     m_db.Close();
     m_db.Open(JobPath());
     EXPECT_EQ(ReadImage(m_db).bytes, "image");
+    EXPECT_EQ(Store("another"), 1);
+    EXPECT_EQ(ReadImage(m_db).bytes, "another");
+}
+
+TEST_F(BackgroundImageTest, AnImageThatDoesNotFitOnTheDiskFailsItsBatch) {
+    EXPECT_EQ(Store("image"), 1);
+    const std::string before = Settings();
+    PutHostFile(ToUtf8(SourcePath()), RandomBytes(20'000'000, 3));
+    {
+        const FileSizeLimit full(1000000);
+        CqBatch batch(m_db);
+        EXPECT_EQ(m_db.StoreBackgroundImageFile(SourcePath(), 9, CVector(), CVector(), 0), 0);
+        EXPECT_THROW(batch.Commit(), CqSurveyException);
+    }
+    EXPECT_EQ(ReadImage(m_db).bytes, "image");
+    EXPECT_EQ(Settings(), before);
 }
 
 TEST_F(BackgroundImageTest, AJobThatCanOnlyBeReadGivesItsImageAndRefusesChanges) {

@@ -59,6 +59,26 @@ TEST_F(QrfsVolumeTest, ACreatedVolumeIsOneFileThatCanBeMountedAndUnmounted) {
     EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{"a.job"});
 }
 
+TEST_F(QrfsVolumeTest, ADiscardedVolumeGoesWhenItIsUnmounted) {
+    ASSERT_DONE(QrfsCreateVolume(m_path));
+    ASSERT_DONE(QrfsMount(m_path, u"A"));
+    EXPECT_DONE(QrfsDiscardVolume(u"A"));
+    EXPECT_FAILS(0, error::kNoMount, QrfsDiscardVolume(u"B"));
+    EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{"a.job"});
+    EXPECT_DONE(QrfsUnmount(u"A"));
+    EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{});
+}
+
+TEST_F(QrfsVolumeTest, WhatHasTakenTheDiscardedVolumesPlaceStays) {
+    ASSERT_DONE(QrfsCreateVolume(m_path));
+    ASSERT_DONE(QrfsMount(m_path, u"A"));
+    ASSERT_DONE(QrfsDiscardVolume(u"A"));
+    WriteHostFile(m_dir.Utf8("notes"), "text");
+    std::filesystem::rename(m_dir.Utf8("notes"), m_host);
+    EXPECT_DONE(QrfsUnmount(u"A"));
+    EXPECT_EQ(ReadHostFile(m_host), "text");
+}
+
 TEST_F(QrfsVolumeTest, CreatingOnAnythingThatExistsTouchesNothing) {
     WriteHostFile(m_dir.Utf8("file"), "text");
     WriteHostFile(m_dir.Utf8("empty"), "");

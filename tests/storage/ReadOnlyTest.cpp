@@ -216,7 +216,7 @@ TEST_F(ReadOnlyTest, AVolumeThatAnotherToolSwitchedToALogIsReadAllTheSame) {
 
 TEST_F(ReadOnlyTest, AMountForWritingTakesTheLogInAndDoesWithoutOne) {
     sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(m_host.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_open_v2(m_host.c_str(), &other, SQLITE_OPEN_READWRITE, "unix"), SQLITE_OK);
     ASSERT_EQ(sqlite3_exec(other,
                            "PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0;"
                            "UPDATE Pairs SET Second = 77",

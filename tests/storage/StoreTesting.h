@@ -113,7 +113,8 @@ inline std::set<std::string> NamesIn(const std::string& folder) {
 /// Runs SQL on a file as another tool would, with nothing switched off that keeps it sound.
 inline void RunSql(const std::string& path, const std::string& sql) {
     sqlite3* connection = nullptr;
-    if (sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+    // By the system's own files: those with faults in them know no log.
+    if (sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE, "unix") != SQLITE_OK) {
         sqlite3_close(connection);
         throw std::runtime_error("cannot open " + path);
     }
