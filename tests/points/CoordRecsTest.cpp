@@ -387,6 +387,18 @@ TEST_F(CoordRecs, EditingNeitherNameNorCodeLeavesTheViewUntouched) {
     EXPECT_EQ(rec.GetPtName(), u"P1") << "a new code enters the point again";
 }
 
+TEST_F(CoordRecs, EditingAnUnnamedPointsPlaceAloneLeavesTheViewUntouched) {
+    const CqHandle first = AddPoint(m_db, u"", 1, 2);
+    const CqHandle second = AddPoint(m_db, u"", 3, 4);
+    CqCoordRec rec;
+    ASSERT_EQ(m_db.GetSortCoordAt(0, rec), second);
+    const std::array<double, 3> coords{11, 12, 13};
+    EXPECT_EQ(m_db.EditCoordRec(first, u"", coords.data(), 0), 1);
+    EXPECT_EQ(m_db.GetSortCoordAt(0, rec), second);
+    EXPECT_EQ(m_db.EditCoordRec(first, u"", coords.data(), 1), 1);
+    EXPECT_EQ(m_db.GetSortCoordAt(0, rec), first);
+}
+
 TEST_F(CoordRecs, ADeletedPointTakesEntityNameAndDescriptionWithIt) {
     const CqHandle handle = AddPoint(m_db, u"P1", 1, 2);
     AddPoint(m_db, u"P2", 3, 4);

@@ -146,6 +146,21 @@ TEST_F(DescriptionsTest, ChangesOfAJobOpenedForReadingAreRefused) {
     EXPECT_EQ(Text(2), u"unchanged");
 }
 
+TEST_F(DescriptionsTest, AZeroByteInTheFileEndsTheTextToo) {
+    db.AddCoordDescription(1, u"ab.cd");
+    db.Close();
+    ASSERT_NE(QrfsMount(path, u"RAW"), 0);
+    {
+        CQrfsFile file;
+        file.Open(u"RAW:/Description.BLB", 3);
+        file.Seek(64 + 16 + 2, 0);
+        file.Write("", 1);
+    }
+    ASSERT_NE(QrfsUnmount(u"RAW"), 0);
+    db.Open(path);
+    EXPECT_EQ(Text(1), u"ab");
+}
+
 TEST_F(DescriptionsTest, AJobWithADamagedFileOfThemDoesNotOpenAndCanBeClosed) {
     db.AddCoordDescription(1, u"one");
     db.Close();
