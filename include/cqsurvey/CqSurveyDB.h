@@ -110,7 +110,8 @@ class CQSURVEY_API CqSurveyDB {
     [[nodiscard]] CqHandle GetCadEntityHandleByCoordRecHandle(CqHandle handle) const;
     /// The named point's survey-point entity, 0 if there is none.
     [[nodiscard]] CqHandle GetCadEntityHandleByPtName(const CString& name) const;
-    /// New coordinates and feature code. 0 when no point has the name.
+    /// New coordinates and feature code. 0, and nothing changed, when no point has the name or the
+    /// point and its entity do not name each other.
     int EditCoordRec(const CString& name, const double* coords, int code);
     /// New name (empty: unnamed), coordinates and feature code. 0, and nothing changed, when
     /// another point has the name or the point and its entity do not name each other.

@@ -118,11 +118,10 @@ CqHandle CqSurveyDB::GetCoordRecHandleByCadEntityHandle(CqHandle entity) const {
 
 int CqSurveyDB::EditCoordRec(const CString& name, const double* coords, int code) {
     const CqHandle point = m_points->FindByName(name);
-    if (point == 0) {
+    if (point == 0 || !GoToEntityOf(*m_entities, m_points->Get<"EntityIndex">(), point)) {
         return 0;
     }
     return Atomically(*this, [&] {
-        m_entities->GoTo(m_points->Get<"EntityIndex">());
         StorePosition(*m_entities, coords);
         m_points->GoTo(point);
         if (m_points->Get<"FeatureCode">() != code) {

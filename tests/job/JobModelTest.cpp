@@ -30,6 +30,7 @@ struct Model {
         int origin;
         std::uint32_t flags;
         CqHandle entity;
+        int group;
     };
     struct Entity {
         CqHandle layer;
@@ -49,15 +50,20 @@ struct Model {
     std::map<CString, CqHandle> names;
     std::map<CqHandle, Entity> entities;  // added at the end only, so the chain is in their order
     std::map<CqHandle, Layer> layers{{1, {u"0", 1, 0}}};
+    std::map<int, CString> groups;
+    std::map<CqHandle, CString> descriptions;
     std::vector<Section> sections;
     CqHandle nextPoint = 1;
     CqHandle nextEntity = 2;
     CqHandle nextLayer = 2;
+    int nextGroup = 1;
+    int currentGroup = 0;
     CqHandle currentLayer = 1;
     CString currentLayerName = u"0";
     int currentColor = 256;
 
     void Reopen() {
+        currentGroup = 0;
         names.clear();
         for (const auto& [handle, point] : points) {
             if (!point.name.empty()) {
@@ -77,6 +83,22 @@ struct Model {
         for (const auto& [handle, layer] : layers) {
             if (layer.name == name) {
                 return handle;
+            }
+        }
+        return 0;
+    }
+
+    static CString Lower(CString name) {
+        for (char16_t& unit : name) {
+            unit = static_cast<char16_t>(unit >= u'A' && unit <= u'Z' ? unit + 32 : unit);
+        }
+        return name;
+    }
+
+    [[nodiscard]] int FindGroup(const CString& name) const {
+        for (const auto& [id, group] : groups) {
+            if (!name.empty() && Lower(group) == Lower(name)) {
+                return id;
             }
         }
         return 0;
@@ -148,7 +170,7 @@ class RandomSteps {
     }
 
     void Step() {
-        switch (Pick(16)) {
+        switch (Pick(20)) {
             case 0:
             case 1:
             case 2:
@@ -180,6 +202,14 @@ class RandomSteps {
             case 14:
                 CurrentThings();
                 break;
+            case 15:
+            case 16:
+                Groups();
+                break;
+            case 17:
+            case 18:
+                Descriptions();
+                break;
             default:
                 if (!m_inBatch) {
                     Batch();
@@ -206,7 +236,8 @@ class RandomSteps {
         ASSERT_EQ(thrown, 0);
         ASSERT_EQ(handle, m_model.nextPoint);
         const CString stored = name.substr(0, 19);
-        m_model.points[handle] = {stored, coords, code, origin, flags, m_model.nextEntity};
+        m_model.points[handle] = {
+            stored, coords, code, origin, flags, m_model.nextEntity, m_model.currentGroup};
         m_model.entities[m_model.nextEntity] = {m_model.currentLayer, m_model.currentColor};
         if (!stored.empty()) {
             m_model.names[stored] = handle;
@@ -283,6 +314,7 @@ class RandomSteps {
         ASSERT_EQ(result, 1);
         m_model.names.erase(found->second.name);
         m_model.entities.erase(found->second.entity);
+        m_model.descriptions.erase(handle);
         m_model.points.erase(found);
     }
 
@@ -293,6 +325,101 @@ class RandomSteps {
         if (m_model.points.contains(handle)) {
             ASSERT_EQ(thrown, 0);
             m_model.points[handle].flags = flags;
+        }
+    }
+
+    CString PickGroupName() {
+        static constexpr std::array<const char16_t*, 8> kNames{
+            u"Road", u"ROAD", u"Wall", u"wall", u"Trees and hedges, 1", u"TREES AND HEDGES, 10",
+            u"",     u"Ditch"};
+        return kNames[static_cast<std::size_t>(Pick(static_cast<int>(kNames.size())))];
+    }
+
+    void Groups() {
+        const CString name = PickGroupName();
+        const int found = m_model.FindGroup(name);
+        switch (Pick(7)) {
+            case 0:
+            case 1:
+                ASSERT_EQ(m_db.AddGroup(name), name.empty() || found != 0 ? 0 : 1);
+                if (!name.empty() && found == 0) {
+                    m_model.groups[m_model.nextGroup++] = name.substr(0, 19);
+                }
+                break;
+            case 2: {
+                const CString newName = PickGroupName();
+                const bool refused = found == 0 || m_model.FindGroup(newName) != 0;
+                ASSERT_EQ(m_db.EditGroup(name, newName), refused ? 0 : 1);
+                if (!refused) {
+                    m_model.groups[found] = newName.substr(0, 19);
+                }
+                break;
+            }
+            case 3: {
+                const int id = Pick(m_model.nextGroup + 1);
+                int result = 0;
+                const std::int32_t thrown = CodeThrownBy(
+                    [&] { result = m_db.EditGroup(static_cast<std::uint16_t>(id), name); });
+                const auto group = m_model.groups.find(id);
+                if (group == m_model.groups.end()) {
+                    ASSERT_EQ(thrown, id == 0 ? 0 : error::kNoRecord);
+                    ASSERT_EQ(result, 0);
+                    break;
+                }
+                ASSERT_EQ(result, group->second.empty() || found != 0 ? 0 : 1);
+                if (result != 0) {
+                    group->second = name.substr(0, 19);
+                }
+                break;
+            }
+            case 4:
+                ASSERT_EQ(m_db.DelGroup(name), found != 0 ? 1 : 0);
+                m_model.groups.erase(found);
+                for (auto& [handle, point] : m_model.points) {
+                    point.group = point.group == found ? 0 : point.group;
+                }
+                m_model.currentGroup = m_model.currentGroup == found ? 0 : m_model.currentGroup;
+                break;
+            case 5:
+                ASSERT_EQ(m_db.SetCurrentGroup(name), name.empty() || found != 0 ? 1 : 0);
+                m_model.currentGroup = found;
+                break;
+            default: {
+                const CqHandle point = PickPoint();
+                const int id = Pick(m_model.nextGroup + 1);
+                if (m_model.points.contains(point)) {
+                    ASSERT_EQ(m_db.EditCoordRecGroup(point, static_cast<std::uint16_t>(id)), 1);
+                    m_model.points[point].group = id;
+                }
+                break;
+            }
+        }
+    }
+
+    void Descriptions() {
+        const CqHandle handle = PickPoint();
+        const CString text =
+            CString(static_cast<std::size_t>(Pick(50)), static_cast<char16_t>(u'\u00DF' + Pick(9)));
+        const bool known = m_model.descriptions.contains(handle);
+        int result = 0;
+        bool done = false;
+        switch (Pick(3)) {
+            case 0:
+                result = m_db.AddCoordDescription(handle, text);
+                done = handle != 0 && !known && !text.empty();
+                break;
+            case 1:
+                result = m_db.EditCoordDescription(handle, text);
+                done = known && !text.empty();
+                break;
+            default:
+                ASSERT_EQ(m_db.DelCoordDescription(handle), known ? 1 : 0);
+                m_model.descriptions.erase(handle);
+                return;
+        }
+        ASSERT_EQ(result, done ? 1 : 0);
+        if (done) {
+            m_model.descriptions[handle] = text;
         }
     }
 
@@ -458,6 +585,7 @@ class RandomSteps {
 
     void Compare() {
         ComparePoints();
+        CompareGroups();
         CompareEntities();
         CompareLayers();
         CompareSettings();
@@ -484,12 +612,32 @@ class RandomSteps {
             ASSERT_EQ(rec.GetCode(), point.code);
             ASSERT_EQ(rec.GetType(), point.origin);
             ASSERT_EQ(rec.GetFlags(), point.flags);
+            ASSERT_EQ(rec.GetGroup(), point.group);
+            CString text;
+            const auto described = m_model.descriptions.find(expected);
+            const bool has = described != m_model.descriptions.end();
+            ASSERT_EQ(m_db.GetCoordDescription(expected, text), has ? 1 : 0);
+            ASSERT_EQ(text, has ? described->second : u"");
             ASSERT_EQ(m_db.GetCoordRecHandleByPtName(point.name), m_model.FindName(point.name));
         }
         ASSERT_EQ(handle, 0U);
         const auto admitted = std::count_if(m_model.points.begin(), m_model.points.end(),
                                             [](const auto& p) { return p.second.origin < 32; });
         ASSERT_EQ(m_db.GetSortCoordRecs(), admitted);
+    }
+
+    void CompareGroups() {
+        CStringList expected;
+        for (const auto& [id, name] : m_model.groups) {
+            expected.push_back(name);
+            ASSERT_EQ(m_db.GetGroupName(static_cast<std::uint16_t>(id)), name);
+            ASSERT_EQ(m_db.GetGroupID(name), m_model.FindGroup(name));
+        }
+        CStringList list{u"left over"};
+        ASSERT_EQ(m_db.GetGroupList(list), expected.empty() ? 0 : 1);
+        ASSERT_EQ(list, expected);
+        const auto current = m_model.groups.find(m_model.currentGroup);
+        ASSERT_EQ(m_db.GetCurrentGroup(), current == m_model.groups.end() ? u"" : current->second);
     }
 
     void CompareEntities() {

@@ -6,6 +6,9 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "storage/CqEntityTable.h"
+#include "storage/CqPointTable.h"
+#include "storage/Qrfs.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
 
@@ -19,6 +22,36 @@ class CoordRecs : public testing::Test {
     void Reopen() {
         m_db.Close();
         m_db.Open(m_folder.Path(u"a.job"));
+    }
+
+    /// Changes a record of one table behind the library's back.
+    template <class Table, class Change>
+    void Damage(const CString& name, CqHandle record, Change&& change) {
+        m_db.Close();
+        ASSERT_NE(QrfsMount(m_folder.Path(u"a.job"), u"RAW"), 0);
+        {
+            Table table;
+            table.CqDbTable::Open(u"RAW:/" + name);
+            table.GoTo(record);
+            change(table);
+            table.Store();
+            table.CqDbTable::Close();
+        }
+        ASSERT_NE(QrfsUnmount(u"RAW"), 0);
+        m_db.Open(m_folder.Path(u"a.job"));
+    }
+    void NameEntity(CqHandle point, CqHandle entity) {
+        Damage<CqPointTable>(u"_PointData", point,
+                             [entity](CqPointTable& points) { points.Set<"EntityIndex">(entity); });
+    }
+
+    [[nodiscard]] std::array<double, 3> PlaceOf(CqHandle entity) const {
+        CqCadEntity* read = nullptr;
+        std::array<double, 3> point{};
+        EXPECT_EQ(m_db.GetNextCadEntity(entity, read), 1);
+        read->GetPoint(point.data());
+        CqSurveyDB::DeleteCqCadEntityObject(read);
+        return point;
     }
 
     [[nodiscard]] CqCoordRec Read(CqHandle handle) const {
@@ -120,6 +153,86 @@ TEST_F(CoordRecs, AHandleThatNamesNothingEndsTheIterationUnchanged) {
     EXPECT_EQ(handle, 99U);
 }
 
+TEST_F(CoordRecs, AJobWhoseEveryPointWasDeletedHasNothingToIterate) {
+    AddPoint(m_db, u"P1", 1, 2);
+    AddPoint(m_db, u"", 1, 2);
+    EXPECT_EQ(m_db.DelCoordRec(CqHandle{2}), 1);
+    EXPECT_EQ(m_db.DelCoordRec(CqHandle{1}), 1);
+    EXPECT_EQ(m_db.GetFirstCoordRecHandle(), 0U);
+    Reopen();
+    EXPECT_EQ(m_db.GetFirstCoordRecHandle(), 0U);
+}
+
+TEST_F(CoordRecs, TheIterationEndsAtAPointWhoseEntityIsOfAnotherKind) {
+    AddPoint(m_db, u"P1", 1, 2);
+    AddPoint(m_db, u"P2", 3, 4);
+    const std::array<double, 3> coords{1, 2, 3};
+    NameEntity(2, m_db.AddCircle(coords.data(), 5.0, 0, 0));
+    CqHandle handle = 1;
+    CqCoordRec rec;
+    ASSERT_EQ(m_db.GetNextCoordRec(handle, rec), 1);
+    EXPECT_EQ(handle, 2U);
+    EXPECT_EQ(m_db.GetNextCoordRec(handle, rec), 0);
+    EXPECT_EQ(handle, 2U);
+    EXPECT_EQ(rec.GetPtName(), u"P1");
+}
+
+TEST_F(CoordRecs, APointIsReadFromTheSurveyPointEntityThatItNamesWhicheverThatShows) {
+    AddPoint(m_db, u"P1", 1, 2);
+    AddPoint(m_db, u"P2", 3, 4);
+    NameEntity(1, 3);
+    EXPECT_EQ(Read(1).GetPtName(), u"P1");
+    EXPECT_EQ(PointOf(Read(1)), (std::array<double, 3>{3, 4, 0}));
+    NameEntity(1, 99);
+    CqHandle handle = 1;
+    CqCoordRec rec;
+    EXPECT_EQ(CodeThrownBy([&] { m_db.GetNextCoordRec(handle, rec); }), error::kNoRecord);
+    EXPECT_EQ(handle, 1U);
+}
+
+TEST_F(CoordRecs, APointThatItsEntityDoesNotNameBackIsNeitherEditedNorDeleted) {
+    const std::array<double, 3> coords{11, 12, 13};
+    AddPoint(m_db, u"P1", 1, 2);
+    AddPoint(m_db, u"P2", 3, 4);
+    const CqHandle circle = m_db.AddCircle(coords.data(), 5.0, 0, 0);
+    const std::array<double, 3> far{900, 900, 900};
+    m_db.AddCoordDescription(1, u"text");
+    for (const CqHandle named : {CqHandle{0}, CqHandle{1}, CqHandle{3}, circle, CqHandle{99}}) {
+        SCOPED_TRACE(testing::Message() << "entity " << named);
+        NameEntity(1, named);
+        EXPECT_EQ(m_db.EditCoordRec(u"P1", far.data(), 8), 0);
+        EXPECT_EQ(m_db.EditCoordRec(CqHandle{1}, u"P1", far.data(), 8), 0);
+        EXPECT_EQ(m_db.EditCoordRec(CqHandle{1}, u"Q", far.data(), 8), 0);
+        EXPECT_EQ(m_db.DelCoordRec(u"P1"), 0);
+        EXPECT_EQ(m_db.DelCoordRec(CqHandle{1}), 0);
+        EXPECT_EQ(m_db.GetNumCoordRecs(), 2);
+        EXPECT_EQ(m_db.GetNumCadEntities(), 3);
+        EXPECT_EQ(m_db.GetCoordRecHandleByPtName(u"P1"), 1U);
+        EXPECT_EQ(m_db.GetCoordRecHandleByPtName(u"Q"), 0U);
+        EXPECT_EQ(PointOf(Read(2)), (std::array<double, 3>{3, 4, 0}));
+        EXPECT_EQ(PlaceOf(circle), coords);
+        CString text;
+        EXPECT_EQ(m_db.GetCoordDescription(1, text), 1);
+    }
+    NameEntity(1, 2);
+    EXPECT_EQ(PointOf(Read(1)), (std::array<double, 3>{1, 2, 0}));
+    EXPECT_EQ(Read(1).GetCode(), 0);
+}
+
+TEST_F(CoordRecs, TheHeaderOfTheChainIsDeletedWithNoPoint) {
+    AddPoint(m_db, u"P1", 1, 2);
+    AddPoint(m_db, u"P2", 3, 4);
+    NameEntity(1, 1);
+    Damage<CqEntityTable>(u"_EntityData", 1, [](CqEntityTable& entities) {
+        entities.Set<"ObjectIndex">(CqHandle{1});
+    });
+    EXPECT_EQ(m_db.DelCoordRec(CqHandle{1}), 1);
+    EXPECT_EQ(m_db.GetNumCoordRecs(), 1);
+    EXPECT_EQ(m_db.GetNumCadEntities(), 2);
+    Reopen();
+    EXPECT_EQ(m_db.GetFirstCadEntityHandle(), 2U);
+}
+
 TEST_F(CoordRecs, IterationGoesInRecordOrderOverDeletedRecords) {
     for (const char16_t* name : {u"C", u"A", u"", u"B"}) {
         AddPoint(m_db, name, 1, 2);
@@ -191,6 +304,55 @@ TEST_F(CoordRecs, EditingByHandleWithItsOwnNameIsTheFormByName) {
     EXPECT_EQ(PointOf(Read(handle)), coords);
 }
 
+TEST_F(CoordRecs, OfTwoNamesAlikeAfterCuttingTheOwnNameEditsThePointThatTheIndexHolds) {
+    const CString cut = u"ABCDEFGHIJKLMNOPQRS";
+    const CqHandle first = AddPoint(m_db, cut + u"1", 1, 2);
+    const CqHandle second = AddPoint(m_db, cut + u"2", 3, 4);
+    const std::array<double, 3> coords{11, 12, 13};
+    EXPECT_EQ(m_db.EditCoordRec(first, cut, coords.data(), 5), 1);
+    EXPECT_EQ(PointOf(Read(first)), (std::array<double, 3>{1, 2, 0}));
+    EXPECT_EQ(PointOf(Read(second)), coords);
+    EXPECT_EQ(Read(second).GetCode(), 5);
+    EXPECT_EQ(m_db.DelCoordRec(first), 1);
+    EXPECT_EQ(m_db.EditCoordRec(second, cut, coords.data(), 6), 0) << "no point has the name now";
+    EXPECT_EQ(Read(second).GetCode(), 5);
+}
+
+TEST_F(CoordRecs, ALongNewNameIsComparedAsGivenAndStoredCut) {
+    const CString cut = u"ABCDEFGHIJKLMNOPQRS";
+    const CqHandle first = AddPoint(m_db, cut, 1, 2);
+    const CqHandle second = AddPoint(m_db, u"P2", 3, 4);
+    const std::array<double, 3> coords{11, 12, 13};
+    EXPECT_EQ(m_db.EditCoordRec(second, cut, coords.data(), 0), 0);
+    EXPECT_EQ(m_db.EditCoordRec(second, cut + u"T", coords.data(), 0), 1);
+    EXPECT_EQ(Read(second).GetPtName(), cut);
+    EXPECT_EQ(m_db.GetCoordRecHandleByPtName(u"P2"), 0U);
+    EXPECT_EQ(m_db.GetCoordRecHandleByPtName(cut + u"T"), 0U);
+    EXPECT_EQ(m_db.GetCoordRecHandleByPtName(cut), second);
+    EXPECT_EQ(m_db.EditCoordRec(first, u"P1", coords.data(), 0), 1);
+    EXPECT_EQ(m_db.GetCoordRecHandleByPtName(cut), 0U) << "the old name leaves the index";
+    Reopen();
+    EXPECT_EQ(m_db.GetCoordRecHandleByPtName(cut), second);
+    EXPECT_EQ(m_db.GetCoordRecHandleByPtName(u"P1"), first);
+}
+
+TEST_F(CoordRecs, EditingLeavesWhatItIsNotGiven) {
+    m_db.AddGroup(u"Road");
+    m_db.SetCurrentGroup(u"Road");
+    const CqHandle handle =
+        AddPoint(m_db, u"P1", 1, 2, 3, 10, static_cast<SurveyCoordType>(4), 0xDEADBEEF);
+    Damage<CqPointTable>(u"_PointData", handle,
+                         [](CqPointTable& points) { points.Set<"RecTime">(1234567U); });
+    const std::array<double, 3> coords{11, 12, 13};
+    EXPECT_EQ(m_db.EditCoordRec(u"P1", coords.data(), 11), 1);
+    EXPECT_EQ(m_db.EditCoordRec(handle, u"Q1", coords.data(), 12), 1);
+    const CqCoordRec rec = Read(handle);
+    EXPECT_EQ(rec.GetType(), 4);
+    EXPECT_EQ(rec.GetGroup(), 1);
+    EXPECT_EQ(rec.GetFlags(), 0xDEADBEEF);
+    EXPECT_EQ(rec.GetRecTime(), 1234567U);
+}
+
 TEST_F(CoordRecs, EditingByHandleToAnotherPointsNameChangesNothing) {
     const CqHandle handle = AddPoint(m_db, u"P1", 1, 2, 3, 10);
     AddPoint(m_db, u"P2", 4, 5, 6, 20);
@@ -223,6 +385,18 @@ TEST_F(CoordRecs, EditingNeitherNameNorCodeLeavesTheViewUntouched) {
     m_db.EditCoordRec(u"P1", coords.data(), 1);
     m_db.GetSortCoordAt(0, rec);
     EXPECT_EQ(rec.GetPtName(), u"P1") << "a new code enters the point again";
+}
+
+TEST_F(CoordRecs, EditingAnUnnamedPointsPlaceAloneLeavesTheViewUntouched) {
+    const CqHandle first = AddPoint(m_db, u"", 1, 2);
+    const CqHandle second = AddPoint(m_db, u"", 3, 4);
+    CqCoordRec rec;
+    ASSERT_EQ(m_db.GetSortCoordAt(0, rec), second);
+    const std::array<double, 3> coords{11, 12, 13};
+    EXPECT_EQ(m_db.EditCoordRec(first, u"", coords.data(), 0), 1);
+    EXPECT_EQ(m_db.GetSortCoordAt(0, rec), second);
+    EXPECT_EQ(m_db.EditCoordRec(first, u"", coords.data(), 1), 1);
+    EXPECT_EQ(m_db.GetSortCoordAt(0, rec), first);
 }
 
 TEST_F(CoordRecs, ADeletedPointTakesEntityNameAndDescriptionWithIt) {

@@ -6,6 +6,8 @@
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Text.h"
+#include "storage/CQrfsFile.h"
+#include "storage/Qrfs.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey {
@@ -137,8 +139,47 @@ TEST_F(DescriptionsTest, ChangesOfAJobOpenedForReadingAreRefused) {
     EXPECT_EQ(code([&] { db.AddCoordDescription(2, u"two"); }), error::kAccessDenied);
     EXPECT_EQ(code([&] { db.EditCoordDescription(1, u"two"); }), error::kAccessDenied);
     EXPECT_EQ(code([&] { db.DelCoordDescription(1); }), error::kAccessDenied);
+    EXPECT_EQ(db.AddCoordDescription(1, u"two"), 0) << "what is refused anyway changes nothing";
+    EXPECT_EQ(db.EditCoordDescription(2, u"two"), 0);
+    EXPECT_EQ(db.DelCoordDescription(2), 0);
     EXPECT_EQ(Text(1), u"one");
     EXPECT_EQ(Text(2), u"unchanged");
+}
+
+TEST_F(DescriptionsTest, AZeroByteInTheFileEndsTheTextToo) {
+    db.AddCoordDescription(1, u"ab.cd");
+    db.Close();
+    ASSERT_NE(QrfsMount(path, u"RAW"), 0);
+    {
+        CQrfsFile file;
+        file.Open(u"RAW:/Description.BLB", 3);
+        file.Seek(64 + 16 + 2, 0);
+        file.Write("", 1);
+    }
+    ASSERT_NE(QrfsUnmount(u"RAW"), 0);
+    db.Open(path);
+    EXPECT_EQ(Text(1), u"ab");
+}
+
+TEST_F(DescriptionsTest, AJobWithADamagedFileOfThemDoesNotOpenAndCanBeClosed) {
+    db.AddCoordDescription(1, u"one");
+    db.Close();
+    ASSERT_NE(QrfsMount(path, u"RAW"), 0);
+    {
+        CQrfsFile file;
+        file.Open(u"RAW:/Description.BLB", 3);
+        file.SetLength(90);
+    }
+    ASSERT_NE(QrfsUnmount(u"RAW"), 0);
+    try {
+        db.Open(path);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const CqSurveyException& failure) {
+        EXPECT_EQ(failure.m_code, error::kDamaged);
+    }
+    db.Close();
+    ASSERT_NE(QrfsMount(path, u"RAW"), 0) << "nothing holds it any more";
+    ASSERT_NE(QrfsUnmount(u"RAW"), 0);
 }
 
 }  // namespace

@@ -3,9 +3,13 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <string>
+#include <utility>
 
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
+#include "storage/CqPointTable.h"
+#include "storage/Qrfs.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey {
@@ -84,6 +88,18 @@ TEST_F(GroupsTest, ALongNameIsCutWhenStoredAndComparedAsGiven) {
     EXPECT_EQ(Groups().size(), 2U);
     EXPECT_EQ(db.EditGroup(std::uint16_t{2}, CString(30, u'H')), 1);
     EXPECT_EQ(db.GetGroupName(2), CString(19, u'H'));
+}
+
+TEST_F(GroupsTest, OfNamesAlikeTheFirstIsMeant) {
+    const CString cut(19, u'G');
+    db.AddGroup(cut + u"1");
+    db.AddGroup(u"Tree");
+    db.AddGroup(cut + u"2");
+    EXPECT_EQ(db.GetGroupID(cut), 1);
+    EXPECT_EQ(db.DelGroup(cut), 1);
+    EXPECT_EQ(db.GetGroupID(cut), 3);
+    EXPECT_EQ(db.EditGroup(cut, u"Wall"), 1);
+    EXPECT_EQ(Groups(), (CStringList{u"Tree", u"Wall"}));
 }
 
 TEST_F(GroupsTest, AnIdOfZeroHasAnEmptyNameAndAnUnknownOneThrows) {
@@ -173,6 +189,41 @@ TEST_F(GroupsTest, DeletingAGroupFreesItsPointsOnly) {
     EXPECT_EQ(db.DelGroup(u"Road"), 0);
 }
 
+TEST_F(GroupsTest, DeletingAGroupFreesThePointsThatCannotBeReadToo) {
+    const std::array<double, 3> coords{1, 2, 3};
+    db.AddGroup(u"Road");
+    db.SetCurrentGroup(u"Road");
+    AddPoint(u"R1");
+    AddPoint(u"R2");
+    AddPoint(u"R3");
+    const CqHandle circle = db.AddCircle(coords.data(), 1.0, 0, 0);
+    db.Close();
+    const auto inTable = [&](auto&& visit) {
+        ASSERT_NE(QrfsMount(dir.Path(u"groups.job"), u"RAW"), 0);
+        {
+            CqPointTable points;
+            points.Open(u"RAW:/_PointData");
+            visit(points);
+        }
+        ASSERT_NE(QrfsUnmount(u"RAW"), 0);
+    };
+    inTable([&](CqPointTable& points) {
+        for (const auto& [point, entity] : {std::pair{1U, circle}, std::pair{2U, 99U}}) {
+            points.GoTo(point);
+            points.Set<"EntityIndex">(entity);
+            points.Store();
+        }
+    });
+    db.Open(dir.Path(u"groups.job"));
+    EXPECT_EQ(db.DelGroup(u"Road"), 1);
+    db.Close();
+    inTable([](CqPointTable& points) {
+        for (int found = points.First(kRecordOrder); found != 0; found = points.Next()) {
+            EXPECT_EQ(points.Get<"GroupIndex">(), 0) << points.GetCurrentHandle();
+        }
+    });
+}
+
 TEST_F(GroupsTest, TheCurrentGroupStaysWhenAnotherIsDeleted) {
     db.AddGroup(u"Road");
     db.AddGroup(u"Tree");
@@ -229,6 +280,24 @@ TEST_F(GroupsTest, AGroupWhoseNameCollidesWithAFileBesideTheJobIsDropped) {
     EXPECT_EQ(GroupOf(point), 0);
     EXPECT_EQ(db.GetCurrentGroup(), u"");
     EXPECT_EQ((db.*CheckGroup())(path), 1);
+}
+
+TEST_F(GroupsTest, BesideAJobThatIsNamedWithoutAFolderIsTheRoot) {
+    db.AddGroup(u"usr");
+    db.AddGroup(u"no such name anywhere");
+    EXPECT_EQ((db.*CheckGroup())(u"groups.job"), 0);
+    EXPECT_EQ(Groups(), (CStringList{u"no such name anywhe"}));
+}
+
+TEST_F(GroupsTest, TheCheckDropsEveryGroupOfACollidingNameHoweverItIsSpelt) {
+    const CString cut(19, u'g');
+    db.AddGroup(cut + u"1");
+    db.AddGroup(cut + u"2");
+    db.AddGroup(u"ROAD");
+    std::ofstream(dir.Utf8("job" + std::string(19, 'g'))) << "x";
+    std::ofstream(dir.Utf8("jobroad")) << "x";
+    EXPECT_EQ((db.*CheckGroup())(dir.Path(u"job/survey.job")), 0);
+    EXPECT_EQ(Groups(), (CStringList{u"ROAD"})) << "the host's names are told apart by case";
 }
 
 TEST_F(GroupsTest, TheCheckOfAJobWithoutGroupsFindsNothing) {
