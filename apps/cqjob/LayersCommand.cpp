@@ -1,7 +1,7 @@
 #include <cqsurvey/cqsurvey.h>
 
 #include <cstdlib>
-#include <unordered_map>
+#include <map>
 
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
@@ -115,7 +115,7 @@ class LayersCommand : public Command {
     int List(Console& console) const {
         CqSurveyDB db;
         OpenToRead(db, m_job);
-        std::unordered_map<CString, std::size_t> entities;
+        std::map<CString, std::size_t> entities;
         for (const CqCadEntityPtr& entity : Entities(db)) {
             ++entities[entity->GetLayer()];
         }

@@ -3,8 +3,8 @@
 #include <cqsurvey/cqsurvey.h>
 
 #include <functional>
+#include <map>
 #include <optional>
-#include <unordered_map>
 
 #include "cqjob/Plan.h"
 
@@ -44,7 +44,7 @@ class PlanReader {
     void ReadImage();
 
     CqSurveyDB& m_db;
-    std::unordered_map<CString, Layer> m_layers;
+    std::map<CString, Layer> m_layers;
     Layer m_noLayer;
     int m_forced = -1;
     Plan m_plan;

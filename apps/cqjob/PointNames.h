@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <unordered_map>
+#include <map>
 
 namespace cqsurvey::cqjob {
 
@@ -27,7 +27,7 @@ class PointNames {
 
  private:
     std::function<bool(const CString&)> m_taken;
-    std::unordered_map<CString, std::uint64_t> m_next;
+    std::map<CString, std::uint64_t> m_next;
 };
 
 }  // namespace cqsurvey::cqjob

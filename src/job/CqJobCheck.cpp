@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
+#include <set>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -21,6 +21,7 @@
 #include "storage/CqPointTable.h"
 #include "storage/CqTextTable.h"
 #include "storage/CqVertexTable.h"
+#include "storage/RecordHash.h"
 
 namespace cqsurvey {
 
@@ -106,7 +107,7 @@ void CqJobCheck::CheckPoints(CqSurveyDB& db) {
                });
         const CString name = NameOf(point);
         if (!name.empty()) {
-            names.emplace_back(std::hash<std::u16string_view>{}(name), number);
+            names.emplace_back(HashName(name), number);
         }
     });
     std::sort(names.begin(), names.end());
@@ -232,7 +233,7 @@ void CqJobCheck::CheckChain(CqSurveyDB& db) {
 }
 
 void CqJobCheck::CheckMemos(CqSurveyDB& db) {
-    std::unordered_set<std::uint32_t> seen;
+    std::unordered_set<std::uint32_t, HandleHash> seen;
     const auto check = [&](CqDbTable& table, const char* name, CqHandle number,
                            std::uint32_t reference) {
         if (reference == 0) {
@@ -269,13 +270,13 @@ void CqJobCheck::CheckLinks(CqSurveyDB& db) {
 }
 
 void CqJobCheck::CheckLayersAndGroups(CqSurveyDB& db) {
-    std::unordered_set<CString> layers;
+    std::set<CString> layers;
     ForEach(*db.m_layers, [&](CqHandle number, const std::byte* record) {
         const CString name = LayerLayout::Get<"Name">(record);
         Expect(layers.insert(name).second, kLayers, number,
                [&] { return "an earlier layer has the name " + Quoted(name) + " too"; });
     });
-    std::unordered_set<std::u32string> groups;
+    std::set<std::u32string> groups;
     ForEach(*db.m_groups, [&](CqHandle number, const std::byte* record) {
         const CString name = GroupLayout::Get<"GroupName">(record);
         Expect(name.empty() || groups.insert(Folded(name)).second, kGroups, number,

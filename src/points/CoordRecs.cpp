@@ -145,12 +145,13 @@ int CqSurveyDB::EditCoordRec(CqHandle handle, const CString& newName, const doub
     if (!GoToEntityOf(*m_entities, m_points->Get<"EntityIndex">(), handle)) {
         return 0;
     }
-    const bool sameName = m_points->Get<"PointName">() == newName;
-    if (!newName.empty()) {
+    const std::u16string_view name = field::UpToZero(newName);
+    const bool sameName = m_points->Get<"PointName">() == name;
+    if (!name.empty()) {
         if (sameName) {
             return EditCoordRec(newName, coords, code);
         }
-        if (m_points->HasName(newName)) {
+        if (m_points->HasName(name)) {
             return 0;
         }
     }

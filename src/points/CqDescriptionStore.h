@@ -11,6 +11,7 @@
 #include "cqsurvey/Types.h"
 #include "storage/CQrfsFile.h"
 #include "storage/ChangeLog.h"
+#include "storage/RecordHash.h"
 #include "storage/ProbeTable.h"
 
 namespace cqsurvey {
@@ -69,7 +70,7 @@ class CqDescriptionStore {
     };
 
     /// Positions of free blocks in the order in which they became free.
-    using FreeBlocks = std::unordered_map<std::uint32_t, std::deque<std::uint32_t>>;
+    using FreeBlocks = std::unordered_map<std::uint32_t, std::deque<std::uint32_t>, HandleHash>;
 
     static Head ParseHead(const std::byte* bytes, std::uint32_t position, std::uint32_t fileLength);
     void FindBlocks();

@@ -7,6 +7,7 @@
 #include "storage/CqPlineTable.h"
 #include "storage/CqPointTable.h"
 #include "storage/CqTextTable.h"
+#include "storage/RecordHash.h"
 
 namespace cqsurvey {
 
@@ -41,7 +42,7 @@ class CodeCollector {
         }
     }
 
-    std::unordered_set<std::int32_t> m_known;
+    std::unordered_set<std::int32_t, HandleHash> m_known;
     /// Each chain from its end to its head.
     std::array<std::vector<std::int32_t>, kChains> m_chains;
 };

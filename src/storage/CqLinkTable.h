@@ -5,6 +5,7 @@
 
 #include "storage/ChangeLog.h"
 #include "storage/CqRecordTable.h"
+#include "storage/RecordHash.h"
 #include "storage/JobSchema.h"
 #include "storage/ProbeTable.h"
 

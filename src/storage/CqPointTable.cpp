@@ -49,7 +49,7 @@ void CqPointTable::Close() {
 }
 
 CqHandle CqPointTable::FindByName(std::u16string_view name) {
-    const CqHandle handle = m_names->Find(name);
+    const CqHandle handle = m_names->Find(field::UpToZero(name));
     if (handle != 0) {
         GoTo(handle);
     }
@@ -57,7 +57,7 @@ CqHandle CqPointTable::FindByName(std::u16string_view name) {
 }
 
 bool CqPointTable::HasName(std::u16string_view name) const {
-    return m_names->Find(name) != 0;
+    return m_names->Find(field::UpToZero(name)) != 0;
 }
 
 void CqPointTable::EnterName(CqHandle handle) {

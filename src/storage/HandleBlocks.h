@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cqsurvey/Types.h"
+#include "storage/RecordHash.h"
 #include "storage/ProbeTable.h"
 
 namespace cqsurvey {

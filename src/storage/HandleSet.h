@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "cqsurvey/Types.h"
+#include "storage/RecordHash.h"
 #include "storage/ProbeTable.h"
 
 namespace cqsurvey {

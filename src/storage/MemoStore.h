@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "cqsurvey/Types.h"
+#include "storage/RecordHash.h"
 #include "storage/Sql.h"
 
 namespace cqsurvey {
@@ -48,7 +49,7 @@ class MemoStore {
 
     sqlite3* m_connection;
     bool m_loaded = false;
-    std::unordered_map<std::uint32_t, CString> m_texts;
+    std::unordered_map<std::uint32_t, CString, HandleHash> m_texts;
     std::map<std::uint32_t, CString>
         m_unsaved;                    ///< whole texts that the database does not have yet
     std::set<std::uint32_t> m_freed;  ///< texts that the database still has

@@ -1,16 +1,8 @@
 #include "storage/PointNameIndex.h"
 
-namespace cqsurvey {
+#include "storage/RecordHash.h"
 
-std::uint32_t PointNameIndex::Hash(std::u16string_view name) noexcept {
-    std::uint64_t hash = 0x9E3779B97F4A7C15U ^ name.size();
-    for (const char16_t unit : name) {
-        hash = (hash ^ unit) * 0xD6E8FEB86659FD93U;
-        hash ^= hash >> 32;
-    }
-    hash *= 0xD6E8FEB86659FD93U;
-    return static_cast<std::uint32_t>(hash >> 32);
-}
+namespace cqsurvey {
 
 std::size_t PointNameIndex::PlaceOf(std::uint32_t hash, std::u16string_view name) const {
     return m_slots.Find(hash, [&](const Slot& slot) {
@@ -22,7 +14,7 @@ CqHandle PointNameIndex::Find(std::u16string_view name) const {
     if (name.empty() || name.size() > StoredPointName::Type::kCapacity) {
         return 0;
     }
-    const std::size_t place = PlaceOf(Hash(name), name);
+    const std::size_t place = PlaceOf(HashName(name), name);
     return place == Table::kNone ? 0 : m_slots[place].handle;
 }
 
@@ -39,7 +31,7 @@ CqHandle PointNameIndex::Put(std::uint32_t hash, std::u16string_view name, CqHan
 
 void PointNameIndex::Load(std::u16string_view name, CqHandle handle) {
     if (!name.empty()) {
-        Put(Hash(name), name, handle);
+        Put(HashName(name), name, handle);
     }
 }
 
@@ -47,7 +39,7 @@ void PointNameIndex::Enter(std::u16string_view name, CqHandle handle) {
     if (name.empty()) {
         return;
     }
-    const std::uint32_t hash = Hash(name);
+    const std::uint32_t hash = HashName(name);
     m_changes.Reserve(1);
     const CqHandle before = Put(hash, name, handle);
     m_changes.Push(Change{hash, handle, before});
@@ -57,7 +49,7 @@ void PointNameIndex::Remove(std::u16string_view name) {
     if (name.empty()) {
         return;
     }
-    const std::uint32_t hash = Hash(name);
+    const std::uint32_t hash = HashName(name);
     const std::size_t place = PlaceOf(hash, name);
     if (place == Table::kNone) {
         return;

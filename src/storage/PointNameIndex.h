@@ -56,7 +56,6 @@ class PointNameIndex {
         CqHandle removed;
     };
 
-    static std::uint32_t Hash(std::u16string_view name) noexcept;
     [[nodiscard]] std::size_t PlaceOf(std::uint32_t hash, std::u16string_view name) const;
     CqHandle Put(std::uint32_t hash, std::u16string_view name, CqHandle handle);
 

@@ -7,13 +7,6 @@
 
 namespace cqsurvey {
 
-/// Spreads record numbers evenly over the range of a hash.
-[[nodiscard]] constexpr std::uint32_t HashHandle(std::uint32_t handle) noexcept {
-    std::uint32_t hash = handle * 0x9E3779B1U;
-    hash ^= hash >> 15;
-    return hash * 0x85EBCA77U;
-}
-
 /// An open addressing table with linear probing: one array of slots, 0.6 to 0.75 of it in use once
 /// it has grown. A slot type is a small value with `IsFree()`, true for a default-constructed one,
 /// and `Hash()`, which uses the whole range of 32 bits. Slots that are alike may stand in it more

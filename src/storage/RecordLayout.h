@@ -78,6 +78,11 @@ struct Memo : Number<std::uint32_t> {
     static constexpr const char16_t* kType = u"MEMO";
 };
 
+/// What a record can keep of a text: a zero ends it.
+[[nodiscard]] constexpr std::u16string_view UpToZero(std::u16string_view text) {
+    return text.substr(0, text.find(u'\0'));
+}
+
 /// A text of at most Units - 1 code units, terminated and padded with zeros.
 template <std::size_t Units>
 struct Text {
@@ -97,8 +102,9 @@ struct Text {
             value[i] = LoadLittle<char16_t>(bytes + 2 * i);
         }
     }
-    /// Cuts the text to kCapacity code units.
+    /// Cuts the text at a zero and to kCapacity code units.
     static void Store(std::byte* bytes, std::u16string_view value) {
+        value = UpToZero(value);
         const std::size_t length = std::min(value.size(), kCapacity);
         std::fill(bytes, bytes + kWidth, std::byte{0});
         for (std::size_t i = 0; i < length; ++i) {

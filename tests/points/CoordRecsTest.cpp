@@ -97,6 +97,22 @@ TEST_F(CoordRecs, AnAddedPointReadsBackWithEveryAttribute) {
     EXPECT_LE(rec.GetRecTime(), before + 60);
 }
 
+TEST_F(CoordRecs, AZeroEndsANameWhereverOneIsGiven) {
+    const CString longer(u"P1\0X", 4);
+    const CqHandle handle = AddPoint(m_db, u"P1", 1, 2);
+    EXPECT_EQ(CodeThrownBy([&] { AddPoint(m_db, longer, 3, 4); }), error::kDuplicatePointName);
+    EXPECT_EQ(m_db.GetCoordRecHandleByPtName(longer), handle);
+    const std::array<double, 3> far{30, 40, 50};
+    EXPECT_NE(m_db.EditCoordRec(handle, longer, far.data(), 7), 0);
+    CqCoordRec rec;
+    CqHandle next = handle;
+    ASSERT_NE(m_db.GetNextCoordRec(next, rec), 0);
+    EXPECT_EQ(rec.GetPtName(), u"P1");
+    EXPECT_EQ(rec.GetCode(), 7);
+    EXPECT_NE(AddPoint(m_db, CString(u"\0Y", 2), 5, 6), 0U);
+    EXPECT_NE(AddPoint(m_db, CString(u"\0Y", 2), 5, 6), 0U) << "that is no name";
+}
+
 TEST_F(CoordRecs, ASecondPointOfTheSameNameIsRefusedByException) {
     AddPoint(m_db, u"P1", 1, 2);
     EXPECT_EQ(CodeThrownBy([&] { AddPoint(m_db, u"P1", 3, 4); }), error::kDuplicatePointName);

@@ -6,6 +6,8 @@
 #include <set>
 #include <utility>
 
+#include "storage/RecordHash.h"
+
 namespace cqsurvey {
 namespace {
 

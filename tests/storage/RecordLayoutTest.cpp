@@ -211,6 +211,16 @@ TEST(RecordLayoutTest, EveryTextTypeKeepsOneLessThanItsLength) {
     EXPECT_EQ(GroupLayout::Get<"GroupName">(group.data()).size(), 19U);
 }
 
+TEST(RecordLayoutTest, AZeroEndsATextAndZerosFollow) {
+    PointLayout::Bytes point;
+    point.fill(std::byte{0xAA});
+    PointLayout::Set<"PointName">(point.data(), CString(u"P1\0X", 4));
+    EXPECT_EQ(PointLayout::Get<"PointName">(point.data()), u"P1");
+    for (std::size_t at = 8; at < 44; ++at) {
+        EXPECT_EQ(point[at], std::byte{0}) << at;
+    }
+}
+
 TEST(RecordLayoutTest, AnUnterminatedTextIsReadNoFurtherThanItsField) {
     PointLayout::Bytes point;
     point.fill(std::byte{0x41});
