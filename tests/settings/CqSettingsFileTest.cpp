@@ -370,9 +370,6 @@ TEST_F(CqSettingsFileTest, AFailureHalfwayKeepsWhatWasReadUntilThen) {
     EXPECT_EQ(list.front(), u"k0");
     EXPECT_EQ(list.back(), u"k" + FromUtf8(std::to_string(list.size() - 1)));
     EXPECT_EQ(Value(u"T", list.back()), u"v");
-    // The file is closed all the same.
-    EXPECT_NE(QrfsDeleteFile(Path()), 0);
-    Load("[S]\r\nk=v\r\n");
 }
 
 TEST_F(CqSettingsFileTest, AMissingFileIsNotWritten) {
@@ -473,6 +470,25 @@ TEST_F(CqSettingsFileTest, RestoringPutsTheBackupBackAndReadsIt) {
     EXPECT_EQ(Value(u"S", u"k"), u"1");
     EXPECT_EQ(QrfsGetFileAttributes(BackupPath()), 0xFFFF);
     EXPECT_EQ(m_settings.Restore(BackupPath()), 0);
+}
+
+TEST_F(CqSettingsFileTest, TheFileThatWasNamedLastIsTheOneThatIsCopied) {
+    const TempDir host;
+    const auto backup = [&] {
+        EXPECT_EQ(m_settings.Backup(BackupPath()), 1);
+        return VolumeFileBytes(BackupPath());
+    };
+    PutVolumeFile(Path(), "[read]\r\n");
+    PutVolumeFile(m_volume.File(u"another"), "[old]\r\n");
+    ASSERT_EQ(m_settings.Read(Path()), 1);
+    EXPECT_EQ(backup(), "[read]\r\n");
+    m_settings.AddSection(u"written");
+    ASSERT_EQ(m_settings.Write(m_volume.File(u"another")), 1);
+    EXPECT_EQ(backup(), "[read]\r\n[written]\r\n");
+    ASSERT_EQ(m_settings.Create(m_volume.File(u"created")), 1);
+    EXPECT_EQ(backup(), "");
+    EXPECT_EQ(m_settings.ExportFile(host.Path(u"out")), 1);
+    EXPECT_EQ(HostFileBytes(host.Utf8("out")), "");
 }
 
 TEST_F(CqSettingsFileTest, AnUndoneStepLeavesTheModelOfTheLastKeptOne) {

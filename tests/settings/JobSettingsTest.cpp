@@ -644,6 +644,11 @@ TEST_F(JobSettingsTest, AJobThatCanOnlyBeReadRefusesEveryChangeOfItsSettings) {
     EXPECT_EQ(code([&] { m_db.SetBackgroundImageSettings(1, 2, 3); }), error::kAccessDenied);
     EXPECT_EQ(code([&] { m_db.SetBackgroundColor(1); }), error::kAccessDenied);
     EXPECT_EQ(code([&] { m_db.ImportSettingsFile(HostPath()); }), error::kAccessDenied);
+    {
+        const CqBatch batch(m_db);
+        EXPECT_EQ(code([&] { m_db.SetSiPointSize(4); }), error::kAccessDenied);
+        EXPECT_EQ(m_db.GetSiPointSize(), 3);
+    }
     EXPECT_EQ(m_db.DeleteSettingsSection(u"none"), 0);
     EXPECT_EQ(m_db.SetJCoordDivision(20), 0);
     CStringList list;
