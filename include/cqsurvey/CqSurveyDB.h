@@ -165,7 +165,9 @@ class CQSURVEY_API CqSurveyDB {
     /// Replaces what the three held by the setting in force; returns the number of points.
     std::int32_t GetSortCoordSetting(std::uint16_t& key, std::uint16_t& order, COORDFILTER& filter);
     std::int32_t GetSortCoordRecs();
-    /// Reads the point at `index` (from 0) and returns its handle; 0 outside the view.
+    /// Reads the point at `index` (from 0) and returns its handle; 0 outside the view. A point that
+    /// left the filter by an edit of its group and was deleted then stands in the view until that
+    /// is set again: its handle is returned, and `rec` stays.
     CqHandle GetSortCoordAt(int index, CqCoordRec& rec);
 
     // ---- Feature codes in use; survey points and the view ----

@@ -8,6 +8,10 @@
 
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/CqSurveyException.h"
+#include "cqsurvey/ErrorCodes.h"
+#include "cqsurvey/Text.h"
+#include "storage/StoreTesting.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey {
@@ -17,7 +21,7 @@ using Codes = CList<int, int>;
 
 class UsedCodesTest : public testing::Test {
  protected:
-    void SetUp() override { db.CreateNew(dir.Path(u"codes.job")); }
+    void SetUp() override { db.CreateNew(path); }
 
     CqHandle AddPoint(int code) {
         return db.AddCoordRec(kCoords.data(), u"", code, SurveyCoordType{1}, 0);
@@ -39,6 +43,7 @@ class UsedCodesTest : public testing::Test {
 
     const std::array<double, 3> kCoords{1, 2, 3};
     TempDir dir;
+    const CString path = dir.Path(u"codes.job");
     CqSurveyDB db;
 };
 
@@ -86,6 +91,22 @@ TEST_F(UsedCodesTest, ACodeThatNobodyUsesAnyMoreIsGone) {
     AddPoint(6);
     db.DelCoordRec(point);
     EXPECT_EQ(Used(), (Codes{6}));
+}
+
+TEST_F(UsedCodesTest, AFailureWhileReadingLeavesTheListEmpty) {
+    AddPoint(5);
+    AddText(6);
+    db.Close();
+    RunSql(ToUtf8(path), "UPDATE _TextData SET FeatureCode = 9999999999");
+    db.Open(path);
+    Codes codes{1, 2};
+    try {
+        db.GetUsedCode(codes);
+        FAIL() << "nothing was thrown";
+    } catch (const CqSurveyException& failure) {
+        EXPECT_EQ(failure.m_code, error::kDamaged);
+    }
+    EXPECT_EQ(codes, Codes{});
 }
 
 TEST_F(UsedCodesTest, TheOrderIsThatOfAMapOfSeventeenChains) {

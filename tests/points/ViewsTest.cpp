@@ -268,6 +268,74 @@ TEST_F(ViewsTest, AnEntryWhosePointIsGoneGivesItsHandleAndChangesNoRecord) {
     EXPECT_EQ(db.SetSortCoordSetting(0, 0, filter), 1);
 }
 
+TEST_F(ViewsTest, AnEditOfFlagsMovesNothing) {
+    const CqHandle first = Add(u"P1");
+    const CqHandle second = Add(u"P01");
+    EXPECT_EQ(db.EditCoordRecFlags(first, 7), 1);
+    EXPECT_EQ(db.EditCoordRecFlags(u"P1", 8), 1);
+    EXPECT_EQ(Handles(), (std::vector<CqHandle>{second, first}));
+}
+
+TEST_F(ViewsTest, AnEditOfTheCodeTakesAPointInAndOut) {
+    COORDFILTER filter;
+    filter.codes = {5};
+    const CqHandle point = Add(u"P", 4);
+    const CqHandle entity = db.GetCadEntityHandleByCoordRecHandle(point);
+    db.SetSortCoordSetting(0, 0, filter);
+    EXPECT_EQ(db.EditCoordRec(u"P", kCoords.data(), 5), 1);
+    EXPECT_EQ(Handles(), (std::vector<CqHandle>{point}));
+    EXPECT_EQ(db.IsMatchSiPoint(entity), 1);
+    EXPECT_EQ(db.EditCoordRec(point, u"Q", kCoords.data(), 6), 1);
+    EXPECT_EQ(db.GetSortCoordRecs(), 0);
+    EXPECT_EQ(db.IsMatchSiPoint(entity), 0);
+}
+
+TEST_F(ViewsTest, AnotherJobBeginsWithTheDefaultSetting) {
+    for (const bool isNew : {true, false}) {
+        COORDFILTER filter = FromTo(u"A*", u"Z9");
+        filter.codes = {3};
+        filter.originMask = 2;
+        filter.group = 1;
+        filter.withUngrouped = 1;
+        db.SetSortCoordSetting(1, 1, filter);
+        if (isNew) {
+            db.CreateNew(dir.Path(u"another.job"));
+        } else {
+            db.Open(path);
+        }
+        std::uint16_t key = 9;
+        std::uint16_t order = 9;
+        EXPECT_EQ(db.GetSortCoordSetting(key, order, filter), 0);
+        EXPECT_EQ(key, 0);
+        EXPECT_EQ(order, 0);
+        EXPECT_EQ(filter.nameFrom, u"");
+        EXPECT_EQ(filter.nameTo, u"");
+        EXPECT_TRUE(filter.codes.empty());
+        EXPECT_EQ(filter.originMask, 31);
+        EXPECT_EQ(filter.group, 0);
+        EXPECT_EQ(filter.withUngrouped, 0);
+    }
+}
+
+TEST_F(ViewsTest, CodesFurtherApartThan31BitsStandWhereInsertingOneByOnePutsThem) {
+    constexpr int kLowest = -2147483647 - 1;
+    db.SetSortCoordSetting(1, 0, {});
+    // 2000000000 less -2000000000 wraps to -294967296.
+    Add(u"A", -2000000000);
+    Add(u"B", 2000000000);
+    EXPECT_EQ(Names(), (CStringList{u"B", u"A"}));
+    Add(u"C", -1);
+    EXPECT_EQ(Names(), (CStringList{u"B", u"A", u"C"}));
+    EXPECT_EQ(NamesUnder(1, 0), (CStringList{u"B", u"A", u"C"}));
+    EXPECT_EQ(NamesUnder(1, 1), (CStringList{u"A", u"B", u"C"}));
+    // The lowest difference is its own opposite: behind nothing in either direction.
+    db.CreateNew(dir.Path(u"lowest.job"));
+    Add(u"A", 0);
+    Add(u"B", kLowest);
+    EXPECT_EQ(NamesUnder(1, 0), (CStringList{u"B", u"A"}));
+    EXPECT_EQ(NamesUnder(1, 1), (CStringList{u"B", u"A"}));
+}
+
 TEST_F(ViewsTest, AnUndoneBatchPutsViewAndSettingBack) {
     Add(u"P1", 5);
     Add(u"P01", 4);

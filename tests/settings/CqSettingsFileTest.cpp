@@ -15,6 +15,7 @@
 #include "cqsurvey/CQrfsFileException.h"
 #include "platform/Text.h"
 #include "settings/SettingsModel.h"
+#include "storage/StoreTesting.h"
 #include "support/CodePageScope.h"
 #include "support/HostBytes.h"
 #include "support/MountedVolume.h"
@@ -348,6 +349,29 @@ TEST_F(CqSettingsFileTest, AMissingFileIsNotReadAndTheModelStays) {
     EXPECT_EQ(Value(u"S", u"k"), u"v");
 }
 
+TEST_F(CqSettingsFileTest, AFailureHalfwayKeepsWhatWasReadUntilThen) {
+    std::string bytes = "[T]\r\n";
+    for (int i = 0; i < 1000; ++i) {
+        bytes += "k" + std::to_string(i) + "=v\r\n";
+    }
+    Load("[S]\r\nk=v\r\n");
+    PutVolumeFile(Path(), bytes);
+    ASSERT_NE(QrfsUnmount(m_volume.MountName()), 0);
+    RunSql(ToUtf8(m_volume.HostPath()),
+           "UPDATE Volume_Block SET Bytes = x'00' WHERE Position % 4294967296 = 1");
+    ASSERT_NE(QrfsMount(m_volume.HostPath(), m_volume.MountName()), 0);
+    EXPECT_EQ(m_settings.Read(Path()), 0);
+    CStringList list;
+    m_settings.GetSectionList(list);
+    EXPECT_EQ(list, (CStringList{u"T"}));
+    m_settings.GetKeyList(u"T", list);
+    EXPECT_GT(list.size(), 400U);
+    EXPECT_LT(list.size(), 600U);
+    EXPECT_EQ(list.front(), u"k0");
+    EXPECT_EQ(list.back(), u"k" + FromUtf8(std::to_string(list.size() - 1)));
+    EXPECT_EQ(Value(u"T", list.back()), u"v");
+}
+
 TEST_F(CqSettingsFileTest, AMissingFileIsNotWritten) {
     EXPECT_EQ(m_settings.Write(Path()), 0);
     EXPECT_EQ(QrfsGetFileAttributes(Path()), 0xFFFF);
@@ -382,6 +406,8 @@ TEST_F(CqSettingsFileTest, ExportingCopiesTheVolumesFileNotTheModel) {
     EXPECT_EQ(m_settings.ExportFile(host.Path(u"out")), 1);
     EXPECT_EQ(HostFileBytes(host.Utf8("out")), bytes);
     EXPECT_EQ(m_settings.ExportFile(host.Path(u"none/out")), 0);
+    // It takes what is opened and nothing that is written.
+    EXPECT_EQ(m_settings.ExportFile(u"/dev/full"), 0);
 }
 
 TEST_F(CqSettingsFileTest, ImportingReplacesTheVolumesFileNotTheModel) {
@@ -444,6 +470,25 @@ TEST_F(CqSettingsFileTest, RestoringPutsTheBackupBackAndReadsIt) {
     EXPECT_EQ(Value(u"S", u"k"), u"1");
     EXPECT_EQ(QrfsGetFileAttributes(BackupPath()), 0xFFFF);
     EXPECT_EQ(m_settings.Restore(BackupPath()), 0);
+}
+
+TEST_F(CqSettingsFileTest, TheFileThatWasNamedLastIsTheOneThatIsCopied) {
+    const TempDir host;
+    const auto backup = [&] {
+        EXPECT_EQ(m_settings.Backup(BackupPath()), 1);
+        return VolumeFileBytes(BackupPath());
+    };
+    PutVolumeFile(Path(), "[read]\r\n");
+    PutVolumeFile(m_volume.File(u"another"), "[old]\r\n");
+    ASSERT_EQ(m_settings.Read(Path()), 1);
+    EXPECT_EQ(backup(), "[read]\r\n");
+    m_settings.AddSection(u"written");
+    ASSERT_EQ(m_settings.Write(m_volume.File(u"another")), 1);
+    EXPECT_EQ(backup(), "[read]\r\n[written]\r\n");
+    ASSERT_EQ(m_settings.Create(m_volume.File(u"created")), 1);
+    EXPECT_EQ(backup(), "");
+    EXPECT_EQ(m_settings.ExportFile(host.Path(u"out")), 1);
+    EXPECT_EQ(HostFileBytes(host.Utf8("out")), "");
 }
 
 TEST_F(CqSettingsFileTest, AnUndoneStepLeavesTheModelOfTheLastKeptOne) {

@@ -335,7 +335,12 @@ TEST_F(JobSettingsTest, AGoodFileReplacesTheSettingsAndLeavesABackup) {
     EXPECT_EQ(m_db.GetSiPointSize(), 9);
     // The next change brings the file into its own form.
     EXPECT_EQ(m_db.SetJCoordDivision(5), 1);
-    EXPECT_EQ(Exported().substr(0, 34), "[settings]\r\nSIPOINTSIZE=9\r\nJCoordD");
+    const std::string own = Exported();
+    EXPECT_EQ(own.substr(0, 34), "[settings]\r\nSIPOINTSIZE=9\r\nJCoordD");
+    // The next import replaces the backup.
+    EXPECT_EQ(Import(kDefaultFile), 1);
+    m_db.Close();
+    EXPECT_EQ(FileOfClosedJob(u"Settings.bak"), own);
 }
 
 TEST_F(JobSettingsTest, EveryFixedKeyMustBeThere) {
@@ -357,6 +362,10 @@ TEST_F(JobSettingsTest, EveryFixedKeyMustBeThere) {
 TEST_F(JobSettingsTest, AKeyMustBeInItsOwnSection) {
     EXPECT_EQ(Import(Replaced(kDefaultFile, "Mapscale=500\r\n", "") + "Mapscale=500\r\n"), 0);
     EXPECT_EQ(Import(Replaced(kDefaultFile, "[SETTINGS]", "[SETTINGS ]")), 0);
+    // Of two sections alike only the first is asked.
+    EXPECT_EQ(Import(Replaced(kDefaultFile, "Mapscale=500\r\n", "[Settings]\r\nMapscale=500\r\n")),
+              0);
+    EXPECT_EQ(Import(kDefaultFile + "[settings]\r\nJCoordDivision=99\r\n"), 1);
     EXPECT_EQ(Import(Replaced(kDefaultFile, "Version=", "Version =")), 0);
 }
 
@@ -635,6 +644,11 @@ TEST_F(JobSettingsTest, AJobThatCanOnlyBeReadRefusesEveryChangeOfItsSettings) {
     EXPECT_EQ(code([&] { m_db.SetBackgroundImageSettings(1, 2, 3); }), error::kAccessDenied);
     EXPECT_EQ(code([&] { m_db.SetBackgroundColor(1); }), error::kAccessDenied);
     EXPECT_EQ(code([&] { m_db.ImportSettingsFile(HostPath()); }), error::kAccessDenied);
+    {
+        const CqBatch batch(m_db);
+        EXPECT_EQ(code([&] { m_db.SetSiPointSize(4); }), error::kAccessDenied);
+        EXPECT_EQ(m_db.GetSiPointSize(), 3);
+    }
     EXPECT_EQ(m_db.DeleteSettingsSection(u"none"), 0);
     EXPECT_EQ(m_db.SetJCoordDivision(20), 0);
     CStringList list;
@@ -655,6 +669,25 @@ TEST_F(JobSettingsTest, AJobWithoutSettingsFileKeepsTheModelAndRefusesToSave) {
     other.Open(JobPath());
     EXPECT_EQ(other.GetSiPointSize(), 3);
     EXPECT_EQ(other.AddSettingsSection(u"S"), 0);
+    EXPECT_EQ(other.AddSettingsSection(u"T"), 0);
+    EXPECT_EQ(other.DeleteSettingsSection(u"T"), 0);
+    EXPECT_EQ(other.WriteSettingsString(u"S", u"k", u"v"), 0);
+    EXPECT_EQ(other.WriteSettingsInt(u"S", u"n", 1), 0);
+    // The setters of a range tell of the range alone.
+    EXPECT_EQ(other.SetJCoordDivision(4), 1);
+    EXPECT_EQ(other.SetDrawingForceMonotone(5), 1);
+    other.SetSiPointSize(6);
+    // What was not saved is in force all the same.
+    CStringList list;
+    other.GetSettingsSectionList(list);
+    EXPECT_EQ(list, (CStringList{u"SETTINGS", u"BACKGROUND", u"S"}));
+    other.GetSettingsKeyList(u"S", list);
+    EXPECT_EQ(list, (CStringList{u"k", u"n"}));
+    EXPECT_EQ(other.GetJCoordDivision(), 4);
+    int color = 0;
+    EXPECT_EQ(other.IsDrawingForceMonotone(color), 1);
+    EXPECT_EQ(color, 5);
+    EXPECT_EQ(other.GetSiPointSize(), 6);
     EXPECT_THROW(other.ExportSettingsFile(HostPath()), CQrfsFileException);
     PutHostFile(ToUtf8(HostPath()), kDefaultFile);
     EXPECT_THROW(other.ImportSettingsFile(HostPath()), CQrfsFileException);

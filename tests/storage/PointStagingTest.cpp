@@ -53,6 +53,26 @@ TEST(PointStagingTest, TheLastOfEqualOnesComesFirstInBothDirections) {
     EXPECT_EQ(Stage(names, 0, 1), (Staged{"P001/4", "P01/2", "P1/1", "A/3"}));
 }
 
+TEST(PointStagingTest, LongNamesOfAnyScriptAreSortedToTheirEnds) {
+    // Characters of which a digest holds six, so that three of them tell these names apart.
+    const CString stem(12, u'\u0434');
+    const CString longer = stem + u"\u0434\u0434\u0434";
+    const std::vector<CString> names{
+        longer + u"10", stem + u"\u0435", longer + u"2", longer + u"\u0435",
+        stem + u"7",    longer + u"02",   longer,        stem + u"07"};
+    std::vector<std::size_t> order{7, 4, 6, 5, 2, 0, 3, 1};
+    const auto expected = [&] {
+        Staged staged;
+        for (const std::size_t index : order) {
+            staged.push_back(ToUtf8(names[index]) + "/" + std::to_string(index + 1));
+        }
+        return staged;
+    };
+    EXPECT_EQ(Stage(names, 0, 0), expected());
+    order = {1, 3, 0, 5, 2, 6, 7, 4};
+    EXPECT_EQ(Stage(names, 0, 1), expected());
+}
+
 TEST(PointStagingTest, EqualOnesAloneAreTurnedRound) {
     EXPECT_EQ(Stage({u"", u"", u""}, 0, 0), (Staged{"/3", "/2", "/1"}));
     EXPECT_EQ(Stage({u"7", u"07", u"007"}, 0, 1), (Staged{"007/3", "07/2", "7/1"}));

@@ -197,7 +197,8 @@ class ViewDice {
         static const std::vector<CString> numbers{
             u"",    u"",   u"0",          u"00",         u"1",           u"01",
             u"001", u"10", u"2147483647", u"2147483648", u"99999999999", u"4294967297"};
-        CString name = One(prefixes);
+        // Of such letters only six stand in a digest.
+        CString name = OneIn(10) ? CString(15, u'\u0434') : One(prefixes);
         if (OneIn(3)) {
             name += One(numbers);
         } else {
