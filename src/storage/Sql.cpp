@@ -9,11 +9,10 @@ namespace {
 constexpr int kStepsATick = 1000;
 constexpr std::int64_t kTicksInAnyCase = 1000;
 
-/// Whether a file could not be made, or not grow, for want of room: also of what its owner or its
-/// file system may use.
-bool HadNoRoom(sqlite3* connection) {
+/// A file that could not be opened or made: for want of permission, or of room.
+std::int32_t CodeOfCantOpen(sqlite3* connection) {
     const int number = connection == nullptr ? 0 : sqlite3_system_errno(connection);
-    return number == ENOSPC || number == EDQUOT || number == EFBIG;
+    return number == ENOSPC || number == EDQUOT ? error::kVolumeFull : error::kAccessDenied;
 }
 
 std::int32_t CodeOf(sqlite3* connection, int result) {
@@ -25,10 +24,9 @@ std::int32_t CodeOf(sqlite3* connection, int result) {
         case SQLITE_AUTH:
             return error::kAccessDenied;
         case SQLITE_CANTOPEN:
-            return HadNoRoom(connection) ? error::kVolumeFull : error::kAccessDenied;
+            return CodeOfCantOpen(connection);
         case SQLITE_IOERR:
-            return result == SQLITE_IOERR_WRITE && HadNoRoom(connection) ? error::kVolumeFull
-                                                                         : error::kReadWriteFailed;
+            return error::kReadWriteFailed;
         case SQLITE_FULL:
             return error::kVolumeFull;
         case SQLITE_CORRUPT:

@@ -107,7 +107,7 @@ class Volume {
         return m_memos;
     }
 
-    /// Throws 0x30000005 when a failed sync left open what the file holds.
+    /// Throws 0x30000005 when a failure left open what the file holds.
     void RequireCertain() const;
 
     /// Null when there is none.

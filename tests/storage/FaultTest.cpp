@@ -8,7 +8,6 @@
 #include "storage/StoreTesting.h"
 #include "storage/Volume.h"
 #include "support/FaultVfs.h"
-#include "support/FileSizeLimit.h"
 
 namespace cqsurvey {
 namespace {
@@ -303,16 +302,6 @@ TEST_P(EveryFaultTest, AStepLargerThanTheDatabasesMemoryIsKeptOrUndoneWhole) {
         }
         Unmount();
     }
-}
-
-TEST_F(FaultTest, AFileThatMayNotGrowIsAFullVolume) {
-    MountFresh();
-    {
-        const FileSizeLimit full(static_cast<rlim_t>(m_bytes.size()));
-        EXPECT_FAILS(0, error::kVolumeFull, PutFile(u"V:/Three", std::string(100000, '3')));
-    }
-    EXPECT_DONE(QrfsDeleteFile(u"V:/Three"));
-    EXPECT_EQ(ReadContents(u"V"), m_before);
 }
 
 TEST_F(FaultTest, AVolumeIsCreatedWholeOrNotAtAll) {

@@ -232,10 +232,10 @@ TEST_F(PointViewTest, UndoesRemovalsWhileTheRecordsAreOutOfReach) {
     records.records = keptRecords;
     EXPECT_EQ(Handles(), before);
     // Each stands by its own name again.
-    Add(6, {u"P2a", 0, 1, 0, 0});
-    Add(7, {u"P4a", 0, 1, 0, 0});
+    Add(6, {u"P2", 0, 1, 0, 0});
+    Add(7, {u"P4", 0, 1, 0, 0});
     Add(8, {u"P9", 0, 1, 0, 0});
-    EXPECT_EQ(Handles(), (List{1, 2, 6, 3, 4, 7, 5, 8}));
+    EXPECT_EQ(Handles(), (List{1, 6, 2, 3, 7, 4, 5, 8}));
 }
 
 TEST_F(PointViewTest, UndoingTwiceUndoesNothingMore) {
