@@ -32,7 +32,7 @@ void MountRegistry::Mount(const CString& path, const CString& mountName, bool re
     if (m_volumes.contains(mountName)) {
         throw StoreFailure(error::kMountNameInUse, ToUtf8(mountName));
     }
-    const Volume::Identity identity = Volume::Identify(hostPath);
+    const Volume::Identity identity = VolumeDatabase::Identify(hostPath);
     for (const auto& [name, volume] : m_volumes) {
         if (volume->GetIdentity() == identity) {
             throw StoreFailure(error::kVolumeMounted, hostPath);
@@ -54,7 +54,7 @@ void MountRegistry::Unmount(const CString& mountName) {
     const std::string discarded = volume->IsDiscarded() ? volume->GetPath() : std::string();
     m_volumes.erase(found);
     if (!discarded.empty()) {
-        Volume::Remove(discarded, identity);
+        VolumeDatabase::Remove(discarded, identity);
     }
 }
 

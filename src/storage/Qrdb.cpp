@@ -242,8 +242,8 @@ int QrdbGoToRecord(std::uint32_t table, std::uint32_t record) {
     return Guarded(0, [&] {
         TableCursor& cursor = CursorOf(table);
         if (cursor.table->Find(record) == nullptr) {
-            SetLastError(error::kNoRecord);
-            return 0;
+            throw StoreFailure(error::kNoRecord, "table " + cursor.table->GetName() +
+                                                     " has no record " + std::to_string(record));
         }
         cursor.place = record;
         cursor.valid = true;

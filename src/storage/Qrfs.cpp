@@ -50,7 +50,7 @@ std::size_t WeightOf(std::size_t bytes) {
 
 int QrfsCreateVolume(const CString& path) {
     return Guarded(0, [&] {
-        Volume::Create(RequireHostPath(path));
+        VolumeDatabase::Create(RequireHostPath(path));
         return 1;
     });
 }

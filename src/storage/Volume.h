@@ -1,18 +1,17 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "storage/MemoStore.h"
 #include "storage/RecordTable.h"
 #include "storage/Sql.h"
 #include "storage/StoreFailure.h"
+#include "storage/VolumeDatabase.h"
+#include "storage/VolumeDirectory.h"
 #include "storage/VolumeFile.h"
 
 namespace cqsurvey {
@@ -21,14 +20,7 @@ namespace cqsurvey {
 /// open on it. Failures throw StoreFailure.
 class Volume {
  public:
-    /// Which file of the host a volume is, however its path was written.
-    using Identity = std::pair<dev_t, ino_t>;
-
-    /// Creates an empty volume; 0x30000015 when anything exists at the path.
-    static void Create(const std::string& path);
-
-    /// 0x30000009 when nothing is there, 0x30000007 when it is no plain file.
-    [[nodiscard]] static Identity Identify(const std::string& path);
+    using Identity = VolumeDatabase::Identity;
 
     Volume(const std::string& path, Identity identity, bool readOnly);
     Volume(const Volume&) = delete;
@@ -37,13 +29,11 @@ class Volume {
     ~Volume();
 
     [[nodiscard]] const Identity& GetIdentity() const { return m_identity; }
-    [[nodiscard]] std::string GetPath() const;
+    [[nodiscard]] std::string GetPath() const { return m_database.GetPath(); }
 
-    /// The file goes with the volume; whoever gives the volume up calls Remove then.
+    /// The file goes with the volume; whoever gives the volume up removes it then.
     void Discard() noexcept { m_discarded = true; }
     [[nodiscard]] bool IsDiscarded() const { return m_discarded; }
-    /// Removes the file of a volume that is no longer mounted, unless another has its place.
-    static void Remove(const std::string& path, const Identity& identity) noexcept;
 
     void BeginStep();
     void CommitStep();
@@ -123,27 +113,11 @@ class Volume {
     void SetAttributes(const CString& name, std::uint16_t attributes);
 
  private:
-    struct FileEntry {
-        std::shared_ptr<VolumeFile> file;
-        std::uint16_t attributes;
-        std::uint32_t lengthAtStep = 0;
-    };
-
     /// A file is written and lengthened by this much at a time.
     static constexpr std::uint32_t kFilePiece = 256 * VolumeFile::kBlock;
 
     static SpillLimits s_limits;
 
-    void Configure();
-    void Lock();
-    void RemoveInertJournal();
-    void CheckLength(const std::string& path);
-    void CheckSchema();
-    [[nodiscard]] std::map<CString, FileEntry> FilesInDatabase() const;
-    /// Keeps how the files are before the step changes one of them.
-    void TouchFiles();
-    [[nodiscard]] FileEntry& RequireFile(const CString& name);
-    void RequireNoFile(const CString& name);
     void RequireWritable() const;
     void RequireFreeName(const std::string& name);
     [[nodiscard]] bool IsTransactionLost() const;
@@ -155,11 +129,9 @@ class Volume {
     void Commit();
     [[nodiscard]] bool DatabaseHoldsStep();
     void UndoMemory() noexcept;
-    void UndoFiles() noexcept;
 
-    SqlConnection m_connection;
+    VolumeDatabase m_database;
     Identity m_identity;
-    bool m_readOnly = false;
     bool m_discarded = false;
     bool m_stepOpen = false;
     bool m_transactionOpen = false;
@@ -173,14 +145,11 @@ class Volume {
     /// Why the open step can only be undone.
     std::int32_t m_stepFailure = 0;
     std::string m_stepFailureDetail;
-    bool m_filesTouched = false;
     std::size_t m_weight = 0;
     MemoStore m_memos;
+    VolumeDirectory m_directory;
     std::map<std::string, std::shared_ptr<RecordTable>, std::less<>> m_tables;
     std::map<std::string, std::shared_ptr<RecordTable>, std::less<>> m_tablesOfStep;
-    std::map<CString, FileEntry> m_files;
-    /// The files as they were before the open step changed one of them.
-    std::map<CString, FileEntry> m_filesAtStep;
 };
 
 }  // namespace cqsurvey

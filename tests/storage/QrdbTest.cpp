@@ -177,6 +177,9 @@ TEST_F(QrdbTest, GoingToARecordThatIsNotThereLeavesTheCurrentOne) {
     ASSERT_DONE(QrdbGoToRecord(m_table, 2));
     for (const std::uint32_t number : {0U, 4U, 256U, 0xFFFFFFFFU}) {
         EXPECT_FAILS(0, error::kNoRecord, QrdbGoToRecord(m_table, number));
+        EXPECT_NE(
+            std::string(QrfsGetLastErrorDetail()).find(" no record " + std::to_string(number)),
+            std::string::npos);
         EXPECT_FAILS(nullptr, error::kNone, QrdbPeekRecord(m_table, number));
     }
     EXPECT_EQ(QrdbGetCurrentHandle(m_table), 2U);
