@@ -4,6 +4,7 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Printable.h"
+#include "cqjob/Progress.h"
 
 namespace cqsurvey::cqjob {
 
@@ -31,7 +32,7 @@ class CheckCommand : public Command {
     int Run(Console& console) override {
         CqSurveyDB db;
         OpenToRead(db, m_job);
-        const CqJobCheck check(db, static_cast<std::size_t>(m_limit));
+        const CqJobCheck check = Look(console, db);
         if (m_json) {
             WriteJson(console, check);
         } else {
@@ -42,6 +43,13 @@ class CheckCommand : public Command {
     }
 
  private:
+    [[nodiscard]] CqJobCheck Look(Console& console, CqSurveyDB& db) const {
+        Progress progress(console, "looks at records");
+        return CqJobCheck(
+            db, static_cast<std::size_t>(m_limit),
+            [&](std::uint64_t done, std::uint64_t whole) { progress.Update(done, done, whole); });
+    }
+
     void WriteText(Console& console, const CqJobCheck& check) const {
         for (const CqJobFinding& finding : check.GetFindings()) {
             console.Print("{}{}: {}\n", finding.table,

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,13 @@ struct CqJobFinding {
 /// deleted point, is no finding. Reads only; a damaged job makes it neither fail nor run on.
 class CQSURVEY_API CqJobCheck {
  public:
+    /// Is told with each look at a record how many there were and about how many there will be; a
+    /// record may need more than one.
+    using Progress = std::function<void(std::uint64_t done, std::uint64_t whole)>;
+
     /// Keeps at most `maxFindings` findings and counts the rest.
-    explicit CqJobCheck(CqSurveyDB& db, std::size_t maxFindings = 1000);
+    explicit CqJobCheck(CqSurveyDB& db, std::size_t maxFindings = 1000,
+                        const Progress& progress = {});
 
     [[nodiscard]] const std::vector<CqJobFinding>& GetFindings() const { return m_findings; }
 
@@ -47,10 +53,20 @@ class CQSURVEY_API CqJobCheck {
     void CheckLayersAndGroups(CqSurveyDB& db);
     void CheckExtents(CqSurveyDB& db);
 
+    /// Calls `visit` for the number and the bytes of each record in record order.
+    template <class Table, class Visit>
+    void ForEach(Table& table, Visit&& visit);
+
+    /// Counts a look at a record.
+    void Look();
+
     /// Counts a condition; returns it. The text is asked for only when it does not hold.
     template <class Text>
     bool Expect(bool condition, const char* table, CqHandle record, Text&& text);
 
+    const Progress* m_progress = nullptr;
+    std::uint64_t m_looks = 0;
+    std::uint64_t m_allLooks = 0;
     std::size_t m_maxFindings;
     std::size_t m_count = 0;
     std::uint64_t m_checks = 0;

@@ -29,7 +29,7 @@ namespace cqsurvey {
 /// refuses to read on, so that it ends for a damaged job too: a walk over an unchanged job that
 /// gives fewer items than Count said is the sign of one. What the job throws comes through.
 template <class Step>
-class HandleRange : public std::ranges::view_interface<HandleRange<Step>> {
+class HandleRange {
  public:
     class Iterator {
      public:
@@ -130,3 +130,7 @@ struct CqEntityStep {
 }
 
 }  // namespace cqsurvey
+
+/// A range is a pointer and owns nothing, so that std::views take it by value.
+template <class Step>
+inline constexpr bool std::ranges::enable_view<cqsurvey::HandleRange<Step>> = true;

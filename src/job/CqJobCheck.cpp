@@ -41,14 +41,6 @@ std::string Quoted(const CString& name) {
     return "\"" + ToUtf8(name) + "\"";
 }
 
-/// Calls `visit` for the number and the bytes of each record in record order.
-template <class Table, class Visit>
-void ForEach(Table& table, Visit&& visit) {
-    for (int found = table.First(kRecordOrder); found != 0; found = table.Next()) {
-        visit(table.GetCurrentHandle(), table.Record());
-    }
-}
-
 const std::byte* EntityAt(CqEntityTable& entities, CqHandle handle) {
     return handle <= CqEntityTable::kHeader ? nullptr : QrdbPeekRecord(entities.GetTable(), handle);
 }
@@ -68,7 +60,18 @@ CString NameOf(const std::byte* point) {
 
 }  // namespace
 
-CqJobCheck::CqJobCheck(CqSurveyDB& db, std::size_t maxFindings) : m_maxFindings(maxFindings) {
+CqJobCheck::CqJobCheck(CqSurveyDB& db, std::size_t maxFindings, const Progress& progress)
+    : m_maxFindings(maxFindings) {
+    if (progress) {
+        // The entities are looked at as records, along the chain, and for the extents.
+        const auto count = [](CqDbTable& table) {
+            return static_cast<std::uint64_t>(table.GetRecordCount());
+        };
+        m_progress = &progress;
+        m_allLooks = count(*db.m_points) + 3 * count(*db.m_entities) + count(*db.m_texts) +
+                     count(*db.m_bitmaps) + count(*db.m_links) + count(*db.m_layers) +
+                     count(*db.m_groups);
+    }
     CheckPoints(db);
     CheckEntities(db);
     CheckChain(db);
@@ -76,6 +79,21 @@ CqJobCheck::CqJobCheck(CqSurveyDB& db, std::size_t maxFindings) : m_maxFindings(
     CheckLinks(db);
     CheckLayersAndGroups(db);
     CheckExtents(db);
+    m_progress = nullptr;
+}
+
+void CqJobCheck::Look() {
+    if (m_progress != nullptr) {
+        (*m_progress)(++m_looks, m_allLooks);
+    }
+}
+
+template <class Table, class Visit>
+void CqJobCheck::ForEach(Table& table, Visit&& visit) {
+    for (int found = table.First(kRecordOrder); found != 0; found = table.Next()) {
+        Look();
+        visit(table.GetCurrentHandle(), table.Record());
+    }
 }
 
 template <class Text>
@@ -195,6 +213,7 @@ void CqJobCheck::CheckChain(CqSurveyDB& db) {
     CqHandle pline = 0;
     CqHandle at = head;
     while (at != 0 && steps < total) {
+        Look();
         const std::byte* entity = EntityAt(entities, at);
         if (!Expect(entity != nullptr, kEntities, previous, [&] {
                 return "the chain goes on to entity " + Number(at) + ", which is gone";

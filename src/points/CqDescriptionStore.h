@@ -11,8 +11,8 @@
 #include "cqsurvey/Types.h"
 #include "storage/CQrfsFile.h"
 #include "storage/ChangeLog.h"
-#include "storage/RecordHash.h"
 #include "storage/ProbeTable.h"
+#include "storage/RecordHash.h"
 
 namespace cqsurvey {
 

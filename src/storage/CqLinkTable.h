@@ -5,9 +5,9 @@
 
 #include "storage/ChangeLog.h"
 #include "storage/CqRecordTable.h"
-#include "storage/RecordHash.h"
 #include "storage/JobSchema.h"
 #include "storage/ProbeTable.h"
+#include "storage/RecordHash.h"
 
 namespace cqsurvey {
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "cqsurvey/Types.h"
-#include "storage/RecordHash.h"
 #include "storage/ProbeTable.h"
+#include "storage/RecordHash.h"
 
 namespace cqsurvey {
 

@@ -4,8 +4,8 @@
 #include <cstdint>
 
 #include "cqsurvey/Types.h"
-#include "storage/RecordHash.h"
 #include "storage/ProbeTable.h"
+#include "storage/RecordHash.h"
 
 namespace cqsurvey {
 

@@ -79,6 +79,22 @@ TEST_F(JobCheck, FindsNothingInASoundJob) {
     EXPECT_GT(check.GetChecks(), 50U);
 }
 
+TEST_F(JobCheck, TellsHowFarItIs) {
+    std::uint64_t last = 0;
+    std::uint64_t all = 0;
+    CqSurveyDB db(m_path);
+    const CqJobCheck check(db, 1000, [&](std::uint64_t done, std::uint64_t whole) {
+        EXPECT_EQ(done, last + 1);
+        EXPECT_TRUE(all == 0 || whole == all) << "the whole does not change";
+        last = done;
+        all = whole;
+    });
+    EXPECT_GT(last, 20U);
+    EXPECT_LE(last, all);
+    EXPECT_GE(last + 1, all) << "the chain's header is no link of it";
+    EXPECT_EQ(check.GetChecks(), CqJobCheck(db).GetChecks());
+}
+
 TEST_F(JobCheck, FindsNothingInAnEmptyJob) {
     CqSurveyDB db;
     db.CreateNew(m_folder.Path(u"b.job"));
