@@ -478,10 +478,10 @@ TEST_F(PlotCommand, DrawsTheBackgroundImageWhereItIsPlaced) {
 }
 
 TEST_F(PlotCommand, DrawsTheFrameOfABackgroundImageItCannotDecode) {
-    std::ofstream(folder.Utf8("in.bmp"), std::ios::binary) << "BM no picture";
-    ASSERT_EQ(db.StoreBackgroundImageFile(folder.Path(u"in.bmp"), 1, {0, 0}, {40, 20}, 0.0), 1);
+    std::ofstream(folder.Utf8("in.gif"), std::ios::binary) << "GIF89a, say";
+    ASSERT_EQ(db.StoreBackgroundImageFile(folder.Path(u"in.gif"), 1, {0, 0}, {40, 20}, 0.0), 1);
     const CqjobRun run = Plot("a.svg", {"--scale", "500", "--no-grid"});
-    EXPECT_TRUE(Has(run.err, "the background image is no PNG")) << run.err;
+    EXPECT_TRUE(Has(run.err, "the background image is neither PNG nor JPEG nor BMP")) << run.err;
     const SvgPicture picture(Read("a.svg"));
     std::size_t frames = 0;
     for (const auto& path : picture.paths) {
