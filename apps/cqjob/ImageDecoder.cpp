@@ -1,9 +1,17 @@
 #include "cqjob/ImageDecoder.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <span>
+#include <utility>
+
+#include "cqjob/Bitmap.h"
+#include "cqjob/BmpDecoder.h"
+#include "cqjob/Failure.h"
+#include "cqjob/JpegDecoder.h"
 
 namespace cqsurvey::cqjob {
 
@@ -14,7 +22,6 @@ constexpr std::array<std::uint8_t, 8> kPngSignature{0x89, 'P', 'N', 'G', '\r', '
 constexpr std::size_t kWidthAt = 16;
 constexpr std::size_t kHeightAt = 20;
 constexpr std::size_t kHeaderEnd = 24;
-constexpr std::uint64_t kMostPixels = 100'000'000;
 
 cairo_status_t ReadBytes(void* closure, unsigned char* data, unsigned int length) {
     auto& left = *static_cast<std::span<const std::uint8_t>*>(closure);
@@ -26,7 +33,7 @@ cairo_status_t ReadBytes(void* closure, unsigned char* data, unsigned int length
     return CAIRO_STATUS_SUCCESS;
 }
 
-std::uint32_t BigEndian(const std::vector<std::uint8_t>& bytes, std::size_t at) {
+std::uint32_t BigEndian(std::span<const std::uint8_t> bytes, std::size_t at) {
     return (std::uint32_t{bytes[at]} << 24U) | (std::uint32_t{bytes[at + 1]} << 16U) |
            (std::uint32_t{bytes[at + 2]} << 8U) | bytes[at + 3];
 }
@@ -68,56 +75,67 @@ class Look {
     bool m_grey;
 };
 
-}  // namespace
+bool IsPng(std::span<const std::uint8_t> bytes) {
+    return bytes.size() >= kPngSignature.size() &&
+           std::equal(kPngSignature.begin(), kPngSignature.end(), bytes.begin());
+}
 
-CairoSurfacePtr DecodeImage(const PlanImage& image, std::string& fault) {
-    const std::vector<std::uint8_t>& bytes = image.bytes;
-    if (bytes.size() < kHeaderEnd ||
-        !std::equal(kPngSignature.begin(), kPngSignature.end(), bytes.begin())) {
-        fault = "the background image is no PNG; its frame is drawn";
-        return nullptr;
+Bitmap DecodePng(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() < kHeaderEnd) {
+        throw Failure("is damaged");
     }
-    if (std::uint64_t{BigEndian(bytes, kWidthAt)} * BigEndian(bytes, kHeightAt) > kMostPixels) {
-        fault = "the background image has too many pixels; its frame is drawn";
-        return nullptr;
+    Bitmap::ExpectSize(BigEndian(bytes, kWidthAt), BigEndian(bytes, kHeightAt));
+    CairoSurfacePtr decoded(cairo_image_surface_create_from_png_stream(&ReadBytes, &bytes));
+    if (cairo_surface_status(decoded.get()) != CAIRO_STATUS_SUCCESS) {
+        throw Failure("is damaged");
     }
-    std::span<const std::uint8_t> left(bytes);
-    CairoSurfacePtr decoded(cairo_image_surface_create_from_png_stream(&ReadBytes, &left));
+    if (cairo_image_surface_get_format(decoded.get()) == CAIRO_FORMAT_ARGB32) {
+        return Bitmap(std::move(decoded));
+    }
     // An image without opacity is asked for in the format with it, so that there is one to deal
     // with.
-    CairoSurfacePtr surface(cairo_image_surface_create(
-        CAIRO_FORMAT_ARGB32, cairo_image_surface_get_width(decoded.get()),
-        cairo_image_surface_get_height(decoded.get())));
-    if (cairo_surface_status(decoded.get()) != CAIRO_STATUS_SUCCESS ||
-        cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
-        fault = "the background image is damaged; its frame is drawn";
-        return nullptr;
-    }
+    Bitmap bitmap(static_cast<std::uint64_t>(cairo_image_surface_get_width(decoded.get())),
+                  static_cast<std::uint64_t>(cairo_image_surface_get_height(decoded.get())));
+    CairoSurfacePtr surface = bitmap.Finish();
     {
         const CairoPtr context(cairo_create(surface.get()));
         cairo_set_source_surface(context.get(), decoded.get(), 0.0, 0.0);
         cairo_paint(context.get());
     }
-    if (image.brightness == 0 && image.contrast == 100 && !image.grey) {
-        return surface;
+    return Bitmap(std::move(surface));
+}
+
+Bitmap Decode(std::span<const std::uint8_t> bytes) {
+    if (IsPng(bytes)) {
+        return DecodePng(bytes);
     }
-    cairo_surface_flush(surface.get());
-    const Look look(image);
-    const int width = cairo_image_surface_get_width(surface.get());
-    const int height = cairo_image_surface_get_height(surface.get());
-    const int stride = cairo_image_surface_get_stride(surface.get());
-    unsigned char* data = cairo_image_surface_get_data(surface.get());
-    for (int y = 0; y < height; ++y) {
-        unsigned char* row = data + static_cast<std::ptrdiff_t>(y) * stride;
-        for (int x = 0; x < width; ++x, row += sizeof(std::uint32_t)) {
-            std::uint32_t pixel = 0;
-            std::memcpy(&pixel, row, sizeof(pixel));
-            pixel = look.Apply(pixel);
-            std::memcpy(row, &pixel, sizeof(pixel));
+    if (IsJpeg(bytes)) {
+        return DecodeJpeg(bytes);
+    }
+    if (IsBmp(bytes)) {
+        return DecodeBmp(bytes);
+    }
+    throw Failure("is neither PNG nor JPEG nor BMP");
+}
+
+}  // namespace
+
+CairoSurfacePtr DecodeImage(const PlanImage& image, std::string& fault) {
+    try {
+        Bitmap bitmap = Decode(image.bytes);
+        if (image.brightness != 0 || image.contrast != 100 || image.grey) {
+            const Look look(image);
+            for (int y = 0; y < bitmap.GetHeight(); ++y) {
+                for (std::uint32_t& pixel : bitmap.GetRow(y)) {
+                    pixel = look.Apply(pixel);
+                }
+            }
         }
+        return bitmap.Finish();
+    } catch (const Failure& failure) {
+        fault = fmt::format("the background image {}; its frame is drawn", failure.what());
+        return nullptr;
     }
-    cairo_surface_mark_dirty(surface.get());
-    return surface;
 }
 
 }  // namespace cqsurvey::cqjob

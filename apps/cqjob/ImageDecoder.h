@@ -7,8 +7,8 @@
 
 namespace cqsurvey::cqjob {
 
-/// Decodes an image of a job (PNG alone) and gives it the brightness, contrast and greyness asked
-/// for. Null, with the reason in `fault`, when that is not possible.
+/// Decodes an image of a job (PNG, JPEG or BMP, which its bytes tell) and gives it the brightness,
+/// contrast and greyness asked for. Null, with the reason in `fault`, when that is not possible.
 [[nodiscard]] CairoSurfacePtr DecodeImage(const PlanImage& image, std::string& fault);
 
 }  // namespace cqsurvey::cqjob

@@ -20,7 +20,6 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 constexpr double kMillimetre = 72.0 / 25.4;
-constexpr const char* kFont = "sans-serif";
 
 constexpr double kLineWidth = 0.25 * kMillimetre;
 constexpr double kThinWidth = 0.13 * kMillimetre;
@@ -54,28 +53,13 @@ PlanPainter::PlanPainter(cairo_t* context, const Plan& plan, const Sheet& sheet,
       m_sheet(sheet),
       m_choice(choice),
       m_ink(InkOn(plan.background)),
-      m_capitals(1.0),
+      m_text(context),
       m_taken(5.0 * kMillimetre),
       m_lines(3.0 * kMillimetre) {
     const Box& map = sheet.GetMap();
     m_window = {map.minX * kMillimetre, map.minY * kMillimetre, map.maxX * kMillimetre,
                 map.maxY * kMillimetre};
     m_reach = m_window.Grow(kReach);
-
-    // The picture must not depend on what the screen likes.
-    cairo_font_options_t* options = cairo_font_options_create();
-    cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
-    cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
-    cairo_set_font_options(context, options);
-    cairo_font_options_destroy(options);
-    constexpr double kProbe = 100.0;
-    cairo_select_font_face(context, kFont, CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
-    cairo_set_font_size(context, kProbe);
-    cairo_text_extents_t extents{};
-    cairo_text_extents(context, "H", &extents);
-    if (extents.height > 0.0) {
-        m_capitals = extents.height / kProbe;
-    }
 }
 
 CVector PlanPainter::ToPage(const CVector& place) const {
@@ -104,27 +88,14 @@ void PlanPainter::SetLine(int line) {
     cairo_set_dash(m_context, dashes.data(), static_cast<int>(pattern.size()), 0.0);
 }
 
-void PlanPainter::SetFont(double height, bool bold) {
-    cairo_select_font_face(m_context, kFont, CAIRO_FONT_SLANT_NORMAL,
-                           bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
-    cairo_set_font_size(m_context, height / m_capitals);
-}
-
-double PlanPainter::GetTextWidth(const std::string& text) {
-    cairo_text_extents_t extents{};
-    cairo_text_extents(m_context, text.c_str(), &extents);
-    return extents.x_advance;
-}
-
 void PlanPainter::WriteFitting(const std::string& text, const CVector& at, double height,
                                double width, bool bold) {
-    SetFont(height, bold);
-    const double wanted = GetTextWidth(text);
+    m_text.SetFont(height, bold);
+    const double wanted = m_text.GetWidth(text);
     if (wanted > width) {
-        SetFont(height * width / wanted, bold);
+        m_text.SetFont(height * width / wanted, bold);
     }
-    cairo_move_to(m_context, at.GetX(), at.GetY());
-    cairo_show_text(m_context, text.c_str());
+    m_text.Write(text, at);
 }
 
 void PlanPainter::Paint(const std::function<void(std::size_t)>& progress) {
@@ -178,6 +149,10 @@ void PlanPainter::Paint(const std::function<void(std::size_t)>& progress) {
     cairo_stroke(m_context);
     if (!m_sheet.GetTitle().IsEmpty()) {
         DrawTitle();
+    }
+    if (m_text.GetUnknown() > 0) {
+        m_notes.push_back(fmt::format("drawn as boxes: {} that no installed font has",
+                                      Count(m_text.GetUnknown(), "character")));
     }
 }
 
@@ -344,7 +319,7 @@ void PlanPainter::Draw(const PlanText& text) {
             break;
     }
     SetColor(text.color);
-    SetFont(height);
+    m_text.SetFont(height);
     const CVector at = ToPage(text.at);
     const double angle = -text.rotation * kPi / 180.0;
     cairo_save(m_context);
@@ -352,12 +327,11 @@ void PlanPainter::Draw(const PlanText& text) {
     cairo_rotate(m_context, angle);
     Box taken;
     for (const std::string& line : text.lines) {
-        const double width = GetTextWidth(line);
+        const double width = m_text.GetWidth(line);
         const double x = text.horizontal == HorizontalAlign::Left     ? 0.0
                          : text.horizontal == HorizontalAlign::Centre ? -width / 2
                                                                       : -width;
-        cairo_move_to(m_context, x, y);
-        cairo_show_text(m_context, line.c_str());
+        m_text.Write(line, {x, y});
         for (const CVector& corner : {CVector(x, y), CVector(x + width, y), CVector(x, y - height),
                                       CVector(x + width, y - height)}) {
             const double c = std::cos(angle);
@@ -505,7 +479,7 @@ void PlanPainter::DrawGrid() {
         return;
     }
     SetColor(m_ink);
-    SetFont(kLabel);
+    m_text.SetFont(kLabel);
     const int decimals = std::max(0, static_cast<int>(std::ceil(-std::log10(step) - 1e-9)));
     for (const Mark& column : columns) {
         cairo_move_to(m_context, column.page, m_window.maxY);
@@ -522,21 +496,19 @@ void PlanPainter::DrawGrid() {
     cairo_stroke(m_context);
     for (const Mark& column : columns) {
         const std::string text = FormatNumber(column.value, decimals);
-        const double x = std::clamp(column.page - GetTextWidth(text) / 2, m_window.minX,
-                                    std::max(m_window.minX, m_window.maxX - GetTextWidth(text)));
-        cairo_move_to(m_context, x, m_window.maxY + kOff + kLabel);
-        cairo_show_text(m_context, text.c_str());
+        const double x = std::clamp(column.page - m_text.GetWidth(text) / 2, m_window.minX,
+                                    std::max(m_window.minX, m_window.maxX - m_text.GetWidth(text)));
+        m_text.Write(text, {x, m_window.maxY + kOff + kLabel});
     }
     for (const Mark& row : rows) {
         const std::string text = FormatNumber(row.value, decimals);
         cairo_save(m_context);
         cairo_translate(
             m_context, m_window.minX - kOff,
-            std::clamp(row.page + GetTextWidth(text) / 2, m_window.minY + GetTextWidth(text),
-                       std::max(m_window.minY + GetTextWidth(text), m_window.maxY)));
+            std::clamp(row.page + m_text.GetWidth(text) / 2, m_window.minY + m_text.GetWidth(text),
+                       std::max(m_window.minY + m_text.GetWidth(text), m_window.maxY)));
         cairo_rotate(m_context, -kPi / 2);
-        cairo_move_to(m_context, 0.0, 0.0);
-        cairo_show_text(m_context, text.c_str());
+        m_text.Write(text, {0.0, 0.0});
         cairo_restore(m_context);
     }
 }
@@ -544,7 +516,7 @@ void PlanPainter::DrawGrid() {
 void PlanPainter::DrawLabels() {
     const double height = m_choice.labelHeight * kMillimetre;
     const double half = m_plan.symbolSize / 2;
-    SetFont(height);
+    m_text.SetFont(height);
     std::vector<std::string> rows;
     for (const PlanItem& item : m_plan.items) {
         const auto* point = std::get_if<PlanPoint>(&item);
@@ -572,7 +544,7 @@ void PlanPainter::DrawLabels() {
         }
         double width = 0.0;
         for (const std::string& row : rows) {
-            width = std::max(width, GetTextWidth(row));
+            width = std::max(width, m_text.GetWidth(row));
         }
         const double block = height * (1.0 + kLeading * static_cast<double>(rows.size() - 1));
         const double gap = half * 0.7 + 0.2 * kMillimetre;
@@ -608,8 +580,7 @@ void PlanPainter::DrawLabels() {
         SetColor(point->color);
         double y = chosen->GetY() + height;
         for (const std::string& row : rows) {
-            cairo_move_to(m_context, chosen->GetX(), y);
-            cairo_show_text(m_context, row.c_str());
+            m_text.Write(row, {chosen->GetX(), y});
             y += height * kLeading;
         }
     }
@@ -682,13 +653,12 @@ void PlanPainter::DrawScaleBar(const CVector& at, double width) {
         }
         cairo_stroke(m_context);
     }
-    SetFont(kSmall);
+    m_text.SetFont(kSmall);
     for (int i = 0; i <= kParts; i += 2) {
         const std::string number = FormatNumber(part * i);
         const std::string text = i == kParts ? number + " m" : number;
-        cairo_move_to(m_context, left + i * length - GetTextWidth(number) / 2,
-                      top - 1.0 * kMillimetre);
-        cairo_show_text(m_context, text.c_str());
+        m_text.Write(text,
+                     {left + i * length - m_text.GetWidth(number) / 2, top - 1.0 * kMillimetre});
     }
 }
 
@@ -698,9 +668,8 @@ void PlanPainter::DrawNorthArrow(const CVector& middle, double height) {
     const double bottom = middle.GetY() + height / 2;
     const double half = (bottom - top) / 3.4;
     const double notch = bottom - (bottom - top) / 4;
-    SetFont(kLetter, true);
-    cairo_move_to(m_context, middle.GetX() - GetTextWidth("N") / 2, top - 1.0 * kMillimetre);
-    cairo_show_text(m_context, "N");
+    m_text.SetFont(kLetter, true);
+    m_text.Write("N", {middle.GetX() - m_text.GetWidth("N") / 2, top - 1.0 * kMillimetre});
     cairo_set_line_width(m_context, kThinWidth);
     // The right half is dark, the left one is an outline.
     cairo_move_to(m_context, middle.GetX(), top);

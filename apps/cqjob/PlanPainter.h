@@ -9,6 +9,7 @@
 #include "cqjob/LabelPlacer.h"
 #include "cqjob/Plan.h"
 #include "cqjob/Sheet.h"
+#include "cqjob/TextPainter.h"
 
 namespace cqsurvey::cqjob {
 
@@ -46,9 +47,6 @@ class PlanPainter {
     void SetColor(Rgb color);
     void SetColor(int color);
     void SetLine(int line);
-    /// Size of the font whose capitals are `height` high, set in the context.
-    void SetFont(double height, bool bold = false);
-    [[nodiscard]] double GetTextWidth(const std::string& text);
     /// A line of text of at most `width`: smaller where it must be. `at` is its lower left corner.
     void WriteFitting(const std::string& text, const CVector& at, double height, double width,
                       bool bold = false);
@@ -77,9 +75,9 @@ class PlanPainter {
     const Sheet& m_sheet;
     const PaintChoice& m_choice;
     Rgb m_ink;
-    double m_capitals;  ///< height of capitals in a font of size 1
-    Box m_window;       ///< the map's frame on the page
-    Box m_reach;        ///< what may be handed to cairo, far beyond the page
+    TextPainter m_text;
+    Box m_window;  ///< the map's frame on the page
+    Box m_reach;   ///< what may be handed to cairo, far beyond the page
     LabelPlacer m_taken;
     LabelPlacer m_lines;
     std::size_t m_marks = 0;

@@ -207,6 +207,39 @@ TEST_F(PlotCommand, DrawsTextsAlignedAndTurned) {
     EXPECT_NEAR(blue[3].y, at.GetY() + advance, 0.5);
 }
 
+TEST_F(PlotCommand, AlignsTextsByTheirWidthAndTheHeightOfTheirCapitals) {
+    const double capital = 10 * kMillimetre;
+    db.SetCurrentColor(1);
+    for (int horizontal = 0; horizontal < 3; ++horizontal) {
+        for (int vertical = 0; vertical < 4; ++vertical) {
+            DrawText(db, u"HH", 10 * horizontal, 10 * vertical, 5.0, 0.0, horizontal, vertical);
+        }
+    }
+    const std::vector<SvgPicture::Glyph> glyphs = Svg({"--scale", "500"}).WithFill(kRed);
+    ASSERT_EQ(glyphs.size(), 24U);
+    const double advance = glyphs[1].x - glyphs[0].x;
+    const SvgPicture::Glyph first = glyphs[0];
+    const double step = 10 * 1000.0 / 500.0 * kMillimetre;
+    for (std::size_t i = 0; i < 12; ++i) {
+        const auto column = static_cast<double>(i / 4);
+        const auto row = static_cast<double>(i % 4);
+        const double drop = std::array<double, 4>{0.0, -0.3, 0.5, 1.0}.at(i % 4) * capital;
+        EXPECT_NEAR(glyphs[2 * i].x, first.x + column * (step - advance), 0.01) << i;
+        EXPECT_NEAR(glyphs[2 * i].y, first.y - row * step + drop, 0.01) << i;
+    }
+}
+
+TEST_F(PlotCommand, SaysHowManyCharactersNoFontHas) {
+    DrawPoint(db, u"\u0395\u03BB", 0, 0);
+    DrawText(db, u"caf\u00E9", 0, 5, 1.0);
+    EXPECT_FALSE(Has(Plot("a.svg").err, "boxes"));
+    db.Open(FromUtf8(job));
+    // Neither is a character, and a lone half of a pair is replaced by one that is.
+    DrawText(db, u"x\u0378\u0379\xD800", 0, 10, 1.0);
+    const CqjobRun run = Plot("b.svg");
+    EXPECT_TRUE(Has(run.err, "drawn as boxes: 2 characters that no installed font has")) << run.err;
+}
+
 TEST_F(PlotCommand, DrawsBitmapsAsFramesWithTheirNames) {
     db.SetCurrentColor(1);
     DrawBitmap(db, u"tree", 0, 0, 20.0);
@@ -445,10 +478,10 @@ TEST_F(PlotCommand, DrawsTheBackgroundImageWhereItIsPlaced) {
 }
 
 TEST_F(PlotCommand, DrawsTheFrameOfABackgroundImageItCannotDecode) {
-    std::ofstream(folder.Utf8("in.bmp"), std::ios::binary) << "BM no picture";
-    ASSERT_EQ(db.StoreBackgroundImageFile(folder.Path(u"in.bmp"), 1, {0, 0}, {40, 20}, 0.0), 1);
+    std::ofstream(folder.Utf8("in.gif"), std::ios::binary) << "GIF89a, say";
+    ASSERT_EQ(db.StoreBackgroundImageFile(folder.Path(u"in.gif"), 1, {0, 0}, {40, 20}, 0.0), 1);
     const CqjobRun run = Plot("a.svg", {"--scale", "500", "--no-grid"});
-    EXPECT_TRUE(Has(run.err, "the background image is no PNG")) << run.err;
+    EXPECT_TRUE(Has(run.err, "the background image is neither PNG nor JPEG nor BMP")) << run.err;
     const SvgPicture picture(Read("a.svg"));
     std::size_t frames = 0;
     for (const auto& path : picture.paths) {
