@@ -40,6 +40,7 @@ std::optional<EntType> FindKind(std::string_view word) {
 
 std::vector<std::string> KindWords() {
     std::vector<std::string> words;
+    words.reserve(kKinds.size());
     for (const Kind& known : kKinds) {
         words.emplace_back(known.word);
     }

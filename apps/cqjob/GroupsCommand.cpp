@@ -129,9 +129,9 @@ class GroupsCommand : public Command {
         return name;
     }
 
-    [[nodiscard]] Failure SameName(const std::string& name) const {
-        return Failure(fmt::format("{}: there is a group {} already, in capital or small letters",
-                                   Printable(m_job), Quoted(name)));
+    [[noreturn]] void ThrowSameName(const std::string& name) const {
+        throw Failure(fmt::format("{}: there is a group {} already, in capital or small letters",
+                                  Printable(m_job), Quoted(name)));
     }
 
     /// Every group in the job's own order, then the numbers of groups that only points know.
@@ -214,7 +214,7 @@ class GroupsCommand : public Command {
         CqBatch batch(db);
         for (std::size_t i = 0; i < names.size(); ++i) {
             if (db.AddGroup(names[i]) == 0) {
-                throw SameName(m_names[i]);
+                ThrowSameName(m_names[i]);
             }
         }
         batch.Commit();
@@ -248,7 +248,7 @@ class GroupsCommand : public Command {
                                       Printable(m_job), Quoted(m_oldName)));
         }
         if (db.EditGroup(id, newName) == 0) {
-            throw SameName(m_newName);
+            ThrowSameName(m_newName);
         }
         db.Close();
         if (m_json) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdlib>
 
 namespace cqsurvey::cqjob {
@@ -90,7 +91,7 @@ Rgb BackgroundColor(std::uint32_t setting) {
 
 Rgb Mix(Rgb color, Rgb background, double part) {
     const auto mix = [part](std::uint8_t a, std::uint8_t b) {
-        return static_cast<std::uint8_t>(a * part + b * (1.0 - part) + 0.5);
+        return static_cast<std::uint8_t>(std::lround(a * part + b * (1.0 - part)));
     };
     return {mix(color.red, background.red), mix(color.green, background.green),
             mix(color.blue, background.blue)};

@@ -44,8 +44,7 @@ double HeightOf(const CqCadEntity& entity) {
 std::vector<std::string> SplitLines(const CString& text) {
     std::vector<std::string> lines;
     CString line;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i];
+    for (const char16_t c : text) {
         if (c == u'\n') {
             lines.push_back(ToUtf8(line));
             line.clear();

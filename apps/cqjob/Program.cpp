@@ -45,6 +45,7 @@ int Run(int argc, const char* const* argv, Console& console) {
         "  cqjob import site.job points.csv --order pnezd\n"
         "  cqjob points site.job --limit 10");
     std::vector<std::pair<CLI::App*, Command*>> declared;
+    declared.reserve(commands.size());
     for (const auto& command : commands) {
         declared.emplace_back(command->AddTo(app), command.get());
     }

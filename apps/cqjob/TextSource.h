@@ -66,7 +66,7 @@ class FileSource : public TextSource {
     void ReadSome(std::string& buffer) override;
 
     std::optional<std::uint64_t> m_size;
-    int m_descriptor;
+    int m_descriptor = -1;
 };
 
 /// A text in memory, handed out in pieces of at most `piece` bytes. The text must outlive it.

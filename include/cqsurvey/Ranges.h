@@ -63,7 +63,8 @@ class HandleRange {
         }
 
         void Advance() {
-            if (m_next == 0 || m_left <= 0 || !Step::Read(*m_db, m_next, m_item)) {
+            if (m_db == nullptr || m_next == 0 || m_left <= 0 ||
+                !Step::Read(*m_db, m_next, m_item)) {
                 m_db = nullptr;
             }
             --m_left;
