@@ -2,12 +2,12 @@
 
 #include "cqsurvey/CqSurveyDB.h"
 #include "drawing/GoToEntity.h"
-#include "storage/CqBitmapTable.h"
-#include "storage/CqCircleTable.h"
-#include "storage/CqEntityTable.h"
-#include "storage/CqLayerTable.h"
-#include "storage/CqTextTable.h"
-#include "storage/JobStep.h"
+#include "job/JobStep.h"
+#include "tables/CqBitmapTable.h"
+#include "tables/CqCircleTable.h"
+#include "tables/CqEntityTable.h"
+#include "tables/CqLayerTable.h"
+#include "tables/CqTextTable.h"
 
 namespace cqsurvey {
 

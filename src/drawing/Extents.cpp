@@ -2,9 +2,9 @@
 
 #include "cqsurvey/CqSurveyDB.h"
 #include "drawing/GoToEntity.h"
-#include "storage/CqCircleTable.h"
-#include "storage/CqEntityTable.h"
-#include "storage/CqPlineTable.h"
+#include "tables/CqCircleTable.h"
+#include "tables/CqEntityTable.h"
+#include "tables/CqPlineTable.h"
 
 namespace cqsurvey {
 

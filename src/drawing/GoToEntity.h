@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cqsurvey/CqCadEntity.h"
-#include "storage/CqEntityTable.h"
+#include "tables/CqEntityTable.h"
 
 namespace cqsurvey {
 

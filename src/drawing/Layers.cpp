@@ -2,9 +2,9 @@
 #include <cstdlib>
 
 #include "cqsurvey/CqSurveyDB.h"
-#include "storage/CqEntityTable.h"
-#include "storage/CqLayerTable.h"
-#include "storage/JobStep.h"
+#include "job/JobStep.h"
+#include "tables/CqEntityTable.h"
+#include "tables/CqLayerTable.h"
 
 namespace cqsurvey {
 

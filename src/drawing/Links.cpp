@@ -1,9 +1,9 @@
 #include "cqsurvey/CqSurveyDB.h"
 #include "drawing/GoToEntity.h"
-#include "storage/CqEntityTable.h"
-#include "storage/CqLinkTable.h"
-#include "storage/CqPointTable.h"
-#include "storage/JobStep.h"
+#include "job/JobStep.h"
+#include "tables/CqEntityTable.h"
+#include "tables/CqLinkTable.h"
+#include "tables/CqPointTable.h"
 
 namespace cqsurvey {
 

@@ -12,12 +12,12 @@
 #include "cqsurvey/CqVertexCadEntity.h"
 #include "cqsurvey/ErrorCodes.h"
 #include "drawing/GoToEntity.h"
-#include "storage/CqEntityTable.h"
-#include "storage/CqLayerTable.h"
-#include "storage/CqLinkTable.h"
-#include "storage/CqPlineTable.h"
-#include "storage/CqVertexTable.h"
-#include "storage/JobStep.h"
+#include "job/JobStep.h"
+#include "tables/CqEntityTable.h"
+#include "tables/CqLayerTable.h"
+#include "tables/CqLinkTable.h"
+#include "tables/CqPlineTable.h"
+#include "tables/CqVertexTable.h"
 
 namespace cqsurvey {
 

@@ -1,17 +1,17 @@
 #include <mutex>
 
 #include "cqsurvey/CqSurveyDB.h"
-#include "settings/CqSettingsFile.h"
-#include "storage/CqBitmapTable.h"
-#include "storage/CqCircleTable.h"
-#include "storage/CqEntityTable.h"
-#include "storage/CqGroupTable.h"
-#include "storage/CqLayerTable.h"
-#include "storage/CqPlineTable.h"
-#include "storage/CqPointTable.h"
-#include "storage/CqTextTable.h"
-#include "storage/CqVertexTable.h"
-#include "storage/Qrfs.h"
+#include "store/Qrfs.h"
+#include "tables/CqBitmapTable.h"
+#include "tables/CqCircleTable.h"
+#include "tables/CqEntityTable.h"
+#include "tables/CqGroupTable.h"
+#include "tables/CqLayerTable.h"
+#include "tables/CqPlineTable.h"
+#include "tables/CqPointTable.h"
+#include "tables/CqSettingsFile.h"
+#include "tables/CqTextTable.h"
+#include "tables/CqVertexTable.h"
 
 namespace cqsurvey {
 

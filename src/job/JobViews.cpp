@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "storage/Qrdb.h"
-#include "storage/ThrowStorageError.h"
+#include "store/Qrdb.h"
+#include "store/ThrowStorageError.h"
 
 namespace cqsurvey {
 

@@ -1,12 +1,12 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/JobStep.h"
 #include "platform/Clock.h"
-#include "storage/CqEntityTable.h"
-#include "storage/CqLayerTable.h"
-#include "storage/CqLinkTable.h"
-#include "storage/CqPointTable.h"
-#include "storage/JobStep.h"
+#include "tables/CqEntityTable.h"
+#include "tables/CqLayerTable.h"
+#include "tables/CqLinkTable.h"
+#include "tables/CqPointTable.h"
 
 namespace cqsurvey {
 

@@ -2,9 +2,9 @@
 #include <string_view>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/JobStep.h"
 #include "platform/Text.h"
-#include "points/CqDescriptionStore.h"
-#include "storage/JobStep.h"
+#include "tables/CqDescriptionStore.h"
 
 namespace cqsurvey {
 

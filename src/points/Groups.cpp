@@ -1,8 +1,8 @@
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/JobStep.h"
 #include "platform/HostFile.h"
-#include "storage/CqGroupTable.h"
-#include "storage/CqPointTable.h"
-#include "storage/JobStep.h"
+#include "tables/CqGroupTable.h"
+#include "tables/CqPointTable.h"
 
 namespace cqsurvey {
 

@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
-#include "storage/CqPlineTable.h"
-#include "storage/CqPointTable.h"
-#include "storage/CqTextTable.h"
-#include "storage/RecordHash.h"
+#include "platform/RecordHash.h"
+#include "tables/CqPlineTable.h"
+#include "tables/CqPointTable.h"
+#include "tables/CqTextTable.h"
 
 namespace cqsurvey {
 

@@ -1,6 +1,6 @@
 #include "cqsurvey/CqSurveyDB.h"
-#include "storage/CqPointTable.h"
-#include "storage/JobStep.h"
+#include "job/JobStep.h"
+#include "tables/CqPointTable.h"
 
 namespace cqsurvey {
 

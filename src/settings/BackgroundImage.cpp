@@ -4,12 +4,12 @@
 #include <optional>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/JobStep.h"
 #include "platform/HostFile.h"
-#include "settings/CqSettingsFile.h"
 #include "settings/FixedKeys.h"
-#include "storage/JobStep.h"
-#include "storage/Qrfs.h"
-#include "storage/ThrowStorageError.h"
+#include "store/Qrfs.h"
+#include "store/ThrowStorageError.h"
+#include "tables/CqSettingsFile.h"
 
 namespace cqsurvey {
 

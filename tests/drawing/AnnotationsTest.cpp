@@ -7,7 +7,7 @@
 #include <string>
 
 #include "drawing/DrawingFixture.h"
-#include "storage/CqBitmapTable.h"
+#include "tables/CqBitmapTable.h"
 
 namespace cqsurvey {
 namespace {

@@ -12,9 +12,9 @@
 #include "cqsurvey/CqCadEntityList.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/CqSurveyException.h"
-#include "storage/CqEntityTable.h"
-#include "storage/Qrfs.h"
+#include "store/Qrfs.h"
 #include "support/TempDir.h"
+#include "tables/CqEntityTable.h"
 
 namespace cqsurvey {
 

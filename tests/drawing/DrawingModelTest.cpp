@@ -18,8 +18,8 @@
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSiPntCadEntity.h"
 #include "drawing/DrawingFixture.h"
-#include "storage/CqLinkTable.h"
 #include "support/SampledArc.h"
+#include "tables/CqLinkTable.h"
 
 namespace cqsurvey {
 namespace {

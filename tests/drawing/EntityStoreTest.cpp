@@ -9,10 +9,10 @@
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/CqTextCadEntity.h"
 #include "cqsurvey/CqVertexCadEntity.h"
-#include "storage/CqEntityTable.h"
-#include "storage/Qrfs.h"
+#include "store/Qrfs.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
+#include "tables/CqEntityTable.h"
 
 namespace cqsurvey {
 namespace {

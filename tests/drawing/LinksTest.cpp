@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "drawing/DrawingFixture.h"
-#include "storage/CqLinkTable.h"
+#include "tables/CqLinkTable.h"
 
 namespace cqsurvey {
 namespace {

@@ -11,8 +11,8 @@
 #include "cqsurvey/CqCadEntityList.h"
 #include "cqsurvey/CqPlineCadEntity.h"
 #include "drawing/DrawingFixture.h"
-#include "storage/CqPlineTable.h"
-#include "storage/CqVertexTable.h"
+#include "tables/CqPlineTable.h"
+#include "tables/CqVertexTable.h"
 
 namespace cqsurvey {
 namespace {

@@ -9,16 +9,16 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
-#include "storage/CqEntityTable.h"
-#include "storage/CqGroupTable.h"
-#include "storage/CqLayerTable.h"
-#include "storage/CqLinkTable.h"
-#include "storage/CqPointTable.h"
-#include "storage/CqTextTable.h"
-#include "storage/CqVertexTable.h"
-#include "storage/Qrfs.h"
+#include "store/Qrfs.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
+#include "tables/CqEntityTable.h"
+#include "tables/CqGroupTable.h"
+#include "tables/CqLayerTable.h"
+#include "tables/CqLinkTable.h"
+#include "tables/CqPointTable.h"
+#include "tables/CqTextTable.h"
+#include "tables/CqVertexTable.h"
 
 namespace cqsurvey {
 namespace {

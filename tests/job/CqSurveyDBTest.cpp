@@ -10,12 +10,12 @@
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqCadEntityPtr.h"
 #include "cqsurvey/CqSurveyDB.h"
-#include "storage/CqLayerTable.h"
-#include "storage/JobSchema.h"
-#include "storage/Qrdb.h"
-#include "storage/Qrfs.h"
+#include "store/Qrdb.h"
+#include "store/Qrfs.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
+#include "tables/CqLayerTable.h"
+#include "tables/JobSchema.h"
 
 namespace cqsurvey {
 namespace {

@@ -6,7 +6,7 @@
 #include <array>
 
 #include "cqsurvey/CqSurveyDB.h"
-#include "storage/Qrfs.h"
+#include "store/Qrfs.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
 

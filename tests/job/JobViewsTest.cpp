@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "cqsurvey/cqsurvey.h"
-#include "storage/Sql.h"
+#include "store/Sql.h"
 #include "support/Drawing.h"
 #include "support/TempDir.h"
 

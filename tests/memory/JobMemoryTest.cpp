@@ -9,7 +9,7 @@
 #include "cqsurvey/CqJobCheck.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "memory/FaultMemory.h"
-#include "storage/StoreTesting.h"
+#include "store/StoreTesting.h"
 #include "support/FaultVfs.h"
 #include "support/FurnishedJob.h"
 #include "support/TempDir.h"

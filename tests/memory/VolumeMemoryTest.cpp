@@ -5,8 +5,8 @@
 #include <string>
 
 #include "memory/FaultMemory.h"
-#include "storage/StoreTesting.h"
-#include "storage/Volume.h"
+#include "store/StoreTesting.h"
+#include "store/Volume.h"
 
 namespace cqsurvey {
 namespace {

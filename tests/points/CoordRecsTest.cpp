@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
-#include "storage/CqEntityTable.h"
-#include "storage/CqPointTable.h"
-#include "storage/Qrfs.h"
+#include "store/Qrfs.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
+#include "tables/CqEntityTable.h"
+#include "tables/CqPointTable.h"
 
 namespace cqsurvey {
 namespace {

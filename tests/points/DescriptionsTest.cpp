@@ -6,8 +6,8 @@
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Text.h"
-#include "storage/CQrfsFile.h"
-#include "storage/Qrfs.h"
+#include "store/CQrfsFile.h"
+#include "store/Qrfs.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey {

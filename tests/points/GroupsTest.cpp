@@ -8,9 +8,9 @@
 
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
-#include "storage/CqPointTable.h"
-#include "storage/Qrfs.h"
+#include "store/Qrfs.h"
 #include "support/TempDir.h"
+#include "tables/CqPointTable.h"
 
 namespace cqsurvey {
 namespace {

@@ -11,7 +11,7 @@
 #include "cqsurvey/CqSurveyException.h"
 #include "cqsurvey/ErrorCodes.h"
 #include "cqsurvey/Text.h"
-#include "storage/StoreTesting.h"
+#include "store/StoreTesting.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey {

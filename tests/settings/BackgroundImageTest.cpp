@@ -11,7 +11,7 @@
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Text.h"
-#include "storage/Qrfs.h"
+#include "store/Qrfs.h"
 #include "support/FileSizeLimit.h"
 #include "support/HostBytes.h"
 #include "support/TempDir.h"

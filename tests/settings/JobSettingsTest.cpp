@@ -14,7 +14,7 @@
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Text.h"
 #include "settings/SettingsModel.h"
-#include "storage/Qrfs.h"
+#include "store/Qrfs.h"
 #include "support/CodePageScope.h"
 #include "support/FileSizeLimit.h"
 #include "support/HostBytes.h"

@@ -5,7 +5,7 @@
 #include <map>
 #include <string_view>
 
-#include "storage/PointRecords.h"
+#include "index/PointRecords.h"
 
 namespace cqsurvey {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "cqsurvey/Types.h"
-#include "storage/Qrfs.h"
+#include "store/Qrfs.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey {

@@ -1,0 +1,372 @@
+#include "store/Volume.h"
+
+#include <array>
+
+#include "store/StoreFailure.h"
+
+namespace cqsurvey {
+
+namespace {
+
+/// What an operation answers before it changes anything.
+bool IsRefusal(std::int32_t code) {
+    switch (code) {
+        case error::kInvalidArgument:
+        case error::kNoFile:
+        case error::kFileExists:
+        case error::kNoTable:
+        case error::kTableExists:
+        case error::kNoRecord:
+        case error::kBadTableDescription:
+            return true;
+        default:
+            return false;
+    }
+}
+
+std::string LowerAscii(std::string text) {
+    for (char& c : text) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return text;
+}
+
+}  // namespace
+
+Volume::SpillLimits Volume::s_limits;
+
+Volume::Volume(const std::string& path, VolumeDatabase::Identity identity, bool readOnly)
+    : m_database(path, readOnly),
+      m_identity(identity),
+      m_memos(m_database.Get()),
+      m_directory(m_database.Get()) {
+    m_database.Examine([&] {
+        for (auto& [name, format] : m_database.ListTables()) {
+            m_tables.emplace(name, std::make_shared<RecordTable>(m_database.Get(), m_memos, name,
+                                                                 std::move(format)));
+        }
+        m_directory.Load();
+        m_begin = SqlStatement(m_database.Get(), "BEGIN");
+        m_commit = SqlStatement(m_database.Get(), "COMMIT");
+        m_rollback = SqlStatement(m_database.Get(), "ROLLBACK");
+    });
+}
+
+Volume::~Volume() {
+    if (m_transactionOpen) {
+        sqlite3_step(m_rollback.Get());
+    }
+}
+
+void Volume::RequireWritable() const {
+    if (m_database.IsReadOnly()) {
+        throw StoreFailure(error::kAccessDenied, "the job is open for reading only");
+    }
+}
+
+/// After some failures, of a read too, the database undoes its transaction by itself.
+bool Volume::IsTransactionLost() const {
+    return m_transactionOpen && sqlite3_get_autocommit(m_database.Get()) != 0;
+}
+
+void Volume::RequireSound() const {
+    if (m_stepFailure != 0) {
+        throw StoreFailure(m_stepFailure, m_stepFailureDetail);
+    }
+    if (IsTransactionLost()) {
+        throw StoreFailure(error::kReadWriteFailed, "a failure has undone the step");
+    }
+}
+
+void Volume::SpoilStep(std::int32_t code, const std::string& detail) {
+    if (!m_stepOpen) {
+        throw StoreFailure(error::kInvalidArgument, "no step is open");
+    }
+    if (m_stepFailure == 0) {
+        m_stepFailure = code;
+        m_stepFailureDetail = detail;
+    }
+}
+
+void Volume::EndFailed(bool own, const StoreFailure& failure) {
+    if (own) {
+        RollbackStep();
+    } else if (!IsRefusal(failure.code) || IsTransactionLost()) {
+        SpoilStep(failure.code, failure.detail);
+    }
+}
+
+void Volume::RequireCertain() const {
+    if (m_inDoubt) {
+        throw StoreFailure(error::kReadWriteFailed,
+                           "the last step may be on the medium or not: mount the volume anew");
+    }
+}
+
+void Volume::BeginStep() {
+    RequireCertain();
+    if (m_stepOpen) {
+        throw StoreFailure(error::kInvalidArgument, "a step is open already");
+    }
+    m_stepOpen = true;
+}
+
+void Volume::BeginTransaction() {
+    if (!m_transactionOpen) {
+        m_begin.Run();
+        m_transactionOpen = true;
+    }
+}
+
+bool Volume::IsDirty() const {
+    if (m_memos.GetDirty() != 0 || m_directory.GetDirty() != 0) {
+        return true;
+    }
+    for (const auto& [name, table] : m_tables) {
+        if (table->GetDirty() != 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void Volume::Flush() {
+    BeginTransaction();
+    for (const auto& [name, table] : m_tables) {
+        table->Flush();
+    }
+    m_memos.Flush();
+    m_directory.Flush();
+}
+
+void Volume::SpillIfLarge() {
+    m_weight = 0;
+    std::size_t records = 0;
+    for (const auto& [name, table] : m_tables) {
+        records += table->GetDirty();
+    }
+    if (records > s_limits.records || m_directory.GetDirty() > s_limits.blocks ||
+        m_memos.GetDirty() > s_limits.units) {
+        Flush();
+    }
+}
+
+bool Volume::DatabaseHoldsStep() {
+    for (const auto& [name, table] : m_tables) {
+        if (!table->DatabaseHoldsStep()) {
+            return false;
+        }
+    }
+    return m_memos.DatabaseHoldsStep() && m_directory.DatabaseHoldsStep();
+}
+
+void Volume::Commit() {
+    sqlite3* connection = m_database.Get();
+    const int result = sqlite3_step(m_commit.Get());
+    m_commit.Reset();
+    if (result == SQLITE_DONE) {
+        return;
+    }
+    if (result != SQLITE_IOERR_FSYNC || !IsTransactionLost()) {
+        ThrowSql(connection, result);
+    }
+    // It was undone, or only the sync that ends it failed and it stands. Then it counts, once
+    // something behind it could be made durable.
+    m_inDoubt = true;
+    const StoreFailure failure = SqlFailure(connection, result);
+    try {
+        if (DatabaseHoldsStep()) {
+            SqlRun(connection,
+                   "PRAGMA user_version=" + std::to_string(VolumeDatabase::kFormatVersion));
+            m_inDoubt = false;
+            return;
+        }
+        m_inDoubt = false;
+    } catch (const StoreFailure&) {
+        // The doubt stays.
+    }
+    throw failure;
+}
+
+void Volume::CommitStep() {
+    if (!m_stepOpen) {
+        throw StoreFailure(error::kInvalidArgument, "no step is open");
+    }
+    try {
+        RequireSound();
+        if (m_transactionOpen || IsDirty()) {
+            Flush();
+            Commit();
+        }
+    } catch (...) {
+        RollbackStep();
+        throw;
+    }
+    m_transactionOpen = false;
+    m_stepOpen = false;
+    for (const auto& [name, table] : m_tables) {
+        table->KeepStep();
+    }
+    m_memos.KeepStep();
+    m_tablesOfStep.clear();
+    m_directory.KeepStep();
+}
+
+void Volume::RollbackStep() {
+    if (!m_stepOpen) {
+        throw StoreFailure(error::kInvalidArgument, "no step is open");
+    }
+    if (m_transactionOpen && sqlite3_get_autocommit(m_database.Get()) == 0) {
+        sqlite3_step(m_rollback.Get());
+        m_rollback.Reset();
+        m_inDoubt = m_inDoubt || sqlite3_get_autocommit(m_database.Get()) == 0;
+    }
+    m_transactionOpen = false;
+    m_stepOpen = false;
+    m_stepFailure = 0;
+    m_stepFailureDetail.clear();
+    UndoMemory();
+}
+
+void Volume::UndoMemory() noexcept {
+    for (const auto& [name, table] : m_tablesOfStep) {
+        m_tables.erase(name);
+        table->Abandon(error::kNoTable);
+    }
+    m_tablesOfStep.clear();
+    for (const auto& [name, table] : m_tables) {
+        if (m_inDoubt) {
+            table->Abandon(error::kReadWriteFailed);
+        } else {
+            table->UndoStep();
+        }
+    }
+    m_memos.UndoStep();
+    m_directory.UndoStep();
+}
+
+std::shared_ptr<RecordTable> Volume::FindTable(std::string_view name) {
+    RequireCertain();
+    const auto found = m_tables.find(name);
+    return found == m_tables.end() ? nullptr : found->second;
+}
+
+void Volume::RequireFreeName(const std::string& name) {
+    const std::string lower = LowerAscii(name);
+    if (!RecordFormat::IsName(name) || lower.starts_with("volume_") ||
+        lower.starts_with("sqlite_")) {
+        throw StoreFailure(error::kBadTableDescription,
+                           "\"" + name + "\" is no name for a table or a view");
+    }
+    // Other names than ours compare without case in the database.
+    SqlStatement taken(m_database.Get(),
+                       "SELECT 1 FROM sqlite_schema WHERE name = ?1 COLLATE NOCASE");
+    taken.BindText(1, name);
+    if (taken.Step()) {
+        throw StoreFailure(error::kTableExists, "table " + name);
+    }
+}
+
+void Volume::CreateTable(const std::string& name, RecordFormat format) {
+    RequireFreeName(name);
+    BeginTransaction();
+    SqlRun(m_database.Get(), format.CreateSql(name));
+    auto table = std::make_shared<RecordTable>(m_database.Get(), m_memos, name, std::move(format));
+    m_tables.emplace(name, table);
+    m_tablesOfStep.emplace(name, std::move(table));
+}
+
+void Volume::CreateView(const std::string& name, const std::string& sql) {
+    RequireFreeName(name);
+    BeginTransaction();
+    SqlRun(m_database.Get(), "CREATE VIEW \"" + name + "\" AS " + sql);
+}
+
+std::shared_ptr<VolumeFile> Volume::FindFile(const CString& name) {
+    RequireCertain();
+    return m_directory.Find(name);
+}
+
+void Volume::CreateFile(const CString& name) {
+    m_directory.RequireNone(name);
+    BeginTransaction();
+    m_directory.Create(name);
+}
+
+void Volume::CopyFile(const CString& source, const CString& target) {
+    const std::shared_ptr<VolumeFile> from = m_directory.Require(source);
+    from->CheckBlocks();
+    m_directory.RequireNone(target);
+    BeginTransaction();
+    const std::shared_ptr<VolumeFile> to = m_directory.Create(target);
+    std::array<std::byte, VolumeFile::kBlock> bytes{};
+    for (std::uint32_t at = 0; at < from->GetLength();) {
+        const std::uint32_t got = from->Read(at, bytes.data(), VolumeFile::kBlock);
+        to->Write(at, bytes.data(), got);
+        at += got;
+        if (at % kFilePiece == 0) {
+            SpillIfLarge();
+        }
+    }
+}
+
+void Volume::RenameFile(const CString& from, const CString& to) {
+    (void)m_directory.Require(from);
+    m_directory.RequireNone(to);
+    BeginTransaction();
+    m_directory.Rename(from, to);
+}
+
+void Volume::DeleteFile(const CString& name) {
+    (void)m_directory.Require(name);
+    BeginTransaction();
+    m_directory.Delete(name);
+}
+
+void Volume::WriteFile(VolumeFile& file, std::uint32_t position, const std::byte* bytes,
+                       std::uint32_t count) {
+    if (count > VolumeFile::kMostBytes || position > VolumeFile::kMostBytes - count) {
+        throw StoreFailure(error::kVolumeFull, "a file has at most 2147483647 bytes");
+    }
+    if (count == 0) {
+        return;
+    }
+    m_directory.Touch();
+    if (position > file.GetLength()) {
+        SetFileLength(file, position);
+    }
+    for (std::uint32_t done = 0; done < count;) {
+        const std::uint32_t part = std::min(count - done, kFilePiece);
+        file.Write(position + done, bytes + done, part);
+        done += part;
+        if (part == kFilePiece) {
+            SpillIfLarge();
+        }
+    }
+}
+
+void Volume::SetFileLength(VolumeFile& file, std::uint32_t length) {
+    if (length > VolumeFile::kMostBytes) {
+        throw StoreFailure(error::kInvalidArgument, "a file has at most 2147483647 bytes");
+    }
+    m_directory.Touch();
+    BeginTransaction();
+    while (file.GetLength() < length && length - file.GetLength() > kFilePiece) {
+        file.SetLength(file.GetLength() + kFilePiece);
+        SpillIfLarge();
+    }
+    file.SetLength(length);
+}
+
+std::uint16_t Volume::GetAttributes(const CString& name) {
+    RequireCertain();
+    return m_directory.GetAttributes(name);
+}
+
+void Volume::SetAttributes(const CString& name, std::uint16_t attributes) {
+    (void)m_directory.Require(name);
+    BeginTransaction();
+    m_directory.SetAttributes(name, attributes);
+}
+
+}  // namespace cqsurvey

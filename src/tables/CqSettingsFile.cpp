@@ -1,0 +1,389 @@
+#include "tables/CqSettingsFile.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <limits>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "platform/CaseFold.h"
+#include "platform/HostFile.h"
+#include "platform/Text.h"
+#include "store/Qrfs.h"
+
+namespace cqsurvey {
+
+namespace {
+
+constexpr int kModeRead = 1;
+constexpr int kModeWrite = 2;
+constexpr int kModeReadWrite = 3;
+
+/// Closes the file when an operation ends by an exception.
+class ClosingFile {
+ public:
+    explicit ClosingFile(CQrfsFile& file) : m_file(file) {}
+    ClosingFile(const ClosingFile&) = delete;
+    ClosingFile& operator=(const ClosingFile&) = delete;
+    ~ClosingFile() { m_file.Abort(); }
+
+ private:
+    CQrfsFile& m_file;
+};
+
+std::u16string_view KeyOf(std::u16string_view line) {
+    return line.substr(0, line.find(u'='));
+}
+
+template <class Sections>
+auto FindSection(Sections& sections, std::u16string_view name) {
+    return std::find_if(sections.begin(), sections.end(), [&](const CqSettingsSection& section) {
+        return EqualFold(section.name, name);
+    });
+}
+
+template <class Lines>
+auto FindLine(Lines& lines, std::u16string_view key) {
+    return std::find_if(lines.begin(), lines.end(),
+                        [&](const CString& line) { return EqualFold(KeyOf(line), key); });
+}
+
+CString KeyLine(std::u16string_view key, std::u16string_view value) {
+    CString line(key);
+    line += u'=';
+    line += value;
+    return line;
+}
+
+/// The text as bytes up to the first character that no number holds, without leading blanks.
+std::string NumberText(std::u16string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(u" \t\r\n\v\f"), text.size()));
+    std::string bytes;
+    for (const char16_t unit : text) {
+        if (unit >= 0x80) {
+            break;
+        }
+        bytes += static_cast<char>(unit);
+    }
+    return bytes;
+}
+
+std::int32_t ToInt(std::u16string_view text) {
+    const std::string number = NumberText(text);
+    // from_chars takes no plus sign.
+    const bool plus = number.starts_with('+') && !number.starts_with("+-");
+    std::int64_t value = 0;
+    const auto [end, failure] =
+        std::from_chars(number.data() + (plus ? 1 : 0), number.data() + number.size(), value);
+    if (failure == std::errc::result_out_of_range) {
+        value = number.starts_with('-') ? std::numeric_limits<std::int64_t>::min()
+                                        : std::numeric_limits<std::int64_t>::max();
+    }
+    return static_cast<std::int32_t>(static_cast<std::uint64_t>(value));
+}
+
+/// For a number that no float can hold: true when it is too large, false when it is too small. It
+/// is written in base 10 or 16, without sign and prefix.
+bool IsTooLarge(std::string_view number, bool hexadecimal) {
+    // Such a number is so far from 1 that the place of its first digit and its exponent tell.
+    const std::size_t mark = number.find_first_of(hexadecimal ? "pP" : "eE");
+    const std::string_view mantissa = number.substr(0, mark);
+    const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size()));
+    const auto first = static_cast<std::int64_t>(mantissa.find_first_not_of("0."));
+    const std::int64_t place = (point - first) * (hexadecimal ? 4 : 1);
+    std::int64_t exponent = 0;
+    if (mark != std::string_view::npos) {
+        const std::string_view text =
+            number.substr(mark + (number.substr(mark + 1).starts_with('+') ? 2 : 1));
+        const auto result = std::from_chars(text.data(), text.data() + text.size(), exponent);
+        if (result.ec == std::errc::result_out_of_range) {
+            return !text.starts_with('-');
+        }
+    }
+    return exponent > -place;
+}
+
+/// "0x" before a digit or before a point and a digit.
+bool StartsHexadecimal(std::string_view number) {
+    if (!number.starts_with("0x") && !number.starts_with("0X")) {
+        return false;
+    }
+    const std::size_t digit = number.substr(2).starts_with('.') ? 3 : 2;
+    return number.find_first_of("0123456789abcdefABCDEF", digit) == digit;
+}
+
+double ToSingle(std::u16string_view text) {
+    const std::string number = NumberText(text);
+    std::string_view digits = number;
+    const bool negative = digits.starts_with('-');
+    if (negative || digits.starts_with('+')) {
+        digits.remove_prefix(1);
+    }
+    if (digits.starts_with('-')) {
+        return 0;
+    }
+    const bool hexadecimal = StartsHexadecimal(digits);
+    if (hexadecimal) {
+        digits.remove_prefix(2);
+    }
+    float value = 0;
+    const auto result =
+        std::from_chars(digits.data(), digits.data() + digits.size(), value,
+                        hexadecimal ? std::chars_format::hex : std::chars_format::general);
+    if (result.ec == std::errc::invalid_argument) {
+        return 0;
+    }
+    if (result.ec == std::errc::result_out_of_range) {
+        const std::string_view parsed(digits.data(),
+                                      static_cast<std::size_t>(result.ptr - digits.data()));
+        value = IsTooLarge(parsed, hexadecimal) ? std::numeric_limits<float>::infinity() : 0.0F;
+    }
+    return negative ? -value : value;
+}
+
+CString FormatInt(std::int32_t value) {
+    return FromUtf8(std::to_string(value));
+}
+
+CString FormatThreeDecimals(double value) {
+    std::array<char, std::numeric_limits<double>::max_exponent10 + 16> room;
+    const auto result =
+        std::to_chars(room.data(), room.data() + room.size(), value, std::chars_format::fixed, 3);
+    return {room.data(), result.ptr};
+}
+
+}  // namespace
+
+int CqSettingsFile::Create(const CString& path) {
+    m_path = path;
+    try {
+        CQrfsFile::CreateFile(path, 0);
+    } catch (const CQrfsFileException&) {
+        return 0;
+    }
+    return 1;
+}
+
+int CqSettingsFile::Read(const CString& path) {
+    m_path = path;
+    const ClosingFile closing(m_file);
+    try {
+        m_file.Open(path, kModeRead);
+        Parse();
+        m_file.Close();
+    } catch (const CQrfsFileException&) {
+        return 0;
+    }
+    return 1;
+}
+
+void CqSettingsFile::Parse() {
+    Clear();
+    CString text;
+    while (m_file.ReadString(text) != 0) {
+        const std::u16string_view line = Trim(text);
+        const std::size_t open = line.find(u'[');
+        const std::size_t close = line.find(u']');
+        if (open != std::u16string_view::npos && close != std::u16string_view::npos) {
+            const std::size_t length = close > open ? close - open - 1 : 0;
+            m_sections.push_back({CString(line.substr(open + 1, length)), {}});
+        } else if (line.find(u'=') != std::u16string_view::npos && !m_sections.empty()) {
+            m_sections.back().lines.emplace_back(line);
+        }
+    }
+}
+
+int CqSettingsFile::Write(const CString& path) {
+    m_path = path;
+    const ClosingFile closing(m_file);
+    try {
+        m_file.Open(path, kModeWrite);
+        m_file.SetLength(0);
+        for (const CqSettingsSection& section : m_sections) {
+            m_file.WriteString(u"[" + section.name + u"]");
+            for (const CString& line : section.lines) {
+                m_file.WriteString(line);
+            }
+        }
+        m_file.Close();
+    } catch (const CQrfsFileException&) {
+        return 0;
+    }
+    return 1;
+}
+
+void CqSettingsFile::Clear() {
+    BeginChange();
+    m_sections.clear();
+}
+
+int CqSettingsFile::GetSectionList(CStringList& list) const {
+    list.clear();
+    for (const CqSettingsSection& section : m_sections) {
+        list.push_back(section.name);
+    }
+    return 1;
+}
+
+int CqSettingsFile::GetKeyList(const CString& section, CStringList& list) const {
+    list.clear();
+    const auto found = FindSection(m_sections, section);
+    if (found == m_sections.end()) {
+        return 0;
+    }
+    for (const CString& line : found->lines) {
+        list.emplace_back(KeyOf(line));
+    }
+    return 1;
+}
+
+int CqSettingsFile::AddSection(const CString& section) {
+    if (FindSection(m_sections, section) != m_sections.end()) {
+        return 0;
+    }
+    BeginChange();
+    m_sections.push_back({section, {}});
+    return 1;
+}
+
+int CqSettingsFile::DeleteSection(const CString& section) {
+    const auto found = FindSection(m_sections, section);
+    if (found == m_sections.end()) {
+        return 0;
+    }
+    BeginChange();
+    m_sections.erase(found);
+    return 1;
+}
+
+int CqSettingsFile::GetString(const CString& section, const CString& key, CString& value) const {
+    const auto found = FindSection(m_sections, section);
+    if (found == m_sections.end()) {
+        return 0;
+    }
+    const auto line = FindLine(found->lines, key);
+    if (line == found->lines.end()) {
+        return 0;
+    }
+    value = line->substr(line->find(u'=') + 1);
+    return 1;
+}
+
+int CqSettingsFile::GetInt(const CString& section, const CString& key, std::int32_t& value) const {
+    CString text;
+    if (GetString(section, key, text) == 0) {
+        return 0;
+    }
+    value = ToInt(text);
+    return 1;
+}
+
+int CqSettingsFile::GetDouble(const CString& section, const CString& key, double& value) const {
+    CString text;
+    if (GetString(section, key, text) == 0) {
+        return 0;
+    }
+    value = ToSingle(text);
+    return 1;
+}
+
+int CqSettingsFile::WriteString(const CString& section, const CString& key, const CString& value) {
+    const auto found = FindSection(m_sections, section);
+    if (found == m_sections.end()) {
+        return 0;
+    }
+    const auto line = FindLine(found->lines, key);
+    const bool present = line != found->lines.end();
+    if (!present && value.empty()) {
+        return 0;
+    }
+    BeginChange();
+    if (!present) {
+        found->lines.push_back(KeyLine(key, value));
+    } else if (value.empty()) {
+        found->lines.erase(line);
+    } else {
+        *line = KeyLine(KeyOf(*line), value);
+    }
+    return 1;
+}
+
+int CqSettingsFile::WriteInt(const CString& section, const CString& key, std::int32_t value) {
+    return WriteString(section, key, FormatInt(value));
+}
+
+int CqSettingsFile::WriteDouble(const CString& section, const CString& key, double value) {
+    return WriteString(section, key, FormatThreeDecimals(value));
+}
+
+int CqSettingsFile::ExportFile(const CString& hostPath) {
+    HostFile target;
+    if (QrfsIsMountedVolume(hostPath) != 0 || !target.Create(hostPath)) {
+        return 0;
+    }
+    const ClosingFile closing(m_file);
+    m_file.Open(m_path, kModeRead);
+    std::array<char, 1024> block;
+    while (const std::uint32_t count = m_file.Read(block.data(), block.size())) {
+        if (!target.Write(block.data(), count)) {
+            return 0;
+        }
+    }
+    m_file.Close();
+    return target.Close() ? 1 : 0;
+}
+
+int CqSettingsFile::ImportFile(const CString& hostPath) {
+    HostFile source;
+    if (QrfsIsMountedVolume(hostPath) != 0 || !source.OpenToRead(hostPath)) {
+        return 0;
+    }
+    const ClosingFile closing(m_file);
+    m_file.Open(m_path, kModeReadWrite);
+    m_file.SetLength(0);
+    std::array<char, 1024> block;
+    std::optional<std::size_t> count = source.Read(block.data(), block.size());
+    while (count.value_or(0) > 0) {
+        m_file.Write(block.data(), static_cast<std::uint32_t>(*count));
+        count = source.Read(block.data(), block.size());
+    }
+    m_file.Close();
+    return count.has_value() ? 1 : 0;
+}
+
+int CqSettingsFile::Backup(const CString& backupPath) {
+    QrfsDeleteFile(backupPath);
+    return QrfsCopyFile(m_path, backupPath) != 0 ? 1 : 0;
+}
+
+int CqSettingsFile::Restore(const CString& backupPath) {
+    const CString path = m_path;
+    QrfsDeleteFile(path);
+    if (QrfsCopyFile(backupPath, path) == 0) {
+        return 0;
+    }
+    QrfsDeleteFile(backupPath);
+    return Read(path);
+}
+
+void CqSettingsFile::KeepStep() noexcept {
+    m_beforeStep.reset();
+}
+
+void CqSettingsFile::UndoStep() noexcept {
+    if (m_beforeStep) {
+        m_sections = std::move(*m_beforeStep);
+        m_beforeStep.reset();
+    }
+}
+
+void CqSettingsFile::BeginChange() {
+    if (!m_beforeStep) {
+        m_beforeStep = m_sections;
+    }
+}
+
+}  // namespace cqsurvey

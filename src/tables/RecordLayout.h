@@ -1,0 +1,201 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <tuple>
+
+#include "cqsurvey/Types.h"
+#include "store/Qrdb.h"
+
+namespace cqsurvey {
+
+/// Reads a number from its little-endian bytes, on any host.
+template <class T>
+[[nodiscard]] T LoadLittle(const std::byte* bytes) noexcept {
+    std::array<std::byte, sizeof(T)> raw;
+    std::memcpy(raw.data(), bytes, sizeof(T));
+    if constexpr (std::endian::native == std::endian::big) {
+        std::reverse(raw.begin(), raw.end());
+    }
+    return std::bit_cast<T>(raw);
+}
+
+template <class T>
+void StoreLittle(std::byte* bytes, T value) noexcept {
+    auto raw = std::bit_cast<std::array<std::byte, sizeof(T)>>(value);
+    if constexpr (std::endian::native == std::endian::big) {
+        std::reverse(raw.begin(), raw.end());
+    }
+    std::memcpy(bytes, raw.data(), sizeof(T));
+}
+
+/// A name in a layout, usable as a template argument.
+template <std::size_t N>
+struct FieldName {
+    char16_t units[N]{};
+
+    // A layout spells its names as plain literals.
+    // NOLINTNEXTLINE(google-explicit-constructor)
+    consteval FieldName(const char (&name)[N]) {
+        for (std::size_t i = 0; i < N; ++i) {
+            units[i] = static_cast<char16_t>(name[i]);
+        }
+    }
+
+    [[nodiscard]] constexpr std::u16string_view View() const { return {units, N - 1}; }
+};
+
+namespace field {
+
+template <class T>
+struct Number {
+    using Value = T;
+    static constexpr std::size_t kWidth = sizeof(T);
+
+    static Value Load(const std::byte* bytes) { return LoadLittle<T>(bytes); }
+    static void Store(std::byte* bytes, Value value) { StoreLittle<T>(bytes, value); }
+};
+
+struct Double : Number<double> {
+    static constexpr const char16_t* kType = u"DOUBLE";
+};
+struct Dword : Number<std::uint32_t> {
+    static constexpr const char16_t* kType = u"DWORD";
+};
+struct Integer : Number<std::int32_t> {
+    static constexpr const char16_t* kType = u"INTEGER";
+};
+struct Word : Number<std::uint16_t> {
+    static constexpr const char16_t* kType = u"WORD";
+};
+/// A reference to a text of the memo store, 0 for an empty one.
+struct Memo : Number<std::uint32_t> {
+    static constexpr const char16_t* kType = u"MEMO";
+};
+
+/// What a record can keep of a text: a zero ends it.
+[[nodiscard]] constexpr std::u16string_view UpToZero(std::u16string_view text) {
+    return text.substr(0, text.find(u'\0'));
+}
+
+/// A text of at most Units - 1 code units, terminated and padded with zeros.
+template <std::size_t Units>
+struct Text {
+    using Value = CString;
+    static constexpr std::size_t kWidth = 2 * Units;
+    static constexpr std::size_t kCapacity = Units - 1;
+
+    static Value Load(const std::byte* bytes) {
+        Value value;
+        LoadInto(bytes, value);
+        return value;
+    }
+    static void LoadInto(const std::byte* bytes, CString& value) {
+        const std::size_t length = Length(bytes);
+        value.resize(length);
+        for (std::size_t i = 0; i < length; ++i) {
+            value[i] = LoadLittle<char16_t>(bytes + 2 * i);
+        }
+    }
+    /// Cuts the text at a zero and to kCapacity code units.
+    static void Store(std::byte* bytes, std::u16string_view value) {
+        value = UpToZero(value);
+        const std::size_t length = std::min(value.size(), kCapacity);
+        std::fill(bytes, bytes + kWidth, std::byte{0});
+        for (std::size_t i = 0; i < length; ++i) {
+            StoreLittle<char16_t>(bytes + 2 * i, value[i]);
+        }
+    }
+    /// Whether the stored text is exactly `value`, which is not cut.
+    static bool Equal(const std::byte* bytes, std::u16string_view value) {
+        if (Length(bytes) != value.size()) {
+            return false;
+        }
+        for (std::size_t i = 0; i < value.size(); ++i) {
+            if (LoadLittle<char16_t>(bytes + 2 * i) != value[i]) {
+                return false;
+            }
+        }
+        return true;
+    }
+    static std::size_t Length(const std::byte* bytes) {
+        std::size_t length = 0;
+        while (length < kCapacity && LoadLittle<char16_t>(bytes + 2 * length) != 0) {
+            ++length;
+        }
+        return length;
+    }
+};
+struct Text20 : Text<20> {
+    static constexpr const char16_t* kType = u"TEXT20";
+};
+struct Text24 : Text<24> {
+    static constexpr const char16_t* kType = u"TEXT24";
+};
+struct Text52 : Text<52> {
+    static constexpr const char16_t* kType = u"TEXT52";
+};
+
+}  // namespace field
+
+/// One field of a layout: its name and its type.
+template <FieldName Name, class Type>
+struct Field {
+    static constexpr FieldName kName = Name;
+    using FieldType = Type;
+};
+
+/// The packed record of one job table. Everything about the record follows from this list: byte
+/// offsets, the description given to the table store, and typed access by name.
+template <FieldName TableName, class... Fields>
+struct RecordLayout {
+    static constexpr FieldName kTable = TableName;
+    static constexpr std::size_t kFieldCount = sizeof...(Fields);
+    static constexpr std::size_t kWidth = (Fields::FieldType::kWidth + ...);
+
+    using Bytes = std::array<std::byte, kWidth>;
+
+    static constexpr std::array<QrdbFieldDef, kFieldCount> kFieldDefs{
+        QrdbFieldDef{0, Fields::kName.units, Fields::FieldType::kType, 0}...};
+
+    template <FieldName Name>
+    static consteval std::size_t Index() {
+        constexpr std::array<std::u16string_view, kFieldCount> names{Fields::kName.View()...};
+        std::size_t index = 0;
+        while (names[index] != Name.View()) {
+            ++index;  // a name that the table does not have ends the compilation here
+        }
+        return index;
+    }
+
+    template <FieldName Name>
+    static consteval std::size_t Offset() {
+        constexpr std::array<std::size_t, kFieldCount> widths{Fields::FieldType::kWidth...};
+        std::size_t offset = 0;
+        for (std::size_t i = 0; i < Index<Name>(); ++i) {
+            offset += widths[i];
+        }
+        return offset;
+    }
+
+    template <FieldName Name>
+    using TypeOf = std::tuple_element_t<Index<Name>(), std::tuple<typename Fields::FieldType...>>;
+
+    template <FieldName Name>
+    [[nodiscard]] static auto Get(const std::byte* record) {
+        return TypeOf<Name>::Load(record + Offset<Name>());
+    }
+
+    template <FieldName Name, class Value>
+    static void Set(std::byte* record, const Value& value) {
+        using Type = TypeOf<Name>;
+        Type::Store(record + Offset<Name>(), value);
+    }
+};
+
+}  // namespace cqsurvey

@@ -1,0 +1,107 @@
+#include "store/VolumeDatabase.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "store/StoreTesting.h"
+#include "support/TempDir.h"
+
+namespace cqsurvey {
+namespace {
+
+class VolumeDatabaseTest : public testing::Test {
+ protected:
+    VolumeDatabaseTest() { VolumeDatabase::Create(m_path); }
+
+    /// Code and text of what a call throws, "none" for nothing.
+    template <class Call>
+    static std::string Thrown(Call&& call) {
+        try {
+            call();
+        } catch (const StoreFailure& failure) {
+            return Hex(failure.code) + " " + failure.detail;
+        }
+        return "none";
+    }
+
+    TempDir m_dir;
+    std::string m_path = m_dir.Utf8("volume.job");
+};
+
+TEST_F(VolumeDatabaseTest, ANewVolumeHasNoTableOfRecords) {
+    const VolumeDatabase database(m_path, false);
+    EXPECT_FALSE(database.IsReadOnly());
+    EXPECT_TRUE(database.ListTables().empty());
+    EXPECT_EQ(database.GetPath(), m_path);
+}
+
+TEST_F(VolumeDatabaseTest, TablesOfRecordsAreListedWithTheirFields) {
+    const VolumeDatabase database(m_path, false);
+    SqlRun(database.Get(),
+           "CREATE TABLE \"Numbers\" (\n  Record INTEGER PRIMARY KEY,\n"
+           "  \"One\" INTEGER NOT NULL /* DWORD */,\n  \"Two\" INTEGER NOT NULL /* WORD */\n"
+           ") STRICT");
+    const auto tables = database.ListTables();
+    ASSERT_EQ(tables.size(), 1U);
+    EXPECT_EQ(tables[0].name, "Numbers");
+    EXPECT_EQ(tables[0].format.GetWidth(), 6U);
+}
+
+TEST_F(VolumeDatabaseTest, AForeignTableIsDamage) {
+    const VolumeDatabase database(m_path, false);
+    SqlRun(database.Get(), "CREATE TABLE Foreigners (a, b)");
+    EXPECT_EQ(Thrown([&] { (void)database.ListTables(); }).substr(0, 10), Hex(error::kDamaged));
+}
+
+TEST_F(VolumeDatabaseTest, AFileIsTheSameByWhateverPath) {
+    const std::string link = m_dir.Utf8("link.job");
+    ASSERT_EQ(symlink(m_path.c_str(), link.c_str()), 0);
+    EXPECT_EQ(VolumeDatabase::Identify(link), VolumeDatabase::Identify(m_path));
+    EXPECT_EQ(Thrown([&] { (void)VolumeDatabase::Identify(m_dir.Utf8("none")); }).substr(0, 10),
+              Hex(error::kNoVolume));
+    EXPECT_EQ(Thrown([&] { (void)VolumeDatabase::Identify(m_dir.Utf8("")); }).substr(0, 10),
+              Hex(error::kDamaged));
+}
+
+TEST_F(VolumeDatabaseTest, OnlyTheFileThatIsMeantIsRemoved) {
+    const auto identity = VolumeDatabase::Identify(m_path);
+    const std::string other = m_dir.Utf8("other.job");
+    VolumeDatabase::Create(other);
+    VolumeDatabase::Remove(other, identity);
+    EXPECT_EQ(access(other.c_str(), F_OK), 0) << "another file has that place";
+    VolumeDatabase::Remove(m_path, identity);
+    EXPECT_NE(access(m_path.c_str(), F_OK), 0);
+    VolumeDatabase::Remove(m_path, identity);
+}
+
+TEST_F(VolumeDatabaseTest, WhatALookFindsNamesTheFile) {
+    const VolumeDatabase database(m_path, true);
+    EXPECT_TRUE(database.IsReadOnly());
+    EXPECT_EQ(Thrown([&] {
+                  database.Examine([] { throw StoreFailure(error::kNoRecord, "what was found"); });
+              }),
+              Hex(error::kNoRecord) + " " + m_path + ": what was found");
+    EXPECT_EQ(Thrown([&] {
+                  database.Examine([] { throw StoreFailure(error::kGeneralFailure, "anything"); });
+              }).substr(0, 10),
+              Hex(error::kDamaged))
+        << "a file that SQLite finds no word for is damaged";
+}
+
+TEST_F(VolumeDatabaseTest, ALookThatGoesOnWithoutEndIsEnded) {
+    const VolumeDatabase database(m_path, true);
+    EXPECT_EQ(Thrown([&] {
+                  database.Examine([&] {
+                      (void)SqlNumber(database.Get(),
+                                      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 "
+                                      "FROM n) SELECT count(*) FROM n");
+                  });
+              }).substr(0, 10),
+              Hex(error::kDamaged));
+}
+
+}  // namespace
+}  // namespace cqsurvey
