@@ -66,7 +66,7 @@ void OpenAndRead(benchmark::State& state, bool open) {
         bare.Begin();
         for (std::uint32_t i = 0; i < size; ++i) {
             const std::string text = TextOf(i);
-            db.AddCoordDescription(i + 1, FromUtf8(text));
+            static_cast<void>(db.AddCoordDescription(i + 1, FromUtf8(text)));
             bare.Describe(i + 1, text);
         }
         bare.Commit();

@@ -51,7 +51,7 @@ void Draw(CqSurveyDB& db, std::size_t size) {
         for (std::size_t i = 0; i < kVertices; ++i) {
             db.AddVertex(list, points[next - i].coords.data(), kBulge);
         }
-        db.EndPline(list);
+        static_cast<void>(db.EndPline(list));
         db.AddText(at, points[next].name, 0, 0, u"Standard", 1.8, 0.0, 7, 0, 0, 0);
         db.AddText(at, u"112.35", 0, 1, u"Standard", 1.2, 0.3, 8, 0, 0, 0);
         db.AddCircle(at, 0.3, 1, 9);

@@ -7,6 +7,7 @@
 namespace cqsurvey {
 
 class CqSurveyDB;
+struct Job;
 
 /// Groups any number of operations on one open job into one atomic step:
 ///
@@ -19,7 +20,8 @@ class CqSurveyDB;
 /// colour, group, view and extents included. One batch a job at a time; `db` must outlive it.
 class CQSURVEY_API CqBatch {
  public:
-    /// Throws CqSurveyException 0x3000000E when no job is open, 0x30000002 when a batch is.
+    /// Throws CqSurveyException error::kNoMount when no job is open,
+    /// error::kInvalidArgument when a batch is.
     explicit CqBatch(CqSurveyDB& db);
     CqBatch(const CqBatch&) = delete;
     CqBatch& operator=(const CqBatch&) = delete;
@@ -27,11 +29,11 @@ class CQSURVEY_API CqBatch {
 
     /// Writes the batch. On failure it throws CqSurveyException, and job and memory are as they
     /// were before the batch began. A second call, and one after the job was closed, throws
-    /// 0x30000002.
+    /// error::kInvalidArgument.
     void Commit();
 
  private:
-    CqSurveyDB& m_db;
+    Job& m_job;
     std::uint32_t m_number;
 };
 

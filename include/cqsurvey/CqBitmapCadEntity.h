@@ -23,7 +23,7 @@ class CQSURVEY_API CqBitmapCadEntity : public CqCadEntity {
     int SetResName(const CString& resName) override;
 
  private:
-    friend class CqSurveyDB;
+    friend struct Job;
 
     CVector m_size;
     CString m_resName;

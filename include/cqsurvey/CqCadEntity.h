@@ -9,7 +9,7 @@
 
 namespace cqsurvey {
 
-class CqSurveyDB;
+struct Job;
 
 /// The kinds of drawing entity, as an entity record's "ObjectType" holds them; 3 is not used.
 enum EntType : std::int32_t {
@@ -100,7 +100,7 @@ class CQSURVEY_API CqCadEntity {
     CqCadEntity& operator=(const CqCadEntity&) = default;
 
  private:
-    friend class CqSurveyDB;
+    friend struct Job;
 
     std::array<double, 3> m_point{};
     CString m_layer;

@@ -24,7 +24,7 @@ class CQSURVEY_API CqCircleCadEntity : public CqCadEntity {
     [[nodiscard]] int GetLine() const override;
 
  private:
-    friend class CqSurveyDB;
+    friend struct Job;
 
     double m_radius = 0.0;
     std::int32_t m_line = 0;

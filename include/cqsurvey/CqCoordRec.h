@@ -8,7 +8,7 @@
 
 namespace cqsurvey {
 
-class CqSurveyDB;
+struct Job;
 
 /// How a point came to be: single bits, of which the point filter admits the lowest five unless
 /// told otherwise. The values mean what the application lets them mean.
@@ -36,7 +36,7 @@ class CQSURVEY_API CqCoordRec {
     [[nodiscard]] std::uint32_t GetFlags() const { return m_flags; }
 
  private:
-    friend class CqSurveyDB;
+    friend struct Job;
 
     SurveyCoordType m_type{};
     CString m_name;

@@ -12,6 +12,7 @@
 namespace cqsurvey {
 
 class CqSurveyDB;
+struct Job;
 
 /// One thing in a job that is not as it must be.
 struct CqJobFinding {
@@ -45,13 +46,13 @@ class CQSURVEY_API CqJobCheck {
     [[nodiscard]] std::uint64_t GetChecks() const { return m_checks; }
 
  private:
-    void CheckPoints(CqSurveyDB& db);
-    void CheckEntities(CqSurveyDB& db);
-    void CheckChain(CqSurveyDB& db);
-    void CheckMemos(CqSurveyDB& db);
-    void CheckLinks(CqSurveyDB& db);
-    void CheckLayersAndGroups(CqSurveyDB& db);
-    void CheckExtents(CqSurveyDB& db);
+    void CheckPoints(Job& job);
+    void CheckEntities(Job& job);
+    void CheckChain(Job& job);
+    void CheckMemos(Job& job);
+    void CheckLinks(Job& job);
+    void CheckLayersAndGroups(Job& job);
+    void CheckExtents(Job& job);
 
     /// Calls `visit` for the number and the bytes of each record in record order.
     template <class Table, class Visit>

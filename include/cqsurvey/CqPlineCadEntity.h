@@ -26,7 +26,7 @@ class CQSURVEY_API CqPlineCadEntity : public CqCadEntity {
     [[nodiscard]] int GetLine() const override;
 
  private:
-    friend class CqSurveyDB;
+    friend struct Job;
 
     CVector m_boundMin;
     CVector m_boundMax;

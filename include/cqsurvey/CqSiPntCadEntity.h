@@ -29,7 +29,7 @@ class CQSURVEY_API CqSiPntCadEntity : public CqCadEntity {
     [[nodiscard]] CqHandle GetMcadVertexHandle(int index) const override;
 
  private:
-    friend class CqSurveyDB;
+    friend struct Job;
 
     CString m_name;
     std::int32_t m_code = 0;

@@ -35,7 +35,7 @@ class CQSURVEY_API CqTextCadEntity : public CqCadEntity {
     [[nodiscard]] int GetThickness() const override;
 
  private:
-    friend class CqSurveyDB;
+    friend struct Job;
 
     CString m_text;
     std::int32_t m_align = 0;

@@ -24,7 +24,7 @@ class CQSURVEY_API CqVertexCadEntity : public CqCadEntity {
     void UpdateExtent(CqCadEntity* pline, const CqCadEntity* nextVertex) override;
 
  private:
-    friend class CqSurveyDB;
+    friend struct Job;
 
     double m_bulge = 0.0;
     CqHandle m_plineHandle = 0;

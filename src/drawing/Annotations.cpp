@@ -1,13 +1,8 @@
 #include <cstdint>
 
 #include "cqsurvey/CqSurveyDB.h"
-#include "drawing/GoToEntity.h"
+#include "job/Job.h"
 #include "job/JobStep.h"
-#include "tables/CqBitmapTable.h"
-#include "tables/CqCircleTable.h"
-#include "tables/CqEntityTable.h"
-#include "tables/CqLayerTable.h"
-#include "tables/CqTextTable.h"
 
 namespace cqsurvey {
 
@@ -19,22 +14,15 @@ std::int32_t PackAlign(int align1, int align2) {
     return static_cast<std::int32_t>(low | high);
 }
 
-/// Puts an entity on the current layer at the end of the drawing.
-CqHandle AppendToDrawing(CqEntityTable& entities, const CqLayerTable& layers, EntType type,
-                         CqHandle data, std::int32_t color, const double* coords) {
-    const auto layer = static_cast<std::uint16_t>(layers.GetCurrentLayerHandle());
-    return entities.AppendEntity(static_cast<std::uint16_t>(type), data, layer, color, coords[1],
-                                 coords[0], coords[2], 0, 0);
-}
-
 /// Deletes an entity and the record of its kind's own data.
 template <class Table>
-int DeleteEntity(CqEntityTable& entities, CqHandle handle, EntType type, Table& table) {
-    if (!GoToEntity(entities, handle, type)) {
+int DeleteEntity(Job& job, CqHandle handle, EntType type, Table& table) {
+    const std::byte* entity = job.entities.FindEntity(handle, type);
+    if (entity == nullptr) {
         return 0;
     }
-    table.DeleteRecord(entities.Get<"ObjectIndex">());
-    entities.Remove(handle, true);
+    table.DeleteRecord(EntityLayout::Get<"ObjectIndex">(entity));
+    job.entities.Remove(handle, true);
     return 1;
 }
 
@@ -43,13 +31,12 @@ int DeleteEntity(CqEntityTable& entities, CqHandle handle, EntType type, Table& 
 CqHandle CqSurveyDB::AddText(const double* coords, const CString& text, int align1, int align2,
                              const CString& style, double height, double rot, int code,
                              std::uint32_t optionStyle, int interval, int thickness) {
-    return Atomically(*this, [&] {
+    return Atomically(*m_job, [&] {
         const CqHandle data =
-            m_texts->AppendText(text, {PackAlign(align1, align2), style, height, rot, code,
-                                       optionStyle, interval, thickness});
-        const CqHandle entity =
-            AppendToDrawing(*m_entities, *m_layers, EntText, data, m_currentColor, coords);
-        UpdateBoundData(coords[1], coords[0]);
+            m_job->texts.AppendText(text, {PackAlign(align1, align2), style, height, rot, code,
+                                           optionStyle, interval, thickness});
+        const CqHandle entity = m_job->AppendToDrawing(EntText, data, coords);
+        m_job->extents.UpdateBoundData(coords[1], coords[0]);
         return entity;
     });
 }
@@ -57,74 +44,78 @@ CqHandle CqSurveyDB::AddText(const double* coords, const CString& text, int alig
 int CqSurveyDB::EditText(CqHandle h, const double* coords, const CString& text, int align1,
                          int align2, const CString& style, double height, double rot, int code,
                          std::uint32_t optionStyle, int interval, int thickness) {
-    return Atomically(*this, [&] {
-        if (!GoToEntity(*m_entities, h, EntText)) {
+    return Atomically(*m_job, [&] {
+        const std::byte* entity = m_job->entities.FindEntity(h, EntText);
+        if (entity == nullptr) {
             return 0;
         }
-        StorePoint(*m_entities, coords);
-        m_texts->EditText(m_entities->Get<"ObjectIndex">(), text,
-                          {PackAlign(align1, align2), style, height, rot, code, optionStyle,
-                           interval, thickness});
-        UpdateBoundData(coords[1], coords[0]);
+        const auto data = EntityLayout::Get<"ObjectIndex">(entity);
+        m_job->entities.StorePoint(h, coords);
+        m_job->texts.EditText(data, text,
+                              {PackAlign(align1, align2), style, height, rot, code, optionStyle,
+                               interval, thickness});
+        m_job->extents.UpdateBoundData(coords[1], coords[0]);
         return 1;
     });
 }
 
 int CqSurveyDB::DeleteText(CqHandle h) {
-    return Atomically(*this, [&] { return DeleteEntity(*m_entities, h, EntText, *m_texts); });
+    return Atomically(*m_job, [&] { return DeleteEntity(*m_job, h, EntText, m_job->texts); });
 }
 
 CqHandle CqSurveyDB::AddCircle(const double* coords, double radius, int line, int code) {
-    return Atomically(*this, [&] {
-        const CqHandle data = m_circles->AppendCircle(radius, line, code);
-        const CqHandle entity =
-            AppendToDrawing(*m_entities, *m_layers, EntCircle, data, m_currentColor, coords);
-        UpdateBoundData(coords[1], coords[0], radius);
+    return Atomically(*m_job, [&] {
+        const CqHandle data = m_job->circles.AppendCircle(radius, line, code);
+        const CqHandle entity = m_job->AppendToDrawing(EntCircle, data, coords);
+        m_job->extents.UpdateBoundData(coords[1], coords[0], radius);
         return entity;
     });
 }
 
 int CqSurveyDB::EditCircle(CqHandle h, const double* coords, double radius, int line, int code) {
-    return Atomically(*this, [&] {
-        if (!GoToEntity(*m_entities, h, EntCircle)) {
+    return Atomically(*m_job, [&] {
+        const std::byte* entity = m_job->entities.FindEntity(h, EntCircle);
+        if (entity == nullptr) {
             return 0;
         }
-        StorePoint(*m_entities, coords);
-        m_circles->EditCircle(m_entities->Get<"ObjectIndex">(), radius, line, code);
-        UpdateBoundData(coords[1], coords[0], radius);
+        const auto data = EntityLayout::Get<"ObjectIndex">(entity);
+        m_job->entities.StorePoint(h, coords);
+        m_job->circles.EditCircle(data, radius, line, code);
+        m_job->extents.UpdateBoundData(coords[1], coords[0], radius);
         return 1;
     });
 }
 
 int CqSurveyDB::DeleteCircle(CqHandle h) {
-    return Atomically(*this, [&] { return DeleteEntity(*m_entities, h, EntCircle, *m_circles); });
+    return Atomically(*m_job, [&] { return DeleteEntity(*m_job, h, EntCircle, m_job->circles); });
 }
 
 CqHandle CqSurveyDB::AddBitmap(const double* coords, const CString& resName, const CVector& size) {
-    return Atomically(*this, [&] {
-        const CqHandle data = m_bitmaps->AppendBitmap(resName, size.GetX());
-        const CqHandle entity =
-            AppendToDrawing(*m_entities, *m_layers, EntBitmap, data, m_currentColor, coords);
-        UpdateBoundData(coords[1], coords[0]);
+    return Atomically(*m_job, [&] {
+        const CqHandle data = m_job->bitmaps.AppendBitmap(resName, size.GetX());
+        const CqHandle entity = m_job->AppendToDrawing(EntBitmap, data, coords);
+        m_job->extents.UpdateBoundData(coords[1], coords[0]);
         return entity;
     });
 }
 
 int CqSurveyDB::EditBitmap(CqHandle h, const double* coords, const CString& resName,
                            const CVector& size) {
-    return Atomically(*this, [&] {
-        if (!GoToEntity(*m_entities, h, EntBitmap)) {
+    return Atomically(*m_job, [&] {
+        const std::byte* entity = m_job->entities.FindEntity(h, EntBitmap);
+        if (entity == nullptr) {
             return 0;
         }
-        StorePoint(*m_entities, coords);
-        m_bitmaps->EditBitmap(m_entities->Get<"ObjectIndex">(), resName, size.GetX());
-        UpdateBoundData(coords[1], coords[0]);
+        const auto data = EntityLayout::Get<"ObjectIndex">(entity);
+        m_job->entities.StorePoint(h, coords);
+        m_job->bitmaps.EditBitmap(data, resName, size.GetX());
+        m_job->extents.UpdateBoundData(coords[1], coords[0]);
         return 1;
     });
 }
 
 int CqSurveyDB::DeleteBitmap(CqHandle h) {
-    return Atomically(*this, [&] { return DeleteEntity(*m_entities, h, EntBitmap, *m_bitmaps); });
+    return Atomically(*m_job, [&] { return DeleteEntity(*m_job, h, EntBitmap, m_job->bitmaps); });
 }
 
 }  // namespace cqsurvey

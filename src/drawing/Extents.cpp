@@ -1,10 +1,5 @@
-#include <limits>
-
 #include "cqsurvey/CqSurveyDB.h"
-#include "drawing/GoToEntity.h"
-#include "tables/CqCircleTable.h"
-#include "tables/CqEntityTable.h"
-#include "tables/CqPlineTable.h"
+#include "job/Job.h"
 
 namespace cqsurvey {
 
@@ -14,72 +9,45 @@ int CqSurveyDB::GetEntityBound(CVector& min, CVector& max) {
         max = CVector();
         return 0;
     }
-    min = m_vecBoundMin;
-    max = m_vecBoundMax;
+    min = m_job->extents.GetMin();
+    max = m_job->extents.GetMax();
     return 1;
 }
 
-void CqSurveyDB::InitBoundData() {
-    constexpr double kLargest = std::numeric_limits<double>::max();
-    m_vecBoundMax = CVector(-kLargest, -kLargest);
-    m_vecBoundMin = CVector(kLargest, kLargest);
-}
-
-void CqSurveyDB::UpdateBound(const CVector& p) {
-    if (p.GetX() < m_vecBoundMin.GetX()) {
-        m_vecBoundMin.SetX(p.GetX());
-    }
-    if (p.GetY() < m_vecBoundMin.GetY()) {
-        m_vecBoundMin.SetY(p.GetY());
-    }
-    if (p.GetX() > m_vecBoundMax.GetX()) {
-        m_vecBoundMax.SetX(p.GetX());
-    }
-    if (p.GetY() > m_vecBoundMax.GetY()) {
-        m_vecBoundMax.SetY(p.GetY());
-    }
-}
-
-void CqSurveyDB::UpdateBoundData(double n, double e) {
-    UpdateBound(CVector(e, n));
-}
-
-void CqSurveyDB::UpdateBoundData(double n, double e, double r) {
-    UpdateBoundData(n + r, e + r);
-    UpdateBoundData(n - r, e - r);
-}
-
-int CqSurveyDB::MakeBoundData() {
-    const int count = GetNumCadEntities();
+int Job::MakeBoundData() {
+    const std::int32_t count = entities.GetRecordCount() - 1;
     if (count == 0) {
         return 0;
     }
-    InitBoundData();
-    CqHandle entity = m_entities->GetHead();
+    extents.InitBoundData();
+    CqHandle handle = entities.GetHead();
     // A damaged chain may run in a circle.
-    for (int step = 0; step < count && GoToEntity(*m_entities, entity); ++step) {
-        const double n = m_entities->Get<"N">();
-        const double e = m_entities->Get<"E">();
-        const CqHandle data = m_entities->Get<"ObjectIndex">();
-        switch (m_entities->Get<"ObjectType">()) {
+    for (std::int32_t step = 0; step < count && handle > CqEntityTable::kHeader; ++step) {
+        const std::byte* entity = entities.RecordAt(handle);
+        const auto n = EntityLayout::Get<"N">(entity);
+        const auto e = EntityLayout::Get<"E">(entity);
+        const auto data = EntityLayout::Get<"ObjectIndex">(entity);
+        switch (EntityLayout::Get<"ObjectType">(entity)) {
             case EntSiPnt:
             case EntText:
             case EntBitmap:
-                UpdateBoundData(n, e);
+                extents.UpdateBoundData(n, e);
                 break;
-            case EntPline:
-                m_plines->GoTo(data);
-                UpdateBound(CVector(m_plines->Get<"minX">(), m_plines->Get<"minY">()));
-                UpdateBound(CVector(m_plines->Get<"maxX">(), m_plines->Get<"maxY">()));
+            case EntPline: {
+                const std::byte* pline = plines.RecordAt(data);
+                extents.UpdateBound(
+                    {PlineLayout::Get<"minX">(pline), PlineLayout::Get<"minY">(pline)});
+                extents.UpdateBound(
+                    {PlineLayout::Get<"maxX">(pline), PlineLayout::Get<"maxY">(pline)});
                 break;
+            }
             case EntCircle:
-                m_circles->GoTo(data);
-                UpdateBoundData(n, e, m_circles->Get<"Radius">());
+                extents.UpdateBoundData(n, e, circles.GetAt<"Radius">(data));
                 break;
             default:
                 break;
         }
-        entity = m_entities->Get<"NextEntityIndex">();
+        handle = EntityLayout::Get<"NextEntityIndex">(entity);
     }
     return 1;
 }

@@ -8,16 +8,9 @@
 #include "cqsurvey/CqCadEntityList.h"
 #include "cqsurvey/CqPlineCadEntity.h"
 #include "cqsurvey/CqSurveyDB.h"
-#include "cqsurvey/CqSurveyException.h"
 #include "cqsurvey/CqVertexCadEntity.h"
-#include "cqsurvey/ErrorCodes.h"
-#include "drawing/GoToEntity.h"
+#include "job/Job.h"
 #include "job/JobStep.h"
-#include "tables/CqEntityTable.h"
-#include "tables/CqLayerTable.h"
-#include "tables/CqLinkTable.h"
-#include "tables/CqPlineTable.h"
-#include "tables/CqVertexTable.h"
 
 namespace cqsurvey {
 
@@ -39,8 +32,8 @@ void ComputeBound(const CqCadEntityList& list) {
 CqCadEntityList* CqSurveyDB::StartPline(int line, int code) {
     auto list = std::make_unique<CqCadEntityList>();
     list->AddTail(std::make_unique<CqPlineCadEntity>());
-    m_plineLine = line;
-    m_plineCode = code;
+    m_job->defaults.now.plineLine = line;
+    m_job->defaults.now.plineCode = code;
     return list.release();
 }
 
@@ -66,124 +59,132 @@ CqHandle CqSurveyDB::EndPline(CqCadEntityList* list) {
         return 0;
     }
     ComputeBound(*list);
-    return Atomically(*this, [&] {
-        const auto layer = static_cast<std::uint16_t>(m_layers->GetCurrentLayerHandle());
+    Job& job = *m_job;
+    return Atomically(job, [&] {
         CVector min;
         CVector max;
         list->GetAt(0)->GetBound(min, max);
-
-        const CqHandle data = m_plines->AppendPline(m_plineLine, m_plineCode, min, max);
+        const JobDefaults::Values& defaults = job.defaults.now;
+        const auto layer = static_cast<std::uint16_t>(job.layers.GetCurrentLayerHandle());
+        const CqHandle data =
+            job.plines.AppendPline(defaults.plineLine, defaults.plineCode, min, max);
         const CqHandle pline =
-            m_entities->AppendEntity(EntPline, data, layer, m_currentColor, 0.0, 0.0, 0.0, 0, 0);
+            job.entities.AppendEntity({EntPline, data, layer, defaults.color, 0.0, 0.0, 0.0});
         // Record numbers are consecutive, so every link is known before its record is written.
-        m_entities->SetNext(pline, pline + 1);
+        job.entities.SetNext(pline, pline + 1);
         const auto count = static_cast<CqHandle>(list->GetCount() - 1);
         for (CqHandle i = 1; i <= count; ++i) {
             const CqCadEntity& vertex = *list->GetAt(i);
             std::array<double, 3> point;
             vertex.GetPoint(point.data());
-            m_entities->AppendEntity(EntVertex, m_vertices->AppendVertex(vertex.GetBulge(), pline),
-                                     layer, m_currentColor, point[1], point[0], point[2],
-                                     pline + i - 1, i < count ? pline + i + 1 : 0);
+            const CqHandle own = job.vertices.AppendVertex(vertex.GetBulge(), pline);
+            job.entities.AppendEntity(
+                {EntVertex, own, layer, defaults.color, point[1], point[0], point[2]},
+                pline + i - 1, i < count ? pline + i + 1 : 0);
         }
-
-        UpdateBound(min);
-        UpdateBound(max);
+        job.extents.UpdateBound(min);
+        job.extents.UpdateBound(max);
         return pline;
     });
 }
 
 int CqSurveyDB::EditPline(CqHandle h, int line, int code) {
-    return Atomically(*this, [&] {
-        if (!GoToEntity(*m_entities, h, EntPline)) {
+    Job& job = *m_job;
+    return Atomically(job, [&] {
+        const std::byte* entity = job.entities.FindEntity(h, EntPline);
+        if (entity == nullptr) {
             return 0;
         }
-        m_plines->GoTo(m_entities->Get<"ObjectIndex">());
-        m_plines->Set<"LineID">(line);
-        m_plines->Set<"FeatureCode">(code);
-        m_plines->Store();
+        job.plines.Edit(EntityLayout::Get<"ObjectIndex">(entity), [&](std::byte* record) {
+            PlineLayout::Set<"LineID">(record, line);
+            PlineLayout::Set<"FeatureCode">(record, code);
+        });
         return 1;
     });
 }
 
 int CqSurveyDB::InsertVertex(CqHandle h, const double* coords, double bulge) {
-    return Atomically(*this, [&] {
-        if (!GoToEntity(*m_entities, h)) {
+    Job& job = *m_job;
+    return Atomically(job, [&] {
+        if (h <= CqEntityTable::kHeader) {
             return 0;
         }
-        const auto type = m_entities->Get<"ObjectType">();
-        const auto next = m_entities->Get<"NextEntityIndex">();
-        const auto layer = m_entities->Get<"LayerIndex">();
-        const auto color = m_entities->Get<"ColorID">();
+        const std::byte* before = job.entities.RecordAt(h);
+        const auto type = EntityLayout::Get<"ObjectType">(before);
+        const auto next = EntityLayout::Get<"NextEntityIndex">(before);
+        const auto layer = EntityLayout::Get<"LayerIndex">(before);
+        const auto color = EntityLayout::Get<"ColorID">(before);
         CqHandle pline = h;
         if (type == EntVertex) {
-            try {
-                m_vertices->GoTo(m_entities->Get<"ObjectIndex">());
-            } catch (const CqSurveyException& failure) {
-                if (failure.m_code != error::kNoRecord) {
-                    throw;
-                }
+            const std::byte* vertex =
+                job.vertices.PeekRecord(EntityLayout::Get<"ObjectIndex">(before));
+            if (vertex == nullptr) {
                 return 0;
             }
-            pline = m_vertices->Get<"PlineIndex">();
+            pline = VertexLayout::Get<"PlineIndex">(vertex);
         } else if (type != EntPline) {
             return 0;
         }
 
-        const CqHandle data = m_vertices->AppendVertex(bulge, pline);
-        const CqHandle vertex = m_entities->AppendEntity(EntVertex, data, layer, color, coords[1],
-                                                         coords[0], coords[2], h, next);
-        m_entities->SetNext(h, vertex);
+        const CqHandle data = job.vertices.AppendVertex(bulge, pline);
+        const CqHandle vertex = job.entities.AppendEntity(
+            {EntVertex, data, layer, color, coords[1], coords[0], coords[2]}, h, next);
+        job.entities.SetNext(h, vertex);
         if (next != 0) {
-            m_entities->SetPrev(next, vertex);
+            job.entities.SetPrev(next, vertex);
         }
         return 1;
     });
 }
 
 int CqSurveyDB::MoveVertex(CqHandle h, const double* coords, double bulge) {
-    return Atomically(*this, [&] {
-        if (!GoToEntity(*m_entities, h, EntVertex)) {
+    Job& job = *m_job;
+    return Atomically(job, [&] {
+        const std::byte* entity = job.entities.FindEntity(h, EntVertex);
+        if (entity == nullptr) {
             return 0;
         }
-        const auto data = m_entities->Get<"ObjectIndex">();
-        StorePoint(*m_entities, coords);
+        const auto data = EntityLayout::Get<"ObjectIndex">(entity);
+        job.entities.StorePoint(h, coords);
         if (std::bit_cast<std::uint64_t>(bulge) != kKeepBulgeBits) {
-            m_vertices->GoTo(data);
-            m_vertices->Set<"Bulge">(bulge);
-            m_vertices->Store();
+            job.vertices.Edit(
+                data, [bulge](std::byte* record) { VertexLayout::Set<"Bulge">(record, bulge); });
         }
         return 1;
     });
 }
 
 int CqSurveyDB::DeleteVertex(CqHandle h) {
-    return Atomically(*this, [&] {
-        if (!GoToEntity(*m_entities, h, EntVertex)) {
+    Job& job = *m_job;
+    return Atomically(job, [&] {
+        const std::byte* entity = job.entities.FindEntity(h, EntVertex);
+        if (entity == nullptr) {
             return 0;
         }
-        const auto data = m_entities->Get<"ObjectIndex">();
-        m_links->Unlink(0, h);
-        m_vertices->DeleteRecord(data);
-        m_entities->Remove(h, true);
+        const auto data = EntityLayout::Get<"ObjectIndex">(entity);
+        job.linkIndex.Unlink(0, h);
+        job.vertices.DeleteRecord(data);
+        job.entities.Remove(h, true);
         return 1;
     });
 }
 
 int CqSurveyDB::DeletePline(CqHandle h) {
-    return Atomically(*this, [&] {
-        if (!GoToEntity(*m_entities, h, EntPline)) {
+    Job& job = *m_job;
+    return Atomically(job, [&] {
+        const std::byte* entity = job.entities.FindEntity(h, EntPline);
+        if (entity == nullptr) {
             return 0;
         }
-        const auto data = m_entities->Get<"ObjectIndex">();
-        CqHandle vertex = m_entities->Get<"NextEntityIndex">();
-        while (GoToEntity(*m_entities, vertex, EntVertex)) {
-            const auto next = m_entities->Get<"NextEntityIndex">();
+        const auto data = EntityLayout::Get<"ObjectIndex">(entity);
+        CqHandle vertex = EntityLayout::Get<"NextEntityIndex">(entity);
+        while (const std::byte* record = job.entities.FindEntity(vertex, EntVertex)) {
+            const auto next = EntityLayout::Get<"NextEntityIndex">(record);
             DeleteVertex(vertex);
             vertex = next;
         }
-        m_plines->DeleteRecord(data);
-        m_entities->Remove(h, true);
+        job.plines.DeleteRecord(data);
+        job.entities.Remove(h, true);
         return 1;
     });
 }

@@ -1,37 +1,38 @@
 #include "cqsurvey/CqBatch.h"
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/Job.h"
 
 namespace cqsurvey {
 
-CqBatch::CqBatch(CqSurveyDB& db) : m_db(db), m_number(db.m_batchNumber + 1) {
-    if (!db.IsOpen()) {
+CqBatch::CqBatch(CqSurveyDB& db) : m_job(db.GetJob()), m_number(m_job.batchNumber + 1) {
+    if (!m_job.IsOpen()) {
         throw CqSurveyException(error::kNoMount, "a batch needs an open job");
     }
-    if (db.m_batchOpen) {
+    if (m_job.batchOpen) {
         throw CqSurveyException(error::kInvalidArgument, "a batch is open already");
     }
-    db.BeginStep();
-    ++db.m_stepDepth;
-    db.m_batchNumber = m_number;
-    db.m_batchOpen = true;
+    m_job.BeginStep();
+    ++m_job.stepDepth;
+    m_job.batchNumber = m_number;
+    m_job.batchOpen = true;
 }
 
 CqBatch::~CqBatch() {
-    if (m_db.m_batchOpen && m_db.m_batchNumber == m_number) {
-        m_db.m_batchOpen = false;
-        --m_db.m_stepDepth;
-        m_db.RollbackStep();
+    if (m_job.batchOpen && m_job.batchNumber == m_number) {
+        m_job.batchOpen = false;
+        --m_job.stepDepth;
+        m_job.RollbackStep();
     }
 }
 
 void CqBatch::Commit() {
-    if (!m_db.m_batchOpen || m_db.m_batchNumber != m_number) {
+    if (!m_job.batchOpen || m_job.batchNumber != m_number) {
         throw CqSurveyException(error::kInvalidArgument, "the batch is over");
     }
-    m_db.m_batchOpen = false;
-    --m_db.m_stepDepth;
-    m_db.CommitStep();
+    m_job.batchOpen = false;
+    --m_job.stepDepth;
+    m_job.CommitStep();
 }
 
 }  // namespace cqsurvey

@@ -9,19 +9,11 @@
 
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Text.h"
+#include "job/Job.h"
 #include "platform/CaseFold.h"
 #include "platform/RecordHash.h"
 #include "platform/Text.h"
-#include "tables/CqBitmapTable.h"
-#include "tables/CqCircleTable.h"
-#include "tables/CqEntityTable.h"
-#include "tables/CqGroupTable.h"
-#include "tables/CqLayerTable.h"
-#include "tables/CqLinkTable.h"
-#include "tables/CqPlineTable.h"
-#include "tables/CqPointTable.h"
-#include "tables/CqTextTable.h"
-#include "tables/CqVertexTable.h"
+#include "store/StoreExtras.h"
 
 namespace cqsurvey {
 
@@ -42,7 +34,8 @@ std::string Quoted(const CString& name) {
 }
 
 const std::byte* EntityAt(CqEntityTable& entities, CqHandle handle) {
-    return handle <= CqEntityTable::kHeader ? nullptr : QrdbPeekRecord(entities.GetTable(), handle);
+    return handle <= CqEntityTable::kHeader ? nullptr
+                                            : StorePeekRecord(entities.GetTable(), handle);
 }
 
 /// What names that are alike but for letter case have in common.
@@ -62,23 +55,23 @@ CString NameOf(const std::byte* point) {
 
 CqJobCheck::CqJobCheck(CqSurveyDB& db, std::size_t maxFindings, const Progress& progress)
     : m_maxFindings(maxFindings) {
+    Job& job = db.GetJob();
     if (progress) {
         // The entities are looked at as records, along the chain, and for the extents.
-        const auto count = [](CqDbTable& table) {
+        const auto count = [](const CqDbTable& table) {
             return static_cast<std::uint64_t>(table.GetRecordCount());
         };
         m_progress = &progress;
-        m_allLooks = count(*db.m_points) + 3 * count(*db.m_entities) + count(*db.m_texts) +
-                     count(*db.m_bitmaps) + count(*db.m_links) + count(*db.m_layers) +
-                     count(*db.m_groups);
+        m_allLooks = count(job.points) + 3 * count(job.entities) + count(job.texts) +
+                     count(job.bitmaps) + count(job.links) + count(job.layers) + count(job.groups);
     }
-    CheckPoints(db);
-    CheckEntities(db);
-    CheckChain(db);
-    CheckMemos(db);
-    CheckLinks(db);
-    CheckLayersAndGroups(db);
-    CheckExtents(db);
+    CheckPoints(job);
+    CheckEntities(job);
+    CheckChain(job);
+    CheckMemos(job);
+    CheckLinks(job);
+    CheckLayersAndGroups(job);
+    CheckExtents(job);
     m_progress = nullptr;
 }
 
@@ -108,15 +101,15 @@ bool CqJobCheck::Expect(bool condition, const char* table, CqHandle record, Text
     return condition;
 }
 
-void CqJobCheck::CheckPoints(CqSurveyDB& db) {
-    CqPointTable& points = *db.m_points;
+void CqJobCheck::CheckPoints(Job& job) {
+    CqPointTable& points = job.points;
     std::vector<std::pair<std::size_t, CqHandle>> names;
     ForEach(points, [&](CqHandle number, const std::byte* point) {
         const auto itself = PointLayout::Get<"PointNumber">(point);
         Expect(itself == number, kPoints, number,
                [&] { return "its PointNumber is " + Number(itself); });
         const auto entity = PointLayout::Get<"EntityIndex">(point);
-        const std::byte* shown = EntityAt(*db.m_entities, entity);
+        const std::byte* shown = EntityAt(job.entities, entity);
         Expect(shown != nullptr && EntityLayout::Get<"ObjectType">(shown) == EntSiPnt &&
                    EntityLayout::Get<"ObjectIndex">(shown) == number,
                kPoints, number, [&] {
@@ -132,44 +125,44 @@ void CqJobCheck::CheckPoints(CqSurveyDB& db) {
     for (std::size_t i = 0; i < names.size(); ++i) {
         bool unique = true;
         for (std::size_t j = i; unique && j > 0 && names[j - 1].first == names[i].first; --j) {
-            unique = NameOf(QrdbPeekRecord(points.GetTable(), names[j - 1].second)) !=
-                     NameOf(QrdbPeekRecord(points.GetTable(), names[i].second));
+            unique = NameOf(StorePeekRecord(points.GetTable(), names[j - 1].second)) !=
+                     NameOf(StorePeekRecord(points.GetTable(), names[i].second));
         }
         Expect(unique, kPoints, names[i].second, [&] {
             return "an earlier point has the name " +
-                   Quoted(NameOf(QrdbPeekRecord(points.GetTable(), names[i].second))) + " too";
+                   Quoted(NameOf(StorePeekRecord(points.GetTable(), names[i].second))) + " too";
         });
     }
 }
 
-void CqJobCheck::CheckEntities(CqSurveyDB& db) {
+void CqJobCheck::CheckEntities(Job& job) {
     struct Kind {
         CqDbTable* table;
         const char* name;
         std::vector<CqHandle> objects;
     };
-    std::array<Kind, 7> kinds{{{db.m_points.get(), kPoints, {}},
-                               {db.m_plines.get(), "_PlineData", {}},
-                               {db.m_vertices.get(), "_VertexData", {}},
+    std::array<Kind, 7> kinds{{{&job.points, kPoints, {}},
+                               {&job.plines, "_PlineData", {}},
+                               {&job.vertices, "_VertexData", {}},
                                {nullptr, "", {}},
-                               {db.m_texts.get(), "_TextData", {}},
-                               {db.m_circles.get(), "_CircleData", {}},
-                               {db.m_bitmaps.get(), "_BitmapData", {}}}};
-    ForEach(*db.m_entities, [&](CqHandle number, const std::byte* entity) {
+                               {&job.texts, "_TextData", {}},
+                               {&job.circles, "_CircleData", {}},
+                               {&job.bitmaps, "_BitmapData", {}}}};
+    ForEach(job.entities, [&](CqHandle number, const std::byte* entity) {
         if (number == CqEntityTable::kHeader) {
             return;
         }
         const auto type = EntityLayout::Get<"ObjectType">(entity);
         const auto object = EntityLayout::Get<"ObjectIndex">(entity);
         const auto layer = EntityLayout::Get<"LayerIndex">(entity);
-        Expect(QrdbPeekRecord(db.m_layers->GetTable(), layer) != nullptr, kEntities, number,
+        Expect(StorePeekRecord(job.layers.GetTable(), layer) != nullptr, kEntities, number,
                [&] { return "its layer " + Number(layer) + " is gone"; });
         if (!Expect(type < kinds.size() && kinds[type].table != nullptr, kEntities, number,
                     [&] { return "it has the unknown type " + Number(type); })) {
             return;
         }
         Kind& kind = kinds[type];
-        if (Expect(QrdbPeekRecord(kind.table->GetTable(), object) != nullptr, kEntities, number,
+        if (Expect(StorePeekRecord(kind.table->GetTable(), object) != nullptr, kEntities, number,
                    [&] {
                        return std::string("its record ") + Number(object) + " of " + kind.name +
                               " is gone";
@@ -195,9 +188,9 @@ void CqJobCheck::CheckEntities(CqSurveyDB& db) {
     }
 }
 
-void CqJobCheck::CheckChain(CqSurveyDB& db) {
-    CqEntityTable& entities = *db.m_entities;
-    const std::byte* header = QrdbPeekRecord(entities.GetTable(), CqEntityTable::kHeader);
+void CqJobCheck::CheckChain(Job& job) {
+    CqEntityTable& entities = job.entities;
+    const std::byte* header = StorePeekRecord(entities.GetTable(), CqEntityTable::kHeader);
     if (!Expect(header != nullptr, kEntities, CqEntityTable::kHeader,
                 [] { return "the header of the entity chain is gone"; })) {
         return;
@@ -230,7 +223,7 @@ void CqJobCheck::CheckChain(CqSurveyDB& db) {
             pline = at;
         } else if (type == EntVertex) {
             const std::byte* vertex =
-                QrdbPeekRecord(db.m_vertices->GetTable(), EntityLayout::Get<"ObjectIndex">(entity));
+                StorePeekRecord(job.vertices.GetTable(), EntityLayout::Get<"ObjectIndex">(entity));
             Expect(
                 vertex != nullptr && pline != 0 && VertexLayout::Get<"PlineIndex">(vertex) == pline,
                 kEntities, at, [] { return "the vertex does not follow its polyline"; });
@@ -251,7 +244,7 @@ void CqJobCheck::CheckChain(CqSurveyDB& db) {
            [&] { return "the chain ends here and not at its tail " + Number(tail); });
 }
 
-void CqJobCheck::CheckMemos(CqSurveyDB& db) {
+void CqJobCheck::CheckMemos(Job& job) {
     std::unordered_set<std::uint32_t, HandleHash> seen;
     const auto check = [&](CqDbTable& table, const char* name, CqHandle number,
                            std::uint32_t reference) {
@@ -264,23 +257,23 @@ void CqJobCheck::CheckMemos(CqSurveyDB& db) {
         Expect(seen.insert(reference).second, name, number,
                [] { return "it shares its text with another record"; });
     };
-    ForEach(*db.m_texts, [&](CqHandle number, const std::byte* record) {
-        check(*db.m_texts, "_TextData", number, TextLayout::Get<"Text">(record));
+    ForEach(job.texts, [&](CqHandle number, const std::byte* record) {
+        check(job.texts, "_TextData", number, TextLayout::Get<"Text">(record));
     });
-    ForEach(*db.m_bitmaps, [&](CqHandle number, const std::byte* record) {
-        check(*db.m_bitmaps, "_BitmapData", number, BitmapLayout::Get<"ResName">(record));
+    ForEach(job.bitmaps, [&](CqHandle number, const std::byte* record) {
+        check(job.bitmaps, "_BitmapData", number, BitmapLayout::Get<"ResName">(record));
     });
 }
 
-void CqJobCheck::CheckLinks(CqSurveyDB& db) {
-    ForEach(*db.m_links, [&](CqHandle number, const std::byte* record) {
+void CqJobCheck::CheckLinks(Job& job) {
+    ForEach(job.links, [&](CqHandle number, const std::byte* record) {
         const auto point = LinkLayout::Get<"PointDataID">(record);
         const auto vertex = LinkLayout::Get<"VertexDataID">(record);
-        const std::byte* pointEntity = EntityAt(*db.m_entities, point);
+        const std::byte* pointEntity = EntityAt(job.entities, point);
         Expect(pointEntity == nullptr || EntityLayout::Get<"ObjectType">(pointEntity) == EntSiPnt,
                kLinks, number,
                [&] { return "entity " + Number(point) + " is tied as a point and is none"; });
-        const std::byte* vertexEntity = EntityAt(*db.m_entities, vertex);
+        const std::byte* vertexEntity = EntityAt(job.entities, vertex);
         Expect(
             vertexEntity == nullptr || EntityLayout::Get<"ObjectType">(vertexEntity) == EntVertex,
             kLinks, number,
@@ -288,27 +281,24 @@ void CqJobCheck::CheckLinks(CqSurveyDB& db) {
     });
 }
 
-void CqJobCheck::CheckLayersAndGroups(CqSurveyDB& db) {
+void CqJobCheck::CheckLayersAndGroups(Job& job) {
     std::set<CString> layers;
-    ForEach(*db.m_layers, [&](CqHandle number, const std::byte* record) {
+    ForEach(job.layers, [&](CqHandle number, const std::byte* record) {
         const CString name = LayerLayout::Get<"Name">(record);
         Expect(layers.insert(name).second, kLayers, number,
                [&] { return "an earlier layer has the name " + Quoted(name) + " too"; });
     });
     std::set<std::u32string> groups;
-    ForEach(*db.m_groups, [&](CqHandle number, const std::byte* record) {
+    ForEach(job.groups, [&](CqHandle number, const std::byte* record) {
         const CString name = GroupLayout::Get<"GroupName">(record);
         Expect(name.empty() || groups.insert(Folded(name)).second, kGroups, number,
                [&] { return "an earlier group has the name " + Quoted(name) + " too"; });
     });
 }
 
-void CqJobCheck::CheckExtents(CqSurveyDB& db) {
-    const auto holds = [&](double x, double y) {
-        return !(x < db.m_vecBoundMin.GetX()) && !(y < db.m_vecBoundMin.GetY()) &&
-               !(x > db.m_vecBoundMax.GetX()) && !(y > db.m_vecBoundMax.GetY());
-    };
-    ForEach(*db.m_entities, [&](CqHandle number, const std::byte* entity) {
+void CqJobCheck::CheckExtents(Job& job) {
+    const auto holds = [&](double x, double y) { return job.extents.Holds(CVector(x, y)); };
+    ForEach(job.entities, [&](CqHandle number, const std::byte* entity) {
         const auto type = EntityLayout::Get<"ObjectType">(entity);
         const auto object = EntityLayout::Get<"ObjectIndex">(entity);
         const auto x = EntityLayout::Get<"E">(entity);
@@ -318,12 +308,12 @@ void CqJobCheck::CheckExtents(CqSurveyDB& db) {
             return;
         }
         if (type == EntPline) {
-            const std::byte* pline = QrdbPeekRecord(db.m_plines->GetTable(), object);
+            const std::byte* pline = StorePeekRecord(job.plines.GetTable(), object);
             inside = pline == nullptr ||
                      (holds(PlineLayout::Get<"minX">(pline), PlineLayout::Get<"minY">(pline)) &&
                       holds(PlineLayout::Get<"maxX">(pline), PlineLayout::Get<"maxY">(pline)));
         } else if (type == EntCircle) {
-            const std::byte* circle = QrdbPeekRecord(db.m_circles->GetTable(), object);
+            const std::byte* circle = StorePeekRecord(job.circles.GetTable(), object);
             const double radius = circle == nullptr ? 0.0 : CircleLayout::Get<"Radius">(circle);
             inside = holds(x + radius, y + radius) && holds(x - radius, y - radius);
         } else if (type == EntSiPnt || type == EntText || type == EntBitmap) {

@@ -1,17 +1,8 @@
 #include <mutex>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/Job.h"
 #include "store/Qrfs.h"
-#include "tables/CqBitmapTable.h"
-#include "tables/CqCircleTable.h"
-#include "tables/CqEntityTable.h"
-#include "tables/CqGroupTable.h"
-#include "tables/CqLayerTable.h"
-#include "tables/CqPlineTable.h"
-#include "tables/CqPointTable.h"
-#include "tables/CqSettingsFile.h"
-#include "tables/CqTextTable.h"
-#include "tables/CqVertexTable.h"
 
 namespace cqsurvey {
 
@@ -69,7 +60,7 @@ class TemporaryMount {
 int CqSurveyDB::GetDBInformation(std::uint32_t mask, const CString& path, SVDB_INFORMATION& info,
                                  CqSurveyDB* db) {
     if (path.empty()) {
-        return db == nullptr ? 0 : db->GetInformation(mask, info);
+        return db == nullptr ? 0 : db->GetJob().GetInformation(mask, info);
     }
     // The one mount name serves all threads in turn.
     static std::mutex oneAtATime;
@@ -77,7 +68,7 @@ int CqSurveyDB::GetDBInformation(std::uint32_t mask, const CString& path, SVDB_I
     const TemporaryMount mount(path);
     if (!mount.IsMounted()) {
         return QrfsGetLastError() == error::kVolumeMounted && db != nullptr
-                   ? db->GetInformation(mask, info)
+                   ? db->GetJob().GetInformation(mask, info)
                    : 0;
     }
     const CString root = kTemporaryMount + u":/";
@@ -126,43 +117,43 @@ int CqSurveyDB::GetDBInformation(std::uint32_t mask, const CString& path, SVDB_I
     return 1;
 }
 
-int CqSurveyDB::GetInformation(std::uint32_t mask, SVDB_INFORMATION& info) const {
+int Job::GetInformation(std::uint32_t mask, SVDB_INFORMATION& info) {
     if (!IsOpen()) {
         return 0;
     }
     if ((mask & kEntities) != 0) {
-        info.numEntities = GetNumCadEntities();
+        info.numEntities = entities.GetRecordCount() - 1;
     }
     if ((mask & kLayersOfOpenJob) != 0) {
-        info.numLayers = m_layers->GetRecordCount();
+        info.numLayers = layers.GetRecordCount();
     }
     if ((mask & kPlines) != 0) {
-        info.numPlines = m_plines->GetRecordCount();
+        info.numPlines = plines.GetRecordCount();
     }
     if ((mask & kPoints) != 0) {
-        info.numPoints = m_points->GetRecordCount();
+        info.numPoints = points.GetRecordCount();
     }
     if ((mask & kTexts) != 0) {
-        info.numTexts = m_texts->GetRecordCount();
+        info.numTexts = texts.GetRecordCount();
     }
     if ((mask & kVertices) != 0) {
-        info.numVertices = m_vertices->GetRecordCount();
+        info.numVertices = vertices.GetRecordCount();
     }
     if ((mask & kBitmaps) != 0) {
-        info.numBitmaps = m_bitmaps->GetRecordCount();
+        info.numBitmaps = bitmaps.GetRecordCount();
     }
     if ((mask & kCircles) != 0) {
-        info.numCircles = m_circles->GetRecordCount();
+        info.numCircles = circles.GetRecordCount();
     }
     if ((mask & kGroups) != 0) {
-        info.numGroups = m_groups->GetRecordCount();
+        info.numGroups = groups.GetRecordCount();
     }
     if ((mask & kDivision) != 0) {
         info.jCoordDivision = 0;
-        m_settings->GetInt(m_SettingsSection, kDivisionKey, info.jCoordDivision);
+        settings.GetInt(CqSurveyDB::m_SettingsSection, kDivisionKey, info.jCoordDivision);
     }
     if ((mask & kGroupNames) != 0 && info.groupNames != nullptr) {
-        ReadGroupNames(*m_groups, *info.groupNames);
+        ReadGroupNames(groups, *info.groupNames);
     }
     return 1;
 }

@@ -1,29 +1,16 @@
 #include "job/JobStep.h"
 
-#include "cqsurvey/ErrorCodes.h"
-#include "store/Qrfs.h"
+#include "job/Job.h"
+#include "store/Failure.h"
+#include "store/StoreExtras.h"
 
 namespace cqsurvey {
 
-namespace {
-
-/// After these the medium or the memory is in doubt, or the job cannot be written at all, so
-/// nothing of the step is kept.
-bool UndoesTheStep(std::int32_t code) {
-    return code == error::kOutOfMemory || code == error::kReadWriteFailed ||
-           code == error::kVolumeFull || code == error::kDamaged || code == error::kAccessDenied;
-}
-
-}  // namespace
-
-// Operations that are const in the exported interface change the job all the same; a CqSurveyDB
-// that is itself const cannot have a job open.
-JobStep::JobStep(const CqSurveyDB& db)
-    : m_db(const_cast<CqSurveyDB&>(db)) {  // NOLINT(cppcoreguidelines-pro-type-const-cast)
-    if (m_db.m_stepDepth == 0) {
-        m_db.BeginStep();
+JobStep::JobStep(Job& job) : m_job(job) {
+    if (m_job.stepDepth == 0) {
+        m_job.BeginStep();
     }
-    ++m_db.m_stepDepth;
+    ++m_job.stepDepth;
 }
 
 JobStep::~JobStep() {
@@ -34,18 +21,18 @@ JobStep::~JobStep() {
 
 void JobStep::Undo(std::int32_t code) noexcept {
     m_ended = true;
-    if (--m_db.m_stepDepth == 0) {
-        m_db.RollbackStep();
+    if (--m_job.stepDepth == 0) {
+        m_job.RollbackStep();
     } else {
         // Half an operation must not become durable with the step around it.
-        QrfsSpoilStep(m_db.m_mountName, code);
+        StoreSpoilStep(m_job.mountName, code);
     }
 }
 
 void JobStep::Commit() {
     m_ended = true;
-    if (--m_db.m_stepDepth == 0) {
-        m_db.CommitStep();
+    if (--m_job.stepDepth == 0) {
+        m_job.CommitStep();
     }
 }
 
@@ -53,7 +40,8 @@ void JobStep::EndFailed(std::int32_t code) noexcept {
     if (m_ended) {
         return;
     }
-    if (UndoesTheStep(code)) {
+    const FailureKind kind = KindOf(code);
+    if (kind == FailureKind::Medium || kind == FailureKind::Denied) {
         Undo(code);
         return;
     }

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "store/Qrdb.h"
+#include "store/StoreExtras.h"
 #include "store/ThrowStorageError.h"
 
 namespace cqsurvey {
@@ -63,7 +64,7 @@ constexpr std::array<View, 8> kViews{{
 
 void CreateJobViews(const CString& root) {
     for (const View& view : kViews) {
-        if (QrdbCreateView(root + view.name, view.sql) == 0) {
+        if (StoreCreateView(root + view.name, view.sql) == 0) {
             ThrowLastStorageError();
         }
     }

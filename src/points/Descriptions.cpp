@@ -2,9 +2,9 @@
 #include <string_view>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/Job.h"
 #include "job/JobStep.h"
 #include "platform/Text.h"
-#include "tables/CqDescriptionStore.h"
 
 namespace cqsurvey {
 
@@ -22,12 +22,13 @@ std::string Narrow(const CString& text) {
 }  // namespace
 
 int CqSurveyDB::AddCoordDescription(CqHandle handle, const CString& text) const {
-    return Atomically(*this, [&] { return m_descriptions->Add(handle, Narrow(text)) ? 1 : 0; });
+    return Atomically(*m_job,
+                      [&] { return m_job->descriptions.Add(handle, Narrow(text)) ? 1 : 0; });
 }
 
 int CqSurveyDB::GetCoordDescription(CqHandle handle, CString& text) const {
     std::string bytes;
-    if (!m_descriptions->Get(handle, bytes)) {
+    if (!m_job->descriptions.Get(handle, bytes)) {
         return 0;
     }
     text = FromAnsi(UpToZero(std::string_view(bytes)));
@@ -35,11 +36,12 @@ int CqSurveyDB::GetCoordDescription(CqHandle handle, CString& text) const {
 }
 
 int CqSurveyDB::EditCoordDescription(CqHandle handle, const CString& text) const {
-    return Atomically(*this, [&] { return m_descriptions->Edit(handle, Narrow(text)) ? 1 : 0; });
+    return Atomically(*m_job,
+                      [&] { return m_job->descriptions.Edit(handle, Narrow(text)) ? 1 : 0; });
 }
 
 int CqSurveyDB::DelCoordDescription(CqHandle handle) const {
-    return Atomically(*this, [&] { return m_descriptions->Delete(handle) ? 1 : 0; });
+    return Atomically(*m_job, [&] { return m_job->descriptions.Delete(handle) ? 1 : 0; });
 }
 
 }  // namespace cqsurvey

@@ -1,25 +1,24 @@
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/Job.h"
 #include "job/JobStep.h"
 #include "platform/HostFile.h"
-#include "tables/CqGroupTable.h"
-#include "tables/CqPointTable.h"
 
 namespace cqsurvey {
 
 int CqSurveyDB::GetGroupList(CStringList& list) const {
     list.clear();
-    for (int found = m_groups->First(kRecordOrder); found != 0; found = m_groups->Next()) {
-        list.push_back(m_groups->Get<"GroupName">());
+    for (int found = m_job->groups.First(kRecordOrder); found != 0; found = m_job->groups.Next()) {
+        list.push_back(m_job->groups.Get<"GroupName">());
     }
     return list.empty() ? 0 : 1;
 }
 
 int CqSurveyDB::AddGroup(const CString& name) const {
-    if (name.empty() || m_groups->FindByName(name)) {
+    if (name.empty() || m_job->groups.FindByName(name)) {
         return 0;
     }
-    return Atomically(*this, [&] {
-        m_groups->AppendGroup(name);
+    return Atomically(*m_job, [&] {
+        m_job->groups.AppendGroup(name);
         return 1;
     });
 }
@@ -30,13 +29,12 @@ int CqSurveyDB::EditGroup(const CString& oldName, const CString& newName) const 
 
 int CqSurveyDB::EditGroup(std::uint16_t id, const CString& newName) const {
     // The search meets the group itself, too, so letter case alone cannot be changed.
-    if (id == 0 || m_groups->GetName(id).empty() || m_groups->FindByName(newName)) {
+    if (id == 0 || m_job->groups.GetName(id).empty() || m_job->groups.FindByName(newName)) {
         return 0;
     }
-    return Atomically(*this, [&] {
-        m_groups->GoTo(id);
-        m_groups->Set<"GroupName">(newName);
-        m_groups->Store();
+    return Atomically(*m_job, [&] {
+        m_job->groups.Edit(
+            id, [&](std::byte* record) { GroupLayout::Set<"GroupName">(record, newName); });
         return 1;
     });
 }
@@ -46,66 +44,69 @@ int CqSurveyDB::DelGroup(const CString& name) {
 }
 
 int CqSurveyDB::DelGroup(std::uint16_t id) {
-    if (id == 0) {
-        return 0;
-    }
-    return Atomically(*this, [&] {
-        m_groups->DeleteRecord(id);
-        const int result = CnvInvalidGroup(id);
-        if (m_currentGroup == id) {
-            m_currentGroup = 0;
-        }
-        return result;
-    });
+    return id == 0 ? 0 : Atomically(*m_job, [&] { return m_job->DeleteGroup(id); });
 }
 
-int CqSurveyDB::CnvInvalidGroup(std::uint16_t id) const {
+int Job::DeleteGroup(std::uint16_t id) {
+    groups.DeleteRecord(id);
+    const int result = CnvInvalidGroup(id);
+    if (defaults.now.group == id) {
+        defaults.now.group = 0;
+    }
+    return result;
+}
+
+int Job::CnvInvalidGroup(std::uint16_t id) {
     // By the table's own order: a point whose entity is damaged leaves the group like the others.
-    for (int found = m_points->First(kRecordOrder); found != 0; found = m_points->Next()) {
-        if (m_points->Get<"GroupIndex">() == id) {
-            EditCoordRecGroup(m_points->GetCurrentHandle(), 0);
+    for (int found = points.First(kRecordOrder); found != 0; found = points.Next()) {
+        if (points.Get<"GroupIndex">() == id) {
+            points.Set<"GroupIndex">(std::uint16_t{0});
+            points.Store();
         }
     }
     return 1;
 }
 
 int CqSurveyDB::SetCurrentGroup(const CString& name) {
-    m_currentGroup = GetGroupID(name);
-    return name.empty() || m_currentGroup != 0 ? 1 : 0;
+    m_job->defaults.now.group = GetGroupID(name);
+    return name.empty() || m_job->defaults.now.group != 0 ? 1 : 0;
 }
 
 CString CqSurveyDB::GetCurrentGroup() {
-    return GetGroupName(m_currentGroup);
+    return GetGroupName(m_job->defaults.now.group);
 }
 
 std::uint16_t CqSurveyDB::GetGroupID(const CString& name) const {
-    return m_groups->FindByName(name) ? static_cast<std::uint16_t>(m_groups->GetCurrentHandle())
-                                      : std::uint16_t{0};
+    return m_job->groups.FindByName(name)
+               ? static_cast<std::uint16_t>(m_job->groups.GetCurrentHandle())
+               : std::uint16_t{0};
 }
 
 CString CqSurveyDB::GetGroupName(std::uint16_t id) {
-    return id == 0 ? CString() : m_groups->GetName(id);
+    return id == 0 ? CString() : m_job->groups.GetName(id);
 }
 
 int CqSurveyDB::EditCoordRecGroup(const CString& pointName, std::uint16_t id) const {
-    return EditCoordRecGroup(m_points->FindByName(pointName), id);
+    return EditCoordRecGroup(m_job->pointIndex.FindByName(pointName), id);
 }
 
 int CqSurveyDB::EditCoordRecGroup(CqHandle handle, std::uint16_t id) const {
     if (handle == 0) {
         return 0;
     }
-    return Atomically(*this, [&] {
-        m_points->GoTo(handle);
-        m_points->Set<"GroupIndex">(id);
-        m_points->Store();
+    return Atomically(*m_job, [&] {
+        m_job->points.Edit(handle,
+                           [id](std::byte* record) { PointLayout::Set<"GroupIndex">(record, id); });
         return 1;
     });
 }
 
-int CqSurveyDB::CheckGroup(const CString& jobPath) {
+int Job::CheckGroup(const CString& jobPath) {
     CStringList names;
-    if (GetGroupList(names) == 0) {
+    groups.ForEach([&](CqHandle /*group*/, const std::byte* record) {
+        names.push_back(GroupLayout::Get<"GroupName">(record));
+    });
+    if (names.empty()) {
         return 1;
     }
     const CString folder = GetProjectPath(jobPath);
@@ -113,7 +114,9 @@ int CqSurveyDB::CheckGroup(const CString& jobPath) {
         int result = 1;
         for (const CString& name : names) {
             if (HostFile::Exists(folder + name)) {
-                DelGroup(name);
+                if (groups.FindByName(name)) {
+                    DeleteGroup(static_cast<std::uint16_t>(groups.GetCurrentHandle()));
+                }
                 result = 0;
             }
         }

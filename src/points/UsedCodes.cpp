@@ -4,10 +4,8 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/Job.h"
 #include "platform/RecordHash.h"
-#include "tables/CqPlineTable.h"
-#include "tables/CqPointTable.h"
-#include "tables/CqTextTable.h"
 
 namespace cqsurvey {
 
@@ -19,9 +17,9 @@ class CodeCollector {
  public:
     template <class Table>
     void AddFrom(Table& table) {
-        for (int found = table.First(kRecordOrder); found != 0; found = table.Next()) {
-            Add(table.template Get<"FeatureCode">());
-        }
+        table.ForEach([this](CqHandle /*handle*/, const std::byte* record) {
+            Add(Table::Layout::template Get<"FeatureCode">(record));
+        });
     }
 
     [[nodiscard]] CList<int, int> List() const {
@@ -52,9 +50,9 @@ class CodeCollector {
 int CqSurveyDB::GetUsedCode(CList<int, int>& codes) {
     codes.clear();
     CodeCollector collector;
-    collector.AddFrom(*m_points);
-    collector.AddFrom(*m_plines);
-    collector.AddFrom(*m_texts);
+    collector.AddFrom(m_job->points);
+    collector.AddFrom(m_job->plines);
+    collector.AddFrom(m_job->texts);
     codes = collector.List();
     return 1;
 }

@@ -4,12 +4,14 @@
 #include <optional>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/Job.h"
 #include "job/JobStep.h"
 #include "platform/HostFile.h"
 #include "settings/FixedKeys.h"
+#include "store/Failure.h"
 #include "store/Qrfs.h"
+#include "store/StoreExtras.h"
 #include "store/ThrowStorageError.h"
-#include "tables/CqSettingsFile.h"
 
 namespace cqsurvey {
 
@@ -18,11 +20,6 @@ namespace {
 constexpr int kModeRead = 1;
 constexpr int kModeWrite = 2;
 constexpr std::uint16_t kNoAttributes = 0xFFFF;
-
-/// The medium failed, so that the step was undone.
-bool IsVolumeFailure(std::int32_t code) {
-    return code == error::kReadWriteFailed || code == error::kVolumeFull || code == error::kDamaged;
-}
 
 /// Copies the source over the volume's file. False when either fails.
 bool CopyImage(HostFile& source, std::int32_t image) {
@@ -53,9 +50,9 @@ bool CopyImage(HostFile& source, std::int32_t image) {
 int CqSurveyDB::StoreBackgroundImageFile(const CString& sourcePath, int type, const CVector& centre,
                                          const CVector& size, double rotation) {
     const auto store = [&] {
-        const CString imagePath = m_mountName + m_BGName;
+        const CString imagePath = m_job->mountName + m_BGName;
         HostFile source;
-        if (QrfsIsMountedVolume(sourcePath) == 0) {
+        if (StoreIsMountedVolume(sourcePath) == 0) {
             // A source that cannot be opened fails at its first read.
             static_cast<void>(source.OpenToRead(sourcePath));
         }
@@ -78,21 +75,21 @@ int CqSurveyDB::StoreBackgroundImageFile(const CString& sourcePath, int type, co
             return 0;
         }
         const auto place = [&](BackgroundKey key, double value) {
-            m_settings->WriteDouble(m_BGSettingsSection, m_BGSettingsKey[key], value);
+            m_job->settings.WriteDouble(m_BGSettingsSection, m_BGSettingsKey[key], value);
         };
-        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kType], type);
+        m_job->settings.WriteInt(m_BGSettingsSection, m_BGSettingsKey[kType], type);
         place(kCenterX, centre.GetX());
         place(kCenterY, centre.GetY());
         place(kSizeX, size.GetX());
         place(kSizeY, size.GetY());
         place(kRotation, rotation);
-        WriteSettingsIniFile();
+        m_job->WriteSettingsIniFile();
         return 1;
     };
     try {
-        return Atomically(*this, store);
+        return Atomically(*m_job, store);
     } catch (const CqSurveyException& failure) {
-        if (!IsVolumeFailure(failure.m_code)) {
+        if (KindOf(failure.m_code) != FailureKind::Medium) {
             throw;
         }
         return 0;
@@ -101,7 +98,7 @@ int CqSurveyDB::StoreBackgroundImageFile(const CString& sourcePath, int type, co
 
 int CqSurveyDB::ReadBackgroundImageFile(std::uint8_t*& data, std::uint32_t& length, int& type,
                                         CVector& centre, CVector& size, double& rotation) {
-    const std::int32_t image = QrfsOpenFile(m_mountName + m_BGName, kModeRead);
+    const std::int32_t image = QrfsOpenFile(m_job->mountName + m_BGName, kModeRead);
     if (image == -1) {
         return 0;
     }
@@ -128,11 +125,11 @@ int CqSurveyDB::ReadBackgroundImageFile(std::uint8_t*& data, std::uint32_t& leng
     }
     const auto place = [&](BackgroundKey key) {
         double value = 0;
-        m_settings->GetDouble(m_BGSettingsSection, m_BGSettingsKey[key], value);
+        m_job->settings.GetDouble(m_BGSettingsSection, m_BGSettingsKey[key], value);
         return value;
     };
     type = 0;
-    m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kType], type);
+    m_job->settings.GetInt(m_BGSettingsSection, m_BGSettingsKey[kType], type);
     centre = CVector(place(kCenterX), place(kCenterY));
     size = CVector(place(kSizeX), place(kSizeY));
     rotation = place(kRotation);
@@ -142,8 +139,8 @@ int CqSurveyDB::ReadBackgroundImageFile(std::uint8_t*& data, std::uint32_t& leng
 }
 
 int CqSurveyDB::DeleteBackgroundImageFile() {
-    return Atomically(*this, [&] {
-        if (QrfsDeleteFile(m_mountName + m_BGName) == 0) {
+    return Atomically(*m_job, [&] {
+        if (QrfsDeleteFile(m_job->mountName + m_BGName) == 0) {
             const std::int32_t failure = QrfsGetLastError();
             if (failure != error::kNoFile) {
                 ThrowStorageError(failure);
@@ -151,47 +148,47 @@ int CqSurveyDB::DeleteBackgroundImageFile() {
             return 0;
         }
         for (const BackgroundKey key : {kCenterX, kCenterY, kSizeX, kSizeY}) {
-            m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[key], 0);
+            m_job->settings.WriteInt(m_BGSettingsSection, m_BGSettingsKey[key], 0);
         }
-        WriteSettingsIniFile();
+        m_job->WriteSettingsIniFile();
         return 1;
     });
 }
 
 int CqSurveyDB::IsBackgroundImageFile() {
-    return QrfsGetFileAttributes(m_mountName + m_BGName) != kNoAttributes ? 1 : 0;
+    return QrfsGetFileAttributes(m_job->mountName + m_BGName) != kNoAttributes ? 1 : 0;
 }
 
 int CqSurveyDB::SetBackgroundImageSettings(int brightness, int contrast, int monotone) {
-    if (CheckImageBrightness(brightness) == 0 || CheckImageContrast(contrast) == 0) {
+    if (Job::CheckImageBrightness(brightness) == 0 || Job::CheckImageContrast(contrast) == 0) {
         return 0;
     }
-    return Atomically(*this, [&] {
-        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kBrightness], brightness);
-        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kContrast], contrast);
-        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kMonotone], monotone);
-        WriteSettingsIniFile();
+    return Atomically(*m_job, [&] {
+        m_job->settings.WriteInt(m_BGSettingsSection, m_BGSettingsKey[kBrightness], brightness);
+        m_job->settings.WriteInt(m_BGSettingsSection, m_BGSettingsKey[kContrast], contrast);
+        m_job->settings.WriteInt(m_BGSettingsSection, m_BGSettingsKey[kMonotone], monotone);
+        m_job->WriteSettingsIniFile();
         return 1;
     });
 }
 
 void CqSurveyDB::GetBackgroundImageSettings(int& brightness, int& contrast, int& monotone) {
-    m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kBrightness], brightness);
-    m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kContrast], contrast);
-    m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kMonotone], monotone);
+    m_job->settings.GetInt(m_BGSettingsSection, m_BGSettingsKey[kBrightness], brightness);
+    m_job->settings.GetInt(m_BGSettingsSection, m_BGSettingsKey[kContrast], contrast);
+    m_job->settings.GetInt(m_BGSettingsSection, m_BGSettingsKey[kMonotone], monotone);
 }
 
 void CqSurveyDB::SetBackgroundColor(std::uint32_t color) {
-    Atomically(*this, [&] {
-        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kBKColor],
-                             static_cast<std::int32_t>(color));
-        WriteSettingsIniFile();
+    Atomically(*m_job, [&] {
+        m_job->settings.WriteInt(m_BGSettingsSection, m_BGSettingsKey[kBKColor],
+                                 static_cast<std::int32_t>(color));
+        m_job->WriteSettingsIniFile();
     });
 }
 
 std::uint32_t CqSurveyDB::GetBackgroundColor() {
     auto color = static_cast<std::int32_t>(kDefaultBKColor);
-    m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kBKColor], color);
+    m_job->settings.GetInt(m_BGSettingsSection, m_BGSettingsKey[kBKColor], color);
     return static_cast<std::uint32_t>(color);
 }
 

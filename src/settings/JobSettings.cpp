@@ -1,12 +1,12 @@
 #include <algorithm>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/Job.h"
 #include "job/JobStep.h"
 #include "platform/CaseFold.h"
 #include "settings/FixedKeys.h"
 #include "store/Qrfs.h"
 #include "store/ThrowStorageError.h"
-#include "tables/CqSettingsFile.h"
 
 namespace cqsurvey {
 
@@ -35,30 +35,31 @@ bool Holds(const Keys& keys, const CString& key) {
 }  // namespace
 
 int CqSurveyDB::GetSettingsSectionList(CStringList& list) {
-    return m_settings->GetSectionList(list);
+    return m_job->settings.GetSectionList(list);
 }
 
 int CqSurveyDB::GetSettingsKeyList(const CString& section, CStringList& list) {
-    return m_settings->GetKeyList(section, list);
+    return m_job->settings.GetKeyList(section, list);
 }
 
 int CqSurveyDB::AddSettingsSection(const CString& section) {
-    return Atomically(
-        *this, [&] { return m_settings->AddSection(section) != 0 ? WriteSettingsIniFile() : 0; });
+    return Atomically(*m_job, [&] {
+        return m_job->settings.AddSection(section) != 0 ? m_job->WriteSettingsIniFile() : 0;
+    });
 }
 
 int CqSurveyDB::DeleteSettingsSection(const CString& section) {
     if (EqualFold(section, m_SettingsSection) || EqualFold(section, m_BGSettingsSection)) {
         return 0;
     }
-    return Atomically(*this, [&] {
-        return m_settings->DeleteSection(section) != 0 ? WriteSettingsIniFile() : 0;
+    return Atomically(*m_job, [&] {
+        return m_job->settings.DeleteSection(section) != 0 ? m_job->WriteSettingsIniFile() : 0;
     });
 }
 
 int CqSurveyDB::GetSettingsString(const CString& section, const CString& key, CString& value,
                                   const CString& defaultValue) {
-    if (m_settings->GetString(section, key, value) != 0) {
+    if (m_job->settings.GetString(section, key, value) != 0) {
         return 1;
     }
     value = defaultValue;
@@ -67,7 +68,7 @@ int CqSurveyDB::GetSettingsString(const CString& section, const CString& key, CS
 
 int CqSurveyDB::GetSettingsInt(const CString& section, const CString& key, int& value,
                                int defaultValue) {
-    if (m_settings->GetInt(section, key, value) != 0) {
+    if (m_job->settings.GetInt(section, key, value) != 0) {
         return 1;
     }
     value = defaultValue;
@@ -76,181 +77,197 @@ int CqSurveyDB::GetSettingsInt(const CString& section, const CString& key, int& 
 
 int CqSurveyDB::WriteSettingsString(const CString& section, const CString& key,
                                     const CString& value) {
-    return Atomically(*this, [&] {
-        return m_settings->WriteString(section, key, value) != 0 ? WriteSettingsIniFile() : 0;
+    return Atomically(*m_job, [&] {
+        return m_job->settings.WriteString(section, key, value) != 0 ? m_job->WriteSettingsIniFile()
+                                                                     : 0;
     });
 }
 
 int CqSurveyDB::WriteSettingsInt(const CString& section, const CString& key, int value) {
-    return Atomically(*this, [&] {
-        return m_settings->WriteInt(section, key, value) != 0 ? WriteSettingsIniFile() : 0;
+    return Atomically(*m_job, [&] {
+        return m_job->settings.WriteInt(section, key, value) != 0 ? m_job->WriteSettingsIniFile()
+                                                                  : 0;
     });
 }
 
 int CqSurveyDB::ImportSettingsFile(const CString& hostPath) {
-    return Atomically(*this, [&] {
-        const CString backupPath = m_mountName + kBackupPath;
-        m_settings->Backup(backupPath);
-        int result = m_settings->ImportFile(hostPath);
+    return Atomically(*m_job, [&] {
+        const CString backupPath = m_job->mountName + kBackupPath;
+        m_job->settings.Backup(backupPath);
+        int result = m_job->settings.ImportFile(hostPath);
         if (result != 0) {
-            ReadSettingsIniFile();
-            result = CheckSettingsIniFile();
+            m_job->ReadSettingsIniFile();
+            result = m_job->CheckSettingsIniFile();
         }
         if (result == 0) {
-            m_settings->Restore(backupPath);
+            m_job->settings.Restore(backupPath);
         }
         return result;
     });
 }
 
 int CqSurveyDB::ExportSettingsFile(const CString& hostPath) {
-    return m_settings->ExportFile(hostPath);
+    return m_job->settings.ExportFile(hostPath);
 }
 
 double CqSurveyDB::GetSiPointSize() {
     double size = kDefaultSiPointSize;
-    m_settings->GetDouble(m_SettingsSection, m_SettingsKey[kSiPointSize], size);
+    m_job->settings.GetDouble(m_SettingsSection, m_SettingsKey[kSiPointSize], size);
     return size;
 }
 
 void CqSurveyDB::SetSiPointSize(double size) {
-    Atomically(*this, [&] {
-        m_settings->WriteDouble(m_SettingsSection, m_SettingsKey[kSiPointSize], size);
-        WriteSettingsIniFile();
+    Atomically(*m_job, [&] {
+        m_job->settings.WriteDouble(m_SettingsSection, m_SettingsKey[kSiPointSize], size);
+        m_job->WriteSettingsIniFile();
     });
 }
 
 int CqSurveyDB::GetJCoordDivision() {
     std::int32_t division = 0;
-    m_settings->GetInt(m_SettingsSection, m_SettingsKey[kJCoordDivision], division);
+    m_job->settings.GetInt(m_SettingsSection, m_SettingsKey[kJCoordDivision], division);
     return division;
 }
 
 int CqSurveyDB::SetJCoordDivision(int division) {
-    if (division == 0 || CheckJCoordDivision(division) == 0) {
+    if (division == 0 || Job::CheckJCoordDivision(division) == 0) {
         return 0;
     }
-    return Atomically(*this, [&] {
-        m_settings->WriteInt(m_SettingsSection, m_SettingsKey[kJCoordDivision], division);
-        WriteSettingsIniFile();
+    return Atomically(*m_job, [&] {
+        m_job->settings.WriteInt(m_SettingsSection, m_SettingsKey[kJCoordDivision], division);
+        m_job->WriteSettingsIniFile();
         return 1;
     });
 }
 
 int CqSurveyDB::SetDrawingForceMonotone(int color) {
-    if (CheckImageMonotoneMode(color) == 0) {
+    if (Job::CheckImageMonotoneMode(color) == 0) {
         return 0;
     }
-    return Atomically(*this, [&] {
-        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kEntityColor], color);
-        WriteSettingsIniFile();
+    return Atomically(*m_job, [&] {
+        m_job->settings.WriteInt(m_BGSettingsSection, m_BGSettingsKey[kEntityColor], color);
+        m_job->WriteSettingsIniFile();
         return 1;
     });
 }
 
 int CqSurveyDB::IsDrawingForceMonotone(int& color) {
-    m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kEntityColor], color);
+    m_job->settings.GetInt(m_BGSettingsSection, m_BGSettingsKey[kEntityColor], color);
     return color != kNoForcedColor ? 1 : 0;
 }
 
-int CqSurveyDB::SetDefaultSettingsIniFile() {
-    m_settings->Clear();
-    m_settings->AddSection(m_SettingsSection);
-    m_settings->AddSection(m_BGSettingsSection);
-    m_settings->WriteDouble(m_SettingsSection, m_SettingsKey[kSiPointSize], kDefaultSiPointSize);
-    m_settings->WriteInt(m_SettingsSection, m_SettingsKey[kJCoordDivision], 0);
-    m_settings->WriteString(m_SettingsSection, m_SettingsKey[kVersion], m_Version);
-    m_settings->WriteInt(m_SettingsSection, m_SettingsKey[kMapscale], kDefaultMapscale);
-    m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kEntityColor], kNoForcedColor);
+int Job::SetDefaultSettingsIniFile() {
+    settings.Clear();
+    settings.AddSection(CqSurveyDB::m_SettingsSection);
+    settings.AddSection(CqSurveyDB::m_BGSettingsSection);
+    settings.WriteDouble(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kSiPointSize],
+                         kDefaultSiPointSize);
+    settings.WriteInt(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kJCoordDivision], 0);
+    settings.WriteString(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kVersion],
+                         CqSurveyDB::m_Version);
+    settings.WriteInt(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kMapscale],
+                      kDefaultMapscale);
+    settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[kEntityColor],
+                      kNoForcedColor);
     for (const BackgroundKey key :
          {kType, kCenterX, kCenterY, kSizeX, kSizeY, kRotation, kBrightness}) {
-        m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[key], 0);
+        settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[key], 0);
     }
-    m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kContrast], kDefaultContrast);
-    m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kMonotone], 0);
-    m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kBKColor],
-                         static_cast<std::int32_t>(kDefaultBKColor));
+    settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[kContrast],
+                      kDefaultContrast);
+    settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[kMonotone], 0);
+    settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[kBKColor],
+                      static_cast<std::int32_t>(kDefaultBKColor));
     return 1;
 }
 
-int CqSurveyDB::CreateSettingsIniFile() {
-    return m_settings->Create(m_mountName + m_SettingsPath) != 0 ? WriteSettingsIniFile() : 0;
+int Job::CreateSettingsIniFile() {
+    return settings.Create(mountName + CqSurveyDB::m_SettingsPath) != 0 ? WriteSettingsIniFile()
+                                                                        : 0;
 }
 
-int CqSurveyDB::ReadSettingsIniFile() {
-    return m_settings->Read(m_mountName + m_SettingsPath);
+int Job::ReadSettingsIniFile() {
+    return settings.Read(mountName + CqSurveyDB::m_SettingsPath);
 }
 
-int CqSurveyDB::WriteSettingsIniFile() {
-    if (m_settings->Write(m_mountName + m_SettingsPath) != 0) {
+int Job::WriteSettingsIniFile() {
+    if (settings.Write(mountName + CqSurveyDB::m_SettingsPath) != 0) {
         return 1;
     }
     // A job that can only be read must not seem changed until it is closed.
     if (QrfsGetLastError() == error::kAccessDenied) {
-        m_settings->UndoStep();
+        settings.UndoStep();
         ThrowStorageError(error::kAccessDenied);
     }
     return 0;
 }
 
-int CqSurveyDB::CheckSettingsIniFile() {
+int Job::CheckSettingsIniFile() {
     const bool accepted = CheckSettingsIniFileSections() != 0 && CheckSettingsIniFileKeys() != 0 &&
                           CheckSettingsIniFileValue() != 0;
     return accepted ? 1 : 0;
 }
 
-int CqSurveyDB::CheckSettingsIniFileSections() {
+int Job::CheckSettingsIniFileSections() {
     CStringList sections;
-    m_settings->GetSectionList(sections);
-    return Holds(sections, m_SettingsSection) && Holds(sections, m_BGSettingsSection) ? 1 : 0;
+    settings.GetSectionList(sections);
+    return Holds(sections, CqSurveyDB::m_SettingsSection) &&
+                   Holds(sections, CqSurveyDB::m_BGSettingsSection)
+               ? 1
+               : 0;
 }
 
-int CqSurveyDB::CheckSettingsIniFileKeys() {
+int Job::CheckSettingsIniFileKeys() {
     const auto hasAll = [&](const CString& section, const auto& fixed) {
         CStringList keys;
-        m_settings->GetKeyList(section, keys);
+        settings.GetKeyList(section, keys);
         return std::all_of(fixed.begin(), fixed.end(),
                            [&](const CString& key) { return Holds(keys, key); });
     };
-    return hasAll(m_SettingsSection, m_SettingsKey) && hasAll(m_BGSettingsSection, m_BGSettingsKey)
+    return hasAll(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey) &&
+                   hasAll(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey)
                ? 1
                : 0;
 }
 
-int CqSurveyDB::CheckSettingsIniFileValue() {
+int Job::CheckSettingsIniFileValue() {
     const auto accepts = [&](int (*check)(int), const CString& section, const CString& key) {
         std::int32_t value = 0;
-        return m_settings->GetInt(section, key, value) != 0 && check(value) != 0;
+        return settings.GetInt(section, key, value) != 0 && check(value) != 0;
     };
-    return accepts(CheckJCoordDivision, m_SettingsSection, m_SettingsKey[kJCoordDivision]) &&
-                   accepts(CheckImageBrightness, m_BGSettingsSection,
-                           m_BGSettingsKey[kBrightness]) &&
-                   accepts(CheckImageContrast, m_BGSettingsSection, m_BGSettingsKey[kContrast]) &&
-                   accepts(CheckImageMonotoneMode, m_BGSettingsSection,
-                           m_BGSettingsKey[kEntityColor])
+    return accepts(CheckJCoordDivision, CqSurveyDB::m_SettingsSection,
+                   CqSurveyDB::m_SettingsKey[kJCoordDivision]) &&
+                   accepts(CheckImageBrightness, CqSurveyDB::m_BGSettingsSection,
+                           CqSurveyDB::m_BGSettingsKey[kBrightness]) &&
+                   accepts(CheckImageContrast, CqSurveyDB::m_BGSettingsSection,
+                           CqSurveyDB::m_BGSettingsKey[kContrast]) &&
+                   accepts(CheckImageMonotoneMode, CqSurveyDB::m_BGSettingsSection,
+                           CqSurveyDB::m_BGSettingsKey[kEntityColor])
                ? 1
                : 0;
 }
 
-int CqSurveyDB::CheckJCoordDivision(int value) {
+int Job::CheckJCoordDivision(int value) {
     return value >= 0 && value <= 19 ? 1 : 0;
 }
 
-int CqSurveyDB::CheckImageBrightness(int value) {
+int Job::CheckImageBrightness(int value) {
     return value > -256 && value < 256 ? 1 : 0;
 }
 
-int CqSurveyDB::CheckImageContrast(int value) {
+int Job::CheckImageContrast(int value) {
     return value >= 0 && value <= 65000 ? 1 : 0;
 }
 
-int CqSurveyDB::CheckImageMonotoneMode(int value) {
+int Job::CheckImageMonotoneMode(int value) {
     return value >= -1 && value <= 255 ? 1 : 0;
 }
 
-int CqSurveyDB::CheckSettingsIniFileReserved(const CString& section, const CString& key) {
-    const bool reserved = (EqualFold(section, m_SettingsSection) && Holds(m_SettingsKey, key)) ||
-                          (EqualFold(section, m_BGSettingsSection) && Holds(m_BGSettingsKey, key));
+int Job::CheckSettingsIniFileReserved(const CString& section, const CString& key) {
+    const bool reserved = (EqualFold(section, CqSurveyDB::m_SettingsSection) &&
+                           Holds(CqSurveyDB::m_SettingsKey, key)) ||
+                          (EqualFold(section, CqSurveyDB::m_BGSettingsSection) &&
+                           Holds(CqSurveyDB::m_BGSettingsKey, key));
     return reserved ? 1 : 0;
 }
 

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "platform/Text.h"
-#include "store/StoreFailure.h"
+#include "store/Failure.h"
 
 namespace cqsurvey {
 

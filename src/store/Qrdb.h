@@ -23,23 +23,21 @@ struct QrdbFieldDef {
 /// The only index there is: record order.
 inline constexpr std::int32_t kRecordOrder = -1;
 
-/// 0 on failure: 0x31000002 when the table exists, 0x31000005 for a bad description.
+/// 0 on failure: error::kTableExists when the table exists, error::kBadTableDescription for a bad
+/// description.
 int QrdbCreateTable(const CString& path, std::uint32_t fieldCount, const QrdbFieldDef* fields);
-/// Opens a table without loading it. 0 on failure: 0x31000001 when there is none.
+/// Opens a table without loading it. 0 on failure: error::kNoTable when there is none.
 std::uint32_t QrdbOpenTable(const CString& path);
-/// Non-zero when the table has exactly these fields; 0 with 0x30000007 otherwise.
-int QrdbCheckTable(std::uint32_t table, std::uint32_t fieldCount, const QrdbFieldDef* fields);
 int QrdbCloseTable(std::uint32_t table);
 
 /// Appends a record; its number is one more than the highest ever used. The current record stays.
 int QrdbAppendRecord(std::uint32_t table, const void* record);
-/// The same, and makes the record the current one. Returns its number, 0 on failure.
-std::uint32_t QrdbAppendCurrent(std::uint32_t table, const void* record);
 /// Index -1 only. The current record stays.
 int QrdbSetIndex(std::uint32_t table, std::int32_t index);
 
-/// The moves return 0 both on failure and when there is no such record; the last error is 0 then,
-/// and there is no current record, though a move back from behind the end finds the last one.
+/// The moves return 0 on failure and when there is no such record. In the second case the last
+/// error is 0 and there is no current record; a move back from after the end finds the last one
+/// again.
 int QrdbMoveFirst(std::uint32_t table);
 int QrdbMoveLast(std::uint32_t table);
 int QrdbMoveNext(std::uint32_t table);
@@ -63,17 +61,9 @@ int QrdbWriteMemo(std::uint32_t table, const CString& text, void* memoField);
 int QrdbReadMemo(std::uint32_t table, char16_t* buffer, std::uint16_t maxBytes,
                  std::uint32_t reference);
 
-/// 0 on failure: 0x31000003 when there is no such record.
+/// 0 on failure: error::kNoRecord when there is no such record.
 int QrdbGoToRecord(std::uint32_t table, std::uint32_t record);
 /// 0 when there is no current record.
 std::uint32_t QrdbGetCurrentHandle(std::uint32_t table);
-
-/// The packed bytes of a record without moving to it; null on failure, and also, with the last
-/// error 0, when there is no such record. They stay valid until the table is changed.
-const std::byte* QrdbPeekRecord(std::uint32_t table, std::uint32_t record);
-
-/// Adds a view for people who open the volume with other tools; the store never reads it. `sql` is
-/// the statement behind "CREATE VIEW name AS".
-int QrdbCreateView(const CString& path, const char* sql);
 
 }  // namespace cqsurvey

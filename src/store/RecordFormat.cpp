@@ -6,8 +6,8 @@
 #include <cstring>
 #include <limits>
 
-#include "store/StoreFailure.h"
-#include "tables/RecordLayout.h"
+#include "platform/ByteOrder.h"
+#include "store/Failure.h"
 
 namespace cqsurvey {
 

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
+#include "platform/ByteOrder.h"
+#include "store/Failure.h"
 #include "store/MemoStore.h"
-#include "store/StoreFailure.h"
-#include "tables/RecordLayout.h"
 
 namespace cqsurvey {
 
@@ -136,13 +136,17 @@ void RecordTable::LoadAll() {
     m_loaded = true;
 }
 
-std::uint32_t RecordTable::Append(const std::byte* record) {
+std::uint32_t RecordTable::NextNumber() {
     Load();
     if (m_next > kLastNumber ||
         m_chunks.GetCount() >= std::size_t{std::numeric_limits<std::int32_t>::max()}) {
         throw StoreFailure(error::kVolumeFull, "table " + m_name + " has no number left");
     }
-    const auto number = static_cast<std::uint32_t>(m_next);
+    return static_cast<std::uint32_t>(m_next);
+}
+
+std::uint32_t RecordTable::Append(const std::byte* record) {
+    const std::uint32_t number = NextNumber();
     m_chunks.PutMarked(number, record);
     ++m_next;
     return number;

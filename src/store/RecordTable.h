@@ -39,6 +39,9 @@ class RecordTable {
 
     // The changes below must stand inside a step of the volume.
 
+    /// The number that the next record appended gets.
+    [[nodiscard]] std::uint32_t NextNumber();
+
     /// Returns the number that the record gets.
     std::uint32_t Append(const std::byte* record);
     void Write(std::uint32_t number, const std::byte* record);

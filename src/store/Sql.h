@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "cqsurvey/Types.h"
-#include "store/StoreFailure.h"
+#include "store/Failure.h"
 
 namespace cqsurvey {
 

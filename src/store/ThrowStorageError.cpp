@@ -4,11 +4,12 @@
 
 #include "cqsurvey/CqSurveyException.h"
 #include "store/Qrfs.h"
+#include "store/StoreExtras.h"
 
 namespace cqsurvey {
 
 void ThrowStorageError(std::int32_t code) {
-    const char* detail = QrfsGetLastErrorDetail();
+    const char* detail = StoreErrorDetail();
     throw CqSurveyException(code == error::kNone ? error::kUnknown : code, detail);
 }
 

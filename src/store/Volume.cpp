@@ -2,27 +2,11 @@
 
 #include <array>
 
-#include "store/StoreFailure.h"
+#include "store/Failure.h"
 
 namespace cqsurvey {
 
 namespace {
-
-/// What an operation answers before it changes anything.
-bool IsRefusal(std::int32_t code) {
-    switch (code) {
-        case error::kInvalidArgument:
-        case error::kNoFile:
-        case error::kFileExists:
-        case error::kNoTable:
-        case error::kTableExists:
-        case error::kNoRecord:
-        case error::kBadTableDescription:
-            return true;
-        default:
-            return false;
-    }
-}
 
 std::string LowerAscii(std::string text) {
     for (char& c : text) {
@@ -91,7 +75,7 @@ void Volume::SpoilStep(std::int32_t code, const std::string& detail) {
 void Volume::EndFailed(bool own, const StoreFailure& failure) {
     if (own) {
         RollbackStep();
-    } else if (!IsRefusal(failure.code) || IsTransactionLost()) {
+    } else if (KindOf(failure.code) != FailureKind::Refusal || IsTransactionLost()) {
         SpoilStep(failure.code, failure.detail);
     }
 }

@@ -6,10 +6,10 @@
 #include <string>
 #include <string_view>
 
+#include "store/Failure.h"
 #include "store/MemoStore.h"
 #include "store/RecordTable.h"
 #include "store/Sql.h"
-#include "store/StoreFailure.h"
 #include "store/VolumeDatabase.h"
 #include "store/VolumeDirectory.h"
 #include "store/VolumeFile.h"

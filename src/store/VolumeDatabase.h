@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "store/Failure.h"
 #include "store/RecordFormat.h"
 #include "store/Sql.h"
-#include "store/StoreFailure.h"
 
 namespace cqsurvey {
 

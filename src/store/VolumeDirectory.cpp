@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "cqsurvey/Text.h"
-#include "store/StoreFailure.h"
+#include "store/Failure.h"
 
 namespace cqsurvey {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "store/StoreFailure.h"
+#include "store/Failure.h"
 
 namespace cqsurvey {
 

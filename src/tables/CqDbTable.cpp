@@ -2,6 +2,7 @@
 
 #include "cqsurvey/CqSurveyException.h"
 #include "store/Qrfs.h"
+#include "store/StoreExtras.h"
 #include "store/ThrowStorageError.h"
 
 namespace cqsurvey {
@@ -46,9 +47,9 @@ void CqDbTable::Open(const CString& name) {
     }
     m_hTable = QrdbOpenTable(name);
     Require(m_hTable != 0);
-    if (QrdbCheckTable(m_hTable, m_nFields, m_pFieldDefs) == 0) {
+    if (StoreCheckTable(m_hTable, m_nFields, m_pFieldDefs) == 0) {
         const std::int32_t code = QrfsGetLastError();
-        const CqSurveyException failure(code, QrfsGetLastErrorDetail());
+        const CqSurveyException failure(code, StoreErrorDetail());
         CqDbTable::Close();
         throw failure;
     }
@@ -97,7 +98,7 @@ int CqDbTable::Append(const void* record) {
 
 CqHandle CqDbTable::AppendCurrent(const void* record) {
     m_bLoaded = 0;
-    const CqHandle handle = QrdbAppendCurrent(m_hTable, record);
+    const CqHandle handle = StoreAppendCurrent(m_hTable, record);
     Require(handle != 0);
     m_bLoaded = 1;
     return handle;
@@ -114,9 +115,24 @@ void CqDbTable::GoTo(CqHandle handle) {
 }
 
 const std::byte* CqDbTable::PeekRecord(CqHandle handle) const {
-    const std::byte* record = QrdbPeekRecord(m_hTable, handle);
+    const std::byte* record = StorePeekRecord(m_hTable, handle);
     Require(record != nullptr || QrfsGetLastError() == error::kNone);
     return record;
+}
+
+const std::byte* CqDbTable::RecordAt(CqHandle handle) {
+    const std::byte* record = PeekRecord(handle);
+    if (record == nullptr) {
+        // The store says in its own words which record is gone.
+        GoTo(handle);
+    }
+    return record;
+}
+
+CqHandle CqDbTable::NextHandle() const {
+    const CqHandle handle = StoreNextRecord(m_hTable);
+    Require(handle != 0);
+    return handle;
 }
 
 CqHandle CqDbTable::GetCurrentHandle() const {

@@ -5,23 +5,24 @@
 
 #include "cqsurvey/Types.h"
 #include "store/Qrdb.h"
+#include "tables/JobPart.h"
 
 namespace cqsurvey {
 
 /// One open table of the store and its current record. Every failure of the store is thrown as
 /// CqSurveyException with its code.
-class CqDbTable {
+class CqDbTable : public JobPart {
  public:
     CqDbTable() = default;
     CqDbTable(const CqDbTable&) = delete;
     CqDbTable& operator=(const CqDbTable&) = delete;
     /// Closes the table if it is open; a failure to do so is lost.
-    virtual ~CqDbTable();
+    ~CqDbTable() override;
 
     /// Creates the table and opens it; closes the one that is open first.
     virtual void Create(const CString& name);
-    /// Opens the table, which must have the fields of DefineFields (0x30000007); closes the one
-    /// that is open first.
+    /// Opens the table, which must have the fields of DefineFields (error::kDamaged); closes the
+    /// one that is open first.
     virtual void Open(const CString& name);
     /// The object is closed afterwards, also when it throws.
     virtual void Close();
@@ -41,11 +42,15 @@ class CqDbTable {
     /// handle.
     CqHandle AppendCurrent(const void* record);
     void SetIndex(std::int32_t index);
-    /// Throws 0x31000003 when there is no such record.
+    /// Throws error::kNoRecord when there is no such record.
     void GoTo(CqHandle handle);
     /// The packed bytes of a record without moving to it; null when there is no such record. They
     /// stay valid until the table is changed.
     [[nodiscard]] const std::byte* PeekRecord(CqHandle handle) const;
+    /// The same, but throws error::kNoRecord when there is no such record.
+    [[nodiscard]] const std::byte* RecordAt(CqHandle handle);
+    /// The handle that the next record appended gets.
+    [[nodiscard]] CqHandle NextHandle() const;
     [[nodiscard]] CqHandle GetCurrentHandle() const;
     [[nodiscard]] int IsAtEnd() const;
     void LoadCurrent(void* buffer);
@@ -60,8 +65,9 @@ class CqDbTable {
     /// The handle of the open table in the store, 0 when none is.
     [[nodiscard]] std::uint32_t GetTable() const { return m_hTable; }
 
-    /// The table may have changed behind the buffer: the next access loads the record again.
-    void ForgetLoaded() noexcept { m_bLoaded = 0; }
+    void OnClose() override { Close(); }
+    /// The store has put records back: the next access loads the current one again.
+    void UndoStep() noexcept override { m_bLoaded = 0; }
 
     /// The records of a table that is not open; 0 when it cannot be opened.
     static std::int32_t CountRecords(const CString& name);

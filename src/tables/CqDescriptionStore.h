@@ -13,6 +13,7 @@
 #include "platform/ProbeTable.h"
 #include "platform/RecordHash.h"
 #include "store/CQrfsFile.h"
+#include "tables/JobPart.h"
 
 namespace cqsurvey {
 
@@ -21,7 +22,7 @@ namespace cqsurvey {
 /// was freed is used again for a text of exactly its capacity, the one freed first before others.
 ///
 /// Failures throw CqSurveyException, also those of the file.
-class CqDescriptionStore {
+class CqDescriptionStore : public JobPart {
  public:
     static const CString kFileName;
 
@@ -40,9 +41,12 @@ class CqDescriptionStore {
     bool Edit(CqHandle key, std::string_view text);
     bool Delete(CqHandle key);
 
-    void KeepStep() noexcept;
+    void OnCreate(const CString& root) override { Create(root + kFileName); }
+    void OnOpen(const CString& root) override { Open(root + kFileName); }
+    void OnClose() override { Close(); }
+    void KeepStep() noexcept override;
     /// Puts back which blocks are used and free, after the store has put the file back.
-    void UndoStep() noexcept;
+    void UndoStep() noexcept override;
 
  private:
     struct Head {

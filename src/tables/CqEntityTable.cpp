@@ -19,27 +19,26 @@ void CqEntityTable::Open(const CString& name) {
 }
 
 void CqEntityTable::StoreHeader() {
-    GoTo(kHeader);
-    Set<"NextEntityIndex">(m_head);
-    Set<"PrevEntityIndex">(m_tail);
-    Store();
+    Edit(kHeader, [this](std::byte* header) {
+        Layout::Set<"NextEntityIndex">(header, m_head);
+        Layout::Set<"PrevEntityIndex">(header, m_tail);
+    });
 }
 
-CqHandle CqEntityTable::AppendEntity(std::uint16_t type, CqHandle objectIndex,
-                                     std::uint16_t layerIndex, std::int32_t colorID, double n,
-                                     double e, double z, CqHandle prev, CqHandle next) {
+CqHandle CqEntityTable::AppendEntity(const Entity& entity, CqHandle prev, CqHandle next) {
     const CqHandle oldTail = m_tail;
-    Layout::Bytes record{};
-    Layout::Set<"ObjectType">(record.data(), type);
-    Layout::Set<"ObjectIndex">(record.data(), objectIndex);
-    Layout::Set<"LayerIndex">(record.data(), layerIndex);
-    Layout::Set<"ColorID">(record.data(), colorID);
-    Layout::Set<"N">(record.data(), n);
-    Layout::Set<"E">(record.data(), e);
-    Layout::Set<"Z">(record.data(), z);
-    Layout::Set<"PrevEntityIndex">(record.data(), prev == 0 ? oldTail : prev);
-    Layout::Set<"NextEntityIndex">(record.data(), next);
-    const CqHandle handle = AppendRecord(record);
+    Layout::Bytes bytes{};
+    std::byte* record = bytes.data();
+    Layout::Set<"ObjectType">(record, entity.type);
+    Layout::Set<"ObjectIndex">(record, entity.objectIndex);
+    Layout::Set<"LayerIndex">(record, entity.layerIndex);
+    Layout::Set<"ColorID">(record, entity.colorID);
+    Layout::Set<"N">(record, entity.n);
+    Layout::Set<"E">(record, entity.e);
+    Layout::Set<"Z">(record, entity.z);
+    Layout::Set<"PrevEntityIndex">(record, prev == 0 ? oldTail : prev);
+    Layout::Set<"NextEntityIndex">(record, next);
+    const CqHandle handle = AppendRecord(bytes);
     if (prev == 0) {
         if (oldTail != 0) {
             SetNext(oldTail, handle);
@@ -56,15 +55,29 @@ CqHandle CqEntityTable::AppendEntity(std::uint16_t type, CqHandle objectIndex,
     return handle;
 }
 
+const std::byte* CqEntityTable::FindEntity(CqHandle handle, int type) {
+    if (handle <= kHeader) {
+        return nullptr;
+    }
+    const std::byte* record = RecordAt(handle);
+    return Layout::Get<"ObjectType">(record) == type ? record : nullptr;
+}
+
+void CqEntityTable::StorePoint(CqHandle handle, const double* coords) {
+    Edit(handle, [coords](std::byte* record) {
+        Layout::Set<"E">(record, coords[0]);
+        Layout::Set<"N">(record, coords[1]);
+        Layout::Set<"Z">(record, coords[2]);
+    });
+}
+
 void CqEntityTable::Remove(CqHandle handle, bool relink) {
     if (handle <= kHeader) {
         return;
     }
-    GoTo(handle);
-    const auto prev = Get<"PrevEntityIndex">();
-    const auto next = Get<"NextEntityIndex">();
-    DeleteCurrent();
-    SetIndex(kRecordOrder);
+    const auto prev = GetAt<"PrevEntityIndex">(handle);
+    const auto next = GetAt<"NextEntityIndex">(handle);
+    DeleteRecord(handle);
     if (!relink) {
         return;
     }
@@ -84,15 +97,11 @@ void CqEntityTable::Remove(CqHandle handle, bool relink) {
 }
 
 void CqEntityTable::SetNext(CqHandle record, CqHandle value) {
-    GoTo(record);
-    Set<"NextEntityIndex">(value);
-    Store();
+    Edit(record, [value](std::byte* bytes) { Layout::Set<"NextEntityIndex">(bytes, value); });
 }
 
 void CqEntityTable::SetPrev(CqHandle record, CqHandle value) {
-    GoTo(record);
-    Set<"PrevEntityIndex">(value);
-    Store();
+    Edit(record, [value](std::byte* bytes) { Layout::Set<"PrevEntityIndex">(bytes, value); });
 }
 
 void CqEntityTable::KeepStep() noexcept {
@@ -101,6 +110,7 @@ void CqEntityTable::KeepStep() noexcept {
 }
 
 void CqEntityTable::UndoStep() noexcept {
+    CqDbTable::UndoStep();
     m_head = m_headAtStep;
     m_tail = m_tailAtStep;
 }

@@ -73,6 +73,7 @@ void CqLayerTable::KeepStep() noexcept {
 }
 
 void CqLayerTable::UndoStep() noexcept {
+    CqDbTable::UndoStep();
     m_current = m_atStep;
 }
 

@@ -32,8 +32,8 @@ class CqLayerTable : public CqRecordTable<LayerLayout> {
     /// The name of a layer, empty when it is gone.
     [[nodiscard]] CString GetName(CqHandle layer);
 
-    void KeepStep() noexcept;
-    void UndoStep() noexcept;
+    void KeepStep() noexcept override;
+    void UndoStep() noexcept override;
 
  private:
     struct Current {

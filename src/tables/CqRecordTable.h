@@ -21,6 +21,33 @@ class CqRecordTable : public CqDbTable {
         m_nFields = static_cast<std::uint32_t>(Layout::kFieldCount);
     }
 
+    void OnCreate(const CString& root) override { Create(root + CString(Layout::kTable.View())); }
+    void OnOpen(const CString& root) override { Open(root + CString(Layout::kTable.View())); }
+
+    /// A field of any record; throws error::kNoRecord when there is no such record.
+    template <FieldName Name>
+    [[nodiscard]] auto GetAt(CqHandle handle) {
+        return Layout::template Get<Name>(RecordAt(handle));
+    }
+
+    /// Changes a record, which becomes the current one: `change` is called with its bytes. Throws
+    /// error::kNoRecord when there is no such record.
+    template <class Change>
+    void Edit(CqHandle handle, Change&& change) {
+        GoTo(handle);
+        Load();
+        change(m_record.data());
+        Store();
+    }
+
+    /// Calls `visit` with the handle and the bytes of each record in record order.
+    template <class Visit>
+    void ForEach(Visit&& visit) {
+        for (int found = First(kRecordOrder); found != 0; found = Next()) {
+            visit(GetCurrentHandle(), Record());
+        }
+    }
+
     /// A field of the current record, which is loaded if it is not.
     template <FieldName Name>
     [[nodiscard]] auto Get() {

@@ -13,6 +13,7 @@
 #include "platform/HostFile.h"
 #include "platform/Text.h"
 #include "store/Qrfs.h"
+#include "store/StoreExtras.h"
 
 namespace cqsurvey {
 
@@ -321,7 +322,7 @@ int CqSettingsFile::WriteDouble(const CString& section, const CString& key, doub
 
 int CqSettingsFile::ExportFile(const CString& hostPath) {
     HostFile target;
-    if (QrfsIsMountedVolume(hostPath) != 0 || !target.Create(hostPath)) {
+    if (StoreIsMountedVolume(hostPath) != 0 || !target.Create(hostPath)) {
         return 0;
     }
     const ClosingFile closing(m_file);
@@ -338,7 +339,7 @@ int CqSettingsFile::ExportFile(const CString& hostPath) {
 
 int CqSettingsFile::ImportFile(const CString& hostPath) {
     HostFile source;
-    if (QrfsIsMountedVolume(hostPath) != 0 || !source.OpenToRead(hostPath)) {
+    if (StoreIsMountedVolume(hostPath) != 0 || !source.OpenToRead(hostPath)) {
         return 0;
     }
     const ClosingFile closing(m_file);

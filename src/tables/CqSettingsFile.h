@@ -7,6 +7,7 @@
 #include "cqsurvey/Types.h"
 #include "store/CQrfsFile.h"
 #include "tables/CqSettingsSection.h"
+#include "tables/JobPart.h"
 
 namespace cqsurvey {
 
@@ -15,7 +16,7 @@ namespace cqsurvey {
 /// A line with "[" and "]" begins a section, also when it holds a "="; a line with "=" belongs to
 /// the section before it; every other line is dropped. Names of sections and keys compare without
 /// letter case, and the first match counts. Results are 1 or 0; edits touch no file.
-class CqSettingsFile {
+class CqSettingsFile : public JobPart {
  public:
     /// Creates an empty file on a volume; 0 on a failure of the volume.
     int Create(const CString& path);
@@ -61,9 +62,8 @@ class CqSettingsFile {
     /// Puts the backup in place of the file, deletes the backup and reads the file.
     int Restore(const CString& backupPath);
 
-    /// The changes since the last of these two calls stand, or are taken back.
-    void KeepStep() noexcept;
-    void UndoStep() noexcept;
+    void KeepStep() noexcept override;
+    void UndoStep() noexcept override;
 
  private:
     using Sections = std::vector<CqSettingsSection>;

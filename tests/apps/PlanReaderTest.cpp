@@ -218,7 +218,7 @@ TEST_F(PlanReaderTest, TellsTheExtentsOfTheJobWhateverIsDrawnOfIt) {
 }
 
 TEST_F(PlanReaderTest, ReadsTheSettings) {
-    db.WriteSettingsString(CqSurveyDB::m_SettingsSection, u"Mapscale", u"250");
+    EXPECT_NE(db.WriteSettingsString(CqSurveyDB::m_SettingsSection, u"Mapscale", u"250"), 0);
     db.SetSiPointSize(8.0);
     db.SetBackgroundColor(0x000080FF);
     const Plan plan = Read();
@@ -228,7 +228,7 @@ TEST_F(PlanReaderTest, ReadsTheSettings) {
 }
 
 TEST_F(PlanReaderTest, SettingsThatMakeNoSenseAreTakenForTheUsualOnes) {
-    db.WriteSettingsString(CqSurveyDB::m_SettingsSection, u"Mapscale", u"-3");
+    EXPECT_NE(db.WriteSettingsString(CqSurveyDB::m_SettingsSection, u"Mapscale", u"-3"), 0);
     db.SetSiPointSize(-1.0);
     const Plan plan = Read();
     EXPECT_EQ(plan.mapScale, 500.0);

@@ -16,7 +16,7 @@ TEST(PointDetails, TellsEverythingAboutAPoint) {
     CqHandle handle = db.AddCoordRec(coords, u"P1", 7, SurveyCoordType{4}, 9);
     db.AddGroup(u"Road");
     db.EditCoordRecGroup(handle, 1);
-    db.AddCoordDescription(handle, u"oak");
+    EXPECT_NE(db.AddCoordDescription(handle, u"oak"), 0);
     const auto read = [&] {
         CqCoordRec record;
         CqHandle next = handle;

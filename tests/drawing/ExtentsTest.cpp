@@ -91,14 +91,16 @@ TEST_F(Extents, FollowEveryEditAndNeverShrink) {
     m_db.EditCircle(circle, west.data(), 1.0, 0, 0);
     ExpectExtents(-31.0, -1.0, 10.0, 20.0);
     const std::array south{0.0, -40.0, 0.0};
-    m_db.EditCoordRec(u"P", south.data(), 0);
+    EXPECT_NE(m_db.EditCoordRec(u"P", south.data(), 0), 0);
     ExpectExtents(-31.0, -40.0, 10.0, 20.0);
-    m_db.EditCoordRec(m_db.GetCoordRecHandleByCadEntityHandle(point), u"Q", north.data(), 0);
+    EXPECT_NE(
+        m_db.EditCoordRec(m_db.GetCoordRecHandleByCadEntityHandle(point), u"Q", north.data(), 0),
+        0);
 
     m_db.EditText(text, origin.data(), u"", 0, 0, u"", 0, 0, 0, 0, 0, 0);
     m_db.EditBitmap(bitmap, origin.data(), u"", CVector());
     m_db.EditCircle(circle, origin.data(), 0.0, 0, 0);
-    m_db.EditCoordRec(u"Q", origin.data(), 0);
+    EXPECT_NE(m_db.EditCoordRec(u"Q", origin.data(), 0), 0);
     ExpectExtents(-31.0, -40.0, 10.0, 20.0);
     Reopen();
     ExpectExtents(0.0, 0.0, 0.0, 0.0);

@@ -54,21 +54,21 @@ TEST_F(Batch, IsUndoneEverywhereWhenItIsLeft) {
     AddPoint(m_db, u"P01", 1, 2);
     m_db.AddGroup(u"Road");
     m_db.SetCurrentGroup(u"Road");
-    m_db.AddCoordDescription(1, u"before");
+    EXPECT_NE(m_db.AddCoordDescription(1, u"before"), 0);
     m_db.SetCurrentColor(9);
     m_db.SetSiPointSize(2.5);
     const std::array<double, 3> coords{500, 600, 0};
     {
         const CqBatch batch(m_db);
         AddPoint(m_db, u"P2", 100, 200);
-        m_db.EditCoordRec(CqHandle{1}, u"Q1", coords.data(), 5);
+        EXPECT_NE(m_db.EditCoordRec(CqHandle{1}, u"Q1", coords.data(), 5), 0);
         m_db.DelCoordRec(CqHandle{2});
         m_db.AddLayer(u"A", 2, 0);
         m_db.SetCurrentLayer(u"A");
         m_db.SetCurrentColor(3);
         m_db.SetCurrentGroup(u"");
         m_db.DelGroup(u"Road");
-        m_db.EditCoordDescription(1, u"after");
+        EXPECT_NE(m_db.EditCoordDescription(1, u"after"), 0);
         m_db.SetSiPointSize(7.0);
         m_db.AddText(coords.data(), u"text", 0, 0, u"", 1, 0, 0, 0, 0, 0);
         COORDFILTER none;

@@ -38,7 +38,7 @@ class JobCheck : public testing::Test {
         CqCadEntityList* list = db.StartPline(0, 0);
         db.AddVertex(list, coords.data(), 0);
         db.AddVertex(list, coords.data(), 0);
-        db.EndPline(list);                     // entities 4, 5, 6
+        EXPECT_NE(db.EndPline(list), 0U);      // entities 4, 5, 6
         db.AddCircle(coords.data(), 1, 0, 0);  // entity 7
         db.AddText(coords.data(), u"one", 0, 0, u"", 1, 0, 0, 0, 0, 0);
         db.AddText(coords.data(), u"two", 0, 0, u"", 1, 0, 0, 0, 0, 0);

@@ -10,30 +10,16 @@
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqCadEntityPtr.h"
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/Job.h"
 #include "store/Qrdb.h"
 #include "store/Qrfs.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
-#include "tables/CqLayerTable.h"
-#include "tables/JobSchema.h"
 
 namespace cqsurvey {
 namespace {
 
 namespace fs = std::filesystem;
-
-using LayersMember = std::unique_ptr<CqLayerTable> CqSurveyDB::*;
-LayersMember Layers();
-using ProjectPathOperation = CString (*)(const CString&);
-ProjectPathOperation ProjectPath();
-
-/// An explicit instantiation may name what is private.
-template <LayersMember Member, ProjectPathOperation Operation>
-struct Private {
-    friend LayersMember Layers() { return Member; }
-    friend ProjectPathOperation ProjectPath() { return Operation; }
-};
-template struct Private<&CqSurveyDB::m_layers, &CqSurveyDB::GetProjectPath>;
 
 std::string BytesOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -204,7 +190,7 @@ TEST_F(SurveyDB, ATableThatCannotBeClosedKeepsNothingMounted) {
     const CString path = m_folder.Path(u"a.job");
     CqSurveyDB db;
     db.CreateNew(path);
-    ASSERT_NE(QrdbCloseTable((db.*Layers())->GetTable()), 0);
+    ASSERT_NE(QrdbCloseTable(db.GetJob().layers.GetTable()), 0);
     EXPECT_EQ(CodeThrownBy([&] { db.Close(); }), error::kInvalidArgument);
     EXPECT_FALSE(db.IsOpen());
     EXPECT_NO_THROW(db.Open(path));
@@ -289,12 +275,12 @@ TEST_F(SurveyDB, CreateNewResetsThePendingPolylineAttributes) {
 }
 
 TEST_F(SurveyDB, TheProjectPathIsWhatStandsBeforeTheLastSeparator) {
-    EXPECT_EQ(ProjectPath()(u"\\Jobs\\A\\job.dat"), u"\\Jobs\\A");
-    EXPECT_EQ(ProjectPath()(u"job.dat"), u"\\");
-    EXPECT_EQ(ProjectPath()(u"\\job.dat"), u"\\");
-    EXPECT_EQ(ProjectPath()(u""), u"\\");
-    EXPECT_EQ(ProjectPath()(u"/home/jobs/job.dat"), u"/home/jobs");
-    EXPECT_EQ(ProjectPath()(u"jobs/A\\job.dat"), u"jobs/A");
+    EXPECT_EQ(Job::GetProjectPath(u"\\Jobs\\A\\job.dat"), u"\\Jobs\\A");
+    EXPECT_EQ(Job::GetProjectPath(u"job.dat"), u"\\");
+    EXPECT_EQ(Job::GetProjectPath(u"\\job.dat"), u"\\");
+    EXPECT_EQ(Job::GetProjectPath(u""), u"\\");
+    EXPECT_EQ(Job::GetProjectPath(u"/home/jobs/job.dat"), u"/home/jobs");
+    EXPECT_EQ(Job::GetProjectPath(u"jobs/A\\job.dat"), u"jobs/A");
 }
 
 TEST_F(SurveyDB, OpenResetsTheCurrentGroupAndKeepsTheCurrentColour) {
@@ -322,7 +308,7 @@ TEST_F(SurveyDB, AJobThatIsOpenedReadAndClosedKeepsEveryByte) {
         CqSurveyDB db;
         db.CreateNew(m_folder.Path(u"a.job"));
         AddPoint(db, u"P1", 1, 2);
-        db.AddCoordDescription(1, u"a stone");
+        EXPECT_NE(db.AddCoordDescription(1, u"a stone"), 0);
     }
     const std::string before = BytesOf(path);
     {

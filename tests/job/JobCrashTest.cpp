@@ -28,7 +28,7 @@ CString NameOf(std::uint32_t number) {
         CqSurveyDB db(path);
         for (auto next = static_cast<std::uint32_t>(db.GetNumCoordRecs()) + 1;; ++next) {
             const CqHandle handle = AddPoint(db, NameOf(next), next, 2.0 * next, 0.5, 7);
-            db.AddCoordDescription(handle, u"stone " + NameOf(next));
+            EXPECT_NE(db.AddCoordDescription(handle, u"stone " + NameOf(next)), 0);
             if (write(report, &next, sizeof(next)) != sizeof(next)) {
                 _exit(2);
             }

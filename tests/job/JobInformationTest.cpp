@@ -33,7 +33,7 @@ class JobInformation : public testing::Test {
         for (int i = 0; i < 3; ++i) {
             db.AddVertex(list, coords.data(), 0);
         }
-        db.EndPline(list);
+        EXPECT_NE(db.EndPline(list), 0U);
         db.SetJCoordDivision(9);
     }
 
@@ -155,7 +155,7 @@ TEST_F(JobInformation, EachBitFillsItsOwnField) {
 
 TEST_F(JobInformation, OfADivisionThatIsGoneIsItsDefault) {
     CqSurveyDB db(m_path);
-    db.WriteSettingsString(u"SETTINGS", u"JCoordDivision", u"");
+    EXPECT_NE(db.WriteSettingsString(u"SETTINGS", u"JCoordDivision", u""), 0);
     SVDB_INFORMATION info;
     info.jCoordDivision = 5;
     EXPECT_EQ(CqSurveyDB::GetDBInformation(0x1000, m_path, info, &db), 1);

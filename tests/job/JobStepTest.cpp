@@ -7,6 +7,7 @@
 #include <string>
 
 #include "cqsurvey/CqBatch.h"
+#include "job/Job.h"
 #include "store/StoreTesting.h"
 #include "support/Points.h"
 
@@ -60,7 +61,7 @@ class JobStepTest : public testing::Test {
 };
 
 TEST_F(JobStepTest, AnOperationGivesItsResultAndIsKept) {
-    EXPECT_EQ(Atomically(m_db,
+    EXPECT_EQ(Atomically(m_db.GetJob(),
                          [&] {
                              AddPoint(m_db, u"second", 3.0, 4.0);
                              return 7;
@@ -71,7 +72,7 @@ TEST_F(JobStepTest, AnOperationGivesItsResultAndIsKept) {
 
 TEST_F(JobStepTest, WhatWasDoneBeforeARefusalIsKept) {
     EXPECT_EQ(Thrown([&] {
-                  Atomically(m_db, [&] {
+                  Atomically(m_db.GetJob(), [&] {
                       AddPoint(m_db, u"second", 3.0, 4.0);
                       throw CqSurveyException(error::kNoRecord);
                   });
@@ -84,7 +85,7 @@ TEST_F(JobStepTest, WhatWasDoneBeforeAFailureOfTheMediumIsUndone) {
     for (const std::int32_t code :
          {error::kOutOfMemory, error::kReadWriteFailed, error::kVolumeFull, error::kDamaged}) {
         EXPECT_EQ(Thrown([&] {
-                      Atomically(m_db, [&] {
+                      Atomically(m_db.GetJob(), [&] {
                           AddPoint(m_db, u"second", 3.0, 4.0);
                           throw CqSurveyException(code);
                       });
@@ -96,7 +97,7 @@ TEST_F(JobStepTest, WhatWasDoneBeforeAFailureOfTheMediumIsUndone) {
 
 TEST_F(JobStepTest, WhatWasDoneBeforeAnyOtherExceptionIsUndone) {
     EXPECT_EQ(Thrown([&] {
-                  Atomically(m_db, [&] {
+                  Atomically(m_db.GetJob(), [&] {
                       AddPoint(m_db, u"second", 3.0, 4.0);
                       throw std::bad_alloc();
                   });
@@ -108,7 +109,8 @@ TEST_F(JobStepTest, WhatWasDoneBeforeAnyOtherExceptionIsUndone) {
 TEST_F(JobStepTest, HalfAnOperationSpoilsTheBatchAroundIt) {
     CqBatch batch(m_db);
     AddPoint(m_db, u"second", 3.0, 4.0);
-    EXPECT_EQ(Thrown([&] { Atomically(m_db, [&] { throw std::bad_alloc(); }); }), "memory");
+    EXPECT_EQ(Thrown([&] { Atomically(m_db.GetJob(), [&] { throw std::bad_alloc(); }); }),
+              "memory");
     EXPECT_EQ(Thrown([&] { AddPoint(m_db, u"third", 5.0, 6.0); }), "0x30000001");
     EXPECT_EQ(Thrown([&] { batch.Commit(); }), "0x30000001");
     ExpectNow("first ");
@@ -123,9 +125,11 @@ TEST_F(JobStepTest, AFailureOfTheMediumInABatchSpoilsItAndARefusalDoesNot) {
     }
     CqBatch batch(m_db);
     AddPoint(m_db, u"third", 5.0, 6.0);
-    EXPECT_EQ(
-        Thrown([&] { Atomically(m_db, [] { throw CqSurveyException(error::kReadWriteFailed); }); }),
-        "0x30000005");
+    EXPECT_EQ(Thrown([&] {
+                  Atomically(m_db.GetJob(),
+                             [] { throw CqSurveyException(error::kReadWriteFailed); });
+              }),
+              "0x30000005");
     EXPECT_EQ(Thrown([&] { batch.Commit(); }), "0x30000005");
     ExpectNow("first second ");
 }

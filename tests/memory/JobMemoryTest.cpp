@@ -9,6 +9,7 @@
 #include "cqsurvey/CqJobCheck.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "memory/FaultMemory.h"
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 #include "support/FaultVfs.h"
 #include "support/FurnishedJob.h"
@@ -141,7 +142,7 @@ TEST_F(JobMemoryTest, AJobIsClosedThoughThereIsNoMemory) {
         }
         struck = m_memory.Struck();
         m_memory.Heal();
-        EXPECT_EQ(QrfsIsMountedVolume(m_path), 0);
+        EXPECT_EQ(StoreIsMountedVolume(m_path), 0);
         ASSERT_DONE(QrfsMount(m_path, u"V"));
         ASSERT_DONE(QrfsUnmount(u"V"));
         EXPECT_TRUE(ReadHostFile(m_host) == m_bytes);

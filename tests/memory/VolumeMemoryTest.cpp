@@ -5,6 +5,7 @@
 #include <string>
 
 #include "memory/FaultMemory.h"
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 #include "store/Volume.h"
 
@@ -28,7 +29,7 @@ class VolumeMemoryTest : public testing::Test {
         ASSERT_DONE(CreateTable<ThingLayout>(u"V"));
         ASSERT_DONE(CreateTable<PairLayout>(u"V"));
         OpenTables();
-        ASSERT_DONE(QrfsBeginStep(u"V"));
+        ASSERT_DONE(StoreBeginStep(u"V"));
         for (std::uint32_t i = 1; i <= 40; ++i) {
             ThingLayout::Bytes record = MakeThing(i);
             ASSERT_DONE(QrdbWriteMemo(m_things, CString(i, u'm'),
@@ -40,7 +41,7 @@ class VolumeMemoryTest : public testing::Test {
         }
         ASSERT_DONE(PutFile(u"V:/One", std::string(9000, '1')));
         ASSERT_DONE(PutFile(u"V:/Two.ini", "2"));
-        ASSERT_DONE(QrfsCommitStep(u"V"));
+        ASSERT_DONE(StoreCommitStep(u"V"));
         m_before = ReadContents(u"V");
         ASSERT_DONE(QrfsUnmount(u"V"));
         m_bytes = ReadHostFile(m_host);
@@ -85,7 +86,7 @@ class VolumeMemoryTest : public testing::Test {
 
     /// One step of changes of every kind. Gives whether it was kept.
     bool ChangeInAStep() {
-        if (!Done(QrfsBeginStep(u"V"))) {
+        if (!Done(StoreBeginStep(u"V"))) {
             return false;
         }
         ThingLayout::Bytes record = MakeThing(1000);
@@ -104,9 +105,9 @@ class VolumeMemoryTest : public testing::Test {
         done = done && Put(kOne, 14000) && Done(QrfsRename(kTwo, kThree)) &&
                Done(QrfsCopyFile(kThree, kFour)) && Put(kFour, 300);
         if (done) {
-            return Done(QrfsCommitStep(u"V"));
+            return Done(StoreCommitStep(u"V"));
         }
-        QrfsRollbackStep(u"V");
+        StoreRollbackStep(u"V");
         return false;
     }
 

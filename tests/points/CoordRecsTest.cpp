@@ -212,7 +212,7 @@ TEST_F(CoordRecs, APointThatItsEntityDoesNotNameBackIsNeitherEditedNorDeleted) {
     AddPoint(m_db, u"P2", 3, 4);
     const CqHandle circle = m_db.AddCircle(coords.data(), 5.0, 0, 0);
     const std::array<double, 3> far{900, 900, 900};
-    m_db.AddCoordDescription(1, u"text");
+    EXPECT_NE(m_db.AddCoordDescription(1, u"text"), 0);
     for (const CqHandle named : {CqHandle{0}, CqHandle{1}, CqHandle{3}, circle, CqHandle{99}}) {
         SCOPED_TRACE(testing::Message() << "entity " << named);
         NameEntity(1, named);
@@ -285,7 +285,7 @@ TEST_F(CoordRecs, AZeroHandleIsRefusedAndAStaleOneThrows) {
               error::kNoRecord);
     EXPECT_EQ(CodeThrownBy([&] { (void)m_db.GetCadEntityHandleByCoordRecHandle(77); }),
               error::kNoRecord);
-    EXPECT_EQ(CodeThrownBy([&] { m_db.EditCoordRec(77, u"X", coords.data(), 1); }),
+    EXPECT_EQ(CodeThrownBy([&] { (void)m_db.EditCoordRec(77, u"X", coords.data(), 1); }),
               error::kNoRecord);
     EXPECT_EQ(CodeThrownBy([&] { m_db.DelCoordRec(77); }), error::kNoRecord);
     EXPECT_EQ(CodeThrownBy([&] { m_db.EditCoordRecFlags(77, 1); }), error::kNoRecord);
@@ -395,10 +395,10 @@ TEST_F(CoordRecs, EditingNeitherNameNorCodeLeavesTheViewUntouched) {
     m_db.GetSortCoordAt(0, rec);
     ASSERT_EQ(rec.GetPtName(), u"P01") << "of equal names the later one comes first";
     const std::array<double, 3> coords{11, 12, 13};
-    m_db.EditCoordRec(u"P1", coords.data(), 0);
+    EXPECT_NE(m_db.EditCoordRec(u"P1", coords.data(), 0), 0);
     m_db.GetSortCoordAt(0, rec);
     EXPECT_EQ(rec.GetPtName(), u"P01");
-    m_db.EditCoordRec(u"P1", coords.data(), 1);
+    EXPECT_NE(m_db.EditCoordRec(u"P1", coords.data(), 1), 0);
     m_db.GetSortCoordAt(0, rec);
     EXPECT_EQ(rec.GetPtName(), u"P1") << "a new code enters the point again";
 }
@@ -419,7 +419,7 @@ TEST_F(CoordRecs, ADeletedPointTakesEntityNameAndDescriptionWithIt) {
     const CqHandle handle = AddPoint(m_db, u"P1", 1, 2);
     AddPoint(m_db, u"P2", 3, 4);
     const CqHandle entity = m_db.GetCadEntityHandleByCoordRecHandle(handle);
-    m_db.AddCoordDescription(handle, u"corner of the wall");
+    EXPECT_NE(m_db.AddCoordDescription(handle, u"corner of the wall"), 0);
     EXPECT_EQ(m_db.DelCoordRec(u"P1"), 1);
     EXPECT_EQ(m_db.DelCoordRec(u"P1"), 0);
     EXPECT_EQ(m_db.GetNumCoordRecs(), 1);

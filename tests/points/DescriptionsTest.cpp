@@ -49,7 +49,7 @@ TEST_F(DescriptionsTest, AnEmptyTextAndTheZeroHandleAreRefused) {
     EXPECT_EQ(db.EditCoordDescription(0, u"text"), 0);
     EXPECT_EQ(db.DelCoordDescription(0), 0);
     EXPECT_EQ(Text(0), u"unchanged");
-    db.AddCoordDescription(1, u"text");
+    EXPECT_NE(db.AddCoordDescription(1, u"text"), 0);
     EXPECT_EQ(db.EditCoordDescription(1, u""), 0);
     EXPECT_EQ(Text(1), u"text");
 }
@@ -89,7 +89,7 @@ TEST_F(DescriptionsTest, TheHandleNeedNotBeAPoints) {
 TEST_F(DescriptionsTest, ADeletedPointsDescriptionGoesWithIt) {
     const std::array<double, 3> coords{};
     const CqHandle point = db.AddCoordRec(coords.data(), u"P", 0, SurveyCoordType{1}, 0);
-    db.AddCoordDescription(point, u"text");
+    EXPECT_NE(db.AddCoordDescription(point, u"text"), 0);
     db.DelCoordRec(point);
     EXPECT_EQ(Text(point), u"unchanged");
 }
@@ -110,13 +110,13 @@ TEST_F(DescriptionsTest, EveryOneIsThereAfterReopening) {
 }
 
 TEST_F(DescriptionsTest, AnUndoneBatchLeavesThemAsTheyWere) {
-    db.AddCoordDescription(1, u"one");
-    db.AddCoordDescription(2, u"two");
+    EXPECT_NE(db.AddCoordDescription(1, u"one"), 0);
+    EXPECT_NE(db.AddCoordDescription(2, u"two"), 0);
     {
         CqBatch batch(db);
-        db.EditCoordDescription(1, u"another text that needs a larger block");
+        EXPECT_NE(db.EditCoordDescription(1, u"another text that needs a larger block"), 0);
         db.DelCoordDescription(2);
-        db.AddCoordDescription(3, u"three");
+        EXPECT_NE(db.AddCoordDescription(3, u"three"), 0);
     }
     EXPECT_EQ(Text(1), u"one");
     EXPECT_EQ(Text(2), u"two");
@@ -124,7 +124,7 @@ TEST_F(DescriptionsTest, AnUndoneBatchLeavesThemAsTheyWere) {
 }
 
 TEST_F(DescriptionsTest, ChangesOfAJobOpenedForReadingAreRefused) {
-    db.AddCoordDescription(1, u"one");
+    EXPECT_NE(db.AddCoordDescription(1, u"one"), 0);
     db.Close();
     db.OpenReadOnly(path);
     EXPECT_EQ(Text(1), u"one");
@@ -136,8 +136,8 @@ TEST_F(DescriptionsTest, ChangesOfAJobOpenedForReadingAreRefused) {
         }
         return error::kNone;
     };
-    EXPECT_EQ(code([&] { db.AddCoordDescription(2, u"two"); }), error::kAccessDenied);
-    EXPECT_EQ(code([&] { db.EditCoordDescription(1, u"two"); }), error::kAccessDenied);
+    EXPECT_EQ(code([&] { (void)db.AddCoordDescription(2, u"two"); }), error::kAccessDenied);
+    EXPECT_EQ(code([&] { (void)db.EditCoordDescription(1, u"two"); }), error::kAccessDenied);
     EXPECT_EQ(code([&] { db.DelCoordDescription(1); }), error::kAccessDenied);
     EXPECT_EQ(db.AddCoordDescription(1, u"two"), 0) << "what is refused anyway changes nothing";
     EXPECT_EQ(db.EditCoordDescription(2, u"two"), 0);
@@ -147,7 +147,7 @@ TEST_F(DescriptionsTest, ChangesOfAJobOpenedForReadingAreRefused) {
 }
 
 TEST_F(DescriptionsTest, AZeroByteInTheFileEndsTheTextToo) {
-    db.AddCoordDescription(1, u"ab.cd");
+    EXPECT_NE(db.AddCoordDescription(1, u"ab.cd"), 0);
     db.Close();
     ASSERT_NE(QrfsMount(path, u"RAW"), 0);
     {
@@ -162,7 +162,7 @@ TEST_F(DescriptionsTest, AZeroByteInTheFileEndsTheTextToo) {
 }
 
 TEST_F(DescriptionsTest, AJobWithADamagedFileOfThemDoesNotOpenAndCanBeClosed) {
-    db.AddCoordDescription(1, u"one");
+    EXPECT_NE(db.AddCoordDescription(1, u"one"), 0);
     db.Close();
     ASSERT_NE(QrfsMount(path, u"RAW"), 0);
     {

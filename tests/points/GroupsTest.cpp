@@ -8,22 +8,12 @@
 
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
+#include "job/Job.h"
 #include "store/Qrfs.h"
 #include "support/TempDir.h"
-#include "tables/CqPointTable.h"
 
 namespace cqsurvey {
 namespace {
-
-using CheckGroupOperation = int (CqSurveyDB::*)(const CString&);
-CheckGroupOperation CheckGroup();
-
-/// An explicit instantiation may name what is private.
-template <CheckGroupOperation Operation>
-struct PrivateOperation {
-    friend CheckGroupOperation CheckGroup() { return Operation; }
-};
-template struct PrivateOperation<&CqSurveyDB::CheckGroup>;
 
 class GroupsTest : public testing::Test {
  protected:
@@ -275,17 +265,17 @@ TEST_F(GroupsTest, AGroupWhoseNameCollidesWithAFileBesideTheJobIsDropped) {
     std::ofstream(dir.Utf8("jobTree")) << "x";
     std::filesystem::create_directory(dir.Utf8("jobWall"));
     const CString path = dir.Path(u"job") + u"\\survey.job";
-    EXPECT_EQ((db.*CheckGroup())(path), 0);
+    EXPECT_EQ(db.GetJob().CheckGroup(path), 0);
     EXPECT_EQ(Groups(), (CStringList{u"Road"}));
     EXPECT_EQ(GroupOf(point), 0);
     EXPECT_EQ(db.GetCurrentGroup(), u"");
-    EXPECT_EQ((db.*CheckGroup())(path), 1);
+    EXPECT_EQ(db.GetJob().CheckGroup(path), 1);
 }
 
 TEST_F(GroupsTest, BesideAJobThatIsNamedWithoutAFolderIsTheRoot) {
     db.AddGroup(u"usr");
     db.AddGroup(u"no such name anywhere");
-    EXPECT_EQ((db.*CheckGroup())(u"groups.job"), 0);
+    EXPECT_EQ(db.GetJob().CheckGroup(u"groups.job"), 0);
     EXPECT_EQ(Groups(), (CStringList{u"no such name anywhe"}));
 }
 
@@ -296,12 +286,12 @@ TEST_F(GroupsTest, TheCheckDropsEveryGroupOfACollidingNameHoweverItIsSpelt) {
     db.AddGroup(u"ROAD");
     std::ofstream(dir.Utf8("job" + std::string(19, 'g'))) << "x";
     std::ofstream(dir.Utf8("jobroad")) << "x";
-    EXPECT_EQ((db.*CheckGroup())(dir.Path(u"job/survey.job")), 0);
+    EXPECT_EQ(db.GetJob().CheckGroup(dir.Path(u"job/survey.job")), 0);
     EXPECT_EQ(Groups(), (CStringList{u"ROAD"})) << "the host's names are told apart by case";
 }
 
 TEST_F(GroupsTest, TheCheckOfAJobWithoutGroupsFindsNothing) {
-    EXPECT_EQ((db.*CheckGroup())(dir.Path(u"groups.job")), 1);
+    EXPECT_EQ(db.GetJob().CheckGroup(dir.Path(u"groups.job")), 1);
 }
 
 TEST_F(GroupsTest, AGroupHasTheIdOfItsRecordCutTo16Bits) {

@@ -13,6 +13,7 @@
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Text.h"
+#include "job/Job.h"
 #include "settings/SettingsModel.h"
 #include "store/Qrfs.h"
 #include "support/CodePageScope.h"
@@ -22,16 +23,6 @@
 #include "support/TempDir.h"
 
 namespace cqsurvey {
-
-// The check of fixed keys is private and no operation of the library asks it, so it is reached by
-// the one way the language leaves.
-using ReservedCheck = int (*)(const CString&, const CString&);
-template <ReservedCheck Check>
-struct ReservedCheckAccess {
-    friend ReservedCheck CheckReserved() { return Check; }
-};
-ReservedCheck CheckReserved();
-template struct ReservedCheckAccess<&CqSurveyDB::CheckSettingsIniFileReserved>;
 
 namespace {
 
@@ -281,7 +272,7 @@ TEST_F(JobSettingsTest, EveryChangeIsInTheFileAtOnce) {
     m_db.SetBackgroundImageSettings(4, 5, 6);
     m_db.SetBackgroundColor(7);
     m_db.AddSettingsSection(u"S");
-    m_db.WriteSettingsInt(u"S", u"k", 8);
+    EXPECT_NE(m_db.WriteSettingsInt(u"S", u"k", 8), 0);
     std::string expected = Replaced(kDefaultFile, "SiPointSize=5.000", "SiPointSize=1.000");
     expected = Replaced(expected, "JCoordDivision=0", "JCoordDivision=2");
     expected = Replaced(expected, "EntityColor=-1", "EntityColor=3");
@@ -303,7 +294,7 @@ TEST_F(JobSettingsTest, OpeningReplacesTheModelAndClosingKeepsIt) {
 }
 
 TEST_F(JobSettingsTest, AFixedKeyIsToldFromOneOfTheCallers) {
-    const ReservedCheck reserved = CheckReserved();
+    const auto reserved = &Job::CheckSettingsIniFileReserved;
     for (const CString& key : CqSurveyDB::m_SettingsKey) {
         EXPECT_EQ(reserved(u"settings", key), 1);
         EXPECT_EQ(reserved(u"BACKGROUND", key), 0);
@@ -604,8 +595,9 @@ TEST_F(JobSettingsTest, ASettingThatCannotBeWrittenToAFullDiskIsTakenBack) {
         EXPECT_THROW(m_db.SetJCoordDivision(4), CqSurveyException);
         EXPECT_THROW(m_db.AddSettingsSection(u"T"), CqSurveyException);
         EXPECT_THROW(m_db.DeleteSettingsSection(u"S"), CqSurveyException);
-        EXPECT_THROW(m_db.WriteSettingsInt(u"S", u"k", 1), CqSurveyException);
-        EXPECT_THROW(m_db.WriteSettingsString(u"SETTINGS", u"Version", u""), CqSurveyException);
+        EXPECT_THROW((void)m_db.WriteSettingsInt(u"S", u"k", 1), CqSurveyException);
+        EXPECT_THROW((void)m_db.WriteSettingsString(u"SETTINGS", u"Version", u""),
+                     CqSurveyException);
         EXPECT_THROW(m_db.SetBackgroundImageSettings(1, 2, 3), CqSurveyException);
         EXPECT_THROW(m_db.SetBackgroundColor(1), CqSurveyException);
         EXPECT_THROW(m_db.SetDrawingForceMonotone(1), CqSurveyException);
@@ -640,10 +632,11 @@ TEST_F(JobSettingsTest, AJobThatCanOnlyBeReadRefusesEveryChangeOfItsSettings) {
     EXPECT_EQ(code([&] { m_db.SetJCoordDivision(4); }), error::kAccessDenied);
     EXPECT_EQ(code([&] { m_db.SetDrawingForceMonotone(4); }), error::kAccessDenied);
     EXPECT_EQ(code([&] { m_db.AddSettingsSection(u"S"); }), error::kAccessDenied);
-    EXPECT_EQ(code([&] { m_db.WriteSettingsInt(u"SETTINGS", u"k", 4); }), error::kAccessDenied);
+    EXPECT_EQ(code([&] { (void)m_db.WriteSettingsInt(u"SETTINGS", u"k", 4); }),
+              error::kAccessDenied);
     EXPECT_EQ(code([&] { m_db.SetBackgroundImageSettings(1, 2, 3); }), error::kAccessDenied);
     EXPECT_EQ(code([&] { m_db.SetBackgroundColor(1); }), error::kAccessDenied);
-    EXPECT_EQ(code([&] { m_db.ImportSettingsFile(HostPath()); }), error::kAccessDenied);
+    EXPECT_EQ(code([&] { (void)m_db.ImportSettingsFile(HostPath()); }), error::kAccessDenied);
     {
         const CqBatch batch(m_db);
         EXPECT_EQ(code([&] { m_db.SetSiPointSize(4); }), error::kAccessDenied);
@@ -688,9 +681,9 @@ TEST_F(JobSettingsTest, AJobWithoutSettingsFileKeepsTheModelAndRefusesToSave) {
     EXPECT_EQ(other.IsDrawingForceMonotone(color), 1);
     EXPECT_EQ(color, 5);
     EXPECT_EQ(other.GetSiPointSize(), 6);
-    EXPECT_THROW(other.ExportSettingsFile(HostPath()), CQrfsFileException);
+    EXPECT_THROW((void)other.ExportSettingsFile(HostPath()), CQrfsFileException);
     PutHostFile(ToUtf8(HostPath()), kDefaultFile);
-    EXPECT_THROW(other.ImportSettingsFile(HostPath()), CQrfsFileException);
+    EXPECT_THROW((void)other.ImportSettingsFile(HostPath()), CQrfsFileException);
 }
 
 }  // namespace

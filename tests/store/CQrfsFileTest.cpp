@@ -12,6 +12,7 @@
 
 #include "cqsurvey/ErrorCodes.h"
 #include "platform/Text.h"
+#include "store/StoreExtras.h"
 #include "support/CodePageScope.h"
 #include "support/MountedVolume.h"
 
@@ -372,7 +373,7 @@ TEST_F(CQrfsFileTest, LinesOfAnyTextAreReadBackFromAVolume) {
         const CodePageScope page(each.page);
         std::mt19937 random(static_cast<unsigned>(each.page));
         std::vector<CString> lines;
-        ASSERT_NE(QrfsBeginStep(m_volume.MountName()), 0);
+        ASSERT_NE(StoreBeginStep(m_volume.MountName()), 0);
         QrfsCreateFile(Path(), 0);
         m_file.Open(Path(), 2);
         m_file.SetLength(0);
@@ -385,7 +386,7 @@ TEST_F(CQrfsFileTest, LinesOfAnyTextAreReadBackFromAVolume) {
             lines.push_back(line);
             m_file.WriteString(line);
         }
-        ASSERT_NE(QrfsCommitStep(m_volume.MountName()), 0);
+        ASSERT_NE(StoreCommitStep(m_volume.MountName()), 0);
         m_file.Open(Path(), 1);
         CString text;
         for (const CString& line : lines) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "store/OtherProcess.h"
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 
 namespace cqsurvey {
@@ -20,14 +21,14 @@ int RecordForEver(const CString& path, int word) {
     for (auto count = static_cast<std::uint32_t>(QrdbGetRecordCount(things));; ++count) {
         ThingLayout::Bytes record = MakeThing(count + 1);
         const bool done =
-            QrfsBeginStep(u"C") != 0 &&
+            StoreBeginStep(u"C") != 0 &&
             QrdbWriteMemo(things, FromUtf8(std::to_string(count + 1)),
                           record.data() + ThingLayout::Offset<"Remark">()) != 0 &&
             QrdbAppendRecord(things, record.data()) != 0 &&
             QrdbAppendRecord(pairs, MakePair(count + 1, 0).data()) != 0 &&
             (count == 0 || (QrdbGoToRecord(pairs, count) != 0 &&
                             QrdbWriteRecord(pairs, MakePair(count, count + 1).data()) != 0)) &&
-            PutFile(u"C:/One", std::to_string(count + 1)) != 0 && QrfsCommitStep(u"C") != 0;
+            PutFile(u"C:/One", std::to_string(count + 1)) != 0 && StoreCommitStep(u"C") != 0;
         if (!done || write(word, "r", 1) != 1) {
             return 2;
         }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 #include "store/Volume.h"
 #include "support/FaultVfs.h"
@@ -47,7 +48,7 @@ class FaultTest : public StoreTest {
         StoreTest::SetUp();
         const std::uint32_t things = OpenTable<ThingLayout>(u"V");
         const std::uint32_t pairs = OpenTable<PairLayout>(u"V");
-        ASSERT_DONE(QrfsBeginStep(u"V"));
+        ASSERT_DONE(StoreBeginStep(u"V"));
         for (std::uint32_t i = 1; i <= 40; ++i) {
             ThingLayout::Bytes record = MakeThing(i);
             ASSERT_DONE(QrdbWriteMemo(things, CString(i, u'm'),
@@ -59,7 +60,7 @@ class FaultTest : public StoreTest {
         }
         ASSERT_DONE(PutFile(u"V:/One", std::string(9000, '1')));
         ASSERT_DONE(PutFile(u"V:/Two.ini", "2"));
-        ASSERT_DONE(QrfsCommitStep(u"V"));
+        ASSERT_DONE(StoreCommitStep(u"V"));
         m_before = ReadContents(u"V");
         Unmount();
         m_bytes = ReadHostFile(m_host);
@@ -83,7 +84,7 @@ class FaultTest : public StoreTest {
 
     /// One step of changes of every kind. Gives whether it was kept.
     bool ChangeInAStep() {
-        if (QrfsBeginStep(u"V") == 0) {
+        if (StoreBeginStep(u"V") == 0) {
             m_code = QrfsGetLastError();
             return false;
         }
@@ -109,7 +110,7 @@ class FaultTest : public StoreTest {
         done = done && changed(QrfsRename(u"V:/Two.ini", u"V:/Three"));
         done = done && PutFile(u"V:/Four", "new") != 0;
         if (done) {
-            const bool kept = QrfsCommitStep(u"V") != 0;
+            const bool kept = StoreCommitStep(u"V") != 0;
             m_code = QrfsGetLastError();
             return kept;
         }
@@ -117,10 +118,10 @@ class FaultTest : public StoreTest {
         if (QrdbAppendRecord(m_pairs, MakePair(0, 0).data()) == 0) {
             // Nothing more can be changed in the step, and it cannot be kept.
             EXPECT_EQ(QrfsCreateFile(u"V:/Hole", 0), 0);
-            EXPECT_EQ(QrfsCommitStep(u"V"), 0);
+            EXPECT_EQ(StoreCommitStep(u"V"), 0);
         } else {
             EXPECT_FALSE(spoilt);
-            EXPECT_DONE(QrfsRollbackStep(u"V"));
+            EXPECT_DONE(StoreRollbackStep(u"V"));
         }
         return false;
     }
@@ -209,7 +210,7 @@ class FaultTest : public StoreTest {
             // Only where syncs went on failing nobody can know, and then nothing is pretended.
             ASSERT_TRUE(fault.stays && (fault.calls & FaultVfs::kSync) != 0);
             ASSERT_FALSE(kept);
-            EXPECT_FAILS(0, error::kReadWriteFailed, QrfsBeginStep(u"V"));
+            EXPECT_FAILS(0, error::kReadWriteFailed, StoreBeginStep(u"V"));
             EXPECT_FAILS(0u, error::kReadWriteFailed, QrdbOpenTable(u"V:/Pairs"));
             EXPECT_FAILS(0, error::kReadWriteFailed, QrfsCreateFile(u"V:/Five", 0));
             EXPECT_FAILS(0, error::kReadWriteFailed, QrdbMoveFirst(m_pairs));
@@ -273,13 +274,13 @@ TEST_P(EveryFaultTest, AnOperationByItselfIsKeptOrUndoneWhole) {
 TEST_P(EveryFaultTest, AStepLargerThanTheDatabasesMemoryIsKeptOrUndoneWhole) {
     const std::string bytes(11 << 20, 'L');
     const auto change = [&] {
-        if (QrfsBeginStep(u"V") == 0) {
+        if (StoreBeginStep(u"V") == 0) {
             return false;
         }
         if (AppendOne() && Done(PutFile(u"V:/Three", bytes)) && DeleteOne()) {
-            return Done(QrfsCommitStep(u"V"));
+            return Done(StoreCommitStep(u"V"));
         }
-        QrfsRollbackStep(u"V");
+        StoreRollbackStep(u"V");
         return false;
     };
     bool struck = true;
@@ -363,9 +364,9 @@ TEST_F(FaultTest, WhatWasCutShortIsUndoneAtTheNextMountThatWorks) {
     }
     const std::string journal = ReadHostFile(m_host + "-journal");
     ASSERT_FALSE(journal.empty());
-    EXPECT_FAILS(0, error::kAccessDenied, QrfsMountReadOnly(m_path, u"V"));
-    EXPECT_NE(std::string(QrfsGetLastErrorDetail()).find("cut short"), std::string::npos)
-        << QrfsGetLastErrorDetail();
+    EXPECT_FAILS(0, error::kAccessDenied, StoreMountReadOnly(m_path, u"V"));
+    EXPECT_NE(std::string(StoreErrorDetail()).find("cut short"), std::string::npos)
+        << StoreErrorDetail();
     for (std::int64_t at = 1;; ++at) {
         SCOPED_TRACE(at);
         WriteHostFile(m_host, half);

@@ -45,13 +45,25 @@ TEST(HandleTableTest, HandlesArePositiveAndNotSoonUsedAgain) {
     }
 }
 
-TEST(HandleTableTest, AFullTableGivesZeroUntilSomethingIsRemoved) {
+TEST(HandleTableTest, GrowsAndNamesTheSameObjectsAfterwards) {
     HandleTable<int> table;
+    std::vector<std::uint32_t> handles;
+    for (int i = 0; i < 100000; ++i) {
+        handles.push_back(table.Add(i));
+    }
+    for (int i = 0; i < 100000; ++i) {
+        ASSERT_NE(table.Find(handles[static_cast<std::size_t>(i)]), nullptr) << i;
+        ASSERT_EQ(*table.Find(handles[static_cast<std::size_t>(i)]), i);
+    }
+}
+
+TEST(HandleTableTest, AFullTableGivesZeroUntilSomethingIsRemoved) {
+    HandleTable<int, 14> table;
     std::vector<std::uint32_t> handles;
     for (std::uint32_t handle = table.Add(0); handle != 0; handle = table.Add(0)) {
         handles.push_back(handle);
     }
-    EXPECT_EQ(handles.size(), (1U << 14) - 1);
+    EXPECT_EQ(handles.size(), (1U << 14) - (1U << 10));
     EXPECT_EQ(table.Add(1), 0U);
     table.Remove(handles[5000]);
     const std::uint32_t handle = table.Add(2);

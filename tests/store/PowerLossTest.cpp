@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 #include "store/Volume.h"
 #include "support/FaultVfs.h"
@@ -18,12 +19,12 @@ class PowerLossTest : public StoreTest {
     void SetUp() override {
         StoreTest::SetUp();
         m_pairs = OpenTable<PairLayout>(u"V");
-        ASSERT_DONE(QrfsBeginStep(u"V"));
+        ASSERT_DONE(StoreBeginStep(u"V"));
         for (std::uint32_t i = 1; i <= 1500; ++i) {
             ASSERT_DONE(QrdbAppendRecord(m_pairs, MakePair(i, i).data()));
         }
         ASSERT_DONE(PutFile(u"V:/One", std::string(9000, '1')));
-        ASSERT_DONE(QrfsCommitStep(u"V"));
+        ASSERT_DONE(StoreCommitStep(u"V"));
         Unmount();
         m_bytes = ReadHostFile(m_host);
     }
@@ -36,7 +37,7 @@ class PowerLossTest : public StoreTest {
 
     /// `number` tells the steps apart. Gives whether it was reported as kept.
     bool ChangeInAStep(std::uint32_t number) {
-        bool done = QrfsBeginStep(u"V") != 0;
+        bool done = StoreBeginStep(u"V") != 0;
         for (std::uint32_t i = 1; done && i <= 1500; i += 100) {
             done = QrdbGoToRecord(m_pairs, i + number) != 0 &&
                    QrdbWriteRecord(m_pairs, MakePair(i, 1000 + number).data()) != 0 &&
@@ -45,7 +46,7 @@ class PowerLossTest : public StoreTest {
         done = done && QrdbGoToRecord(m_pairs, 500 + number) != 0 && QrdbDeleteRecord(m_pairs) != 0;
         done = done && PutFile(u"V:/One", std::string(5000 + number * 4000,
                                                       static_cast<char>('a' + number))) != 0;
-        return done && QrfsCommitStep(u"V") != 0;
+        return done && StoreCommitStep(u"V") != 0;
     }
 
     void CutEverywhere(std::uint32_t stride) {

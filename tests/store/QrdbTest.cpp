@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 
 namespace cqsurvey {
@@ -58,11 +59,11 @@ TEST_F(QrdbTest, ATableNameIsANameAndTakenWithoutRegardToCase) {
             << ToUtf8(name);
     }
     EXPECT_FAILS(0, error::kTableExists, QrdbCreateTable(u"V:/PAIRS", 1, &field));
-    ASSERT_DONE(QrdbCreateView(u"V:/Shown", "SELECT 1 AS One"));
+    ASSERT_DONE(StoreCreateView(u"V:/Shown", "SELECT 1 AS One"));
     EXPECT_FAILS(0, error::kTableExists, QrdbCreateTable(u"V:/shown", 1, &field));
-    EXPECT_FAILS(0, error::kTableExists, QrdbCreateView(u"V:/Shown", "SELECT 2 AS Two"));
-    EXPECT_FAILS(0, error::kTableExists, QrdbCreateView(u"V:/Pairs", "SELECT 2 AS Two"));
-    EXPECT_FAILS(0, error::kBadTableDescription, QrdbCreateView(u"V:/sh own", "SELECT 1"));
+    EXPECT_FAILS(0, error::kTableExists, StoreCreateView(u"V:/Shown", "SELECT 2 AS Two"));
+    EXPECT_FAILS(0, error::kTableExists, StoreCreateView(u"V:/Pairs", "SELECT 2 AS Two"));
+    EXPECT_FAILS(0, error::kBadTableDescription, StoreCreateView(u"V:/sh own", "SELECT 1"));
     EXPECT_FAILS(0u, error::kNoTable, QrdbOpenTable(u"V:/PAIRS"));
     EXPECT_FAILS(0u, error::kNoTable, QrdbOpenTable(u"V:/Shown"));
     Remount();
@@ -77,11 +78,12 @@ TEST_F(QrdbTest, OpeningWhatIsNoTableFails) {
 }
 
 TEST_F(QrdbTest, ATableIsCheckedAgainstAnyDescription) {
-    EXPECT_DONE(QrdbCheckTable(m_table, PairLayout::kFieldCount, PairLayout::kFieldDefs.data()));
-    EXPECT_FAILS(0, error::kDamaged,
-                 QrdbCheckTable(m_table, ThingLayout::kFieldCount, ThingLayout::kFieldDefs.data()));
-    EXPECT_FAILS(0, error::kDamaged, QrdbCheckTable(m_table, 1, PairLayout::kFieldDefs.data()));
-    EXPECT_FAILS(0, error::kBadTableDescription, QrdbCheckTable(m_table, 0, nullptr));
+    EXPECT_DONE(StoreCheckTable(m_table, PairLayout::kFieldCount, PairLayout::kFieldDefs.data()));
+    EXPECT_FAILS(
+        0, error::kDamaged,
+        StoreCheckTable(m_table, ThingLayout::kFieldCount, ThingLayout::kFieldDefs.data()));
+    EXPECT_FAILS(0, error::kDamaged, StoreCheckTable(m_table, 1, PairLayout::kFieldDefs.data()));
+    EXPECT_FAILS(0, error::kBadTableDescription, StoreCheckTable(m_table, 0, nullptr));
 }
 
 TEST_F(QrdbTest, HandlesThatNameNothingAreRefused) {
@@ -92,8 +94,9 @@ TEST_F(QrdbTest, HandlesThatNameNothingAreRefused) {
     for (const std::uint32_t table : {0U, closed, m_table + 1, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
         constexpr std::int32_t kCode = error::kInvalidArgument;
         EXPECT_FAILS(0, kCode, QrdbCloseTable(table));
-        EXPECT_FAILS(0, kCode,
-                     QrdbCheckTable(table, PairLayout::kFieldCount, PairLayout::kFieldDefs.data()));
+        EXPECT_FAILS(
+            0, kCode,
+            StoreCheckTable(table, PairLayout::kFieldCount, PairLayout::kFieldDefs.data()));
         EXPECT_FAILS(0, kCode, QrdbAppendRecord(table, record.data()));
         EXPECT_FAILS(0, kCode, QrdbSetIndex(table, -1));
         EXPECT_FAILS(0, kCode, QrdbMoveFirst(table));
@@ -109,7 +112,7 @@ TEST_F(QrdbTest, HandlesThatNameNothingAreRefused) {
         EXPECT_FAILS(0, kCode, QrdbReadMemo(table, text.data(), 8, 1));
         EXPECT_FAILS(0, kCode, QrdbGoToRecord(table, 1));
         EXPECT_FAILS(0u, kCode, QrdbGetCurrentHandle(table));
-        EXPECT_FAILS(nullptr, kCode, QrdbPeekRecord(table, 1));
+        EXPECT_FAILS(nullptr, kCode, StorePeekRecord(table, 1));
     }
     EXPECT_EQ(QrdbGetRecordCount(m_table), 3);
 }
@@ -144,16 +147,16 @@ TEST_F(QrdbTest, MovesWalkInRecordOrderAndRunOffBothEnds) {
     EXPECT_EQ(Ran(QrdbMoveNext(m_table)), "1");
     EXPECT_EQ(Ran(QrdbMoveNext(m_table)), "1");
     EXPECT_EQ(First(), 3U);
-    SetLastError(error::kDamaged);
+    Registry::SetLastError(error::kDamaged);
     EXPECT_EQ(Ran(QrdbMoveNext(m_table)), kOff);
     EXPECT_NE(QrdbIsAtEnd(m_table), 0);
     EXPECT_EQ(QrdbGetCurrentHandle(m_table), 0U);
-    SetLastError(error::kDamaged);
+    Registry::SetLastError(error::kDamaged);
     EXPECT_EQ(Ran(QrdbMoveNext(m_table)), kOff);
     EXPECT_EQ(Ran(QrdbMovePrev(m_table)), "1");
     EXPECT_EQ(First(), 3U);
     EXPECT_EQ(Ran(QrdbMoveFirst(m_table)), "1");
-    SetLastError(error::kDamaged);
+    Registry::SetLastError(error::kDamaged);
     EXPECT_EQ(Ran(QrdbMovePrev(m_table)), kOff);
     EXPECT_EQ(Ran(QrdbMovePrev(m_table)), kOff);
     EXPECT_EQ(Ran(QrdbMoveNext(m_table)), "1");
@@ -165,7 +168,7 @@ TEST_F(QrdbTest, MovesWalkInRecordOrderAndRunOffBothEnds) {
 TEST_F(QrdbTest, MovesInAnEmptyTableGoNowhere) {
     const std::uint32_t things = OpenTable<ThingLayout>(u"V");
     for (const auto move : {QrdbMoveFirst, QrdbMoveLast, QrdbMoveNext, QrdbMovePrev}) {
-        SetLastError(error::kDamaged);
+        Registry::SetLastError(error::kDamaged);
         EXPECT_EQ(Ran(move(things)), kOff);
         EXPECT_NE(QrdbIsAtEnd(things), 0);
         EXPECT_EQ(QrdbGetCurrentHandle(things), 0U);
@@ -177,10 +180,9 @@ TEST_F(QrdbTest, GoingToARecordThatIsNotThereLeavesTheCurrentOne) {
     ASSERT_DONE(QrdbGoToRecord(m_table, 2));
     for (const std::uint32_t number : {0U, 4U, 256U, 0xFFFFFFFFU}) {
         EXPECT_FAILS(0, error::kNoRecord, QrdbGoToRecord(m_table, number));
-        EXPECT_NE(
-            std::string(QrfsGetLastErrorDetail()).find(" no record " + std::to_string(number)),
-            std::string::npos);
-        EXPECT_FAILS(nullptr, error::kNone, QrdbPeekRecord(m_table, number));
+        EXPECT_NE(std::string(StoreErrorDetail()).find(" no record " + std::to_string(number)),
+                  std::string::npos);
+        EXPECT_FAILS(nullptr, error::kNone, StorePeekRecord(m_table, number));
     }
     EXPECT_EQ(QrdbGetCurrentHandle(m_table), 2U);
     EXPECT_EQ(First(), 2U);
@@ -203,15 +205,15 @@ TEST_F(QrdbTest, AppendingLeavesTheCurrentRecord) {
 
 TEST_F(QrdbTest, ARecordMayBeMadeCurrentAsItIsAppended) {
     ASSERT_DONE(QrdbGoToRecord(m_table, 2));
-    EXPECT_EQ(QrdbAppendCurrent(m_table, MakePair(4, 40).data()), 4U);
+    EXPECT_EQ(StoreAppendCurrent(m_table, MakePair(4, 40).data()), 4U);
     EXPECT_EQ(QrdbGetCurrentHandle(m_table), 4U);
     EXPECT_EQ(First(), 4U);
     EXPECT_EQ(Ran(QrdbMoveNext(m_table)), kOff);
-    EXPECT_FAILS(0u, error::kInvalidArgument, QrdbAppendCurrent(0, MakePair(5, 50).data()));
+    EXPECT_FAILS(0u, error::kInvalidArgument, StoreAppendCurrent(0, MakePair(5, 50).data()));
     // One that fails leaves the current record, also where the failure comes with the commit.
     ASSERT_DONE(QrdbGoToRecord(m_table, 2));
     m_vfs.FailAt(FaultVfs::kWrite, 1, SQLITE_FULL, true);
-    EXPECT_FAILS(0u, error::kVolumeFull, QrdbAppendCurrent(m_table, MakePair(5, 50).data()));
+    EXPECT_FAILS(0u, error::kVolumeFull, StoreAppendCurrent(m_table, MakePair(5, 50).data()));
     m_vfs.Heal();
     EXPECT_EQ(QrdbGetCurrentHandle(m_table), 2U);
     EXPECT_EQ(First(), 2U);
@@ -225,7 +227,7 @@ TEST_F(QrdbTest, AWrittenRecordIsReadByAllAndKept) {
     PairLayout::Bytes record{};
     ASSERT_DONE(QrdbReadRecord(other, record.data()));
     EXPECT_EQ(AsString(record), AsString(MakePair(77, 78)));
-    EXPECT_EQ(AsString(QrdbPeekRecord(m_table, 2), 8), AsString(MakePair(77, 78)));
+    EXPECT_EQ(AsString(StorePeekRecord(m_table, 2), 8), AsString(MakePair(77, 78)));
     Remount();
     EXPECT_EQ(ReadContents(u"V").pairs.at(2), AsString(MakePair(77, 78)));
 }
@@ -273,18 +275,18 @@ TEST_F(QrdbTest, ANumberIsNeverGivenAgain) {
     EXPECT_EQ(QrdbGetRecordCount(m_table), 0);
     EXPECT_EQ(append(), 5U);
     // Made and deleted within one step.
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     EXPECT_EQ(append(), 6U);
     ASSERT_DONE(QrdbDeleteRecord(m_table));
-    ASSERT_DONE(QrfsCommitStep(u"V"));
+    ASSERT_DONE(StoreCommitStep(u"V"));
     reopen();
     EXPECT_EQ(append(), 7U);
     // What an undone step did has never been; what was before it has.
     ASSERT_DONE(QrdbMoveLast(m_table));
     ASSERT_DONE(QrdbDeleteRecord(m_table));
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     EXPECT_EQ(append(), 8U);
-    ASSERT_DONE(QrfsRollbackStep(u"V"));
+    ASSERT_DONE(StoreRollbackStep(u"V"));
     reopen();
     EXPECT_EQ(append(), 8U);
 }
@@ -318,14 +320,14 @@ TEST_F(QrdbTest, CountingNeedsNoRecordToBeReadable) {
     m_table = OpenTable<PairLayout>(u"V");
     EXPECT_EQ(QrdbGetRecordCount(m_table), 3);
     EXPECT_FAILS(0, error::kDamaged, QrdbMoveFirst(m_table));
-    const std::string detail = QrfsGetLastErrorDetail();
+    const std::string detail = StoreErrorDetail();
     for (const char* part : {"Pairs", "record 2", "First"}) {
         EXPECT_NE(detail.find(part), std::string::npos) << detail;
     }
     EXPECT_EQ(QrdbGetRecordCount(m_table), 3);
     EXPECT_FAILS(0, error::kDamaged, QrdbAppendRecord(m_table, MakePair(1, 1).data()));
     EXPECT_FAILS(1, error::kNone, QrdbIsAtEnd(m_table));
-    EXPECT_FAILS(nullptr, error::kDamaged, QrdbPeekRecord(m_table, 1));
+    EXPECT_FAILS(nullptr, error::kDamaged, StorePeekRecord(m_table, 1));
     EXPECT_EQ(QrdbGetRecordCount(m_table), 3);
 }
 
@@ -409,21 +411,21 @@ TEST_F(QrdbTest, AMemoIsReadNoFurtherThanItsBufferAndNeverHalfAPair) {
 
 TEST_F(QrdbTest, AMemoTooLongForAnyoneIsRefusedAndTheStepGoesOn) {
     std::array<std::byte, 4> field{};
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     EXPECT_FAILS(0, error::kInvalidArgument,
                  QrdbWriteMemo(m_table, CString((1U << 24) + 1, u'x'), field.data()));
     ASSERT_DONE(QrdbAppendRecord(m_table, MakePair(9, 9).data()));
-    EXPECT_DONE(QrfsCommitStep(u"V"));
+    EXPECT_DONE(StoreCommitStep(u"V"));
 }
 
 TEST_F(QrdbTest, AnUndoneTableIsGoneForItsHandlesAndMayBeMadeAnew) {
     const QrdbFieldDef field{0, u"A", u"WORD", 0};
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     ASSERT_DONE(QrdbCreateTable(u"V:/New", 1, &field));
     const std::uint32_t table = QrdbOpenTable(u"V:/New");
     ASSERT_DONE(QrdbAppendRecord(table, "ab"));
     ASSERT_DONE(QrdbMoveFirst(table));
-    ASSERT_DONE(QrfsRollbackStep(u"V"));
+    ASSERT_DONE(StoreRollbackStep(u"V"));
     std::array<char, 2> record{};
     EXPECT_FAILS(0u, error::kNoTable, QrdbOpenTable(u"V:/New"));
     EXPECT_FAILS(0, error::kNoTable, QrdbAppendRecord(table, "cd"));
@@ -441,8 +443,8 @@ TEST_F(QrdbTest, AnUndoneTableIsGoneForItsHandlesAndMayBeMadeAnew) {
 }
 
 TEST_F(QrdbTest, AViewStandsInTheFileForOtherToolsAndIsLeftAlone) {
-    ASSERT_DONE(QrdbCreateView(u"V:/Shown", "SELECT First + Second AS Total FROM Pairs"));
-    EXPECT_FAILS(0, error::kGeneralFailure, QrdbCreateView(u"V:/Broken", "SELEKT 1"));
+    ASSERT_DONE(StoreCreateView(u"V:/Shown", "SELECT First + Second AS Total FROM Pairs"));
+    EXPECT_FAILS(0, error::kGeneralFailure, StoreCreateView(u"V:/Broken", "SELEKT 1"));
     Unmount();
     sqlite3* connection = nullptr;
     sqlite3_open(m_host.c_str(), &connection);

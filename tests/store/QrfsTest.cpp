@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "store/OtherProcess.h"
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 
 namespace cqsurvey {
@@ -53,17 +54,17 @@ TEST_F(QrfsVolumeTest, ACreatedVolumeIsOneFileThatCanBeMountedAndUnmounted) {
     EXPECT_DONE(QrfsCreateVolume(m_path));
     EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{"a.job"});
     EXPECT_DONE(QrfsMount(m_path, u"A"));
-    EXPECT_NE(QrfsIsMountedVolume(m_path), 0);
+    EXPECT_NE(StoreIsMountedVolume(m_path), 0);
     EXPECT_DONE(QrfsUnmount(u"A"));
-    EXPECT_EQ(QrfsIsMountedVolume(m_path), 0);
+    EXPECT_EQ(StoreIsMountedVolume(m_path), 0);
     EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{"a.job"});
 }
 
 TEST_F(QrfsVolumeTest, ADiscardedVolumeGoesWhenItIsUnmounted) {
     ASSERT_DONE(QrfsCreateVolume(m_path));
     ASSERT_DONE(QrfsMount(m_path, u"A"));
-    EXPECT_DONE(QrfsDiscardVolume(u"A"));
-    EXPECT_FAILS(0, error::kNoMount, QrfsDiscardVolume(u"B"));
+    EXPECT_DONE(StoreDiscardVolume(u"A"));
+    EXPECT_FAILS(0, error::kNoMount, StoreDiscardVolume(u"B"));
     EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{"a.job"});
     EXPECT_DONE(QrfsUnmount(u"A"));
     EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{});
@@ -72,7 +73,7 @@ TEST_F(QrfsVolumeTest, ADiscardedVolumeGoesWhenItIsUnmounted) {
 TEST_F(QrfsVolumeTest, WhatHasTakenTheDiscardedVolumesPlaceStays) {
     ASSERT_DONE(QrfsCreateVolume(m_path));
     ASSERT_DONE(QrfsMount(m_path, u"A"));
-    ASSERT_DONE(QrfsDiscardVolume(u"A"));
+    ASSERT_DONE(StoreDiscardVolume(u"A"));
     WriteHostFile(m_dir.Utf8("notes"), "text");
     std::filesystem::rename(m_dir.Utf8("notes"), m_host);
     EXPECT_DONE(QrfsUnmount(u"A"));
@@ -135,7 +136,7 @@ TEST_F(QrfsVolumeTest, CreatingWhereNothingCanBeIsRefused) {
 
 TEST_F(QrfsVolumeTest, MountingAMissingPathCreatesNothing) {
     EXPECT_FAILS(0, error::kNoVolume, QrfsMount(m_path, u"A"));
-    EXPECT_FAILS(0, error::kNoVolume, QrfsMountReadOnly(m_path, u"A"));
+    EXPECT_FAILS(0, error::kNoVolume, StoreMountReadOnly(m_path, u"A"));
     EXPECT_FAILS(0, error::kNoVolume, QrfsMount(m_dir.Path(u"missing/a.job"), u"A"));
     std::filesystem::create_symlink(m_dir.Utf8("nowhere"), m_dir.Utf8("dangling"));
     EXPECT_FAILS(0, error::kNoVolume, QrfsMount(m_dir.Path(u"dangling"), u"A"));
@@ -155,8 +156,8 @@ TEST_F(QrfsVolumeTest, WhatIsNoVolumeIsNotMountedAndNotTouched) {
     const auto expectNoVolume = [&](const char16_t* name) {
         SCOPED_TRACE(ToUtf8(name));
         EXPECT_FAILS(0, error::kDamaged, QrfsMount(m_dir.Path(name), u"A"));
-        EXPECT_NE(std::string(QrfsGetLastErrorDetail()), "");
-        EXPECT_FAILS(0, error::kDamaged, QrfsMountReadOnly(m_dir.Path(name), u"A"));
+        EXPECT_NE(std::string(StoreErrorDetail()), "");
+        EXPECT_FAILS(0, error::kDamaged, StoreMountReadOnly(m_dir.Path(name), u"A"));
         EXPECT_FAILS(0, error::kNoMount, QrfsUnmount(u"A"));
     };
     WriteHostFile(m_dir.Utf8("text"), std::string(5000, 'x'));
@@ -194,7 +195,7 @@ TEST_F(QrfsVolumeTest, AVolumeOfANewerVersionSaysSo) {
     ASSERT_DONE(QrfsCreateVolume(m_path));
     RunSql(m_host, "PRAGMA user_version=2");
     EXPECT_FAILS(0, error::kNewerVersion, QrfsMount(m_path, u"A"));
-    EXPECT_NE(std::string(QrfsGetLastErrorDetail()).find("version 2"), std::string::npos);
+    EXPECT_NE(std::string(StoreErrorDetail()).find("version 2"), std::string::npos);
     RunSql(m_host, "PRAGMA user_version=-1");
     EXPECT_FAILS(0, error::kNewerVersion, QrfsMount(m_path, u"A"));
     RunSql(m_host, "PRAGMA user_version=0");
@@ -211,7 +212,7 @@ TEST_F(QrfsVolumeTest, ANameMountsOneVolumeAndAVolumeIsMountedUnderOneName) {
     EXPECT_FAILS(0, error::kMountNameInUse, QrfsMount(m_path, u"A"));
     EXPECT_FAILS(0, error::kMountNameInUse, QrfsMount(m_dir.Path(u"missing"), u"A"));
     EXPECT_FAILS(0, error::kVolumeMounted, QrfsMount(m_path, u"B"));
-    EXPECT_FAILS(0, error::kVolumeMounted, QrfsMountReadOnly(m_path, u"B"));
+    EXPECT_FAILS(0, error::kVolumeMounted, StoreMountReadOnly(m_path, u"B"));
     EXPECT_DONE(QrfsMount(m_dir.Path(u"b.job"), u"B"));
     EXPECT_DONE(QrfsUnmount(u"A"));
     EXPECT_FAILS(0, error::kNoMount, QrfsUnmount(u"A"));
@@ -238,7 +239,7 @@ TEST_F(QrfsVolumeTest, AVolumeIsTheSameThroughEveryPathToIt) {
     for (const char16_t* name :
          {u"symbolic", u"hard", u"./a.job", u"sub/../a.job", u"sub\\..\\a.job"}) {
         EXPECT_FAILS(0, error::kVolumeMounted, QrfsMount(m_dir.Path(name), u"B")) << ToUtf8(name);
-        EXPECT_NE(QrfsIsMountedVolume(m_dir.Path(name)), 0) << ToUtf8(name);
+        EXPECT_NE(StoreIsMountedVolume(m_dir.Path(name)), 0) << ToUtf8(name);
     }
     // The look at it through another path has not given its lock away.
     EXPECT_EQ(other.Run(), 7);
@@ -298,19 +299,19 @@ TEST_F(QrfsVolumeTest, AnotherProcessHoldsItAndLetsItGo) {
     other.Tell();
     ASSERT_EQ(other.Hear(), 'y');
     EXPECT_FAILS(0, error::kVolumeMounted, QrfsMount(m_path, u"A"));
-    EXPECT_FAILS(0, error::kVolumeMounted, QrfsMountReadOnly(m_path, u"A"));
+    EXPECT_FAILS(0, error::kVolumeMounted, StoreMountReadOnly(m_path, u"A"));
     EXPECT_EQ(other.Run(), 7);
     EXPECT_DONE(QrfsMount(m_path, u"A"));
 }
 
 TEST_F(QrfsVolumeTest, ReadersInOtherProcessesAreLetInAndKeepWritersOut) {
-    OtherProcess reader([&](int, int) { return QrfsMountReadOnly(m_path, u"Z") != 0 ? 7 : 1; });
+    OtherProcess reader([&](int, int) { return StoreMountReadOnly(m_path, u"Z") != 0 ? 7 : 1; });
     OtherProcess writer([&](int, int) {
         const int mounted = QrfsMount(m_path, u"Z");
         return mounted == 0 && QrfsGetLastError() == error::kVolumeMounted ? 7 : 1;
     });
     ASSERT_DONE(QrfsCreateVolume(m_path));
-    ASSERT_DONE(QrfsMountReadOnly(m_path, u"A"));
+    ASSERT_DONE(StoreMountReadOnly(m_path, u"A"));
     EXPECT_EQ(reader.Run(), 7);
     EXPECT_EQ(writer.Run(), 7);
 }
@@ -318,39 +319,39 @@ TEST_F(QrfsVolumeTest, ReadersInOtherProcessesAreLetInAndKeepWritersOut) {
 using QrfsTest = StoreTest;
 
 TEST_F(QrfsTest, StepsFollowOneAnotherAndNeverOverlap) {
-    EXPECT_FAILS(0, error::kInvalidArgument, QrfsCommitStep(u"V"));
-    EXPECT_FAILS(0, error::kInvalidArgument, QrfsRollbackStep(u"V"));
-    EXPECT_FAILS(0, error::kInvalidArgument, QrfsSpoilStep(u"V", error::kOutOfMemory));
-    EXPECT_DONE(QrfsBeginStep(u"V"));
-    EXPECT_FAILS(0, error::kInvalidArgument, QrfsBeginStep(u"V"));
-    EXPECT_DONE(QrfsCommitStep(u"V"));
-    EXPECT_DONE(QrfsBeginStep(u"V"));
-    EXPECT_DONE(QrfsRollbackStep(u"V"));
-    EXPECT_FAILS(0, error::kNoMount, QrfsBeginStep(u"W"));
-    EXPECT_FAILS(0, error::kNoMount, QrfsCommitStep(u"W"));
-    EXPECT_FAILS(0, error::kNoMount, QrfsRollbackStep(u"W"));
-    EXPECT_FAILS(0, error::kNoMount, QrfsSpoilStep(u"W", error::kOutOfMemory));
+    EXPECT_FAILS(0, error::kInvalidArgument, StoreCommitStep(u"V"));
+    EXPECT_FAILS(0, error::kInvalidArgument, StoreRollbackStep(u"V"));
+    EXPECT_FAILS(0, error::kInvalidArgument, StoreSpoilStep(u"V", error::kOutOfMemory));
+    EXPECT_DONE(StoreBeginStep(u"V"));
+    EXPECT_FAILS(0, error::kInvalidArgument, StoreBeginStep(u"V"));
+    EXPECT_DONE(StoreCommitStep(u"V"));
+    EXPECT_DONE(StoreBeginStep(u"V"));
+    EXPECT_DONE(StoreRollbackStep(u"V"));
+    EXPECT_FAILS(0, error::kNoMount, StoreBeginStep(u"W"));
+    EXPECT_FAILS(0, error::kNoMount, StoreCommitStep(u"W"));
+    EXPECT_FAILS(0, error::kNoMount, StoreRollbackStep(u"W"));
+    EXPECT_FAILS(0, error::kNoMount, StoreSpoilStep(u"W", error::kOutOfMemory));
 }
 
 TEST_F(QrfsTest, ARefusalLeavesTheStepSound) {
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     ASSERT_DONE(QrfsCreateFile(u"V:/One", 0));
     EXPECT_FAILS(0, error::kFileExists, QrfsCreateFile(u"V:/One", 0));
     EXPECT_FAILS(0, error::kNoFile, QrfsDeleteFile(u"V:/Two.ini"));
     EXPECT_FAILS(0, error::kTableExists, CreateTable<PairLayout>(u"V"));
-    EXPECT_DONE(QrfsCommitStep(u"V"));
+    EXPECT_DONE(StoreCommitStep(u"V"));
     EXPECT_EQ(QrfsGetFileAttributes(u"V:/One"), 0x80);
 }
 
 TEST_F(QrfsTest, ASpoiltStepCanOnlyBeUndone) {
     ASSERT_DONE(PutFile(u"V:/One", "before"));
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     ASSERT_DONE(PutFile(u"V:/One", "changed"));
-    EXPECT_FAILS(0, error::kInvalidArgument, QrfsSpoilStep(u"V", error::kNone));
-    ASSERT_DONE(QrfsSpoilStep(u"V", error::kOutOfMemory));
-    ASSERT_DONE(QrfsSpoilStep(u"V", error::kDamaged));
+    EXPECT_FAILS(0, error::kInvalidArgument, StoreSpoilStep(u"V", error::kNone));
+    ASSERT_DONE(StoreSpoilStep(u"V", error::kOutOfMemory));
+    ASSERT_DONE(StoreSpoilStep(u"V", error::kDamaged));
     EXPECT_FAILS(0, error::kOutOfMemory, QrfsCreateFile(u"V:/Two.ini", 0));
-    EXPECT_FAILS(0, error::kOutOfMemory, QrfsCommitStep(u"V"));
+    EXPECT_FAILS(0, error::kOutOfMemory, StoreCommitStep(u"V"));
     EXPECT_EQ(GetFile(u"V:/One"), "before");
     EXPECT_DONE(PutFile(u"V:/One", "after"));
 }
@@ -359,7 +360,7 @@ TEST_F(QrfsTest, UnmountingUndoesTheStepAndClosesWhatIsOpen) {
     ASSERT_DONE(PutFile(u"V:/One", "kept"));
     const std::int32_t file = QrfsOpenFile(u"V:/One", 3);
     const std::uint32_t table = OpenTable<PairLayout>(u"V");
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     ASSERT_DONE(Write(file, "lost"));
     ASSERT_DONE(QrdbAppendRecord(table, MakePair(1, 2).data()));
     Remount();
@@ -369,7 +370,7 @@ TEST_F(QrfsTest, UnmountingUndoesTheStepAndClosesWhatIsOpen) {
     EXPECT_FAILS(0, error::kInvalidArgument, QrdbCloseTable(table));
     EXPECT_EQ(GetFile(u"V:/One"), "kept");
     EXPECT_TRUE(ReadContents(u"V").pairs.empty());
-    EXPECT_DONE(QrfsBeginStep(u"V"));
+    EXPECT_DONE(StoreBeginStep(u"V"));
 }
 
 TEST_F(QrfsTest, AFileIsCreatedOnceAndEmpty) {
@@ -474,12 +475,12 @@ TEST_F(QrfsTest, ADeletedFileIsGoneAlsoForItsHandles) {
 TEST_F(QrfsTest, AnUndoneDeletionBringsTheFileBackAlsoForItsHandles) {
     ASSERT_DONE(PutFile(u"V:/One", "bytes"));
     const std::int32_t file = QrfsOpenFile(u"V:/One", 3);
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     ASSERT_DONE(QrfsDeleteFile(u"V:/One"));
     ASSERT_DONE(PutFile(u"V:/One", "impostor"));
     const std::int32_t impostor = QrfsOpenFile(u"V:/One", 3);
     EXPECT_FAILS(-1, error::kNoFile, QrfsGetLength(file));
-    ASSERT_DONE(QrfsRollbackStep(u"V"));
+    ASSERT_DONE(StoreRollbackStep(u"V"));
     EXPECT_EQ(QrfsGetLength(file), 5);
     EXPECT_EQ(Read(file, 10), "bytes");
     EXPECT_FAILS(-1, error::kNoFile, QrfsGetLength(impostor));
@@ -490,11 +491,11 @@ TEST_F(QrfsTest, AnUndoneDeletionBringsTheFileBackAlsoForItsHandles) {
 }
 
 TEST_F(QrfsTest, AnUndoneCreationTakesTheFileFromItsHandles) {
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     ASSERT_DONE(PutFile(u"V:/One", "bytes"));
     ASSERT_DONE(QrfsCopyFile(u"V:/One", u"V:/Three"));
     const std::int32_t file = QrfsOpenFile(u"V:/One", 3);
-    ASSERT_DONE(QrfsRollbackStep(u"V"));
+    ASSERT_DONE(StoreRollbackStep(u"V"));
     std::uint32_t count = 0;
     EXPECT_FAILS(-1, error::kNoFile, QrfsGetLength(file));
     EXPECT_FAILS(0, error::kNoFile, QrfsWrite(file, "x", 1, count));
@@ -511,13 +512,13 @@ TEST_F(QrfsTest, AnUndoneStepPutsNamesAttributesAndLengthsBack) {
     ASSERT_DONE(PutFile(u"V:/Two.ini", "2"));
     ASSERT_DONE(QrfsSetFileAttributes(u"V:/One", 0x21));
     const Contents before = ReadContents(u"V");
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     ASSERT_DONE(QrfsSetFileAttributes(u"V:/One", 1));
     ASSERT_DONE(QrfsRename(u"V:/One", u"V:/Three"));
     ASSERT_DONE(QrfsRename(u"V:/Two.ini", u"V:/One"));
     ASSERT_DONE(PutFile(u"V:/Three", "short"));
     ASSERT_DONE(PutFile(u"V:/One", std::string(20000, 'x')));
-    ASSERT_DONE(QrfsRollbackStep(u"V"));
+    ASSERT_DONE(StoreRollbackStep(u"V"));
     EXPECT_EQ(ReadContents(u"V"), before);
     EXPECT_EQ(QrfsGetFileAttributes(u"V:/One"), 0x21);
     Remount();

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "store/OtherProcess.h"
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 
 namespace cqsurvey {
@@ -47,7 +48,7 @@ class ReadOnlyTest : public StoreTest {
         EXPECT_FAILS(
             0, code,
             QrdbCreateTable(u"V:/New", PairLayout::kFieldCount, PairLayout::kFieldDefs.data()));
-        EXPECT_FAILS(0, code, QrdbCreateView(u"V:/Shown", "SELECT 1"));
+        EXPECT_FAILS(0, code, StoreCreateView(u"V:/Shown", "SELECT 1"));
         EXPECT_FAILS(0, code, QrfsCreateFile(u"V:/Three", 0));
         EXPECT_FAILS(0, code, QrfsCopyFile(u"V:/One", u"V:/Three"));
         EXPECT_FAILS(0, code, QrfsRename(u"V:/One", u"V:/Three"));
@@ -59,10 +60,10 @@ class ReadOnlyTest : public StoreTest {
         EXPECT_FAILS(0, code, QrfsSetLength(file, 1));
         EXPECT_DONE(QrfsCloseFile(file));
         // A step may be begun and ended when nothing is changed in it.
-        EXPECT_DONE(QrfsBeginStep(u"V"));
-        EXPECT_DONE(QrfsCommitStep(u"V"));
-        EXPECT_DONE(QrfsBeginStep(u"V"));
-        EXPECT_DONE(QrfsRollbackStep(u"V"));
+        EXPECT_DONE(StoreBeginStep(u"V"));
+        EXPECT_DONE(StoreCommitStep(u"V"));
+        EXPECT_DONE(StoreBeginStep(u"V"));
+        EXPECT_DONE(StoreRollbackStep(u"V"));
         EXPECT_EQ(ReadContents(u"V"), m_contents);
     }
 
@@ -89,7 +90,7 @@ class ReadOnlyTest : public StoreTest {
 };
 
 TEST_F(ReadOnlyTest, AVolumeMountedForReadingIsReadAndNotChanged) {
-    ASSERT_DONE(QrfsMountReadOnly(m_path, u"V"));
+    ASSERT_DONE(StoreMountReadOnly(m_path, u"V"));
     EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{"volume.job"});
     ExpectReadable(error::kAccessDenied);
     Unmount();
@@ -182,7 +183,7 @@ TEST_F(ReadOnlyTest, OneFileIsThereWheneverTheVolumeIsNotMounted) {
     Unmount();
     EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{"volume.job"});
     Mount();
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     ASSERT_DONE(PutFile(u"V:/Three", "y"));
     Unmount();
     EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{"volume.job"});
@@ -198,7 +199,7 @@ TEST_F(ReadOnlyTest, AVolumeThatAnotherToolSwitchedToALogIsReadAllTheSame) {
     m_host = ToUtf8(odd);
     RunSql(m_host, "PRAGMA journal_mode=WAL");
     m_bytes = ReadHostFile(m_host);
-    ASSERT_DONE(QrfsMountReadOnly(m_path, u"V"));
+    ASSERT_DONE(StoreMountReadOnly(m_path, u"V"));
     ExpectReadable(error::kAccessDenied);
     Unmount();
     EXPECT_EQ(NamesIn(m_dir.Utf8("")).size(), 1U);
@@ -209,8 +210,8 @@ TEST_F(ReadOnlyTest, AVolumeThatAnotherToolSwitchedToALogIsReadAllTheSame) {
     // What the log holds is not passed over in silence.
     ASSERT_EQ(chmod(m_dir.Utf8("").c_str(), 0755), 0);
     WriteHostFile(m_host + "-wal", std::string(5000, 'w'));
-    EXPECT_FAILS(0, error::kAccessDenied, QrfsMountReadOnly(m_path, u"V"));
-    EXPECT_NE(std::string(QrfsGetLastErrorDetail()).find("log"), std::string::npos);
+    EXPECT_FAILS(0, error::kAccessDenied, StoreMountReadOnly(m_path, u"V"));
+    EXPECT_NE(std::string(StoreErrorDetail()).find("log"), std::string::npos);
     EXPECT_EQ(ReadHostFile(m_host + "-wal").size(), 5000U);
 }
 
@@ -234,7 +235,7 @@ TEST_F(ReadOnlyTest, AMountForWritingTakesTheLogInAndDoesWithoutOne) {
     EXPECT_DONE(PutFile(u"V:/Three", "x"));
     Unmount();
     EXPECT_EQ(NamesIn(m_dir.Utf8("")), std::set<std::string>{"volume.job"});
-    ASSERT_DONE(QrfsMountReadOnly(m_path, u"V"));
+    ASSERT_DONE(StoreMountReadOnly(m_path, u"V"));
     EXPECT_EQ(GetFile(u"V:/Three"), "x");
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 #include "store/Volume.h"
 
@@ -22,15 +23,15 @@ struct Model {
 class StepTest : public StoreTest {
  protected:
     void Begin() {
-        ASSERT_DONE(QrfsBeginStep(u"V"));
+        ASSERT_DONE(StoreBeginStep(u"V"));
         m_atStep = m_model;
     }
     void Commit() {
-        ASSERT_DONE(QrfsCommitStep(u"V"));
+        ASSERT_DONE(StoreCommitStep(u"V"));
         m_atStep.reset();
     }
     void Rollback() {
-        ASSERT_DONE(QrfsRollbackStep(u"V"));
+        ASSERT_DONE(StoreRollbackStep(u"V"));
         m_model = *m_atStep;
         m_atStep.reset();
     }
@@ -265,7 +266,7 @@ TEST_F(StepTest, ALongStepSpillsAndIsUndoneWhole) {
     ASSERT_DONE(PutFile(u"V:/One", "before"));
     const Contents before = ReadContents(u"V");
     const std::uintmax_t size = std::filesystem::file_size(m_host);
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     for (std::uint32_t i = 1; i <= 150000; ++i) {
         ASSERT_DONE(QrdbAppendRecord(m_pairs, MakePair(i, 0).data()));
     }
@@ -278,7 +279,7 @@ TEST_F(StepTest, ALongStepSpillsAndIsUndoneWhole) {
         std::filesystem::file_size(m_host) + (std::filesystem::exists(m_host + "-journal") ? 1 : 0),
         size);
     EXPECT_EQ(QrdbGetRecordCount(m_pairs), 150003 - 35000);
-    ASSERT_DONE(QrfsRollbackStep(u"V"));
+    ASSERT_DONE(StoreRollbackStep(u"V"));
     EXPECT_EQ(ReadContents(u"V"), before);
     ASSERT_DONE(QrdbAppendRecord(m_pairs, MakePair(4, 4).data()));
     ASSERT_DONE(QrdbMoveLast(m_pairs));
@@ -291,7 +292,7 @@ TEST_F(StepTest, ALongStepSpillsAndIsUndoneWhole) {
 
 TEST_F(StepTest, ALongStepSpillsAndIsKeptWhole) {
     OpenTables();
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     for (std::uint32_t i = 1; i <= 150000; ++i) {
         ASSERT_DONE(QrdbAppendRecord(m_pairs, MakePair(i, 0).data()));
         if (i % 3 == 0) {
@@ -299,11 +300,11 @@ TEST_F(StepTest, ALongStepSpillsAndIsKeptWhole) {
             ASSERT_DONE(QrdbWriteRecord(m_pairs, MakePair(i / 3, 7).data()));
         }
     }
-    ASSERT_DONE(QrfsCommitStep(u"V"));
+    ASSERT_DONE(StoreCommitStep(u"V"));
     Reopen();
     EXPECT_EQ(QrdbGetRecordCount(m_pairs), 150000);
     for (std::uint32_t i = 1; i <= 150000; ++i) {
-        ASSERT_EQ(AsString(QrdbPeekRecord(m_pairs, i), 8),
+        ASSERT_EQ(AsString(StorePeekRecord(m_pairs, i), 8),
                   AsString(MakePair(i, i <= 50000 ? 7 : 0)));
     }
 }
@@ -311,13 +312,13 @@ TEST_F(StepTest, ALongStepSpillsAndIsKeptWhole) {
 TEST_F(StepTest, AFileMayBeLengthenedFarWithoutTakingItsLengthInMemory) {
     ASSERT_DONE(PutFile(u"V:/One", "start"));
     const std::int32_t file = QrfsOpenFile(u"V:/One", 3);
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     std::uint32_t written = 0;
     ASSERT_EQ(QrfsSeek(file, 40 << 20, 0), 40 << 20);
     ASSERT_DONE(QrfsWrite(file, "end", 3, written));
     // All but the last megabytes are in the file or in the database's own memory by now.
     EXPECT_GT(std::filesystem::file_size(m_host), std::uintmax_t{20} << 20);
-    ASSERT_DONE(QrfsCommitStep(u"V"));
+    ASSERT_DONE(StoreCommitStep(u"V"));
     Reopen();
     const std::string bytes = GetFile(u"V:/One");
     EXPECT_EQ(bytes.size(), (std::size_t{40} << 20) + 3);
@@ -328,13 +329,13 @@ TEST_F(StepTest, AFileMayBeLengthenedFarWithoutTakingItsLengthInMemory) {
 TEST_F(StepTest, AStepMayMakeTablesAndFillThem) {
     const QrdbFieldDef field{0, u"A", u"DWORD", 0};
     for (const bool keep : {false, true}) {
-        ASSERT_DONE(QrfsBeginStep(u"V"));
+        ASSERT_DONE(StoreBeginStep(u"V"));
         ASSERT_DONE(QrdbCreateTable(u"V:/New", 1, &field));
         const std::uint32_t table = QrdbOpenTable(u"V:/New");
         for (std::uint32_t i = 0; i < 100000; ++i) {
             ASSERT_DONE(QrdbAppendRecord(table, &i));
         }
-        ASSERT_DONE(keep ? QrfsCommitStep(u"V") : QrfsRollbackStep(u"V"));
+        ASSERT_DONE(keep ? StoreCommitStep(u"V") : StoreRollbackStep(u"V"));
         Remount();
         EXPECT_EQ(QrdbOpenTable(u"V:/New") != 0, keep);
     }
@@ -345,12 +346,12 @@ TEST_F(StepTest, AnEmptyStepAndOneThatOnlyReadsLeaveTheFileAlone) {
     OpenTables();
     ASSERT_DONE(QrdbAppendRecord(m_pairs, MakePair(1, 2).data()));
     const std::string bytes = ReadHostFile(m_host);
-    ASSERT_DONE(QrfsBeginStep(u"V"));
-    ASSERT_DONE(QrfsCommitStep(u"V"));
-    ASSERT_DONE(QrfsBeginStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
+    ASSERT_DONE(StoreCommitStep(u"V"));
+    ASSERT_DONE(StoreBeginStep(u"V"));
     EXPECT_EQ(QrdbGetRecordCount(m_pairs), 1);
     (void)ReadContents(u"V");
-    ASSERT_DONE(QrfsCommitStep(u"V"));
+    ASSERT_DONE(StoreCommitStep(u"V"));
     Unmount();
     EXPECT_TRUE(ReadHostFile(m_host) == bytes);
     Mount();

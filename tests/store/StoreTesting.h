@@ -19,9 +19,10 @@
 
 #include "cqsurvey/ErrorCodes.h"
 #include "cqsurvey/Text.h"
-#include "store/LastError.h"
 #include "store/Qrdb.h"
 #include "store/Qrfs.h"
+#include "store/Registry.h"
+#include "store/StoreExtras.h"
 #include "support/FaultVfs.h"
 #include "support/TempDir.h"
 #include "tables/RecordLayout.h"
@@ -47,12 +48,12 @@ inline std::string Hex(std::int32_t code) {
 }
 
 inline std::string LastError() {
-    return Hex(QrfsGetLastError()) + " " + QrfsGetLastErrorDetail();
+    return Hex(QrfsGetLastError()) + " " + StoreErrorDetail();
 }
 
 template <class Sign, class Call>
 testing::AssertionResult FailsWith(const Sign& sign, std::int32_t code, Call&& call) {
-    SetLastError(error::kNone);
+    Registry::SetLastError(error::kNone);
     if (call() != sign) {
         return testing::AssertionFailure() << "it did not give its failure sign; " << LastError();
     }
@@ -180,7 +181,7 @@ inline int PutFile(const CString& path, const std::string& bytes) {
     if (file != -1) {
         QrfsCloseFile(file);
     }
-    SetLastError(done ? error::kNone : code);
+    Registry::SetLastError(done ? error::kNone : code);
     return done ? 1 : 0;
 }
 

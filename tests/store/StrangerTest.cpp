@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 
 namespace cqsurvey {
@@ -34,7 +35,7 @@ class StrangerTest : public StoreTest {
         StoreTest::SetUp();
         m_things = OpenTable<ThingLayout>(u"V");
         m_pairs = OpenTable<PairLayout>(u"V");
-        ASSERT_DONE(QrfsBeginStep(u"V"));
+        ASSERT_DONE(StoreBeginStep(u"V"));
         for (std::uint32_t i = 1; i <= 40; ++i) {
             ThingLayout::Bytes record = MakeThing(i);
             ASSERT_DONE(QrdbWriteMemo(m_things, CString(i, u'm'),
@@ -48,8 +49,8 @@ class StrangerTest : public StoreTest {
         ASSERT_DONE(QrdbDeleteRecord(m_pairs));
         ASSERT_DONE(PutFile(u"V:/One", std::string(9000, '1')));
         ASSERT_DONE(PutFile(u"V:/Two.ini", "[2]"));
-        ASSERT_DONE(QrdbCreateView(u"V:/Shown", "SELECT * FROM Pairs"));
-        ASSERT_DONE(QrfsCommitStep(u"V"));
+        ASSERT_DONE(StoreCreateView(u"V:/Shown", "SELECT * FROM Pairs"));
+        ASSERT_DONE(StoreCommitStep(u"V"));
         Unmount();
         m_bytes = ReadHostFile(m_host);
         ASSERT_EQ(m_bytes.size() % kPage, 0U);
@@ -69,7 +70,7 @@ class StrangerTest : public StoreTest {
     void Note(bool done) {
         if (!done && QrfsGetLastError() != error::kNone) {
             m_codes.insert(QrfsGetLastError());
-            m_details.insert(QrfsGetLastErrorDetail());
+            m_details.insert(StoreErrorDetail());
             EXPECT_TRUE(kAnswers.contains(QrfsGetLastError())) << LastError();
         }
     }
@@ -78,7 +79,7 @@ class StrangerTest : public StoreTest {
     std::set<std::int32_t> Use() {
         m_codes.clear();
         m_details.clear();
-        SetLastError(error::kNone);
+        Registry::SetLastError(error::kNone);
         const bool mounted = QrfsMount(m_path, u"V") != 0;
         Note(mounted);
         if (mounted) {
@@ -87,10 +88,10 @@ class StrangerTest : public StoreTest {
             for (const CString& name : {kFileNames[0], kFileNames[1]}) {
                 UseFile(u"V:/" + name);
             }
-            Note(QrfsBeginStep(u"V") != 0);
+            Note(StoreBeginStep(u"V") != 0);
             UseTable<PairLayout>(MakePair(6, 6));
             UseFile(u"V:/" + kFileNames[2]);
-            Note(QrfsCommitStep(u"V") != 0);
+            Note(StoreCommitStep(u"V") != 0);
             EXPECT_DONE(QrfsUnmount(u"V"));
         }
         return m_codes;
@@ -103,7 +104,7 @@ class StrangerTest : public StoreTest {
         if (table == 0) {
             return;
         }
-        Note(QrdbCheckTable(table, Layout::kFieldCount, Layout::kFieldDefs.data()) != 0);
+        Note(StoreCheckTable(table, Layout::kFieldCount, Layout::kFieldDefs.data()) != 0);
         if (QrfsGetLastError() == error::kDamaged) {
             QrdbCloseTable(table);
             return;  // as the classes above do: its records may have any width
@@ -313,7 +314,7 @@ TEST_F(StrangerTest, TheTextsMustBeKeptAsUtf16) {
            "PRAGMA encoding='UTF-8'; PRAGMA application_id=0x43715376; PRAGMA user_version=1;"
            "CREATE TABLE t(a)");
     EXPECT_FAILS(0, error::kDamaged, QrfsMount(m_path, u"V"));
-    EXPECT_NE(std::string(QrfsGetLastErrorDetail()).find("UTF-16"), std::string::npos);
+    EXPECT_NE(std::string(StoreErrorDetail()).find("UTF-16"), std::string::npos);
 }
 
 TEST_F(StrangerTest, AnyByteChangedIsAnsweredWithACode) {
@@ -482,7 +483,7 @@ TEST_F(EndlessTest, BlocksWithoutEndAreDamageAndNotAHang) {
     Mount();
     EXPECT_FAILS(-1, error::kDamaged, QrfsOpenFile(u"V:/One", 3));
     EXPECT_FAILS(0, error::kDamaged, QrfsCopyFile(u"V:/One", u"V:/Three"));
-    SetLastError(error::kNone);
+    Registry::SetLastError(error::kNone);
     if (QrfsDeleteFile(u"V:/One") == 0) {
         EXPECT_EQ(Hex(QrfsGetLastError()), Hex(error::kDamaged));
     }

@@ -5,6 +5,7 @@
 #include <thread>
 #include <vector>
 
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 
 namespace cqsurvey {
@@ -22,11 +23,11 @@ std::string Work(const TempDir& dir, int thread) {
         }
         const std::uint32_t pairs = OpenTable<PairLayout>(mount);
         for (std::uint32_t i = 1; i <= 200; ++i) {
-            if (QrfsBeginStep(mount) == 0 ||
+            if (StoreBeginStep(mount) == 0 ||
                 QrdbAppendRecord(pairs, MakePair(i, static_cast<std::uint32_t>(thread)).data()) ==
                     0 ||
                 (i % 10 == 0 && PutFile(mount + u":/One", std::to_string(i)) == 0) ||
-                QrfsCommitStep(mount) == 0) {
+                StoreCommitStep(mount) == 0) {
                 return LastError();
             }
             // This thread's failures are its own.
@@ -106,7 +107,7 @@ TEST(ThreadTest, ANewThreadHasNoError) {
     std::string detail = "x";
     std::thread([&] {
         code = QrfsGetLastError();
-        detail = QrfsGetLastErrorDetail();
+        detail = StoreErrorDetail();
     }).join();
     EXPECT_EQ(code, error::kNone);
     EXPECT_EQ(detail, "");

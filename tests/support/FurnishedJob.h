@@ -119,19 +119,19 @@ inline void Furnish(CqSurveyDB& db) {
     AddPoint(db, u"P1", 1, 2);
     AddPoint(db, u"P01", 3, 4);
     AddPoint(db, u"P2", 5, 6, 7, 30);
-    db.AddCoordDescription(1, u"first");
-    db.AddCoordDescription(2, u"second, rather longer than the first");
+    EXPECT_NE(db.AddCoordDescription(1, u"first"), 0);
+    EXPECT_NE(db.AddCoordDescription(2, u"second, rather longer than the first"), 0);
     CqCadEntityList* pline = db.StartPline(1, 30);
     db.AddVertex(pline, kHere.data(), 0.5);
     db.AddVertex(pline, kFar.data(), 0);
     db.AddVertex(pline, kHere.data(), 0);
-    db.EndPline(pline);  // entities 5 to 8
+    EXPECT_NE(db.EndPline(pline), 0U);  // entities 5 to 8
     db.LinkSiPntAndVertex(3, 6);
     db.AddText(kHere.data(), u"a text", 1, 2, u"style", 1, 0, 0, 0, 0, 0);  // entity 9
     db.AddCircle(kHere.data(), 2, 0, 0);                                    // entity 10
     db.AddLayer(u"A", 2, 0);
     db.AddSettingsSection(u"MINE");
-    db.WriteSettingsString(u"MINE", u"key", u"value");
+    EXPECT_NE(db.WriteSettingsString(u"MINE", u"key", u"value"), 0);
 }
 
 /// An operation that changes the job that Furnish made.
@@ -147,11 +147,12 @@ inline std::ostream& operator<<(std::ostream& out, const JobOperation& operation
 inline std::vector<JobOperation> JobOperations() {
     return {{"AddCoordRec", [](CqSurveyDB& db) { AddPoint(db, u"P9", 900, 901); }},
             {"EditCoordRec",
-             [](CqSurveyDB& db) { db.EditCoordRec(CqHandle{1}, u"Q1", kFar.data(), 31); }},
+             [](CqSurveyDB& db) { (void)db.EditCoordRec(CqHandle{1}, u"Q1", kFar.data(), 31); }},
             {"DelCoordRec", [](CqSurveyDB& db) { db.DelCoordRec(CqHandle{1}); }},
             {"EditCoordDescription",
              [](CqSurveyDB& db) {
-                 db.EditCoordDescription(1, u"a text that needs another block than before");
+                 EXPECT_NE(
+                     db.EditCoordDescription(1, u"a text that needs another block than before"), 0);
              }},
             {"DelGroup", [](CqSurveyDB& db) { db.DelGroup(u"Road"); }},
             {"EndPline",
@@ -162,7 +163,7 @@ inline std::vector<JobOperation> JobOperations() {
                  for (int i = 0; i < 5; ++i) {
                      db.AddVertex(list.get(), kFar.data(), 0.25);
                  }
-                 db.EndPline(list.release());
+                 EXPECT_NE(db.EndPline(list.release()), 0U);
              }},
             {"InsertVertex", [](CqSurveyDB& db) { db.InsertVertex(6, kFar.data(), 1); }},
             {"DeletePline", [](CqSurveyDB& db) { db.DeletePline(5); }},
@@ -175,13 +176,13 @@ inline std::vector<JobOperation> JobOperations() {
             {"DeleteText", [](CqSurveyDB& db) { db.DeleteText(9); }},
             {"EditLayer", [](CqSurveyDB& db) { db.EditLayer(10, u"New"); }},
             {"WriteSettingsString",
-             [](CqSurveyDB& db) { db.WriteSettingsString(u"MINE", u"key", u"changed"); }},
+             [](CqSurveyDB& db) { (void)db.WriteSettingsString(u"MINE", u"key", u"changed"); }},
             {"Batch", [](CqSurveyDB& db) {
                  CqBatch batch(db);
                  AddPoint(db, u"B1", 1000, 1000);
                  db.SetCurrentLayer(u"A");
                  db.DelCoordRec(u"P2");
-                 db.EditCoordRec(u"P1", kFar.data(), 5);
+                 EXPECT_NE(db.EditCoordRec(u"P1", kFar.data(), 5), 0);
                  batch.Commit();
              }}};
 }

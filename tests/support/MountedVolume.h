@@ -7,6 +7,7 @@
 
 #include "cqsurvey/Types.h"
 #include "store/Qrfs.h"
+#include "store/StoreExtras.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey {
@@ -31,7 +32,7 @@ class MountedVolume {
         Require(QrfsUnmount(m_mountName) != 0 && QrfsMount(HostPath(), m_mountName) != 0);
     }
     void RemountReadOnly() {
-        Require(QrfsUnmount(m_mountName) != 0 && QrfsMountReadOnly(HostPath(), m_mountName) != 0);
+        Require(QrfsUnmount(m_mountName) != 0 && StoreMountReadOnly(HostPath(), m_mountName) != 0);
     }
 
  private:

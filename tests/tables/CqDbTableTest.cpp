@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyException.h"
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 #include "tables/CqRecordTable.h"
 
@@ -192,7 +193,7 @@ TEST_F(CqDbTableTest, AGetterLoadsOnceUntilTheRecordMayHaveChanged) {
     ASSERT_DONE(QrdbGoToRecord(other, 1));
     ASSERT_DONE(QrdbWriteRecord(other, MakePair(100, 200).data()));
     EXPECT_EQ(m_table.Get<"Second">(), 10U);
-    m_table.ForgetLoaded();
+    m_table.UndoStep();
     EXPECT_EQ(m_table.Get<"Second">(), 200U);
     QrdbCloseTable(other);
     m_table.Next();
@@ -223,22 +224,22 @@ TEST_F(CqDbTableTest, EveryPositioningInvalidatesTheBuffer) {
 TEST_F(CqDbTableTest, ASetterChangesTheBufferAndStoreTheTable) {
     m_table.GoTo(2);
     m_table.Set<"First">(55U);
-    EXPECT_EQ(PairLayout::Get<"First">(QrdbPeekRecord(m_table.GetTable(), 2)), 2U);
+    EXPECT_EQ(PairLayout::Get<"First">(StorePeekRecord(m_table.GetTable(), 2)), 2U);
     EXPECT_EQ(PairLayout::Get<"Second">(m_table.Buffer().data()), 20U);
     m_table.Store();
     EXPECT_TRUE(m_table.IsLoaded());
-    EXPECT_EQ(AsString(QrdbPeekRecord(m_table.GetTable(), 2), 8), AsString(MakePair(55, 20)));
+    EXPECT_EQ(AsString(StorePeekRecord(m_table.GetTable(), 2), 8), AsString(MakePair(55, 20)));
     // Without a loaded record there is nothing to store.
     m_table.Set<"First">(66U);
     m_table.SetIndex(-1);
     m_table.Store();
-    EXPECT_EQ(AsString(QrdbPeekRecord(m_table.GetTable(), 2), 8), AsString(MakePair(55, 20)));
+    EXPECT_EQ(AsString(StorePeekRecord(m_table.GetTable(), 2), 8), AsString(MakePair(55, 20)));
 }
 
 TEST_F(CqDbTableTest, PeekingAtARecordNeitherMovesNorTakesAFailureForARecordThatIsGone) {
     m_table.GoTo(2);
     EXPECT_EQ(AsString(m_table.PeekRecord(3), 8), AsString(MakePair(3, 30)));
-    SetLastError(error::kDamaged);
+    Registry::SetLastError(error::kDamaged);
     EXPECT_EQ(m_table.PeekRecord(99), nullptr);
     EXPECT_EQ(m_table.GetCurrentHandle(), 2U);
     m_table.Close();

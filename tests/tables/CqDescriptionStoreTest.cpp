@@ -15,6 +15,7 @@
 #include "cqsurvey/CqSurveyException.h"
 #include "store/CQrfsFile.h"
 #include "store/Qrfs.h"
+#include "store/StoreExtras.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey {
@@ -347,7 +348,7 @@ TEST_P(CqDescriptionStoreOverTime, WritesTheFileByteForByteAsThePlainProcedure) 
     std::mt19937 random(GetParam());
     Model model;
     Model kept;
-    ASSERT_NE(QrfsBeginStep(u"DESC"), 0);
+    ASSERT_NE(StoreBeginStep(u"DESC"), 0);
     for (int step = 0; step < 4000; ++step) {
         const auto key = static_cast<CqHandle>(random() % 60 + 1);
         std::string text(random() % (random() % 20 == 0 ? 5000 : 70) + 1, ' ');
@@ -381,11 +382,11 @@ TEST_P(CqDescriptionStoreOverTime, WritesTheFileByteForByteAsThePlainProcedure) 
                     break;
                 }
                 if (random() % 2 == 0) {
-                    ASSERT_NE(QrfsRollbackStep(u"DESC"), 0);
+                    ASSERT_NE(StoreRollbackStep(u"DESC"), 0);
                     store.UndoStep();
                     model = kept;
                 } else {
-                    ASSERT_NE(QrfsCommitStep(u"DESC"), 0);
+                    ASSERT_NE(StoreCommitStep(u"DESC"), 0);
                     store.KeepStep();
                     if (random() % 4 == 0) {
                         store.Open(kPath);
@@ -393,7 +394,7 @@ TEST_P(CqDescriptionStoreOverTime, WritesTheFileByteForByteAsThePlainProcedure) 
                     }
                     kept = model;
                 }
-                ASSERT_NE(QrfsBeginStep(u"DESC"), 0);
+                ASSERT_NE(StoreBeginStep(u"DESC"), 0);
                 break;
         }
         if (step % 20 == 0) {
@@ -407,7 +408,7 @@ TEST_P(CqDescriptionStoreOverTime, WritesTheFileByteForByteAsThePlainProcedure) 
                       model.bytes.substr(found->second + 16, model.Number(found->second + 4)));
         }
     }
-    ASSERT_NE(QrfsCommitStep(u"DESC"), 0);
+    ASSERT_NE(StoreCommitStep(u"DESC"), 0);
     EXPECT_EQ(Bytes(), model.bytes);
 }
 

@@ -43,7 +43,7 @@ class CqEntityTableTest : public ::testing::Test {
     }
 
     CqHandle Append(CqHandle prev, CqHandle next) {
-        return m_entities.AppendEntity(5, 0, 1, 256, 0.0, 0.0, 0.0, prev, next);
+        return m_entities.AppendEntity({5, 0, 1, 256, 0.0, 0.0, 0.0}, prev, next);
     }
     [[nodiscard]] Links LinksOf(CqHandle record) {
         m_entities.GoTo(record);
@@ -70,7 +70,7 @@ TEST_F(CqEntityTableTest, StartsWithAHeaderOfZeros) {
 }
 
 TEST_F(CqEntityTableTest, KeepsEveryFieldOfARecord) {
-    const CqHandle entity = m_entities.AppendEntity(6, 77, 0xFFFF, -256, 1.5, -2.5, 3.5, 0, 0);
+    const CqHandle entity = m_entities.AppendEntity({6, 77, 0xFFFF, -256, 1.5, -2.5, 3.5});
     EXPECT_EQ(entity, 2U);
     m_entities.GoTo(entity);
     EXPECT_EQ(m_entities.Get<"ObjectType">(), 6);

@@ -15,6 +15,7 @@
 #include "cqsurvey/CQrfsFileException.h"
 #include "platform/Text.h"
 #include "settings/SettingsModel.h"
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 #include "support/CodePageScope.h"
 #include "support/HostBytes.h"
@@ -522,7 +523,7 @@ CString RandomText(std::mt19937& random, std::size_t longest, std::u16string_vie
 }
 
 TEST_F(CqSettingsFileTest, LongRandomSequencesAgreeWithTheModel) {
-    ASSERT_NE(QrfsBeginStep(m_volume.MountName()), 0);
+    ASSERT_NE(StoreBeginStep(m_volume.MountName()), 0);
     ASSERT_EQ(m_settings.Create(Path()), 1);
     for (unsigned seed = 1; seed <= 40; ++seed) {
         SCOPED_TRACE(seed);
@@ -601,7 +602,7 @@ TEST_F(CqSettingsFileTest, WhateverBytesAFileHoldsAreReadAsTheModelReadsThem) {
         "[SETTINGS]\r\nSiPointSize=5.000\r\nVersion=1.00\r\n[BACKGROUND]\r\nType=0\r\n"
         "name=\xe6\x97\xa5\xe6\x9c\xac\r\n[\xc3\xa9t\xc3\xa9]\nlong=" +
         std::string(240, 'x') + "\xf0\x9f\x98\x80\xc3\xa9\x93\xfa\r\n";
-    ASSERT_NE(QrfsBeginStep(m_volume.MountName()), 0);
+    ASSERT_NE(StoreBeginStep(m_volume.MountName()), 0);
     const CString again = m_volume.File(u"again");
     ASSERT_NE(QrfsCreateFile(again, 0), 0);
     for (const int number : {65001, 1252, 932}) {

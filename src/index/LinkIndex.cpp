@@ -1,4 +1,4 @@
-#include "tables/CqLinkTable.h"
+#include "index/LinkIndex.h"
 
 namespace cqsurvey {
 
@@ -11,29 +11,15 @@ std::size_t FindEntry(const Table& table, Member member, CqHandle key) {
 
 }  // namespace
 
-void CqLinkTable::Open(const CString& name) {
-    CqDbTable::Open(name);
-    DropIndexes();
-    for (int found = First(kRecordOrder); found != 0; found = Next()) {
-        Enter(GetCurrentHandle(), Get<"PointDataID">(), Get<"VertexDataID">());
-    }
+void LinkIndex::Build() {
+    Clear();
+    m_links.ForEach([this](CqHandle link, const std::byte* record) {
+        Enter(link, LinkLayout::Get<"PointDataID">(record),
+              LinkLayout::Get<"VertexDataID">(record));
+    });
 }
 
-void CqLinkTable::Close() {
-    DropIndexes();
-    CqDbTable::Close();
-}
-
-bool CqLinkTable::FindByVertex(CqHandle vertex) {
-    const CqHandle link = LinkOfVertex(vertex);
-    if (link == 0) {
-        return false;
-    }
-    GoTo(link);
-    return true;
-}
-
-std::vector<CqHandle> CqLinkTable::ListByPoint(CqHandle point) const {
+std::vector<CqHandle> LinkIndex::ListByPoint(CqHandle point) const {
     std::vector<CqHandle> links;
     const std::size_t entry = FindEntry(m_points, &PointEntry::point, point);
     if (entry != m_points.kNone) {
@@ -44,26 +30,23 @@ std::vector<CqHandle> CqLinkTable::ListByPoint(CqHandle point) const {
     return links;
 }
 
-void CqLinkTable::AppendLink(CqHandle point, CqHandle vertex) {
+void LinkIndex::AppendLink(CqHandle point, CqHandle vertex) {
     ReserveOneMore();
-    Layout::Bytes record{};
-    Layout::Set<"PointDataID">(record.data(), point);
-    Layout::Set<"VertexDataID">(record.data(), vertex);
-    const CqHandle link = AppendRecord(record);
-    m_changes.Push({Change::kEntered, vertex, point, LinkOfVertex(vertex), {link, 0, 0}});
+    const CqHandle link = m_links.AppendLink(point, vertex);
+    m_changes.Push({Change::kEntered, vertex, point, FindByVertex(vertex), {link, 0, 0}});
     Enter(link, point, vertex);
 }
 
-int CqLinkTable::Unlink(CqHandle point, CqHandle vertex) {
-    if (!FindByVertex(vertex)) {
+int LinkIndex::Unlink(CqHandle point, CqHandle vertex) {
+    const CqHandle link = FindByVertex(vertex);
+    if (link == 0) {
         return 0;
     }
-    const CqHandle link = GetCurrentHandle();
-    const CqHandle tiedPoint = Get<"PointDataID">();
+    const CqHandle tiedPoint = m_links.GetAt<"PointDataID">(link);
     const bool remove = point == 0 || point == tiedPoint;
     if (remove) {
         // Before the indexes: of all the steps only this one can be refused.
-        DeleteRecord(link);
+        m_links.DeleteRecord(link);
     }
     m_changes.Reserve(1);
     m_changes.Push({Change::kVertexForgotten, vertex, tiedPoint, 0, {link, 0, 0}});
@@ -77,12 +60,12 @@ int CqLinkTable::Unlink(CqHandle point, CqHandle vertex) {
     return remove ? 1 : 0;
 }
 
-void CqLinkTable::KeepStep() noexcept {
+void LinkIndex::KeepStep() noexcept {
     m_changes.Clear();
 }
 
 // Nothing is allocated here: the indexes keep the room that they had when the step began.
-void CqLinkTable::UndoStep() noexcept {
+void LinkIndex::UndoStep() noexcept {
     m_changes.TakeBack([this](const Change& change) {
         switch (change.kind) {
             case Change::kEntered:
@@ -105,12 +88,12 @@ void CqLinkTable::UndoStep() noexcept {
     });
 }
 
-CqHandle CqLinkTable::LinkOfVertex(CqHandle vertex) const {
+CqHandle LinkIndex::FindByVertex(CqHandle vertex) const {
     const std::size_t entry = FindEntry(m_vertices, &VertexEntry::vertex, vertex);
     return entry != m_vertices.kNone ? m_vertices[entry].link : 0;
 }
 
-void CqLinkTable::SetLinkOfVertex(CqHandle vertex, CqHandle link) {
+void LinkIndex::SetLinkOfVertex(CqHandle vertex, CqHandle link) {
     const std::size_t entry = FindEntry(m_vertices, &VertexEntry::vertex, vertex);
     if (entry == m_vertices.kNone) {
         m_vertices.Insert({vertex, link});
@@ -119,31 +102,31 @@ void CqLinkTable::SetLinkOfVertex(CqHandle vertex, CqHandle link) {
     }
 }
 
-void CqLinkTable::ForgetVertex(CqHandle vertex) {
+void LinkIndex::ForgetVertex(CqHandle vertex) {
     m_vertices.EraseAt(FindEntry(m_vertices, &VertexEntry::vertex, vertex));
 }
 
-CqHandle CqLinkTable::LastOfPoint(CqHandle point) const {
+CqHandle LinkIndex::LastOfPoint(CqHandle point) const {
     const std::size_t entry = FindEntry(m_points, &PointEntry::point, point);
     return entry != m_points.kNone ? m_points[entry].last : 0;
 }
 
-CqLinkTable::Place CqLinkTable::PlaceOf(CqHandle link) const {
+LinkIndex::Place LinkIndex::PlaceOf(CqHandle link) const {
     return m_places[FindEntry(m_places, &Place::link, link)];
 }
 
-CqLinkTable::Place& CqLinkTable::PlaceAt(CqHandle link) {
+LinkIndex::Place& LinkIndex::PlaceAt(CqHandle link) {
     return m_places[FindEntry(m_places, &Place::link, link)];
 }
 
-void CqLinkTable::Enter(CqHandle link, CqHandle point, CqHandle vertex) {
+void LinkIndex::Enter(CqHandle link, CqHandle point, CqHandle vertex) {
     if (point != 0) {
         InsertIntoList(point, {link, LastOfPoint(point), 0});
     }
     SetLinkOfVertex(vertex, link);
 }
 
-void CqLinkTable::InsertIntoList(CqHandle point, const Place& place) {
+void LinkIndex::InsertIntoList(CqHandle point, const Place& place) {
     m_places.Insert(place);
     const std::size_t entry = FindEntry(m_points, &PointEntry::point, point);
     if (entry == m_points.kNone) {
@@ -154,7 +137,7 @@ void CqLinkTable::InsertIntoList(CqHandle point, const Place& place) {
     (place.next != 0 ? PlaceAt(place.next).prev : m_points[entry].last) = place.link;
 }
 
-void CqLinkTable::RemoveFromList(CqHandle point, const Place& place) {
+void LinkIndex::RemoveFromList(CqHandle point, const Place& place) {
     const std::size_t entry = FindEntry(m_points, &PointEntry::point, point);
     if (place.prev == 0 && place.next == 0) {
         m_points.EraseAt(entry);
@@ -165,14 +148,14 @@ void CqLinkTable::RemoveFromList(CqHandle point, const Place& place) {
     m_places.EraseAt(FindEntry(m_places, &Place::link, place.link));
 }
 
-void CqLinkTable::ReserveOneMore() {
+void LinkIndex::ReserveOneMore() {
     m_vertices.ReserveOneMore();
     m_points.ReserveOneMore();
     m_places.ReserveOneMore();
     m_changes.Reserve(1);
 }
 
-void CqLinkTable::DropIndexes() {
+void LinkIndex::Clear() {
     m_vertices = {};
     m_points = {};
     m_places = {};

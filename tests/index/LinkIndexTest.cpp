@@ -1,4 +1,4 @@
-#include "tables/CqLinkTable.h"
+#include "index/LinkIndex.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +12,7 @@
 
 #include "cqsurvey/CqSurveyException.h"
 #include "store/Qrfs.h"
+#include "store/StoreExtras.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey {
@@ -22,68 +23,72 @@ const CString kTable = u"LINKS:/_PointToVertexLink";
 
 using Handles = std::vector<CqHandle>;
 
-class CqLinkTableTest : public ::testing::Test {
+class LinkIndexTest : public ::testing::Test {
  protected:
     void SetUp() override {
         const CString path = m_folder.Path(u"links.job");
         ASSERT_NE(QrfsCreateVolume(path), 0);
         ASSERT_NE(QrfsMount(path, kMount), 0);
-        m_links.Create(kTable);
+        m_table.Create(kTable);
+        m_links.OnCreate(u"");
     }
 
     void TearDown() override {
-        m_links.Close();
+        m_links.OnClose();
+        m_table.Close();
         QrfsUnmount(kMount);
     }
 
     void Reopen() {
-        m_links.Close();
+        m_links.OnClose();
+        m_table.Close();
         ASSERT_NE(QrfsUnmount(kMount), 0);
         ASSERT_NE(QrfsMount(m_folder.Path(u"links.job"), kMount), 0);
-        m_links.Open(kTable);
+        m_table.Open(kTable);
+        m_links.OnOpen(u"");
     }
 
     /// The point of the vertex's link, nothing when the vertex is not in its index.
     std::optional<CqHandle> PointOf(CqHandle vertex) {
-        if (!m_links.FindByVertex(vertex)) {
+        const CqHandle link = m_links.FindByVertex(vertex);
+        if (link == 0) {
             return std::nullopt;
         }
-        return m_links.Get<"PointDataID">();
+        return m_table.GetAt<"PointDataID">(link);
     }
 
     /// The vertices of the point's links.
     Handles VerticesOf(CqHandle point) {
         Handles vertices;
         for (const CqHandle link : m_links.ListByPoint(point)) {
-            m_links.GoTo(link);
-            vertices.push_back(m_links.Get<"VertexDataID">());
+            vertices.push_back(m_table.GetAt<"VertexDataID">(link));
         }
         return vertices;
     }
 
     TempDir m_folder;
-    CqLinkTable m_links;
+    CqLinkTable m_table;
+    LinkIndex m_links{m_table};
 };
 
-TEST_F(CqLinkTableTest, StartsWithoutLinks) {
-    EXPECT_EQ(m_links.GetRecordCount(), 0);
-    EXPECT_FALSE(m_links.FindByVertex(7));
+TEST_F(LinkIndexTest, StartsWithoutLinks) {
+    EXPECT_EQ(m_table.GetRecordCount(), 0);
+    EXPECT_EQ(m_links.FindByVertex(7), 0U);
     EXPECT_TRUE(m_links.ListByPoint(7).empty());
     EXPECT_EQ(m_links.Unlink(0, 7), 0);
 }
 
-TEST_F(CqLinkTableTest, FindsALinkFromEitherSide) {
+TEST_F(LinkIndexTest, FindsALinkFromEitherSide) {
     m_links.AppendLink(2, 10);
-    ASSERT_TRUE(m_links.FindByVertex(10));
-    EXPECT_EQ(m_links.GetCurrentHandle(), 1U);
-    EXPECT_EQ(m_links.Get<"PointDataID">(), 2U);
-    EXPECT_EQ(m_links.Get<"VertexDataID">(), 10U);
+    ASSERT_EQ(m_links.FindByVertex(10), 1U);
+    EXPECT_EQ(m_table.GetAt<"PointDataID">(1), 2U);
+    EXPECT_EQ(m_table.GetAt<"VertexDataID">(1), 10U);
     EXPECT_EQ(m_links.ListByPoint(2), Handles{1});
-    EXPECT_FALSE(m_links.FindByVertex(2));
+    EXPECT_EQ(m_links.FindByVertex(2), 0U);
     EXPECT_TRUE(m_links.ListByPoint(10).empty());
 }
 
-TEST_F(CqLinkTableTest, ListsThePointsLinksInTheOrderTheyWereAdded) {
+TEST_F(LinkIndexTest, ListsThePointsLinksInTheOrderTheyWereAdded) {
     m_links.AppendLink(2, 30);
     m_links.AppendLink(3, 20);
     m_links.AppendLink(2, 10);
@@ -98,41 +103,41 @@ TEST_F(CqLinkTableTest, ListsThePointsLinksInTheOrderTheyWereAdded) {
     EXPECT_EQ(VerticesOf(2), (Handles{30, 25, 10}));
 }
 
-TEST_F(CqLinkTableTest, UnlinksWithAnyPointOrTheRightOne) {
+TEST_F(LinkIndexTest, UnlinksWithAnyPointOrTheRightOne) {
     m_links.AppendLink(2, 10);
     m_links.AppendLink(2, 11);
     EXPECT_EQ(m_links.Unlink(0, 10), 1);
-    EXPECT_EQ(m_links.GetRecordCount(), 1);
-    EXPECT_FALSE(m_links.FindByVertex(10));
+    EXPECT_EQ(m_table.GetRecordCount(), 1);
+    EXPECT_EQ(m_links.FindByVertex(10), 0U);
     EXPECT_EQ(VerticesOf(2), Handles{11});
     EXPECT_EQ(m_links.Unlink(2, 11), 1);
-    EXPECT_EQ(m_links.GetRecordCount(), 0);
+    EXPECT_EQ(m_table.GetRecordCount(), 0);
     EXPECT_TRUE(m_links.ListByPoint(2).empty());
     EXPECT_EQ(m_links.Unlink(2, 11), 0);
 }
 
-TEST_F(CqLinkTableTest, ForgetsTheVertexButKeepsTheLinkWhenThePointIsWrong) {
+TEST_F(LinkIndexTest, ForgetsTheVertexButKeepsTheLinkWhenThePointIsWrong) {
     m_links.AppendLink(2, 10);
     EXPECT_EQ(m_links.Unlink(3, 10), 0);
-    EXPECT_FALSE(m_links.FindByVertex(10));
-    EXPECT_EQ(m_links.GetRecordCount(), 1);
+    EXPECT_EQ(m_links.FindByVertex(10), 0U);
+    EXPECT_EQ(m_table.GetRecordCount(), 1);
     EXPECT_EQ(VerticesOf(2), Handles{10});
     EXPECT_EQ(m_links.Unlink(2, 10), 0) << "the tie is forgotten for the right point, too";
-    EXPECT_EQ(m_links.GetRecordCount(), 1);
+    EXPECT_EQ(m_table.GetRecordCount(), 1);
 }
 
-TEST_F(CqLinkTableTest, FindsAForgottenTieAgainAfterReopening) {
+TEST_F(LinkIndexTest, FindsAForgottenTieAgainAfterReopening) {
     m_links.AppendLink(2, 10);
     m_links.Unlink(3, 10);
     Reopen();
     EXPECT_EQ(PointOf(10), 2U);
     EXPECT_EQ(m_links.Unlink(2, 10), 1);
     Reopen();
-    EXPECT_FALSE(m_links.FindByVertex(10));
-    EXPECT_EQ(m_links.GetRecordCount(), 0);
+    EXPECT_EQ(m_links.FindByVertex(10), 0U);
+    EXPECT_EQ(m_table.GetRecordCount(), 0);
 }
 
-TEST_F(CqLinkTableTest, FindsTheLastOfAVertexsLinksAfterReopening) {
+TEST_F(LinkIndexTest, FindsTheLastOfAVertexsLinksAfterReopening) {
     m_links.AppendLink(2, 10);
     m_links.Unlink(3, 10);
     m_links.AppendLink(4, 10);
@@ -141,13 +146,13 @@ TEST_F(CqLinkTableTest, FindsTheLastOfAVertexsLinksAfterReopening) {
     Reopen();
     EXPECT_EQ(PointOf(10), 4U);
     EXPECT_EQ(m_links.Unlink(0, 10), 1);
-    EXPECT_FALSE(m_links.FindByVertex(10));
+    EXPECT_EQ(m_links.FindByVertex(10), 0U);
     EXPECT_EQ(VerticesOf(2), Handles{10});
     Reopen();
     EXPECT_EQ(PointOf(10), 2U);
 }
 
-TEST_F(CqLinkTableTest, HasNoListForALinkWithoutPoint) {
+TEST_F(LinkIndexTest, HasNoListForALinkWithoutPoint) {
     m_links.AppendLink(0, 10);
     EXPECT_EQ(PointOf(10), 0U);
     EXPECT_TRUE(m_links.ListByPoint(0).empty());
@@ -155,10 +160,10 @@ TEST_F(CqLinkTableTest, HasNoListForALinkWithoutPoint) {
     EXPECT_EQ(PointOf(10), 0U);
     EXPECT_TRUE(m_links.ListByPoint(0).empty());
     EXPECT_EQ(m_links.Unlink(0, 10), 1);
-    EXPECT_EQ(m_links.GetRecordCount(), 0);
+    EXPECT_EQ(m_table.GetRecordCount(), 0);
 }
 
-TEST_F(CqLinkTableTest, TakesAbsurdHandlesInStride) {
+TEST_F(LinkIndexTest, TakesAbsurdHandlesInStride) {
     m_links.AppendLink(0xFFFFFFFF, 0xFFFFFFFE);
     m_links.AppendLink(0xFFFFFFFF, 0xFFFFFFFF);
     Reopen();
@@ -166,20 +171,19 @@ TEST_F(CqLinkTableTest, TakesAbsurdHandlesInStride) {
     EXPECT_EQ(VerticesOf(0xFFFFFFFF), (Handles{0xFFFFFFFE, 0xFFFFFFFF}));
 }
 
-TEST_F(CqLinkTableTest, ForgetsItsIndexesWhenItIsClosed) {
+TEST_F(LinkIndexTest, ForgetsItsIndexesWhenItIsClosed) {
     m_links.AppendLink(2, 10);
-    m_links.Close();
-    EXPECT_FALSE(m_links.FindByVertex(10));
+    m_links.OnClose();
+    EXPECT_EQ(m_links.FindByVertex(10), 0U);
     EXPECT_TRUE(m_links.ListByPoint(2).empty());
 }
 
-TEST_F(CqLinkTableTest, LeavesAnOlderListAloneWhenLinksAreRemovedFromIt) {
+TEST_F(LinkIndexTest, LeavesAnOlderListAloneWhenLinksAreRemovedFromIt) {
     m_links.AppendLink(2, 10);
     m_links.AppendLink(2, 11);
     const Handles before = m_links.ListByPoint(2);
     for (const CqHandle link : before) {
-        m_links.GoTo(link);
-        EXPECT_EQ(m_links.Unlink(0, m_links.Get<"VertexDataID">()), 1);
+        EXPECT_EQ(m_links.Unlink(0, m_table.GetAt<"VertexDataID">(link)), 1);
     }
     EXPECT_EQ(before.size(), 2U);
     EXPECT_TRUE(m_links.ListByPoint(2).empty());
@@ -237,7 +241,7 @@ struct LinkModel {
     }
 };
 
-TEST_F(CqLinkTableTest, FollowsRandomStepsThatAreKeptUndoneAndReopened) {
+TEST_F(LinkIndexTest, FollowsRandomStepsThatAreKeptUndoneAndReopened) {
     constexpr unsigned kSeed = 31;
     constexpr CqHandle kPoints = 6;
     constexpr CqHandle kVertices = 40;
@@ -247,13 +251,11 @@ TEST_F(CqLinkTableTest, FollowsRandomStepsThatAreKeptUndoneAndReopened) {
     LinkModel model;
 
     const auto expectSame = [&] {
-        ASSERT_EQ(m_links.GetRecordCount(), static_cast<std::int32_t>(model.table.size()));
+        ASSERT_EQ(m_table.GetRecordCount(), static_cast<std::int32_t>(model.table.size()));
         for (CqHandle vertex = 0; vertex < 100 + kVertices; ++vertex) {
             const auto entry = model.vertices.find(vertex);
-            ASSERT_EQ(m_links.FindByVertex(vertex), entry != model.vertices.end());
-            if (entry != model.vertices.end()) {
-                ASSERT_EQ(m_links.GetCurrentHandle(), entry->second);
-            }
+            ASSERT_EQ(m_links.FindByVertex(vertex),
+                      entry != model.vertices.end() ? entry->second : 0);
         }
         for (CqHandle point = 0; point <= kPoints; ++point) {
             const auto list = model.points.find(point);
@@ -265,7 +267,7 @@ TEST_F(CqLinkTableTest, FollowsRandomStepsThatAreKeptUndoneAndReopened) {
     for (int round = 0; round < 300 && !HasFatalFailure(); ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
         const LinkModel before = model;
-        ASSERT_NE(QrfsBeginStep(kMount), 0);
+        ASSERT_NE(StoreBeginStep(kMount), 0);
         for (CqHandle step = below(60); step > 0; --step) {
             const CqHandle vertex = 100 + below(kVertices);
             if (below(2) == 0) {
@@ -280,11 +282,11 @@ TEST_F(CqLinkTableTest, FollowsRandomStepsThatAreKeptUndoneAndReopened) {
             }
         }
         if (below(3) == 0) {
-            ASSERT_NE(QrfsRollbackStep(kMount), 0);
+            ASSERT_NE(StoreRollbackStep(kMount), 0);
             m_links.UndoStep();
             model = before;
         } else {
-            ASSERT_NE(QrfsCommitStep(kMount), 0);
+            ASSERT_NE(StoreCommitStep(kMount), 0);
             m_links.KeepStep();
         }
         expectSame();
@@ -296,28 +298,28 @@ TEST_F(CqLinkTableTest, FollowsRandomStepsThatAreKeptUndoneAndReopened) {
     }
 }
 
-TEST_F(CqLinkTableTest, UndoesAStepWithATieThatWasForgottenBeforeStillForgotten) {
+TEST_F(LinkIndexTest, UndoesAStepWithATieThatWasForgottenBeforeStillForgotten) {
     m_links.AppendLink(2, 10);
     m_links.AppendLink(2, 11);
     m_links.Unlink(3, 10);
     m_links.KeepStep();
-    ASSERT_NE(QrfsBeginStep(kMount), 0);
+    ASSERT_NE(StoreBeginStep(kMount), 0);
     m_links.Unlink(0, 11);
     m_links.AppendLink(5, 10);
-    ASSERT_NE(QrfsRollbackStep(kMount), 0);
+    ASSERT_NE(StoreRollbackStep(kMount), 0);
     m_links.UndoStep();
-    EXPECT_FALSE(m_links.FindByVertex(10));
+    EXPECT_EQ(m_links.FindByVertex(10), 0U);
     EXPECT_EQ(PointOf(11), 2U);
     EXPECT_EQ(VerticesOf(2), (Handles{10, 11}));
     EXPECT_TRUE(m_links.ListByPoint(5).empty());
 }
 
-TEST_F(CqLinkTableTest, UndoesTheForgettingOfTheStepItself) {
+TEST_F(LinkIndexTest, UndoesTheForgettingOfTheStepItself) {
     m_links.AppendLink(2, 10);
     m_links.KeepStep();
-    ASSERT_NE(QrfsBeginStep(kMount), 0);
+    ASSERT_NE(StoreBeginStep(kMount), 0);
     m_links.Unlink(3, 10);
-    ASSERT_NE(QrfsRollbackStep(kMount), 0);
+    ASSERT_NE(StoreRollbackStep(kMount), 0);
     m_links.UndoStep();
     EXPECT_EQ(PointOf(10), 2U);
 }

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tables/JobPart.h"
+
+namespace cqsurvey {
+
+/// What new points and entities get where the caller does not say: in memory only, and reset when a
+/// job is created. The current layer is the layer table's.
+class JobDefaults : public JobPart {
+ public:
+    /// The colour that stands for "as the layer".
+    static constexpr std::int32_t kColor = 256;
+
+    struct Values {
+        std::int32_t color = kColor;
+        /// Of the polyline that is being built.
+        std::int32_t plineLine = kColor;
+        std::int32_t plineCode = 0;
+        std::uint16_t group = 0;
+    };
+
+    Values now;
+
+    void KeepStep() noexcept override { m_atStep = now; }
+    void UndoStep() noexcept override { now = m_atStep; }
+
+ private:
+    Values m_atStep;
+};
+
+}  // namespace cqsurvey

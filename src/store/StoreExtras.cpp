@@ -1,0 +1,103 @@
+#include "store/StoreExtras.h"
+
+#include "cqsurvey/Text.h"
+#include "store/Registry.h"
+
+namespace cqsurvey {
+
+int StoreMountReadOnly(const CString& path, const CString& mountName) {
+    return Registry::Run(0, [&](Registry& open) {
+        open.Mount(path, mountName, true);
+        return 1;
+    });
+}
+
+int StoreDiscardVolume(const CString& mountName) {
+    return Registry::Run(0, [&](Registry& open) {
+        open.Find(mountName).Discard();
+        return 1;
+    });
+}
+
+int StoreIsMountedVolume(const CString& hostPath) {
+    return Registry::Run(0, [&](Registry& open) { return open.IsMounted(hostPath) ? 1 : 0; });
+}
+
+int StoreBeginStep(const CString& mountName) {
+    return Registry::Run(0, [&](Registry& open) {
+        open.Find(mountName).BeginStep();
+        return 1;
+    });
+}
+
+int StoreCommitStep(const CString& mountName) {
+    return Registry::Run(0, [&](Registry& open) {
+        open.Find(mountName).CommitStep();
+        return 1;
+    });
+}
+
+int StoreRollbackStep(const CString& mountName) {
+    return Registry::Run(0, [&](Registry& open) {
+        open.Find(mountName).RollbackStep();
+        return 1;
+    });
+}
+
+int StoreSpoilStep(const CString& mountName, std::int32_t code) {
+    return Registry::Run(0, [&](Registry& open) {
+        if (code == error::kNone) {
+            throw StoreFailure(error::kInvalidArgument, "a step is spoilt by a failure");
+        }
+        open.Find(mountName).SpoilStep(code, "an operation of the step failed halfway");
+        return 1;
+    });
+}
+
+int StoreCheckTable(std::uint32_t table, std::uint32_t fieldCount, const QrdbFieldDef* fields) {
+    return Registry::Run(0, [&](Registry& open) {
+        const RecordTable& records = *open.Table(table).table;
+        if (!(records.GetFormat() == RecordFormat(fieldCount, fields))) {
+            throw StoreFailure(error::kDamaged,
+                               "table " + records.GetName() + " has other fields than it must");
+        }
+        return 1;
+    });
+}
+
+std::uint32_t StoreNextRecord(std::uint32_t table) {
+    return Registry::Run(std::uint32_t{0},
+                         [&](Registry& open) { return open.Table(table).table->NextNumber(); });
+}
+
+std::uint32_t StoreAppendCurrent(std::uint32_t table, const void* record) {
+    return Registry::Run(std::uint32_t{0}, [&](Registry& open) {
+        TableCursor& cursor = open.Table(table);
+        std::uint32_t number = 0;
+        cursor.volume->Perform(
+            1, [&] { number = cursor.table->Append(static_cast<const std::byte*>(record)); });
+        cursor.place = number;
+        cursor.valid = true;
+        return number;
+    });
+}
+
+const std::byte* StorePeekRecord(std::uint32_t table, std::uint32_t record) {
+    return Registry::Run(static_cast<const std::byte*>(nullptr), [&](Registry& open) {
+        const std::byte* bytes = open.Table(table).table->Find(record);
+        if (bytes == nullptr) {
+            Registry::SetLastError(error::kNone);
+        }
+        return bytes;
+    });
+}
+
+int StoreCreateView(const CString& path, const char* sql) {
+    return Registry::Run(0, [&](Registry& open) {
+        const auto [volume, name] = open.Resolve(path);
+        volume->Perform(1, [&, v = volume, &n = name] { v->CreateView(ToUtf8(n), sql); });
+        return 1;
+    });
+}
+
+}  // namespace cqsurvey
