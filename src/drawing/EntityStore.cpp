@@ -166,7 +166,9 @@ void CqSurveyDB::DeleteCqCadEntityObject(CqCadEntity*& e) {
 }
 
 int CqSurveyDB::EditCadEntityLayer(CqHandle h, const CString& layer) {
-    if (h <= CqEntityTable::kHeader || !m_job->layers.FindByName(layer)) {
+    // A layer whose number an entity cannot name is none.
+    if (h <= CqEntityTable::kHeader || !m_job->layers.FindByName(layer) ||
+        m_job->layers.GetCurrentHandle() > 0xFFFF) {
         return 0;
     }
     const auto number = static_cast<std::uint16_t>(m_job->layers.GetCurrentHandle());

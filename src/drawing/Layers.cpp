@@ -11,6 +11,8 @@ namespace {
 
 constexpr int kMostColor = 256;
 constexpr std::int32_t kNewLayerColor = 1;
+/// An entity names its layer in 16 bits.
+constexpr CqHandle kMostLayers = 0xFFFF;
 
 /// The colour with the sign that shows or hides its layer; the one value without a positive partner
 /// stays as it is.
@@ -23,7 +25,7 @@ std::int32_t WithVisibility(std::int32_t color, bool show) {
 }  // namespace
 
 int CqSurveyDB::AddLayer(const CString& name, int color, int line) {
-    if (m_job->layers.FindByName(name)) {
+    if (m_job->layers.FindByName(name) || m_job->layers.NextHandle() > kMostLayers) {
         return 0;
     }
     return Atomically(*m_job, [&] {
@@ -112,10 +114,14 @@ int CqSurveyDB::EditLayer(CqHandle entity, const CString& name) {
     if (entity <= CqEntityTable::kHeader) {
         return 0;
     }
+    CqLayerTable& layers = m_job->layers;
     return Atomically(*m_job, [&] {
-        const CqHandle layer = m_job->layers.FindByName(name)
-                                   ? m_job->layers.GetCurrentHandle()
-                                   : m_job->layers.AppendLayer(name, kNewLayerColor, 0);
+        const bool known = layers.FindByName(name);
+        if ((known ? layers.GetCurrentHandle() : layers.NextHandle()) > kMostLayers) {
+            return 0;
+        }
+        const CqHandle layer =
+            known ? layers.GetCurrentHandle() : layers.AppendLayer(name, kNewLayerColor, 0);
         m_job->entities.Edit(entity, [layer](std::byte* record) {
             EntityLayout::Set<"LayerIndex">(record, static_cast<std::uint16_t>(layer));
         });

@@ -69,8 +69,10 @@ void Job::Close() {
     if (!IsOpen()) {
         return;
     }
+    const bool undone = stepDepth != 0;
     batchOpen = false;
     stepDepth = 0;
+    emptyImage = kNoFile;
     // Whatever fails, the rest is closed and the volume given up.
     std::exception_ptr failure;
     for (JobPart* part : m_parts) {
@@ -82,6 +84,10 @@ void Job::Close() {
     }
     const bool unmounted = QrfsUnmount(mountName) != 0;
     mountName.clear();
+    if (undone) {
+        // The volume has undone the batch that was open; so do colour, extents and settings.
+        UndoStep();
+    }
     if (!unmounted) {
         ThrowLastStorageError();
     }

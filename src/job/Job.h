@@ -134,6 +134,10 @@ struct Job {
     Extents extents;
     JobDefaults defaults;
 
+    static constexpr std::int32_t kNoFile = -1;
+    /// The background image, left open where it was found empty; at most one file.
+    std::int32_t emptyImage = kNoFile;
+
     /// How many operations the open step is inside of.
     std::uint32_t stepDepth = 0;
     /// The number of the last batch, and whether it is open.

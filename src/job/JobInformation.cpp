@@ -1,8 +1,10 @@
+#include <array>
 #include <mutex>
 
 #include "cqsurvey/CqSurveyDB.h"
 #include "job/Job.h"
 #include "store/Qrfs.h"
+#include "store/StoreExtras.h"
 
 namespace cqsurvey {
 
@@ -11,37 +13,63 @@ namespace {
 const CString kTemporaryMount = u"TMP1";
 const CString kDivisionKey = u"JCoordDivision";
 
-enum Wanted : std::uint32_t {
-    kEntities = 0x1,
-    kLayersOfOpenJob = 0x2,
-    kPoints = 0x4,
-    kPlines = 0x8,
-    kVertices = 0x10,
-    kBitmaps = 0x20,
-    kCircles = 0x40,
-    kTexts = 0x80,
-    kGroups = 0x100,
-    kDivision = 0x1000,
-    kGroupNames = 0x2000,
+constexpr std::uint32_t kEntities = 0x1;
+constexpr std::uint32_t kDivision = 0x1000;
+constexpr std::uint32_t kGroupNames = 0x2000;
+
+/// One count of the answer: the bits that ask for it, its field, and its table.
+struct Count {
+    std::uint32_t closedBit;
+    std::uint32_t openBit;
+    std::int32_t SVDB_INFORMATION::*field;
+    std::u16string_view table;
+    CqDbTable& (*of)(Job&);
 };
 
-template <class Layout>
-std::int32_t Count(const CString& root) {
-    return CqDbTable::CountRecords(root + CString(Layout::kTable.View()));
+template <auto Table>
+CqDbTable& Of(Job& job) {
+    return job.*Table;
+}
+
+template <auto Table, class Type>
+constexpr Count MakeCount(std::uint32_t closedBit, std::uint32_t openBit,
+                          std::int32_t SVDB_INFORMATION::*field, Type Job::* /*table*/) {
+    return {closedBit, openBit, field, Type::Layout::kTable.View(), &Of<Table>};
+}
+
+// A closed job counts its layers with its entities, an open one by a bit of their own.
+const std::array kCounts{
+    MakeCount<&Job::entities>(0x1, 0x1, &SVDB_INFORMATION::numEntities, &Job::entities),
+    MakeCount<&Job::layers>(0x1, 0x2, &SVDB_INFORMATION::numLayers, &Job::layers),
+    MakeCount<&Job::plines>(0x8, 0x8, &SVDB_INFORMATION::numPlines, &Job::plines),
+    MakeCount<&Job::points>(0x4, 0x4, &SVDB_INFORMATION::numPoints, &Job::points),
+    MakeCount<&Job::texts>(0x80, 0x80, &SVDB_INFORMATION::numTexts, &Job::texts),
+    MakeCount<&Job::vertices>(0x10, 0x10, &SVDB_INFORMATION::numVertices, &Job::vertices),
+    MakeCount<&Job::bitmaps>(0x20, 0x20, &SVDB_INFORMATION::numBitmaps, &Job::bitmaps),
+    MakeCount<&Job::circles>(0x40, 0x40, &SVDB_INFORMATION::numCircles, &Job::circles),
+    MakeCount<&Job::groups>(0x100, 0x100, &SVDB_INFORMATION::numGroups, &Job::groups)};
+
+/// The head record of the entity table is no entity.
+std::int32_t WithoutHead(const Count& count, std::int32_t records) {
+    return (count.closedBit & count.openBit & kEntities) != 0 && records > 0 ? records - 1
+                                                                             : records;
 }
 
 void ReadGroupNames(CqGroupTable& groups, CStringList& names) {
     names.clear();
-    for (int found = groups.First(kRecordOrder); found != 0; found = groups.Next()) {
-        names.push_back(groups.Get<"GroupName">());
-    }
+    groups.ForEach([&](CqHandle /*group*/, const std::byte* record) {
+        names.push_back(GroupLayout::Get<"GroupName">(record));
+    });
 }
 
-/// The temporary mount, given up at the end of the scope.
+/// The temporary mount, given up at the end of the scope. A job that another process reads can be
+/// read here too.
 class TemporaryMount {
  public:
     explicit TemporaryMount(const CString& path)
-        : m_mounted(QrfsMount(path, kTemporaryMount) != 0) {}
+        : m_mounted(QrfsMount(path, kTemporaryMount) != 0 ||
+                    (QrfsGetLastError() == error::kVolumeMounted &&
+                     StoreMountReadOnly(path, kTemporaryMount) != 0)) {}
     TemporaryMount(const TemporaryMount&) = delete;
     TemporaryMount& operator=(const TemporaryMount&) = delete;
     ~TemporaryMount() {
@@ -55,6 +83,38 @@ class TemporaryMount {
     bool m_mounted;
 };
 
+/// Fills `info` from the mounted volume; false when a table cannot be read.
+bool ReadMounted(std::uint32_t mask, SVDB_INFORMATION& info) {
+    const CString root = kTemporaryMount + u":/";
+    for (const Count& count : kCounts) {
+        if ((mask & count.closedBit) != 0) {
+            const std::int32_t records = CqDbTable::CountRecords(root + CString(count.table));
+            if (records < 0) {
+                return false;
+            }
+            info.*count.field = WithoutHead(count, records);
+        }
+    }
+    if ((mask & kDivision) != 0) {
+        CqSettingsFile settings;
+        info.jCoordDivision = 0;
+        if (settings.Read(kTemporaryMount + CqSurveyDB::m_SettingsPath) != 0) {
+            settings.GetInt(CqSurveyDB::m_SettingsSection, kDivisionKey, info.jCoordDivision);
+        }
+    }
+    if ((mask & kGroupNames) != 0 && info.groupNames != nullptr) {
+        info.groupNames->clear();
+        try {
+            CqGroupTable groups;
+            groups.OnOpen(root);
+            ReadGroupNames(groups, *info.groupNames);
+        } catch (const CqSurveyException& failure) {
+            return failure.m_code == error::kNoTable;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 int CqSurveyDB::GetDBInformation(std::uint32_t mask, const CString& path, SVDB_INFORMATION& info,
@@ -66,87 +126,22 @@ int CqSurveyDB::GetDBInformation(std::uint32_t mask, const CString& path, SVDB_I
     static std::mutex oneAtATime;
     const std::unique_lock lock(oneAtATime);
     const TemporaryMount mount(path);
-    if (!mount.IsMounted()) {
-        return QrfsGetLastError() == error::kVolumeMounted && db != nullptr
-                   ? db->GetJob().GetInformation(mask, info)
-                   : 0;
+    if (mount.IsMounted()) {
+        return ReadMounted(mask, info) ? 1 : 0;
     }
-    const CString root = kTemporaryMount + u":/";
-    if ((mask & kEntities) != 0) {
-        const std::int32_t records = Count<EntityLayout>(root);
-        info.numEntities = records > 0 ? records - 1 : records;
-        info.numLayers = Count<LayerLayout>(root);
-    }
-    if ((mask & kPlines) != 0) {
-        info.numPlines = Count<PlineLayout>(root);
-    }
-    if ((mask & kPoints) != 0) {
-        info.numPoints = Count<PointLayout>(root);
-    }
-    if ((mask & kTexts) != 0) {
-        info.numTexts = Count<TextLayout>(root);
-    }
-    if ((mask & kVertices) != 0) {
-        info.numVertices = Count<VertexLayout>(root);
-    }
-    if ((mask & kBitmaps) != 0) {
-        info.numBitmaps = Count<BitmapLayout>(root);
-    }
-    if ((mask & kCircles) != 0) {
-        info.numCircles = Count<CircleLayout>(root);
-    }
-    if ((mask & kGroups) != 0) {
-        info.numGroups = Count<GroupLayout>(root);
-    }
-    if ((mask & kDivision) != 0) {
-        CqSettingsFile settings;
-        info.jCoordDivision = 0;
-        if (settings.Read(kTemporaryMount + m_SettingsPath) != 0) {
-            settings.GetInt(m_SettingsSection, kDivisionKey, info.jCoordDivision);
-        }
-    }
-    if ((mask & kGroupNames) != 0 && info.groupNames != nullptr) {
-        try {
-            CqGroupTable groups;
-            groups.Open(root + CString(GroupLayout::kTable.View()));
-            ReadGroupNames(groups, *info.groupNames);
-        } catch (const CqSurveyException&) {
-            info.groupNames->clear();
-        }
-    }
-    return 1;
+    return QrfsGetLastError() == error::kVolumeMounted && db != nullptr
+               ? db->GetJob().GetInformation(mask, info)
+               : 0;
 }
 
 int Job::GetInformation(std::uint32_t mask, SVDB_INFORMATION& info) {
     if (!IsOpen()) {
         return 0;
     }
-    if ((mask & kEntities) != 0) {
-        info.numEntities = entities.GetRecordCount() - 1;
-    }
-    if ((mask & kLayersOfOpenJob) != 0) {
-        info.numLayers = layers.GetRecordCount();
-    }
-    if ((mask & kPlines) != 0) {
-        info.numPlines = plines.GetRecordCount();
-    }
-    if ((mask & kPoints) != 0) {
-        info.numPoints = points.GetRecordCount();
-    }
-    if ((mask & kTexts) != 0) {
-        info.numTexts = texts.GetRecordCount();
-    }
-    if ((mask & kVertices) != 0) {
-        info.numVertices = vertices.GetRecordCount();
-    }
-    if ((mask & kBitmaps) != 0) {
-        info.numBitmaps = bitmaps.GetRecordCount();
-    }
-    if ((mask & kCircles) != 0) {
-        info.numCircles = circles.GetRecordCount();
-    }
-    if ((mask & kGroups) != 0) {
-        info.numGroups = groups.GetRecordCount();
+    for (const Count& count : kCounts) {
+        if ((mask & count.openBit) != 0) {
+            info.*count.field = WithoutHead(count, count.of(*this).GetRecordCount());
+        }
     }
     if ((mask & kDivision) != 0) {
         info.jCoordDivision = 0;

@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "cqsurvey/CqSurveyDB.h"
 #include "job/Job.h"
@@ -104,7 +105,8 @@ int CqSurveyDB::ReadBackgroundImageFile(std::uint8_t*& data, std::uint32_t& leng
     }
     const std::int32_t fileLength = QrfsGetLength(image);
     if (fileLength == 0) {
-        // The file stays open until the job is closed.
+        // The file stays open, in place of the one that was found empty before.
+        QrfsCloseFile(std::exchange(m_job->emptyImage, image));
         return 0;
     }
     struct Free {

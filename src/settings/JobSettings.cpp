@@ -107,7 +107,7 @@ int CqSurveyDB::ImportSettingsFile(const CString& hostPath) {
 }
 
 int CqSurveyDB::ExportSettingsFile(const CString& hostPath) {
-    return m_job->settings.ExportFile(hostPath);
+    return m_job->IsOpen() ? m_job->settings.ExportFile(hostPath) : 0;
 }
 
 double CqSurveyDB::GetSiPointSize() {

@@ -92,7 +92,7 @@ void ReadText(sqlite3_stmt* statement, int column, const RecordFormat::Item& ite
     if (sqlite3_column_type(statement, column) != SQLITE_TEXT) {
         ThrowMisfit(item, "holds no text");
     }
-    // Asked in this order the value stays what it is: UTF-16 in the host's byte order.
+    // Asked in this order the value stays what it is in the file: UTF-16, little-endian.
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes16(statement, column));
     const void* text = sqlite3_column_blob(statement, column);
     if (size % sizeof(char16_t) != 0) {
@@ -102,16 +102,8 @@ void ReadText(sqlite3_stmt* statement, int column, const RecordFormat::Item& ite
         ThrowMisfit(item, "holds a text that is too long");
     }
     std::fill(bytes, bytes + item.width, std::byte{0});
-    if constexpr (std::endian::native == std::endian::little) {
-        if (size != 0) {
-            std::memcpy(bytes, text, size);
-        }
-    } else {
-        for (std::size_t at = 0; at < size; at += 2) {
-            char16_t unit = 0;
-            std::memcpy(&unit, static_cast<const std::byte*>(text) + at, 2);
-            StoreLittle<char16_t>(bytes + at, unit);
-        }
+    if (size != 0) {
+        std::memcpy(bytes, text, size);
     }
 }
 

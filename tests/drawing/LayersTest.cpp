@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "store/StoreTesting.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
 
@@ -199,6 +200,20 @@ TEST_F(Layers, AStaleLayerHandleThrowsAndAZeroOneIsRefused) {
     EXPECT_EQ(name, u"kept");
     h = 99;
     EXPECT_EQ(CodeThrownBy([&] { m_db.GetNextLayer(h, name, color); }), error::kNoRecord);
+}
+
+TEST_F(Layers, NoLayerGetsANumberThatAnEntityCannotName) {
+    m_db.Close();
+    RunSql(m_folder.Utf8("a.job"), "INSERT INTO Volume_Number VALUES('_Layer', 65534)");
+    m_db.Open(m_folder.Path(u"a.job"));
+    const std::array<double, 3> place{1, 2, 3};
+    const CqHandle circle = m_db.AddCircle(place.data(), 1, 0, 0);
+    EXPECT_EQ(m_db.AddLayer(u"Last", 1, 0), 1);
+    EXPECT_EQ(m_db.AddLayer(u"OneMore", 1, 0), 0);
+    EXPECT_EQ(m_db.EditLayer(circle, u"OneMore"), 0);
+    EXPECT_EQ(m_db.GetNumLayers(), 2);
+    EXPECT_EQ(m_db.EditLayer(circle, u"Last"), 1);
+    EXPECT_EQ(m_db.EditCadEntityLayer(circle, u"Last"), 1);
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 
 #include "cqsurvey/CqSurveyDB.h"
 #include "store/Qrfs.h"
+#include "store/StoreExtras.h"
+#include "store/StoreTesting.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
 
@@ -189,7 +191,9 @@ TEST_F(JobInformation, OfAVolumeWithoutTablesIsAllZero) {
     EXPECT_TRUE(names.empty());
 }
 
-TEST_F(JobInformation, OfAJobThatAnotherProcessHoldsIsRefused) {
+/// Runs `ask` while another process has the job mounted by `mount`.
+template <class Mount, class Ask>
+void WhileAnotherProcessHolds(const CString& path, Mount mount, Ask ask) {
     std::array<int, 2> ready{};
     std::array<int, 2> done{};
     ASSERT_EQ(pipe(ready.data()), 0);
@@ -198,7 +202,7 @@ TEST_F(JobInformation, OfAJobThatAnotherProcessHoldsIsRefused) {
     ASSERT_GE(child, 0);
     if (child == 0) {
         char byte = 0;
-        const bool mounted = QrfsMount(m_path, u"HELD") != 0;
+        const bool mounted = mount(path, u"HELD") != 0;
         const bool told = write(ready[1], mounted ? "y" : "n", 1) == 1;
         const bool asked = read(done[0], &byte, 1) >= 0;
         _exit(mounted && told && asked ? 0 : 1);
@@ -206,19 +210,43 @@ TEST_F(JobInformation, OfAJobThatAnotherProcessHoldsIsRefused) {
     char answer = 0;
     ASSERT_EQ(read(ready[0], &answer, 1), 1);
     EXPECT_EQ(answer, 'y');
-    SVDB_INFORMATION info;
-    CqSurveyDB closed;
-    EXPECT_EQ(CqSurveyDB::GetDBInformation(kAll, m_path, info, nullptr), 0);
-    EXPECT_EQ(CqSurveyDB::GetDBInformation(kAll, m_path, info, &closed), 0);
-    EXPECT_EQ(CodeThrownBy([&] { const CqSurveyDB db(m_path); }), error::kVolumeMounted);
+    ask();
     ASSERT_EQ(write(done[1], "x", 1), 1);
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(CqSurveyDB::GetDBInformation(kAll, m_path, info, nullptr), 1);
     for (const int end : {ready[0], ready[1], done[0], done[1]}) {
         close(end);
     }
+}
+
+TEST_F(JobInformation, OfAJobWithATableThatCannotBeReadIsRefused) {
+    RunSql(ToUtf8(m_path),
+           "PRAGMA writable_schema=ON;"
+           "UPDATE sqlite_schema SET rootpage = 99999 WHERE name = '_PointData'");
+    SVDB_INFORMATION info;
+    EXPECT_EQ(CqSurveyDB::GetDBInformation(0x4, m_path, info, nullptr), 0);
+    EXPECT_EQ(CqSurveyDB::GetDBInformation(0x1, m_path, info, nullptr), 1);
+    EXPECT_GT(info.numEntities, 0);
+}
+
+TEST_F(JobInformation, OfAJobThatAnotherProcessOnlyReadsIsGiven) {
+    WhileAnotherProcessHolds(m_path, StoreMountReadOnly, [&] {
+        SVDB_INFORMATION info;
+        EXPECT_EQ(CqSurveyDB::GetDBInformation(kAll, m_path, info, nullptr), 1);
+        EXPECT_GT(info.numPoints, 0);
+    });
+}
+
+TEST_F(JobInformation, OfAJobThatAnotherProcessHoldsIsRefused) {
+    SVDB_INFORMATION info;
+    WhileAnotherProcessHolds(m_path, QrfsMount, [&] {
+        CqSurveyDB closed;
+        EXPECT_EQ(CqSurveyDB::GetDBInformation(kAll, m_path, info, nullptr), 0);
+        EXPECT_EQ(CqSurveyDB::GetDBInformation(kAll, m_path, info, &closed), 0);
+        EXPECT_EQ(CodeThrownBy([&] { const CqSurveyDB db(m_path); }), error::kVolumeMounted);
+    });
+    EXPECT_EQ(CqSurveyDB::GetDBInformation(kAll, m_path, info, nullptr), 1);
 }
 
 }  // namespace
