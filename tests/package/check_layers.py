@@ -10,7 +10,7 @@ import sys
 
 # From the bottom up; folders of one row do not include each other.
 CORE = [["platform"], ["store"], ["tables"], ["index"], ["job"], ["points", "drawing", "settings"]]
-OUTSIDE = {"src/exchange": "exchange", "src/plan": "plan", "apps": None}
+OUTSIDE = {"src/text": "text", "src/exchange": "exchange", "src/plan": "plan", "apps": None}
 # Public headers of the job as a whole: what is below the job knows nothing of them.
 FACADE = {"cqsurvey.h", "CqSurveyDB.h", "CqBatch.h", "CqJobCheck.h", "Ranges.h", "CqCadEntityPtr.h"}
 
@@ -42,7 +42,7 @@ for folder, level in height.items():
             elif first in height:
                 if height[first] > level or (height[first] == level and first != folder):
                     bad.append(f"{path}: {name} is not below src/{folder}")
-            elif first in ("exchange", "plan", "cqjob"):
+            elif first in ("text", "exchange", "plan", "cqjob"):
                 bad.append(f"{path}: {name} stands above src/{folder}")
 
 for folder, own in OUTSIDE.items():
@@ -62,7 +62,7 @@ for path in sources(root / "include"):
         if name.split("/")[0] in height:
             bad.append(f"{path}: {name} is no public header")
 
-unknown = {p.name for p in (root / "src").iterdir() if p.is_dir()} - set(height) - {"exchange", "plan"}
+unknown = {p.name for p in (root / "src").iterdir() if p.is_dir()} - set(height) - {"text", "exchange", "plan"}
 bad += [f"src/{name} has no place in the order" for name in sorted(unknown)]
 print("\n".join(bad) or f"{seen} includes point downward")
 sys.exit(1 if bad or not seen else 0)
