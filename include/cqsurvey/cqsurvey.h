@@ -21,6 +21,7 @@
 #include "cqsurvey/CqTextCadEntity.h"
 #include "cqsurvey/CqVertexCadEntity.h"
 #include "cqsurvey/ErrorCodes.h"
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Ranges.h"
 #include "cqsurvey/Records.h"
 #include "cqsurvey/Text.h"

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/Limits.h"
 #include "job/JobStep.h"
 #include "platform/CaseFold.h"
 #include "settings/FixedKeys.h"
@@ -121,13 +122,13 @@ void CqSurveyDB::SetSiPointSize(double size) {
 }
 
 int CqSurveyDB::GetJCoordDivision() {
-    std::int32_t division = 0;
+    std::int32_t division = limits::kNoDivision;
     m_settings->GetInt(m_SettingsSection, m_SettingsKey[kJCoordDivision], division);
     return division;
 }
 
 int CqSurveyDB::SetJCoordDivision(int division) {
-    if (division == 0 || CheckJCoordDivision(division) == 0) {
+    if (division == limits::kNoDivision || CheckJCoordDivision(division) == 0) {
         return 0;
     }
     return Atomically(*this, [&] {
@@ -150,7 +151,7 @@ int CqSurveyDB::SetDrawingForceMonotone(int color) {
 
 int CqSurveyDB::IsDrawingForceMonotone(int& color) {
     m_settings->GetInt(m_BGSettingsSection, m_BGSettingsKey[kEntityColor], color);
-    return color != kNoForcedColor ? 1 : 0;
+    return color != limits::kNoForcedColor ? 1 : 0;
 }
 
 int CqSurveyDB::SetDefaultSettingsIniFile() {
@@ -158,10 +159,11 @@ int CqSurveyDB::SetDefaultSettingsIniFile() {
     m_settings->AddSection(m_SettingsSection);
     m_settings->AddSection(m_BGSettingsSection);
     m_settings->WriteDouble(m_SettingsSection, m_SettingsKey[kSiPointSize], kDefaultSiPointSize);
-    m_settings->WriteInt(m_SettingsSection, m_SettingsKey[kJCoordDivision], 0);
+    m_settings->WriteInt(m_SettingsSection, m_SettingsKey[kJCoordDivision], limits::kNoDivision);
     m_settings->WriteString(m_SettingsSection, m_SettingsKey[kVersion], m_Version);
     m_settings->WriteInt(m_SettingsSection, m_SettingsKey[kMapscale], kDefaultMapscale);
-    m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kEntityColor], kNoForcedColor);
+    m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[kEntityColor],
+                         limits::kNoForcedColor);
     for (const BackgroundKey key :
          {kType, kCenterX, kCenterY, kSizeX, kSizeY, kRotation, kBrightness}) {
         m_settings->WriteInt(m_BGSettingsSection, m_BGSettingsKey[key], 0);
@@ -233,19 +235,22 @@ int CqSurveyDB::CheckSettingsIniFileValue() {
 }
 
 int CqSurveyDB::CheckJCoordDivision(int value) {
-    return value >= 0 && value <= 19 ? 1 : 0;
+    return value == limits::kNoDivision ||
+                   (value >= limits::kLowestDivision && value <= limits::kHighestDivision)
+               ? 1
+               : 0;
 }
 
 int CqSurveyDB::CheckImageBrightness(int value) {
-    return value > -256 && value < 256 ? 1 : 0;
+    return value >= limits::kLowestBrightness && value <= limits::kHighestBrightness ? 1 : 0;
 }
 
 int CqSurveyDB::CheckImageContrast(int value) {
-    return value >= 0 && value <= 65000 ? 1 : 0;
+    return value >= limits::kLowestContrast && value <= limits::kHighestContrast ? 1 : 0;
 }
 
 int CqSurveyDB::CheckImageMonotoneMode(int value) {
-    return value >= -1 && value <= 255 ? 1 : 0;
+    return value >= limits::kNoForcedColor && value <= limits::kHighestForcedColor ? 1 : 0;
 }
 
 int CqSurveyDB::CheckSettingsIniFileReserved(const CString& section, const CString& key) {

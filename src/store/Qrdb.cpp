@@ -5,10 +5,10 @@
 #include <limits>
 
 #include "cqsurvey/Text.h"
+#include "platform/ByteOrder.h"
 #include "platform/Text.h"
 #include "store/LastError.h"
 #include "store/MountRegistry.h"
-#include "tables/RecordLayout.h"
 
 namespace cqsurvey {
 

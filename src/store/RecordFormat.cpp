@@ -6,8 +6,8 @@
 #include <cstring>
 #include <limits>
 
+#include "platform/ByteOrder.h"
 #include "store/StoreFailure.h"
-#include "tables/RecordLayout.h"
 
 namespace cqsurvey {
 

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
+#include "platform/ByteOrder.h"
 #include "store/MemoStore.h"
 #include "store/StoreFailure.h"
-#include "tables/RecordLayout.h"
 
 namespace cqsurvey {
 

@@ -2,37 +2,17 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 #include <tuple>
 
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Types.h"
+#include "platform/ByteOrder.h"
 #include "store/Qrdb.h"
 
 namespace cqsurvey {
-
-/// Reads a number from its little-endian bytes, on any host.
-template <class T>
-[[nodiscard]] T LoadLittle(const std::byte* bytes) noexcept {
-    std::array<std::byte, sizeof(T)> raw;
-    std::memcpy(raw.data(), bytes, sizeof(T));
-    if constexpr (std::endian::native == std::endian::big) {
-        std::reverse(raw.begin(), raw.end());
-    }
-    return std::bit_cast<T>(raw);
-}
-
-template <class T>
-void StoreLittle(std::byte* bytes, T value) noexcept {
-    auto raw = std::bit_cast<std::array<std::byte, sizeof(T)>>(value);
-    if constexpr (std::endian::native == std::endian::big) {
-        std::reverse(raw.begin(), raw.end());
-    }
-    std::memcpy(bytes, raw.data(), sizeof(T));
-}
 
 /// A name in a layout, usable as a template argument.
 template <std::size_t N>
@@ -140,6 +120,10 @@ struct Text24 : Text<24> {
 struct Text52 : Text<52> {
     static constexpr const char16_t* kType = u"TEXT52";
 };
+
+static_assert(Text20::kCapacity == limits::kPointName && Text20::kCapacity == limits::kGroupName);
+static_assert(Text24::kCapacity == limits::kTextStyle);
+static_assert(Text52::kCapacity == limits::kLayerName);
 
 }  // namespace field
 

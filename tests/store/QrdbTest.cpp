@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/ByteOrder.h"
 #include "store/StoreTesting.h"
 
 namespace cqsurvey {
