@@ -2,7 +2,7 @@
 
 #include "cqsurvey/CqSurveyDB.h"
 #include "job/JobStep.h"
-#include "platform/Clock.h"
+#include "platform/System.h"
 #include "tables/CqEntityTable.h"
 #include "tables/CqLayerTable.h"
 #include "tables/CqLinkTable.h"
@@ -40,7 +40,7 @@ CqHandle CqSurveyDB::AddCoordRec(const double* coords, const CString& name, int 
         PointLayout::Set<"PointName">(record.data(), name);
         PointLayout::Set<"FeatureFlags">(record.data(), flags);
         PointLayout::Set<"FeatureCode">(record.data(), code);
-        PointLayout::Set<"RecTime">(record.data(), SecondsSince1970());
+        PointLayout::Set<"RecTime">(record.data(), system::SecondsSince1970());
         PointLayout::Set<"DataOrigin">(record.data(), static_cast<std::uint16_t>(origin));
         PointLayout::Set<"GroupIndex">(record.data(), m_currentGroup);
         const CqHandle point = m_points->AppendRecord(record);
