@@ -8,14 +8,13 @@
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/CqTextCadEntity.h"
 #include "cqsurvey/CqVertexCadEntity.h"
+#include "cqsurvey/Limits.h"
 #include "job/Job.h"
 #include "job/JobStep.h"
 
 namespace cqsurvey {
 
 namespace {
-
-constexpr int kMostColor = 256;
 
 /// Changes an entity and, for a polyline, the vertices that follow it in record order.
 template <class Change>
@@ -168,7 +167,7 @@ void CqSurveyDB::DeleteCqCadEntityObject(CqCadEntity*& e) {
 int CqSurveyDB::EditCadEntityLayer(CqHandle h, const CString& layer) {
     // A layer whose number an entity cannot name is none.
     if (h <= CqEntityTable::kHeader || !m_job->layers.FindByName(layer) ||
-        m_job->layers.GetCurrentHandle() > 0xFFFF) {
+        m_job->layers.GetCurrentHandle() > limits::kHighestLayer) {
         return 0;
     }
     const auto number = static_cast<std::uint16_t>(m_job->layers.GetCurrentHandle());
@@ -177,7 +176,8 @@ int CqSurveyDB::EditCadEntityLayer(CqHandle h, const CString& layer) {
 }
 
 int CqSurveyDB::EditCadEntityColor(CqHandle h, int color) {
-    if (h <= CqEntityTable::kHeader || color < -kMostColor || color > kMostColor) {
+    if (h <= CqEntityTable::kHeader || color < limits::kLowestColor ||
+        color > limits::kHighestColor) {
         return 0;
     }
     return EditEntityAndVertices(

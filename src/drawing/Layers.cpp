@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/Limits.h"
 #include "job/Job.h"
 #include "job/JobStep.h"
 
@@ -9,10 +10,7 @@ namespace cqsurvey {
 
 namespace {
 
-constexpr int kMostColor = 256;
 constexpr std::int32_t kNewLayerColor = 1;
-/// An entity names its layer in 16 bits.
-constexpr CqHandle kMostLayers = 0xFFFF;
 
 /// The colour with the sign that shows or hides its layer; the one value without a positive partner
 /// stays as it is.
@@ -25,7 +23,7 @@ std::int32_t WithVisibility(std::int32_t color, bool show) {
 }  // namespace
 
 int CqSurveyDB::AddLayer(const CString& name, int color, int line) {
-    if (m_job->layers.FindByName(name) || m_job->layers.NextHandle() > kMostLayers) {
+    if (m_job->layers.FindByName(name) || m_job->layers.NextHandle() > limits::kHighestLayer) {
         return 0;
     }
     return Atomically(*m_job, [&] {
@@ -117,7 +115,7 @@ int CqSurveyDB::EditLayer(CqHandle entity, const CString& name) {
     CqLayerTable& layers = m_job->layers;
     return Atomically(*m_job, [&] {
         const bool known = layers.FindByName(name);
-        if ((known ? layers.GetCurrentHandle() : layers.NextHandle()) > kMostLayers) {
+        if ((known ? layers.GetCurrentHandle() : layers.NextHandle()) > limits::kHighestLayer) {
             return 0;
         }
         const CqHandle layer =
@@ -138,7 +136,7 @@ const CString& CqSurveyDB::GetCurrentLayer() const {
 }
 
 int CqSurveyDB::SetCurrentColor(int color) {
-    if (color < -kMostColor || color > kMostColor) {
+    if (color < limits::kLowestColor || color > limits::kHighestColor) {
         return 0;
     }
     m_job->defaults.now.color = color;

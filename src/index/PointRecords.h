@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "cqsurvey/Types.h"
+#include "platform/ByteOrder.h"
 #include "tables/JobSchema.h"
 
 namespace cqsurvey {

@@ -3,7 +3,7 @@
 #include "cqsurvey/CqSurveyDB.h"
 #include "job/Job.h"
 #include "job/JobStep.h"
-#include "platform/Clock.h"
+#include "platform/System.h"
 
 namespace cqsurvey {
 
@@ -46,7 +46,7 @@ CqHandle CqSurveyDB::AddCoordRec(const double* coords, const CString& name, int 
         PointLayout::Set<"PointName">(record, name);
         PointLayout::Set<"FeatureFlags">(record, flags);
         PointLayout::Set<"FeatureCode">(record, code);
-        PointLayout::Set<"RecTime">(record, SecondsSince1970());
+        PointLayout::Set<"RecTime">(record, system::SecondsSince1970());
         PointLayout::Set<"DataOrigin">(record, static_cast<std::uint16_t>(origin));
         PointLayout::Set<"EntityIndex">(record, entity);
         PointLayout::Set<"GroupIndex">(record, job.defaults.now.group);

@@ -38,8 +38,8 @@ bool CopyImage(HostFile& source, std::int32_t image) {
         }
     }
     const bool done = written && count.has_value();
-    // Opening does not cut the file, so a larger image's end would stay. A source that gives
-    // nothing, because it cannot be read, leaves the image that is there.
+    // Opening does not cut the file, so a larger image's end would stay. A source that cannot be
+    // read at all leaves the image that is there.
     if (done || length > 0) {
         return QrfsSetLength(image, length) != 0 && done;
     }

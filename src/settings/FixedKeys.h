@@ -27,7 +27,6 @@ enum BackgroundKey : std::size_t {
 // not here begin with 0.
 inline constexpr double kDefaultSiPointSize = 5.0;
 inline constexpr std::int32_t kDefaultMapscale = 500;
-inline constexpr std::int32_t kNoForcedColor = -1;
 inline constexpr std::int32_t kDefaultContrast = 100;
 inline constexpr std::uint32_t kDefaultBKColor = 0xFFFFFF;
 

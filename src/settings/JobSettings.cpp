@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/Limits.h"
 #include "job/Job.h"
 #include "job/JobStep.h"
 #include "platform/CaseFold.h"
@@ -124,13 +125,13 @@ void CqSurveyDB::SetSiPointSize(double size) {
 }
 
 int CqSurveyDB::GetJCoordDivision() {
-    std::int32_t division = 0;
+    std::int32_t division = limits::kNoDivision;
     m_job->settings.GetInt(m_SettingsSection, m_SettingsKey[kJCoordDivision], division);
     return division;
 }
 
 int CqSurveyDB::SetJCoordDivision(int division) {
-    if (division == 0 || Job::CheckJCoordDivision(division) == 0) {
+    if (division == limits::kNoDivision || Job::CheckJCoordDivision(division) == 0) {
         return 0;
     }
     return Atomically(*m_job, [&] {
@@ -153,7 +154,7 @@ int CqSurveyDB::SetDrawingForceMonotone(int color) {
 
 int CqSurveyDB::IsDrawingForceMonotone(int& color) {
     m_job->settings.GetInt(m_BGSettingsSection, m_BGSettingsKey[kEntityColor], color);
-    return color != kNoForcedColor ? 1 : 0;
+    return color != limits::kNoForcedColor ? 1 : 0;
 }
 
 int Job::SetDefaultSettingsIniFile() {
@@ -162,13 +163,14 @@ int Job::SetDefaultSettingsIniFile() {
     settings.AddSection(CqSurveyDB::m_BGSettingsSection);
     settings.WriteDouble(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kSiPointSize],
                          kDefaultSiPointSize);
-    settings.WriteInt(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kJCoordDivision], 0);
+    settings.WriteInt(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kJCoordDivision],
+                      limits::kNoDivision);
     settings.WriteString(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kVersion],
                          CqSurveyDB::m_Version);
     settings.WriteInt(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kMapscale],
                       kDefaultMapscale);
     settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[kEntityColor],
-                      kNoForcedColor);
+                      limits::kNoForcedColor);
     for (const BackgroundKey key :
          {kType, kCenterX, kCenterY, kSizeX, kSizeY, kRotation, kBrightness}) {
         settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[key], 0);
@@ -248,19 +250,22 @@ int Job::CheckSettingsIniFileValue() {
 }
 
 int Job::CheckJCoordDivision(int value) {
-    return value >= 0 && value <= 19 ? 1 : 0;
+    return value == limits::kNoDivision ||
+                   (value >= limits::kLowestDivision && value <= limits::kHighestDivision)
+               ? 1
+               : 0;
 }
 
 int Job::CheckImageBrightness(int value) {
-    return value > -256 && value < 256 ? 1 : 0;
+    return value >= limits::kLowestBrightness && value <= limits::kHighestBrightness ? 1 : 0;
 }
 
 int Job::CheckImageContrast(int value) {
-    return value >= 0 && value <= 65000 ? 1 : 0;
+    return value >= limits::kLowestContrast && value <= limits::kHighestContrast ? 1 : 0;
 }
 
 int Job::CheckImageMonotoneMode(int value) {
-    return value >= -1 && value <= 255 ? 1 : 0;
+    return value >= limits::kNoForcedColor && value <= limits::kHighestForcedColor ? 1 : 0;
 }
 
 int Job::CheckSettingsIniFileReserved(const CString& section, const CString& key) {

@@ -6,6 +6,7 @@
 #include <set>
 #include <unordered_map>
 
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Types.h"
 #include "platform/RecordHash.h"
 #include "store/Sql.h"
@@ -17,7 +18,7 @@ namespace cqsurvey {
 class MemoStore {
  public:
     /// What a reader gets of a memo at most, in code units.
-    static constexpr std::size_t kReadable = 255;
+    static constexpr std::size_t kReadable = limits::kReadableText;
     /// What a memo may have at most, in code units.
     static constexpr std::size_t kMostUnits = std::size_t{1} << 24;
 

@@ -1,6 +1,8 @@
 #include "store/Sql.h"
 
-#include <cerrno>
+#include <system_error>
+
+#include "platform/System.h"
 
 namespace cqsurvey {
 
@@ -9,10 +11,18 @@ namespace {
 constexpr int kStepsATick = 1000;
 constexpr std::int64_t kTicksInAnyCase = 1000;
 
-/// A file that could not be opened or made: for want of permission, or of room.
+/// What the system said when SQLite could not open a file; none if it was not asked.
+std::error_code SystemFailure(sqlite3* connection) {
+    return {connection == nullptr ? 0 : sqlite3_system_errno(connection), std::system_category()};
+}
+
+/// A file, the journal perhaps, that could not be opened or made: for want of room, of file handles
+/// or, of everything else that it may be, of permission.
 std::int32_t CodeOfCantOpen(sqlite3* connection) {
-    const int number = connection == nullptr ? 0 : sqlite3_system_errno(connection);
-    return number == ENOSPC || number == EDQUOT ? error::kVolumeFull : error::kAccessDenied;
+    const std::error_code failure = SystemFailure(connection);
+    const std::int32_t code = system::ErrorCode(failure);
+    const bool itself = code == error::kVolumeFull || system::IsOutOfHandles(failure);
+    return itself ? code : error::kAccessDenied;
 }
 
 std::int32_t CodeOf(sqlite3* connection, int result) {
@@ -53,7 +63,10 @@ std::string DetailOf(sqlite3* connection, int result) {
     if ((result & 0xFF) == SQLITE_INTERRUPT) {
         return "the pages of the database name each other";
     }
-    return connection == nullptr ? sqlite3_errstr(result) : sqlite3_errmsg(connection);
+    const std::string text =
+        connection == nullptr ? sqlite3_errstr(result) : sqlite3_errmsg(connection);
+    const std::error_code failure = SystemFailure(connection);
+    return failure && (result & 0xFF) == SQLITE_CANTOPEN ? text + ": " + failure.message() : text;
 }
 
 void Check(sqlite3_stmt* statement, int result) {
@@ -129,7 +142,8 @@ void SqlStatement::Run() {
 
 CString SqlStatement::GetText(int column) const {
     if (sqlite3_column_type(Get(), column) != SQLITE_TEXT) {
-        throw StoreFailure(error::kDamaged, "a text is none");
+        throw StoreFailure(error::kDamaged,
+                           "a column that should hold a text holds something else");
     }
     const void* text = sqlite3_column_text16(Get(), column);
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes16(Get(), column));

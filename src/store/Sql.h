@@ -44,7 +44,7 @@ class SqlStatement {
     /// Makes the statement ready for the next use; a failure was reported by Step already.
     void Reset() noexcept { sqlite3_reset(m_statement.get()); }
 
-    /// Runs a statement that gives no row.
+    /// Runs a statement to its end, past any rows.
     void Run();
 
     /// A column of the row. Throws 0x30000007 when it holds no text of whole code units.

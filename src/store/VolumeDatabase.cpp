@@ -1,16 +1,13 @@
 #include "store/VolumeDatabase.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <set>
 #include <string_view>
+#include <system_error>
+
+#include "platform/System.h"
 
 namespace cqsurvey {
 
@@ -57,80 +54,27 @@ std::string SystemTableName(const std::string& sql) {
     return sql.substr(from, sql.find(' ', from) - from);
 }
 
-std::string AbsolutePath(const std::string& path) {
-    std::error_code failure;
-    const std::filesystem::path absolute = std::filesystem::absolute(path, failure);
-    return failure ? path : absolute.string();
-}
-
-[[noreturn]] void ThrowSystem(int number, const std::string& path) {
-    std::int32_t code = error::kReadWriteFailed;
-    if (number == EEXIST) {
-        code = error::kFileExists;
-    } else if (number == EACCES || number == EPERM || number == EROFS) {
-        code = error::kAccessDenied;
-    } else if (number == ENOSPC || number == EDQUOT) {
-        code = error::kVolumeFull;
-    } else if (number == ENOENT || number == ENOTDIR) {
-        code = error::kNoVolume;
-    } else if (number == ENAMETOOLONG || number == EINVAL || number == ELOOP) {
-        code = error::kInvalidArgument;
-    }
-    throw StoreFailure(code, path + ": " + std::strerror(number));
-}
-
-class Descriptor {
- public:
-    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (m_descriptor >= 0) {
-            ::close(m_descriptor);
-        }
-    }
-    [[nodiscard]] int Get() const { return m_descriptor; }
-
- private:
-    int m_descriptor;
-};
-
-void SyncFolderOf(const std::string& path) {
-    const std::string folder = std::filesystem::path(path).parent_path().string();
-    const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (descriptor.Get() >= 0) {
-        // A file system that cannot sync folders makes the entry durable in its own time.
-        ::fsync(descriptor.Get());
-    }
+[[noreturn]] void ThrowSystem(const std::error_code& failure, const std::string& path) {
+    throw StoreFailure(system::ErrorCode(failure), path + ": " + failure.message());
 }
 
 /// Looks at the database header of a file that is not mounted, so that a file of anything else is
-/// never opened as a database.
-/// Gives whether another tool has switched it to a log beside it.
+/// never opened as a database. True when another tool has switched the file to a log beside it.
 bool CheckHeader(const std::string& path) {
     constexpr std::size_t kHeader = 100;
     constexpr std::size_t kWriteVersion = 18;
     constexpr unsigned char kLogged = 2;
     constexpr std::size_t kUserVersion = 60;
     constexpr std::size_t kApplication = 68;
-    const Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (descriptor.Get() < 0) {
-        ThrowSystem(errno, path);
-    }
+    std::error_code failure;
+    system::Descriptor file(path, system::Descriptor::Mode::Read, failure);
     std::array<unsigned char, kHeader> header{};
     std::size_t size = 0;
-    while (size < kHeader) {
-        const ssize_t got = ::read(descriptor.Get(), header.data() + size, kHeader - size);
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
-        if (got < 0) {
-            ThrowSystem(errno, path);
-        }
-        if (got == 0) {
-            break;
-        }
-        size += static_cast<std::size_t>(got);
+    for (std::size_t got = 1; !failure && got > 0 && size < kHeader; size += got) {
+        got = file.Read(header.data() + size, kHeader - size, failure);
+    }
+    if (failure) {
+        ThrowSystem(failure, path);
     }
     const auto number = [&](std::size_t at) {
         return (std::uint32_t{header[at]} << 24) | (std::uint32_t{header[at + 1]} << 16) |
@@ -147,12 +91,44 @@ bool CheckHeader(const std::string& path) {
     return header[kWriteVersion] == kLogged || header[kWriteVersion + 1] == kLogged;
 }
 
-/// A path that the database can take, its own files' ends included.
+[[noreturn]] void ThrowTooLong(const std::string& path, const char* what, std::size_t length,
+                               std::size_t longest) {
+    throw StoreFailure(error::kInvalidArgument, path + ": the " + what + " has " +
+                                                    std::to_string(length) + " bytes, at most " +
+                                                    std::to_string(longest) + " are possible");
+}
+
+/// Throws 0x30000002 for a path that is too long for SQLite or for the host, counting the files
+/// that SQLite keeps beside its own.
 void RequireShortEnough(const std::string& path) {
-    const sqlite3_vfs* system = sqlite3_vfs_find(nullptr);
-    if (system != nullptr &&
-        AbsolutePath(path).size() + 10 > static_cast<std::size_t>(system->mxPathname)) {
-        throw StoreFailure(error::kInvalidArgument, path + ": the path is too long");
+    constexpr std::size_t kLongestEnd = std::string_view("-journal").size();
+    constexpr std::size_t kZeros = 2;  // after the path and after its journal's
+    const std::string absolute = system::AbsolutePath(path);
+    if (const sqlite3_vfs* vfs = sqlite3_vfs_find(nullptr); vfs != nullptr) {
+        const std::size_t longest =
+            static_cast<std::size_t>(vfs->mxPathname) - kLongestEnd - kZeros;
+        if (absolute.size() > longest) {
+            ThrowTooLong(path, "path", absolute.size(), longest);
+        }
+    }
+    const std::size_t longest = system::LongestNameBeside(absolute);
+    for (std::size_t begin = 0; begin <= absolute.size();) {
+        const std::size_t end = std::min(absolute.find('/', begin), absolute.size());
+        const std::size_t added = end == absolute.size() ? kLongestEnd : 0;
+        if (end - begin + added > longest) {
+            ThrowTooLong(path, "name", end - begin, longest - added);
+        }
+        begin = end + 1;
+    }
+}
+
+/// Runs `body` and puts the path before the text of what it throws: SQLite's texts name no file.
+template <class Body>
+auto NamingPath(const std::string& path, Body body) {
+    try {
+        return body();
+    } catch (const StoreFailure& failure) {
+        throw StoreFailure(failure.code, path + ": " + failure.detail);
     }
 }
 
@@ -167,24 +143,19 @@ SqlConnection OpenDatabase(const std::string& name, int flags) {
     return connection;
 }
 
-SqlConnection OpenToWrite(const std::string& path) {
-    RequireShortEnough(path);
-    // An absolute path is never taken for a URI.
-    return OpenDatabase(AbsolutePath(path), SQLITE_OPEN_READWRITE);
-}
-
 /// A file that was switched to a log cannot be read without one where nothing may be written, but
 /// for a file that is told never to change.
 SqlConnection OpenUnchanging(const std::string& path) {
-    struct stat status {};
-    if (::stat((path + "-wal").c_str(), &status) == 0 && status.st_size != 0) {
+    std::error_code failure;
+    const auto log = system::Identify(path + "-wal", failure);
+    if (log && log->size != 0) {
         throw StoreFailure(error::kAccessDenied,
                            path +
                                ": another tool has left a log beside it; the file must be "
                                "opened once where it can be written");
     }
     std::string name = "file:";
-    for (const char c : AbsolutePath(path)) {
+    for (const char c : system::AbsolutePath(path)) {
         switch (c) {
             case '%':
                 name += "%25";
@@ -205,30 +176,67 @@ SqlConnection OpenUnchanging(const std::string& path) {
 
 /// Opens a database that is there, to be written if it can be and `readOnly` does not forbid it.
 SqlConnection OpenChecked(const std::string& path, bool readOnly) {
-    const bool logged = CheckHeader(path);
     RequireShortEnough(path);
-    SqlConnection connection =
-        OpenDatabase(AbsolutePath(path), readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
+    const bool logged = CheckHeader(path);
+    SqlConnection connection = NamingPath(path, [&] {
+        return OpenDatabase(system::AbsolutePath(path),
+                            readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
+    });
     if (logged && sqlite3_db_readonly(connection.get(), "main") != 0) {
         connection = OpenUnchanging(path);
     }
     return connection;
 }
 
-bool EndsWith(const std::string& text, const char* end) {
-    return std::string_view(text).ends_with(end);
+/// Throws 0x30000015 when anything is at the path, 0x30000002 when only a folder could be there.
+void RequireFree(const std::string& path) {
+    std::error_code failure;
+    const auto status = system::IdentifyLink(path, failure);
+    if (status) {
+        throw StoreFailure(
+            error::kFileExists,
+            path + (status->kind == system::FileStatus::Kind::Folder ? ": a folder is there"
+                                                                     : ": a file is there"));
+    }
+    if (path.ends_with('/')) {
+        throw StoreFailure(error::kInvalidArgument, path + ": this names a folder, not a file");
+    }
+}
+
+/// Makes an empty file an empty volume, durably.
+void FillNew(const std::string& path) {
+    // An absolute path is never taken for a URI.
+    const std::string absolute = system::AbsolutePath(path);
+    SqlConnection connection = OpenDatabase(absolute, SQLITE_OPEN_READWRITE);
+    std::string sql =
+        "PRAGMA page_size=4096;"
+        "PRAGMA encoding='UTF-16le';"
+        "PRAGMA journal_mode=DELETE;"
+        "PRAGMA synchronous=FULL;"
+        "BEGIN;"
+        "PRAGMA application_id=" +
+        std::to_string(kApplicationId) +
+        ";"
+        "PRAGMA user_version=" +
+        std::to_string(VolumeDatabase::kFormatVersion) + ";";
+    for (const char* table : kSystemTables) {
+        sql += table;
+        sql += ";";
+    }
+    SqlRun(connection.get(), sql + "COMMIT;");
+    connection.reset();
+    system::SyncFolderOf(absolute);
 }
 
 /// The database keeps unfinished work in files beside its own: whoever has such a name, or finds
 /// such a file where a new volume is to be, would lose it.
 void RequireNoneBeside(const std::string& path) {
     for (const char* end : {"-journal", "-wal", "-shm"}) {
-        if (EndsWith(path, end)) {
+        if (path.ends_with(end)) {
             throw StoreFailure(error::kInvalidArgument,
                                path + ": a name that ends so belongs to the volume beside it");
         }
-        struct stat status {};
-        if (::lstat((path + end).c_str(), &status) == 0) {
+        if (system::IsTaken(path + end)) {
             throw StoreFailure(error::kFileExists,
                                path + end + " is there and would be taken for a part of it");
         }
@@ -239,56 +247,33 @@ void RequireNoneBeside(const std::string& path) {
 
 void VolumeDatabase::Create(const std::string& path) {
     RequireShortEnough(path);
-    {
-        struct stat status {};
-        if (::lstat(path.c_str(), &status) == 0) {
-            ThrowSystem(EEXIST, path);
-        }
-    }
+    RequireFree(path);
     RequireNoneBeside(path);
-    const std::string journal = path + "-journal";
-    {
-        const Descriptor made(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-        if (made.Get() < 0) {
-            ThrowSystem(errno, path);
-        }
+    std::error_code failure;
+    { const system::Descriptor made(path, system::Descriptor::Mode::CreateNew, failure); }
+    if (failure) {
+        ThrowSystem(failure, path);
     }
     try {
-        SqlConnection connection = OpenToWrite(path);
-        std::string sql =
-            "PRAGMA page_size=4096;"
-            "PRAGMA encoding='UTF-16le';"
-            "PRAGMA journal_mode=DELETE;"
-            "PRAGMA synchronous=FULL;"
-            "BEGIN;"
-            "PRAGMA application_id=" +
-            std::to_string(kApplicationId) +
-            ";"
-            "PRAGMA user_version=" +
-            std::to_string(kFormatVersion) + ";";
-        for (const char* table : kSystemTables) {
-            sql += table;
-            sql += ";";
-        }
-        SqlRun(connection.get(), sql + "COMMIT;");
-        connection.reset();
-        SyncFolderOf(AbsolutePath(path));
+        NamingPath(path, [&] { FillNew(path); });
     } catch (...) {
-        ::unlink(path.c_str());
-        ::unlink(journal.c_str());
+        system::Remove(path);
+        system::Remove(path + "-journal");
         throw;
     }
 }
 
 VolumeDatabase::Identity VolumeDatabase::Identify(const std::string& path) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0) {
-        ThrowSystem(errno, path);
+    RequireShortEnough(path);
+    std::error_code failure;
+    const auto status = system::Identify(path, failure);
+    if (!status) {
+        ThrowSystem(failure, path);
     }
-    if (!S_ISREG(status.st_mode)) {
+    if (status->kind != system::FileStatus::Kind::File) {
         throw StoreFailure(error::kDamaged, path + " is no file");
     }
-    return {status.st_dev, status.st_ino};
+    return status->identity;
 }
 
 VolumeDatabase::VolumeDatabase(const std::string& path, bool readOnly)
@@ -305,10 +290,11 @@ std::string VolumeDatabase::GetPath() const {
 }
 
 void VolumeDatabase::Remove(const std::string& path, const Identity& identity) noexcept {
-    struct stat status {};
-    if (::lstat(path.c_str(), &status) == 0 && Identity(status.st_dev, status.st_ino) == identity) {
-        ::unlink(path.c_str());
-        ::unlink((path + "-journal").c_str());
+    std::error_code failure;
+    const auto status = system::IdentifyLink(path, failure);
+    if (status && status->identity == identity) {
+        system::Remove(path);
+        system::Remove(path + "-journal");
     }
 }
 
@@ -368,19 +354,20 @@ void VolumeDatabase::RemoveInertJournal() {
     if (sqlite3_file_control(m_connection.get(), "main", SQLITE_FCNTL_JOURNAL_POINTER,
                              static_cast<void*>(&journal)) == SQLITE_OK &&
         journal != nullptr && journal->pMethods == nullptr) {
-        ::unlink(sqlite3_filename_journal(sqlite3_db_filename(m_connection.get(), "main")));
+        system::Remove(sqlite3_filename_journal(sqlite3_db_filename(m_connection.get(), "main")));
     }
 }
 
 void VolumeDatabase::CheckLength() const {
     const std::int64_t expected = SqlNumber(m_connection.get(), "PRAGMA page_count") *
                                   SqlNumber(m_connection.get(), "PRAGMA page_size");
-    struct stat status {};
-    if (::stat(m_path.c_str(), &status) != 0) {
-        ThrowSystem(errno, m_path);
+    std::error_code failure;
+    const auto status = system::Identify(m_path, failure);
+    if (!status) {
+        ThrowSystem(failure, m_path);
     }
-    if (status.st_size < expected) {
-        throw StoreFailure(error::kDamaged, std::to_string(status.st_size) + " bytes are left of " +
+    if (static_cast<std::int64_t>(status->size) < expected) {
+        throw StoreFailure(error::kDamaged, std::to_string(status->size) + " bytes are left of " +
                                                 std::to_string(expected));
     }
 }

@@ -1,28 +1,35 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "platform/System.h"
 #include "store/Failure.h"
 #include "store/RecordFormat.h"
 #include "store/Sql.h"
 
 namespace cqsurvey {
 
-/// The database file of a volume: made, opened with care whoever made it, and locked. Failures
-/// throw StoreFailure.
+/// The database file of a volume: made, opened with care whoever made it, and locked.
+///
+/// A job may come from anywhere, so nothing in it is believed. The file's header is read before
+/// SQLite sees the file; what SQLite could be talked into (triggers, views, extensions, endless
+/// work) is switched off or bounded; and only exactly the tables of a volume are let in. As long as
+/// the object lives no other process writes the file.
+///
+/// Failures throw StoreFailure. Every function that takes a path throws 0x30000002 for one that is
+/// too long for the host or for SQLite, with the length and the limit in its text.
 class VolumeDatabase {
  public:
     static constexpr std::uint32_t kFormatVersion = 1;
 
     /// Which file of the host a volume is, however its path was written.
-    using Identity = std::pair<dev_t, ino_t>;
+    using Identity = system::FileIdentity;
 
-    /// Creates an empty volume; 0x30000015 when anything exists at the path.
+    /// Creates an empty volume, durably; nothing is left of one that fails. 0x30000015 when
+    /// anything exists at the path, or beside it where the volume's own files will be; 0x30000009
+    /// when there is no such folder.
     static void Create(const std::string& path);
 
     /// 0x30000009 when nothing is there, 0x30000007 when it is no plain file.

@@ -3,21 +3,24 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <map>
 #include <string>
 
+#include "cqsurvey/Limits.h"
 #include "store/Sql.h"
 
 namespace cqsurvey {
 
-/// One file inside a mounted volume, kept in the database as rows of one block each and buffered in
+/// One file inside a mounted volume.
+///
+/// The database keeps it in rows of one block each. A block is fetched when it is first touched,
+/// changed in memory, and written back by Flush, so a file may be much larger than what of it is in
 /// memory. Failures throw StoreFailure.
 class VolumeFile {
  public:
     /// A block and its row's overhead fill one database page.
     static constexpr std::uint32_t kBlock = 4032;
-    static constexpr std::uint32_t kMostBytes = std::numeric_limits<std::int32_t>::max();
+    static constexpr std::uint32_t kMostBytes = limits::kFileBytes;
 
     VolumeFile(sqlite3* connection, std::int64_t id, std::uint32_t length);
 

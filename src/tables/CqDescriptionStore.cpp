@@ -6,8 +6,8 @@
 #include <string>
 
 #include "cqsurvey/CqSurveyException.h"
+#include "platform/ByteOrder.h"
 #include "store/ThrowStorageError.h"
-#include "tables/RecordLayout.h"
 
 namespace cqsurvey {
 

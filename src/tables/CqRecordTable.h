@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 
+#include "cqsurvey/Limits.h"
 #include "tables/CqDbTable.h"
 #include "tables/RecordLayout.h"
 
@@ -111,7 +112,7 @@ class CqRecordTable : public CqDbTable {
 
  protected:
     /// What a reader of a memo gets at most, the terminator included.
-    static constexpr std::size_t kMemoUnits = 256;
+    static constexpr std::size_t kMemoUnits = limits::kReadableText + 1;
 
     void Load() {
         if (m_bLoaded == 0) {

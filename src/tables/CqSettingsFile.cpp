@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 
 #include "platform/CaseFold.h"
 #include "platform/HostFile.h"
+#include "platform/System.h"
 #include "platform/Text.h"
 #include "store/Qrfs.h"
 #include "store/StoreExtras.h"
@@ -86,70 +88,22 @@ std::int32_t ToInt(std::u16string_view text) {
     return static_cast<std::int32_t>(static_cast<std::uint64_t>(value));
 }
 
-/// For a number that no float can hold: true when it is too large, false when it is too small. It
-/// is written in base 10 or 16, without sign and prefix.
-bool IsTooLarge(std::string_view number, bool hexadecimal) {
-    // Such a number is so far from 1 that the place of its first digit and its exponent tell.
-    const std::size_t mark = number.find_first_of(hexadecimal ? "pP" : "eE");
-    const std::string_view mantissa = number.substr(0, mark);
-    const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size()));
-    const auto first = static_cast<std::int64_t>(mantissa.find_first_not_of("0."));
-    const std::int64_t place = (point - first) * (hexadecimal ? 4 : 1);
-    std::int64_t exponent = 0;
-    if (mark != std::string_view::npos) {
-        const std::string_view text =
-            number.substr(mark + (number.substr(mark + 1).starts_with('+') ? 2 : 1));
-        const auto result = std::from_chars(text.data(), text.data() + text.size(), exponent);
-        if (result.ec == std::errc::result_out_of_range) {
-            return !text.starts_with('-');
-        }
-    }
-    return exponent > -place;
-}
-
-/// "0x" before a digit or before a point and a digit.
-bool StartsHexadecimal(std::string_view number) {
-    if (!number.starts_with("0x") && !number.starts_with("0X")) {
-        return false;
-    }
-    const std::size_t digit = number.substr(2).starts_with('.') ? 3 : 2;
-    return number.find_first_of("0123456789abcdefABCDEF", digit) == digit;
-}
-
 double ToSingle(std::u16string_view text) {
-    const std::string number = NumberText(text);
-    std::string_view digits = number;
-    const bool negative = digits.starts_with('-');
-    if (negative || digits.starts_with('+')) {
-        digits.remove_prefix(1);
-    }
-    if (digits.starts_with('-')) {
-        return 0;
-    }
-    const bool hexadecimal = StartsHexadecimal(digits);
-    if (hexadecimal) {
-        digits.remove_prefix(2);
-    }
-    float value = 0;
-    const auto result =
-        std::from_chars(digits.data(), digits.data() + digits.size(), value,
-                        hexadecimal ? std::chars_format::hex : std::chars_format::general);
-    if (result.ec == std::errc::invalid_argument) {
-        return 0;
-    }
-    if (result.ec == std::errc::result_out_of_range) {
-        const std::string_view parsed(digits.data(),
-                                      static_cast<std::size_t>(result.ptr - digits.data()));
-        value = IsTooLarge(parsed, hexadecimal) ? std::numeric_limits<float>::infinity() : 0.0F;
-    }
-    return negative ? -value : value;
+    return system::ParseSingle(NumberText(text).c_str());
 }
 
 CString FormatInt(std::int32_t value) {
     return FromUtf8(std::to_string(value));
 }
 
+/// The same text on every system: a not-a-number has no sign and no kind.
 CString FormatThreeDecimals(double value) {
+    if (std::isnan(value)) {
+        return u"nan";
+    }
+    if (std::isinf(value)) {
+        return value < 0 ? u"-inf" : u"inf";
+    }
     std::array<char, std::numeric_limits<double>::max_exponent10 + 16> room;
     const auto result =
         std::to_chars(room.data(), room.data() + room.size(), value, std::chars_format::fixed, 3);

@@ -42,11 +42,11 @@ class CqSettingsFile : public JobPart {
     /// As GetString. Reads a number as scanf's "%f" does, in single precision; no number is 0.
     int GetDouble(const CString& section, const CString& key, double& value) const;
 
-    /// Sets the key in its place, in the letter case it has there, or behind the others. An empty
+    /// Sets the key in its place, in the letter case it has there, or after the others. An empty
     /// value removes the key. 0 when there is no such section, or no such key to remove.
     int WriteString(const CString& section, const CString& key, const CString& value);
     int WriteInt(const CString& section, const CString& key, std::int32_t value);
-    /// With three decimals.
+    /// With three decimals. Every not-a-number is "nan", infinity "inf" or "-inf".
     int WriteDouble(const CString& section, const CString& key, double value);
 
     // The next four work on the volume's file that was last named to Create, Read or Write.

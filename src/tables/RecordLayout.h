@@ -7,6 +7,7 @@
 #include <string_view>
 #include <tuple>
 
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Types.h"
 #include "platform/ByteOrder.h"
 #include "store/Qrdb.h"
@@ -119,6 +120,10 @@ struct Text24 : Text<24> {
 struct Text52 : Text<52> {
     static constexpr const char16_t* kType = u"TEXT52";
 };
+
+static_assert(Text20::kCapacity == limits::kPointName && Text20::kCapacity == limits::kGroupName);
+static_assert(Text24::kCapacity == limits::kTextStyle);
+static_assert(Text52::kCapacity == limits::kLayerName);
 
 }  // namespace field
 

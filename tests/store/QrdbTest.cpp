@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "store/StoreExtras.h"
+#include "platform/ByteOrder.h"
 #include "store/StoreTesting.h"
 
 namespace cqsurvey {

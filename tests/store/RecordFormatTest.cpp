@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/ByteOrder.h"
 #include "store/Sql.h"
 #include "store/StoreTesting.h"
 #include "tables/JobSchema.h"

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "store/StoreTesting.h"
+#include "support/FileHandleLimit.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey {
@@ -64,6 +65,76 @@ TEST_F(VolumeDatabaseTest, AFileIsTheSameByWhateverPath) {
               Hex(error::kNoVolume));
     EXPECT_EQ(Thrown([&] { (void)VolumeDatabase::Identify(m_dir.Utf8("")); }).substr(0, 10),
               Hex(error::kDamaged));
+}
+
+TEST_F(VolumeDatabaseTest, APathOrNameThatIsTooLongIsRefusedWithItsLengthAndTheLimit) {
+    const auto expectTooLong = [&](const std::string& path, const std::string& text) {
+        const std::string expected =
+            Hex(error::kInvalidArgument) + " " + path + ": the " + text + " are possible";
+        EXPECT_EQ(Thrown([&] { VolumeDatabase::Create(path); }), expected);
+        EXPECT_EQ(Thrown([&] { (void)VolumeDatabase::Identify(path); }), expected);
+        EXPECT_EQ(Thrown([&] { const VolumeDatabase database(path, false); }), expected);
+        EXPECT_EQ(Thrown([&] { const VolumeDatabase database(path, true); }), expected);
+    };
+    std::string deep = m_dir.Utf8("");
+    while (deep.size() < 5000) {
+        deep += std::string(100, 'd') + "/";
+        if (deep.size() > 502) {
+            expectTooLong(deep, "path has " + std::to_string(deep.size()) + " bytes, at most 502");
+        }
+    }
+    expectTooLong(m_dir.Utf8(std::string(248, 'n')), "name has 248 bytes, at most 247");
+    expectTooLong(m_dir.Utf8(std::string(300, 'n')), "name has 300 bytes, at most 247");
+    expectTooLong(m_dir.Utf8(std::string(256, 'n') + "/a.job"), "name has 256 bytes, at most 255");
+    const std::string longest = m_dir.Utf8(std::string(247, 'n'));
+    VolumeDatabase::Create(longest);
+    const VolumeDatabase database(longest, false);
+    SqlRun(database.Get(), "CREATE TABLE a (b)");
+    const std::string folder = m_dir.Utf8(std::string(255, 'f'));
+    ASSERT_EQ(mkdir(folder.c_str(), 0777), 0);
+    VolumeDatabase::Create(folder + "/a.job");
+}
+
+TEST_F(VolumeDatabaseTest, AFolderIsNamedWhereAFileShouldBe) {
+    const std::string folder = m_dir.Utf8("folder/");
+    EXPECT_EQ(Thrown([&] { VolumeDatabase::Create(folder); }),
+              Hex(error::kInvalidArgument) + " " + folder + ": this names a folder, not a file");
+    ASSERT_EQ(mkdir(folder.c_str(), 0777), 0);
+    EXPECT_EQ(Thrown([&] { VolumeDatabase::Create(folder); }),
+              Hex(error::kFileExists) + " " + folder + ": a folder is there");
+    EXPECT_EQ(Thrown([&] { VolumeDatabase::Create(m_path); }),
+              Hex(error::kFileExists) + " " + m_path + ": a file is there");
+}
+
+TEST_F(VolumeDatabaseTest, WithoutFileHandlesItIsNeitherMadeNorOpenedAndSaysWhy) {
+    const std::string fresh = m_dir.Utf8("fresh.job");
+    const auto expectTold = [](const std::string& thrown, const std::string& path) {
+        EXPECT_EQ(thrown.substr(0, 10), Hex(error::kReadWriteFailed)) << thrown;
+        EXPECT_TRUE(thrown.ends_with("Too many open files")) << thrown;
+        EXPECT_NE(thrown.find(path), std::string::npos) << thrown;
+    };
+    rlim_t few = 0;
+    for (std::string thrown; thrown != "none"; ++few) {
+        SCOPED_TRACE(few);
+        ASSERT_LT(few, 5U);
+        const FileHandleLimit limit(few);
+        thrown = Thrown([&] { VolumeDatabase::Create(fresh); });
+        if (thrown != "none") {
+            expectTold(thrown, fresh);
+            EXPECT_NE(access(fresh.c_str(), F_OK), 0) << "nothing is left of it";
+        }
+    }
+    EXPECT_GT(few, 2U) << "a volume takes its file and a journal";
+    for (const bool readOnly : {false, true}) {
+        const FileHandleLimit none(0);
+        expectTold(Thrown([&] { const VolumeDatabase database(m_path, readOnly); }), m_path);
+    }
+    const VolumeDatabase database(m_path, false);
+    {
+        const FileHandleLimit none(0);
+        expectTold(Thrown([&] { SqlRun(database.Get(), "CREATE TABLE a (b)"); }), "");
+    }
+    SqlRun(database.Get(), "CREATE TABLE a (b)");
 }
 
 TEST_F(VolumeDatabaseTest, OnlyTheFileThatIsMeantIsRemoved) {

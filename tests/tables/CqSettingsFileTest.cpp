@@ -222,8 +222,22 @@ TEST_F(CqSettingsFileTest, ADoubleIsWrittenAsPrintfWritesIt) {
         std::array<char, 400> expected;
         std::snprintf(expected.data(), expected.size(), "%.3f", value);
         m_settings.WriteDouble(u"S", u"d", value);
-        ASSERT_EQ(ToUtf8(Value(u"S", u"d")), expected.data());
+        ASSERT_EQ(ToUtf8(Value(u"S", u"d")), std::isnan(value) ? "nan" : expected.data());
     }
+}
+
+TEST_F(CqSettingsFileTest, WhatIsNoNumberOrInfiniteHasOneText) {
+    m_settings.AddSection(u"S");
+    const auto text = [&](double value) {
+        m_settings.WriteDouble(u"S", u"d", value);
+        return Value(u"S", u"d");
+    };
+    using Limits = std::numeric_limits<double>;
+    EXPECT_EQ(text(Limits::quiet_NaN()), u"nan");
+    EXPECT_EQ(text(-Limits::quiet_NaN()), u"nan");
+    EXPECT_EQ(text(std::bit_cast<double>(std::uint64_t{0xFFF0000000000123})), u"nan");
+    EXPECT_EQ(text(Limits::infinity()), u"inf");
+    EXPECT_EQ(text(-Limits::infinity()), u"-inf");
 }
 
 TEST_F(CqSettingsFileTest, ADoubleIsReadInSinglePrecision) {

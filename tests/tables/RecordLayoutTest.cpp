@@ -227,18 +227,5 @@ TEST(RecordLayoutTest, AnUnterminatedTextIsReadNoFurtherThanItsField) {
     EXPECT_EQ(PointLayout::Get<"PointName">(point.data()), CString(19, u'\u4141'));
 }
 
-TEST(RecordLayoutTest, LoadAndStoreAreEachOthersInverse) {
-    std::array<std::byte, 8> bytes{};
-    for (const std::uint64_t bits : {std::uint64_t{0}, std::uint64_t{0x0123456789ABCDEF},
-                                     std::uint64_t{0x8000000000000000}, ~std::uint64_t{0}}) {
-        StoreLittle<std::uint64_t>(bytes.data(), bits);
-        EXPECT_EQ(LoadLittle<std::uint64_t>(bytes.data()), bits);
-        EXPECT_EQ(std::to_integer<std::uint64_t>(bytes[0]), bits & 0xFF);
-        EXPECT_EQ(std::to_integer<std::uint64_t>(bytes[7]), bits >> 56);
-    }
-    StoreLittle(bytes.data(), std::numeric_limits<std::int32_t>::min());
-    EXPECT_EQ(LoadLittle<std::int32_t>(bytes.data()), std::numeric_limits<std::int32_t>::min());
-}
-
 }  // namespace
 }  // namespace cqsurvey

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+/// How long texts and how large numbers of a job may be. Lengths of texts are in UTF-16 code units.
+namespace cqsurvey::limits {
+
+// Names are cut where they are given, see the operations of CqSurveyDB.
+inline constexpr std::size_t kPointName = 19;
+inline constexpr std::size_t kGroupName = 19;
+inline constexpr std::size_t kLayerName = 51;
+inline constexpr std::size_t kTextStyle = 23;
+
+/// The highest number of a layer: an entity names its layer in 16 bits.
+inline constexpr std::uint32_t kHighestLayer = 0xFFFF;
+
+/// What a reader gets of an annotation's text or a bitmap's resource name. The job keeps the whole.
+inline constexpr std::size_t kReadableText = 255;
+
+/// The colour of an entity or a layer. An entity of colour 256 takes its layer's, and one of a
+/// negative colour is hidden.
+inline constexpr std::int32_t kLowestColor = -256;
+inline constexpr std::int32_t kHighestColor = 256;
+
+/// The division of a plane coordinate system. A settings file may also hold 0, for none.
+inline constexpr std::int32_t kLowestDivision = 1;
+inline constexpr std::int32_t kHighestDivision = 19;
+inline constexpr std::int32_t kNoDivision = 0;
+
+/// The colour that everything is drawn in: 0 to 255, or none.
+inline constexpr std::int32_t kNoForcedColor = -1;
+inline constexpr std::int32_t kHighestForcedColor = 255;
+
+// The background image.
+inline constexpr std::int32_t kLowestBrightness = -255;
+inline constexpr std::int32_t kHighestBrightness = 255;
+inline constexpr std::int32_t kLowestContrast = 0;
+inline constexpr std::int32_t kHighestContrast = 65000;
+
+/// The bytes of a file inside a job: the settings, the descriptions, the background image.
+inline constexpr std::uint32_t kFileBytes = std::numeric_limits<std::int32_t>::max();
+
+}  // namespace cqsurvey::limits

@@ -1,0 +1,200 @@
+#include "platform/System.h"
+
+#include <fcntl.h>
+#include <locale.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <ctime>
+#include <filesystem>
+#include <new>
+#include <utility>
+
+#include "cqsurvey/ErrorCodes.h"
+
+namespace cqsurvey::system {
+
+namespace {
+
+/// Repeats a system call that a signal interrupted.
+template <class Call>
+auto Uninterrupted(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
+std::error_code LastError() noexcept {
+    return {errno, std::system_category()};
+}
+
+std::error_code FailureOf(bool failed) noexcept {
+    return failed ? LastError() : std::error_code();
+}
+
+template <class Look>
+std::optional<FileStatus> StatusBy(Look look, const std::string& path,
+                                   std::error_code& failure) noexcept {
+    struct stat status {};
+    failure = FailureOf(look(path.c_str(), &status) != 0);
+    if (failure) {
+        return std::nullopt;
+    }
+    using Kind = FileStatus::Kind;
+    return FileStatus{{status.st_dev, status.st_ino},
+                      static_cast<std::uint64_t>(status.st_size),
+                      S_ISREG(status.st_mode)   ? Kind::File
+                      : S_ISDIR(status.st_mode) ? Kind::Folder
+                                                : Kind::Other};
+}
+
+std::string FolderOf(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+int OpenFlags(Descriptor::Mode mode) noexcept {
+    switch (mode) {
+        case Descriptor::Mode::Replace:
+            return O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
+        case Descriptor::Mode::CreateNew:
+            return O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+        case Descriptor::Mode::Read:
+            break;
+    }
+    return O_RDONLY | O_CLOEXEC;
+}
+
+}  // namespace
+
+std::optional<FileStatus> Identify(const std::string& path, std::error_code& failure) noexcept {
+    return StatusBy(::stat, path, failure);
+}
+
+std::optional<FileStatus> IdentifyLink(const std::string& path, std::error_code& failure) noexcept {
+    return StatusBy(::lstat, path, failure);
+}
+
+bool IsTaken(const std::string& path) noexcept {
+    std::error_code failure;
+    return IdentifyLink(path, failure).has_value();
+}
+
+void Remove(const std::string& path) noexcept {
+    ::unlink(path.c_str());
+}
+
+void SyncFolderOf(const std::string& path) {
+    const std::string folder = FolderOf(path);
+    const int descriptor =
+        Uninterrupted([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    if (descriptor >= 0) {
+        ::fsync(descriptor);
+        ::close(descriptor);
+    }
+}
+
+std::string AbsolutePath(const std::string& path) {
+    std::error_code failure;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, failure);
+    return failure ? path : absolute.string();
+}
+
+std::size_t LongestNameBeside(const std::string& path) {
+    constexpr std::size_t kUsual = 255;
+    const long longest = ::pathconf(FolderOf(path).c_str(), _PC_NAME_MAX);
+    return longest > 0 ? static_cast<std::size_t>(longest) : kUsual;
+}
+
+std::uint32_t SecondsSince1970() noexcept {
+    return static_cast<std::uint32_t>(std::time(nullptr));
+}
+
+float ParseSingle(const char* text) {
+    // Made once and never freed: objects that live until the process ends read settings too.
+    static const locale_t plain = ::newlocale(LC_ALL_MASK, "C", nullptr);
+    if (plain == nullptr) {
+        throw std::bad_alloc();
+    }
+    return ::strtof_l(text, nullptr, plain);
+}
+
+std::int32_t ErrorCode(const std::error_code& failure) noexcept {
+    switch (failure.value()) {
+        case 0:
+            return error::kNone;
+        case EEXIST:
+            return error::kFileExists;
+        case EACCES:
+        case EPERM:
+        case EROFS:
+            return error::kAccessDenied;
+        case ENOSPC:
+        case EDQUOT:
+            return error::kVolumeFull;
+        case ENOENT:
+        case ENOTDIR:
+            return error::kNoVolume;
+        case ENAMETOOLONG:
+        case EINVAL:
+        case EISDIR:
+        case ELOOP:
+            return error::kInvalidArgument;
+        case ENOMEM:
+            return error::kOutOfMemory;
+        default:
+            return error::kReadWriteFailed;
+    }
+}
+
+bool IsOutOfHandles(const std::error_code& failure) noexcept {
+    return failure.value() == EMFILE || failure.value() == ENFILE;
+}
+
+Descriptor::Descriptor(const std::string& path, Mode mode, std::error_code& failure) noexcept
+    : m_number(Uninterrupted([&] { return ::open(path.c_str(), OpenFlags(mode), 0666); })) {
+    failure = FailureOf(!IsOpen());
+}
+
+Descriptor::Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+
+Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
+    std::swap(m_number, other.m_number);
+    return *this;
+}
+
+Descriptor::~Descriptor() {
+    if (IsOpen()) {
+        ::close(m_number);
+    }
+}
+
+std::size_t Descriptor::Read(void* buffer, std::size_t count, std::error_code& failure) noexcept {
+    const ssize_t got = Uninterrupted([&] { return ::read(m_number, buffer, count); });
+    failure = FailureOf(got < 0);
+    return failure ? 0 : static_cast<std::size_t>(got);
+}
+
+void Descriptor::Write(const void* buffer, std::size_t count, std::error_code& failure) noexcept {
+    failure.clear();
+    const char* next = static_cast<const char*>(buffer);
+    while (count > 0) {
+        const ssize_t put = Uninterrupted([&] { return ::write(m_number, next, count); });
+        if (put < 0) {
+            failure = LastError();
+            return;
+        }
+        next += put;
+        count -= static_cast<std::size_t>(put);
+    }
+}
+
+void Descriptor::Close(std::error_code& failure) noexcept {
+    failure = FailureOf(IsOpen() && ::close(std::exchange(m_number, -1)) != 0);
+}
+
+}  // namespace cqsurvey::system
