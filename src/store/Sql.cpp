@@ -142,7 +142,8 @@ void SqlStatement::Run() {
 
 CString SqlStatement::GetText(int column) const {
     if (sqlite3_column_type(Get(), column) != SQLITE_TEXT) {
-        throw StoreFailure(error::kDamaged, "a column that should hold a text holds something else");
+        throw StoreFailure(error::kDamaged,
+                           "a column that should hold a text holds something else");
     }
     const void* text = sqlite3_column_text16(Get(), column);
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes16(Get(), column));
