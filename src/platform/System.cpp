@@ -1,12 +1,12 @@
 #include "platform/System.h"
 
 #include <fcntl.h>
-#include <locale.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <clocale>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <new>
