@@ -33,7 +33,7 @@ void CqPointTable::Open(const CString& name) {
     CqRecordTable::Open(name);
     const auto count = static_cast<std::size_t>(GetRecordCount());
     m_names->Reserve(count);
-    PointStaging staging(ViewSetting(), *this);
+    PointStaging staging{ViewSetting()};
     staging.Reserve(count);
     ForEachRecord([&](CqHandle handle, const std::byte* record) {
         m_names->Load(StoredPointName(record).View(), handle);
@@ -90,7 +90,7 @@ bool CqPointTable::IsEntityInView(CqHandle entity) const {
 
 std::int32_t CqPointTable::SetSetting(std::uint16_t key, std::uint16_t order,
                                       const COORDFILTER& filter) {
-    PointStaging staging(ViewSetting(key, order, filter), *this);
+    PointStaging staging(ViewSetting(key, order, filter));
     staging.Reserve(static_cast<std::size_t>(GetRecordCount()));
     ForEachRecord([&](CqHandle handle, const std::byte* record) { staging.Stage(handle, record); });
     m_view->Replace(staging.Finish());
