@@ -47,11 +47,12 @@ void PointStaging::Stage(CqHandle handle, const std::byte* record) {
 }
 
 void PointStaging::SortByName() {
-    std::sort(m_named.begin(), m_named.end(),
-              [&setting = m_content.setting](const Named& a, const Named& b) {
-                  const int comparison = setting.CompareNames(a.Key(), b.Key());
-                  return comparison != 0 ? comparison < 0 : a.handle > b.handle;
-              });
+    // Names come in runs, which merging makes use of.
+    std::reverse(m_named.begin(), m_named.end());
+    std::stable_sort(m_named.begin(), m_named.end(),
+                     [&setting = m_content.setting](const Named& a, const Named& b) {
+                         return setting.CompareNames(a.Key(), b.Key()) < 0;
+                     });
 }
 
 bool PointStaging::DifferencesWrap() const noexcept {
