@@ -5,66 +5,30 @@
 namespace cqsurvey {
 
 void HandleBlocks::Add(CqHandle handle, std::uint32_t block) {
-    const std::size_t page = FindPage(handle);
-    if (page != Pages::kNone) {
-        std::uint32_t& first = m_blocks[m_pages[page].index][handle % kPageSize];
-        if (first != kNoBlock) {
-            m_more.Insert(Another{handle, block});
-        } else {
-            first = block;
-        }
-        return;
+    const auto [page, isNew] = m_pages.try_emplace(handle / kPageSize);
+    if (isNew) {
+        page->second.fill(kNowhere);
     }
-    m_pages.ReserveOneMore();
-    Blocks blocks;
-    blocks.fill(kNoBlock);
-    blocks[handle % kPageSize] = block;
-    if (m_freePages.empty()) {
-        if (m_blocks.size() == m_blocks.capacity()) {
-            // Every page can become free without allocating.
-            const std::size_t capacity = m_blocks.size() + m_blocks.size() / 4 + 4;
-            m_freePages.reserve(capacity);
-            m_blocks.reserve(capacity);
-        }
-        m_blocks.push_back(blocks);
-        m_pages.Insert(Page{handle / kPageSize, static_cast<std::uint32_t>(m_blocks.size() - 1)});
-    } else {
-        m_blocks[m_freePages.back()] = blocks;
-        m_pages.Insert(Page{handle / kPageSize, m_freePages.back()});
-        m_freePages.pop_back();
+    std::uint32_t& known = page->second[handle % kPageSize];
+    known = known == kNowhere ? block : kSeveral;
+}
+
+void HandleBlocks::Remove(CqHandle handle) noexcept {
+    Move(handle, kNowhere);
+}
+
+void HandleBlocks::Move(CqHandle handle, std::uint32_t to) noexcept {
+    std::uint32_t& known = m_pages.find(handle / kPageSize)->second[handle % kPageSize];
+    if (known != kSeveral) {
+        known = to;
     }
 }
 
-void HandleBlocks::Remove(CqHandle handle, std::uint32_t block) noexcept {
-    const std::size_t page = FindPage(handle);
-    const std::uint32_t index = m_pages[page].index;
-    std::uint32_t& first = m_blocks[index][handle % kPageSize];
-    if (first != block) {
-        m_more.EraseAt(FindOther(handle, block));
-        return;
-    }
-    const std::size_t other = m_more.Find(
-        HashHandle(handle), [handle](const Another& another) { return another.handle == handle; });
-    if (other != Others::kNone) {
-        first = m_more[other].block;
-        m_more.EraseAt(other);
-        return;
-    }
-    first = kNoBlock;
-    const Blocks& blocks = m_blocks[index];
-    if (std::all_of(blocks.begin(), blocks.end(),
-                    [](std::uint32_t known) { return known == kNoBlock; })) {
-        m_freePages.push_back(index);
-        m_pages.EraseAt(page);
-    }
-}
-
-void HandleBlocks::Move(CqHandle handle, std::uint32_t from, std::uint32_t to) noexcept {
-    std::uint32_t& first = First(handle);
-    if (first == from) {
-        first = to;
-    } else {
-        m_more[FindOther(handle, from)].block = to;
+void HandleBlocks::DropEmptyPage(CqHandle handle) noexcept {
+    const auto page = m_pages.find(handle / kPageSize);
+    if (page != m_pages.end() && std::all_of(page->second.begin(), page->second.end(),
+                                             [](auto block) { return block == kNowhere; })) {
+        m_pages.erase(page);
     }
 }
 

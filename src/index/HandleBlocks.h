@@ -3,89 +3,58 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <unordered_map>
 
 #include "cqsurvey/Types.h"
-#include "platform/ProbeTable.h"
 #include "platform/RecordHash.h"
 
 namespace cqsurvey {
 
-/// Which blocks of a sequence a handle stands in; mostly one, if any. Handles mostly lie close
-/// together, so they are kept in pages of 16 neighbours: 5 bytes each; a handle far from all others
-/// takes about 80.
+/// In which block of a sequence a handle stands.
+///
+/// Handles are record numbers, which mostly lie close together. So 16 neighbours share a page, and
+/// only the pages are hashed:
+///
+///     handle 35 = 2 * 16 + 3
+///     pages   { 0: [...]  2: [. . . 7 ............]  5: [...] }
+///                                   ^ handle 35 stands in block 7
+///
+/// A look-up is one hash look-up. Neighbours take about 6 bytes each, a handle far from all others
+/// about 100. A map from each handle to its block would take 40 bytes and an allocation for every
+/// point of a job that is opened; an array over all handles would be as long as the highest one,
+/// which a file may choose.
+///
+/// A page stays when its last handle goes, so that the handle can come back without memory.
 class HandleBlocks {
  public:
-    /// Calls `visit` with each block the handle stands in, as often as it stands there.
-    template <class Visit>
-    void ForEach(CqHandle handle, Visit&& visit) const {
-        const std::size_t page = FindPage(handle);
-        if (page == Pages::kNone) {
-            return;
-        }
-        const std::uint32_t first = m_blocks[m_pages[page].index][handle % kPageSize];
-        if (first == kNoBlock) {
-            return;
-        }
-        visit(first);
-        m_more.ForEach(HashHandle(handle), [&](const Another& another) {
-            if (another.handle == handle) {
-                visit(another.block);
-            }
-        });
+    static constexpr std::uint32_t kNowhere = 0xFFFFFFFF;
+    /// Stands, or once stood, in the sequence more than once. Where is not known.
+    static constexpr std::uint32_t kSeveral = 0xFFFFFFFE;
+
+    /// A block, kNowhere or kSeveral.
+    [[nodiscard]] std::uint32_t BlockOf(CqHandle handle) const noexcept {
+        const auto page = m_pages.find(handle / kPageSize);
+        return page == m_pages.end() ? kNowhere : page->second[handle % kPageSize];
     }
 
+    /// Takes no memory for a handle that was added before and whose page was not dropped since.
     /// Nothing is changed when memory runs out.
     void Add(CqHandle handle, std::uint32_t block);
 
-    /// The handle, which stands in the block, stands there once less.
-    void Remove(CqHandle handle, std::uint32_t block) noexcept;
+    /// The handle left the one place at which it stands. kSeveral stays.
+    void Remove(CqHandle handle) noexcept;
 
-    /// The handle, which stands in block `from`, was moved to block `to`.
-    void Move(CqHandle handle, std::uint32_t from, std::uint32_t to) noexcept;
+    /// The handle went from one block to another. kSeveral stays.
+    void Move(CqHandle handle, std::uint32_t to) noexcept;
+
+    /// Gives back the memory of the handle's page if no handle of it stands anywhere.
+    void DropEmptyPage(CqHandle handle) noexcept;
 
  private:
     static constexpr std::uint32_t kPageSize = 16;
-    static constexpr std::uint32_t kNoBlock = 0xFFFFFFFF;
-    using Blocks = std::array<std::uint32_t, kPageSize>;
+    using Page = std::array<std::uint32_t, kPageSize>;
 
-    struct Page {
-        std::uint32_t number = 0;
-        std::uint32_t index = kNoBlock;
-
-        [[nodiscard]] bool IsFree() const noexcept { return index == kNoBlock; }
-        [[nodiscard]] std::uint32_t Hash() const noexcept { return HashHandle(number); }
-    };
-    using Pages = ProbeTable<Page>;
-
-    /// A handle that stands somewhere in the sequence a second time.
-    struct Another {
-        CqHandle handle = 0;
-        std::uint32_t block = kNoBlock;
-
-        [[nodiscard]] bool IsFree() const noexcept { return block == kNoBlock; }
-        [[nodiscard]] std::uint32_t Hash() const noexcept { return HashHandle(handle); }
-    };
-    using Others = ProbeTable<Another>;
-
-    [[nodiscard]] std::size_t FindPage(CqHandle handle) const noexcept {
-        const std::uint32_t number = handle / kPageSize;
-        return m_pages.Find(HashHandle(number),
-                            [number](const Page& page) { return page.number == number; });
-    }
-    [[nodiscard]] std::uint32_t& First(CqHandle handle) noexcept {
-        return m_blocks[m_pages[FindPage(handle)].index][handle % kPageSize];
-    }
-    [[nodiscard]] std::size_t FindOther(CqHandle handle, std::uint32_t block) const noexcept {
-        return m_more.Find(HashHandle(handle), [handle, block](const Another& another) {
-            return another.handle == handle && another.block == block;
-        });
-    }
-
-    Pages m_pages;
-    std::vector<Blocks> m_blocks;
-    std::vector<std::uint32_t> m_freePages;
-    Others m_more;
+    std::unordered_map<std::uint32_t, Page, HandleHash> m_pages;
 };
 
 }  // namespace cqsurvey

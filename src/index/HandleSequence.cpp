@@ -1,259 +1,217 @@
 #include "index/HandleSequence.h"
 
 #include <algorithm>
-#include <bit>
 #include <utility>
 
 namespace cqsurvey {
 
-HandleSequence::Spot HandleSequence::SpotOf(std::uint32_t index) const noexcept {
-    const auto blocks = static_cast<std::uint32_t>(m_sums.size());
-    std::uint32_t place = 0;
-    for (std::uint32_t stride = std::bit_floor(blocks); stride != 0; stride /= 2) {
-        if (place + stride <= blocks && m_sums[place + stride - 1] <= index) {
-            index -= m_sums[place + stride - 1];
-            place += stride;
+namespace {
+
+/// Makes room for one more, so that the next insertion cannot fail.
+template <class T>
+void ReserveOneMore(std::vector<T>& values) {
+    if (values.size() == values.capacity()) {
+        values.reserve(2 * values.size() + 4);
+    }
+}
+
+std::ptrdiff_t Offset(std::size_t count) {
+    return static_cast<std::ptrdiff_t>(count);
+}
+
+}  // namespace
+
+HandleSequence::HandleSequence(const std::vector<CqHandle>& handles) {
+    // Room in every block keeps the first insertions afterwards from splitting all of them.
+    constexpr std::size_t kFill = kCapacity - kCapacity / 8;
+    for (std::size_t first = 0; first < handles.size(); first += kFill) {
+        const std::size_t last = std::min(first + kFill, handles.size());
+        AddBlock(static_cast<std::uint32_t>(m_order.size()));
+        m_blocks.back().handles.assign(handles.begin() + Offset(first),
+                                       handles.begin() + Offset(last));
+        for (std::size_t i = first; i < last; ++i) {
+            m_blockOf.Add(handles[i], m_order.back());
         }
     }
-    return {place, index};
+    SumUp();
 }
 
-std::uint32_t HandleSequence::CountBefore(std::uint32_t place) const noexcept {
-    std::uint32_t count = 0;
-    for (; place != 0; place &= place - 1) {
-        count += m_sums[place - 1];
-    }
-    return count;
-}
-
-void HandleSequence::Count(std::uint32_t place, std::int32_t difference) noexcept {
-    const auto summand = static_cast<std::uint32_t>(difference);
-    m_size += summand;
-    m_directory[place].count += summand;
-    for (std::uint32_t i = place + 1; i <= m_sums.size(); i += i & (0U - i)) {
-        m_sums[i - 1] += summand;
-    }
-}
-
-void HandleSequence::SumUp() noexcept {
-    const auto blocks = static_cast<std::uint32_t>(m_directory.size());
-    for (std::uint32_t place = 0; place < blocks; ++place) {
-        m_places[m_directory[place].number] = place;
-        m_sums[place] = m_directory[place].count;
-    }
-    for (std::uint32_t i = 1; i <= blocks; ++i) {
-        const std::uint32_t parent = i + (i & (0U - i));
-        if (parent <= blocks) {
-            m_sums[parent - 1] += m_sums[i - 1];
-        }
-    }
-}
-
-void HandleSequence::NoteLast(std::uint32_t place) noexcept {
-    Place& noted = m_directory[place];
-    const Block& block = *m_blocks[noted.number];
-    noted.last = {block.handles[noted.count - 1], block.digests[noted.count - 1]};
+std::uint32_t HandleSequence::PlaceOf(std::uint32_t index) const noexcept {
+    const auto after = std::upper_bound(m_starts.begin(), m_starts.end(), index);
+    return static_cast<std::uint32_t>(after - m_starts.begin() - 1);
 }
 
 CqHandle HandleSequence::At(std::uint32_t index) const noexcept {
-    const Spot spot = SpotOf(index);
-    return m_blocks[m_directory[spot.place].number]->handles[spot.offset];
-}
-
-HandleSequence::Entry HandleSequence::EntryAt(std::uint32_t index) const noexcept {
-    const Spot spot = SpotOf(index);
-    const Block& block = *m_blocks[m_directory[spot.place].number];
-    return {block.handles[spot.offset], block.digests[spot.offset]};
-}
-
-bool HandleSequence::Contains(CqHandle handle) const noexcept {
-    bool found = false;
-    m_whereabouts.ForEach(handle, [&](std::uint32_t) { found = true; });
-    return found;
+    const std::uint32_t place = PlaceOf(index);
+    return BlockAt(place).handles[index - m_starts[place]];
 }
 
 std::optional<std::uint32_t> HandleSequence::IndexOf(CqHandle handle) const noexcept {
-    std::optional<std::uint32_t> first;
-    m_whereabouts.ForEach(handle, [&](std::uint32_t number) {
-        first = first ? std::min(*first, m_places[number]) : m_places[number];
-    });
-    if (!first) {
+    const std::uint32_t number = m_blockOf.BlockOf(handle);
+    if (number == HandleBlocks::kNowhere) {
         return std::nullopt;
     }
-    const auto& handles = m_blocks[m_directory[*first].number]->handles;
-    const auto* found = std::find(handles.begin(), handles.end(), handle);
-    return CountBefore(*first) + static_cast<std::uint32_t>(found - handles.begin());
+    const bool isKnown = number != HandleBlocks::kSeveral;
+    const std::size_t first = isKnown ? m_blocks[number].place : 0;
+    const std::size_t end = isKnown ? first + 1 : m_order.size();
+    for (std::size_t place = first; place < end; ++place) {
+        const auto& handles = BlockAt(place).handles;
+        const auto found = std::find(handles.begin(), handles.end(), handle);
+        if (found != handles.end()) {
+            return m_starts[place] + static_cast<std::uint32_t>(found - handles.begin());
+        }
+    }
+    return std::nullopt;
 }
 
-void HandleSequence::ReserveBlocks(std::size_t count) {
-    // After that nothing allocates memory when a block is added, nor when it becomes free.
-    m_directory.reserve(count);
-    m_sums.reserve(count);
-    m_places.reserve(count);
-    m_freeNumbers.reserve(count);
-    m_blocks.reserve(count);
+void HandleSequence::SumUp() noexcept {
+    m_starts.resize(m_order.size());
+    m_size = 0;
+    for (std::uint32_t place = 0; place < m_order.size(); ++place) {
+        BlockAt(place).place = place;
+        m_starts[place] = m_size;
+        m_size += static_cast<std::uint32_t>(BlockAt(place).handles.size());
+    }
 }
 
 void HandleSequence::AddBlock(std::uint32_t place) {
-    auto block = std::make_unique<Block>();
-    if (m_blocks.size() == m_blocks.capacity()) {
-        ReserveBlocks(m_blocks.size() + m_blocks.size() / 4 + 4);
-    }
-    auto number = static_cast<std::uint32_t>(m_blocks.size());
-    if (m_freeNumbers.empty()) {
-        m_blocks.push_back(std::move(block));
-        m_places.push_back(place);
-    } else {
-        number = m_freeNumbers.back();
-        m_freeNumbers.pop_back();
-        m_blocks[number] = std::move(block);
-    }
-    m_directory.insert(m_directory.begin() + place, Place{number});
-    m_sums.push_back(0);
+    Block block;
+    block.handles.reserve(kCapacity);
+    ReserveOneMore(m_blocks);
+    ReserveOneMore(m_order);
+    ReserveOneMore(m_starts);
+    m_order.insert(m_order.begin() + place, static_cast<std::uint32_t>(m_blocks.size()));
+    m_blocks.push_back(std::move(block));
+    m_starts.push_back(m_size);
 }
 
-void HandleSequence::RemoveBlock(std::uint32_t place) noexcept {
-    const std::uint32_t number = m_directory[place].number;
-    m_blocks[number].reset();
-    m_freeNumbers.push_back(number);
-    m_directory.erase(m_directory.begin() + place);
-    m_sums.pop_back();
-    SumUp();
-}
-
-void HandleSequence::Move(std::uint32_t from, std::uint32_t first, std::uint32_t to) noexcept {
-    Place& source = m_directory[from];
-    Place& target = m_directory[to];
-    Block& sourceBlock = *m_blocks[source.number];
-    Block& targetBlock = *m_blocks[target.number];
-    for (std::uint32_t i = first; i < source.count; ++i) {
-        m_whereabouts.Move(sourceBlock.handles[i], source.number, target.number);
-        targetBlock.handles[target.count] = sourceBlock.handles[i];
-        targetBlock.digests[target.count] = sourceBlock.digests[i];
-        ++target.count;
+void HandleSequence::MoveHandles(std::uint32_t from, std::size_t first, std::uint32_t to) noexcept {
+    std::vector<CqHandle>& source = BlockAt(from).handles;
+    std::vector<CqHandle>& target = BlockAt(to).handles;
+    for (std::size_t i = first; i < source.size(); ++i) {
+        m_blockOf.Move(source[i], m_order[to]);
     }
-    source.count = first;
-    NoteLast(to);
+    target.insert(target.end(), source.begin() + Offset(first), source.end());
+    source.resize(first);
 }
 
-void HandleSequence::Split(std::uint32_t place) {
+void HandleSequence::Split(std::uint32_t place, std::size_t left) {
     AddBlock(place + 1);
-    Move(place, kBlockCapacity / 2, place + 1);
-    NoteLast(place);
+    MoveHandles(place, left, place + 1);
     SumUp();
 }
 
-void HandleSequence::MergeWithNext(std::uint32_t place) noexcept {
-    Move(place + 1, 0, place);
-    RemoveBlock(place + 1);
+bool HandleSequence::JoinWithNext(std::uint32_t place) {
+    if (place + 1 >= m_order.size() ||
+        BlockAt(place).handles.size() + BlockAt(place + 1).handles.size() > kCapacity / 2) {
+        return false;
+    }
+    Keep(place);
+    Keep(place + 1);
+    BlockAt(place).handles.reserve(kCapacity);
+    MoveHandles(place + 1, 0, place);
+    std::vector<CqHandle>().swap(BlockAt(place + 1).handles);
+    m_order.erase(m_order.begin() + place + 1);
+    SumUp();
+    return true;
 }
 
-void HandleSequence::Insert(std::uint32_t index, const Entry& entry) {
-    Spot spot{};
-    if (index < m_size) {
-        spot = SpotOf(index);
-    } else if (m_size != 0) {
-        spot.place = static_cast<std::uint32_t>(m_directory.size() - 1);
-        spot.offset = m_directory[spot.place].count;
+void HandleSequence::Insert(std::uint32_t index, CqHandle handle) {
+    if (m_order.empty()) {
+        AddBlock(0);
     }
-    if (m_size == 0 || m_directory[spot.place].count == kBlockCapacity) {
-        // A sequence that grows at one of its ends has full blocks.
-        if (index == m_size) {
-            spot = {static_cast<std::uint32_t>(m_directory.size()), 0};
-            AddBlock(spot.place);
-            SumUp();
-        } else if (index == 0) {
-            AddBlock(0);
-            SumUp();
-        } else {
-            Split(spot.place);
-            const std::uint32_t left = m_directory[spot.place].count;
-            if (spot.offset > left) {
-                spot = {spot.place + 1, spot.offset - left};
-            }
+    std::uint32_t place =
+        index < m_size ? PlaceOf(index) : static_cast<std::uint32_t>(m_order.size() - 1);
+    std::size_t offset = index - m_starts[place];
+    Keep(place);
+    if (BlockAt(place).handles.size() == kCapacity) {
+        // A sequence that grows at one of its ends is to have full blocks.
+        const bool atEnd = offset == 0 || offset == kCapacity;
+        const std::size_t left = atEnd ? offset : kCapacity / 2;
+        Split(place, left);
+        if (offset > left || left == kCapacity) {
+            ++place;
+            offset -= left;
         }
     }
-    const Place& place = m_directory[spot.place];
-    try {
-        m_whereabouts.Add(entry.handle, place.number);
-    } catch (...) {
-        if (place.count == 0) {
-            RemoveBlock(spot.place);
-        }
-        throw;
-    }
-    Block& block = *m_blocks[place.number];
-    const auto makeRoom = [&](auto* values) {
-        std::copy_backward(values + spot.offset, values + place.count, values + place.count + 1);
-        return values + spot.offset;
-    };
-    *makeRoom(block.handles.data()) = entry.handle;
-    *makeRoom(block.digests.data()) = entry.digest;
-    Count(spot.place, 1);
-    if (spot.offset + 1 == place.count) {
-        NoteLast(spot.place);
-    }
+    Block& block = BlockAt(place);
+    block.handles.reserve(kCapacity);
+    m_blockOf.Add(handle, m_order[place]);
+    block.handles.insert(block.handles.begin() + Offset(offset), handle);
+    std::for_each(m_starts.begin() + place + 1, m_starts.end(), [](auto& start) { ++start; });
+    ++m_size;
 }
 
-CqHandle HandleSequence::RemoveAt(std::uint32_t index) noexcept {
-    const Spot spot = SpotOf(index);
-    const Place& place = m_directory[spot.place];
-    Block& block = *m_blocks[place.number];
-    const CqHandle handle = block.handles[spot.offset];
-    m_whereabouts.Remove(handle, place.number);
-    const auto close = [&](auto* values) {
-        std::copy(values + spot.offset + 1, values + place.count, values + spot.offset);
-    };
-    close(block.handles.data());
-    close(block.digests.data());
-    Count(spot.place, -1);
-    if (place.count == 0) {
-        RemoveBlock(spot.place);
-        return handle;
-    }
-    if (spot.offset == place.count) {
-        NoteLast(spot.place);
-    }
-
+void HandleSequence::RemoveAt(std::uint32_t index) {
     // Small blocks are joined, so that the memory follows the size.
-    constexpr std::uint32_t kSmall = kBlockCapacity / 4;
-    const auto isSmall = [this](std::uint32_t other) {
-        return other < m_directory.size() && m_directory[other].count <= 2 * kSmall;
-    };
-    if (place.count <= kSmall) {
-        if (isSmall(spot.place + 1)) {
-            MergeWithNext(spot.place);
-        } else if (spot.place > 0 && isSmall(spot.place - 1)) {
-            MergeWithNext(spot.place - 1);
-        }
+    std::uint32_t place = PlaceOf(index);
+    if (JoinWithNext(place) || (place > 0 && JoinWithNext(place - 1))) {
+        place = PlaceOf(index);
     }
-    return handle;
+    Keep(place);
+    std::vector<CqHandle>& handles = BlockAt(place).handles;
+    const auto handle = handles.begin() + (index - m_starts[place]);
+    m_removed.push_back(*handle);
+    m_blockOf.Remove(*handle);
+    handles.erase(handle);
+    std::for_each(m_starts.begin() + place + 1, m_starts.end(), [](auto& start) { --start; });
+    --m_size;
 }
 
-void HandleSequence::Assign(const std::vector<Entry>& entries) {
-    HandleSequence filled;
-    // Room in every block keeps the first insertions afterwards from splitting all of them.
-    constexpr std::size_t kFill = kBlockCapacity - kBlockCapacity / 8;
-    filled.ReserveBlocks((entries.size() + kFill - 1) / kFill);
-    for (std::size_t first = 0; first < entries.size(); first += kFill) {
-        const std::size_t count = std::min(kFill, entries.size() - first);
-        const auto number = static_cast<std::uint32_t>(filled.m_blocks.size());
-        auto block = std::make_unique<Block>();
-        for (std::size_t i = 0; i < count; ++i) {
-            const Entry& entry = entries[first + i];
-            block->handles[i] = entry.handle;
-            block->digests[i] = entry.digest;
-            filled.m_whereabouts.Add(entry.handle, number);
-        }
-        filled.m_blocks.push_back(std::move(block));
-        filled.m_directory.push_back(
-            Place{number, static_cast<std::uint32_t>(count), entries[first + count - 1]});
+void HandleSequence::Keep(std::uint32_t place) {
+    if (!m_isChanged) {
+        m_keptOrder = m_order;
+        m_keptCount = m_blocks.size();
+        m_isChanged = true;
     }
-    filled.m_size = static_cast<std::uint32_t>(entries.size());
-    filled.m_sums.resize(filled.m_directory.size());
-    filled.m_places.resize(filled.m_directory.size());
-    filled.SumUp();
-    *this = std::move(filled);
+    const std::uint32_t number = m_order[place];
+    Block& block = m_blocks[number];
+    if (number < m_keptCount && !block.isKept) {
+        m_kept.push_back({number, block.handles});
+        block.isKept = true;
+    }
+}
+
+void HandleSequence::ForgetStep() noexcept {
+    for (const KeptBlock& kept : m_kept) {
+        m_blocks[kept.number].isKept = false;
+    }
+    m_isChanged = false;
+    m_kept = {};
+    m_removed = {};
+}
+
+void HandleSequence::KeepStep() noexcept {
+    for (const CqHandle handle : m_removed) {
+        m_blockOf.DropEmptyPage(handle);
+    }
+    ForgetStep();
+}
+
+void HandleSequence::UndoStep() noexcept {
+    if (!m_isChanged) {
+        return;
+    }
+    const auto leave = [this](const Block& block) {
+        for (const CqHandle handle : block.handles) {
+            m_blockOf.Remove(handle);
+        }
+    };
+    const auto firstAdded = m_blocks.begin() + Offset(m_keptCount);
+    std::for_each(firstAdded, m_blocks.end(), leave);
+    m_blocks.erase(firstAdded, m_blocks.end());
+    for (const KeptBlock& kept : m_kept) {
+        leave(m_blocks[kept.number]);
+    }
+    for (KeptBlock& kept : m_kept) {
+        m_blocks[kept.number].handles.swap(kept.handles);
+        for (const CqHandle handle : m_blocks[kept.number].handles) {
+            m_blockOf.Add(handle, kept.number);
+        }
+    }
+    m_order.swap(m_keptOrder);
+    SumUp();
+    ForgetStep();
 }
 
 }  // namespace cqsurvey

@@ -1,125 +1,120 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <vector>
 
 #include "cqsurvey/Types.h"
 #include "index/HandleBlocks.h"
-#include "index/SortDigest.h"
 
 namespace cqsurvey {
 
-/// A long sequence of handles in any order that is inserted into, removed from and indexed at any
-/// place, and that finds the places of a handle, each in logarithmic time. A handle may stand in it
-/// more than once. With the digest that is kept beside each handle it takes about 32 bytes each.
+/// A long sequence of handles in an order that its user decides: it is inserted into, removed from
+/// and read at any index, and tells at which index a handle stands. A handle may stand in it more
+/// than once.
 ///
-/// The handles lie in blocks. A directory holds the blocks in their order, a tree of partial sums
-/// over it leads from an index to its block, and a table leads from a handle to its block.
+/// The handles lie in blocks of at most 512, so that an insertion shifts one block and not the
+/// whole sequence. `m_order` holds the blocks as they follow each other, `m_starts` the index at
+/// which each begins:
+///
+///     m_order    [ 0        | 2        | 1      ]    block numbers, which never change
+///     m_starts   [ 0        | 3        | 5      ]
+///     m_blocks     17 4 9     8 12       3 6 1
+///                             ^ index 3            handle 12: block 2, index 3 + 1
+///
+/// Reading at an index is a binary search in `m_starts`. An insertion or a removal adds one to, or
+/// takes it from, all starts after it: for a million handles some 2,200 neighbouring numbers, which
+/// takes a fraction of a microsecond. A handle's block is known (HandleBlocks), and is searched for
+/// it. No standard container both reads at an index and inserts in less than linear time.
+///
+/// To undo a step, a block is copied before its first change in the step, and the order before the
+/// first change of all. Undoing puts the copies back, which takes no memory and cannot fail.
 class HandleSequence {
  public:
-    struct Entry {
-        CqHandle handle;
-        SortDigest digest;
-    };
+    HandleSequence() = default;
+    /// With nothing to undo.
+    explicit HandleSequence(const std::vector<CqHandle>& handles);
 
     [[nodiscard]] std::uint32_t Size() const noexcept { return m_size; }
 
     /// What stands at `index`, which is below Size().
     [[nodiscard]] CqHandle At(std::uint32_t index) const noexcept;
-    [[nodiscard]] Entry EntryAt(std::uint32_t index) const noexcept;
 
-    [[nodiscard]] bool Contains(CqHandle handle) const noexcept;
-
-    /// The lowest index at which the handle stands.
+    /// The lowest index at which the handle stands. One that stood in the sequence twice is looked
+    /// for from the front.
     [[nodiscard]] std::optional<std::uint32_t> IndexOf(CqHandle handle) const noexcept;
 
-    /// Puts the handle in front of the one at `index`, which is at most Size(). Nothing is changed
-    /// when memory runs out.
-    void Insert(std::uint32_t index, const Entry& entry);
+    /// Puts the handle in front of the one at `index`, which is at most Size(). The sequence stays
+    /// as it is when memory runs out.
+    void Insert(std::uint32_t index, CqHandle handle);
 
-    /// Removes the handle at `index`, which is below Size(), and returns it.
-    CqHandle RemoveAt(std::uint32_t index) noexcept;
+    /// Removes the handle at `index`, which is below Size(). The sequence stays as it is when
+    /// memory runs out.
+    void RemoveAt(std::uint32_t index);
 
-    /// Replaces the whole sequence.
-    void Assign(const std::vector<Entry>& entries);
-
-    /// How many entries `precedes` holds for, which must be those at the front.
+    /// Where a binary search ends that goes on behind the middle entry when `precedes` holds for
+    /// it. That is how many entries it holds for if those stand at the front. Otherwise it depends
+    /// on the entries that the search meets, which are those that it meets in a plain array.
     template <class Precedes>
     [[nodiscard]] std::uint32_t CountPreceding(Precedes&& precedes) const {
         std::uint32_t low = 0;
-        auto high = static_cast<std::uint32_t>(m_directory.size());
+        std::uint32_t high = m_size;
         while (low < high) {
             const std::uint32_t middle = (low + high) / 2;
-            if (precedes(m_directory[middle].last)) {
+            if (precedes(At(middle))) {
                 low = middle + 1;
             } else {
                 high = middle;
             }
         }
-        if (low == m_directory.size()) {
-            return m_size;
-        }
-        const Block& block = *m_blocks[m_directory[low].number];
-        std::uint32_t first = 0;
-        std::uint32_t last = m_directory[low].count - 1;
-        while (first < last) {
-            const std::uint32_t middle = (first + last) / 2;
-            if (precedes(Entry{block.handles[middle], block.digests[middle]})) {
-                first = middle + 1;
-            } else {
-                last = middle;
-            }
-        }
-        return CountBefore(low) + first;
+        return low;
     }
 
+    /// Makes the changes permanent.
+    void KeepStep() noexcept;
+    /// Undoes the changes since the last KeepStep.
+    void UndoStep() noexcept;
+
  private:
-    static constexpr std::uint32_t kBlockCapacity = 256;
+    static constexpr std::size_t kCapacity = 512;
 
     struct Block {
-        std::array<CqHandle, kBlockCapacity> handles;
-        std::array<SortDigest, kBlockCapacity> digests;
+        std::vector<CqHandle> handles;
+        std::uint32_t place = 0;
+        bool isKept = false;
+    };
+    struct KeptBlock {
+        std::uint32_t number;
+        std::vector<CqHandle> handles;
     };
 
-    /// What is asked of a block most, so that the block itself is seldom touched.
-    struct Place {
-        std::uint32_t number = 0;
-        std::uint32_t count = 0;
-        Entry last{};
-    };
-
-    struct Spot {
-        std::uint32_t place;
-        std::uint32_t offset;
-    };
-
-    [[nodiscard]] Spot SpotOf(std::uint32_t index) const noexcept;
-    [[nodiscard]] std::uint32_t CountBefore(std::uint32_t place) const noexcept;
-    void Count(std::uint32_t place, std::int32_t difference) noexcept;
-    void SumUp() noexcept;
-    void NoteLast(std::uint32_t place) noexcept;
-
-    void ReserveBlocks(std::size_t count);
-    /// Adds an empty block; SumUp must follow.
+    [[nodiscard]] Block& BlockAt(std::size_t place) noexcept { return m_blocks[m_order[place]]; }
+    [[nodiscard]] const Block& BlockAt(std::size_t place) const noexcept {
+        return m_blocks[m_order[place]];
+    }
+    [[nodiscard]] std::uint32_t PlaceOf(std::uint32_t index) const noexcept;
     void AddBlock(std::uint32_t place);
-    void RemoveBlock(std::uint32_t place) noexcept;
-    void Split(std::uint32_t place);
-    void MergeWithNext(std::uint32_t place) noexcept;
-    void Move(std::uint32_t from, std::uint32_t first, std::uint32_t to) noexcept;
+    void Split(std::uint32_t place, std::size_t left);
+    bool JoinWithNext(std::uint32_t place);
+    void MoveHandles(std::uint32_t from, std::size_t first, std::uint32_t to) noexcept;
+    void SumUp() noexcept;
+    void Keep(std::uint32_t place);
+    void ForgetStep() noexcept;
 
     std::uint32_t m_size = 0;
-    std::vector<Place> m_directory;
-    /// Partial sums of the blocks' counts by place: a Fenwick tree.
-    std::vector<std::uint32_t> m_sums;
-    /// By number, and their places by number.
-    std::vector<std::unique_ptr<Block>> m_blocks;
-    std::vector<std::uint32_t> m_places;
-    std::vector<std::uint32_t> m_freeNumbers;
-    HandleBlocks m_whereabouts;
+    std::vector<Block> m_blocks;
+    std::vector<std::uint32_t> m_order;
+    std::vector<std::uint32_t> m_starts;
+    HandleBlocks m_blockOf;
+
+    bool m_isChanged = false;
+    std::vector<std::uint32_t> m_keptOrder;
+    /// Blocks with a number from here on were added in the step.
+    std::size_t m_keptCount = 0;
+    std::vector<KeptBlock> m_kept;
+    /// Handles whose pages may be empty for good when the step is kept.
+    std::vector<CqHandle> m_removed;
 };
 
 }  // namespace cqsurvey

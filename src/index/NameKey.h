@@ -19,7 +19,8 @@ struct NameKey {
 /// The key looks into `name`, which must outlive it. Only "0" to "9" are digits.
 [[nodiscard]] NameKey MakeNameKey(std::u16string_view name) noexcept;
 
-/// -1, 0 or 1: the prefixes by their code units, then the numbers.
+/// -1, 0 or 1: the prefixes by their code units, then the numbers. The numbers are compared by
+/// their values and never by their difference, which leaves 32 bits between 2147483647 and -1.
 [[nodiscard]] int CompareNameKeys(const NameKey& a, const NameKey& b) noexcept;
 
 }  // namespace cqsurvey

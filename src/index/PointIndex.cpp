@@ -25,7 +25,7 @@ void PointIndex::Build() {
     Clear();
     const auto count = static_cast<std::size_t>(m_points.GetRecordCount());
     m_names->Reserve(count);
-    PointStaging staging(ViewSetting(), *this);
+    PointStaging staging{ViewSetting()};
     staging.Reserve(count);
     m_points.ForEach([&](CqHandle handle, const std::byte* record) {
         m_names->Load(StoredPointName(record).View(), handle);
@@ -61,7 +61,7 @@ bool PointIndex::IsEntityInView(CqHandle entity) const {
 
 std::int32_t PointIndex::SetSetting(std::uint16_t key, std::uint16_t order,
                                     const COORDFILTER& filter) {
-    PointStaging staging(ViewSetting(key, order, filter), *this);
+    PointStaging staging(ViewSetting(key, order, filter));
     staging.Reserve(static_cast<std::size_t>(m_points.GetRecordCount()));
     m_points.ForEach(
         [&](CqHandle handle, const std::byte* record) { staging.Stage(handle, record); });

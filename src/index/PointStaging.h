@@ -1,35 +1,19 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <string_view>
 #include <vector>
 
 #include "cqsurvey/Types.h"
 #include "index/HandleSequence.h"
 #include "index/HandleSet.h"
+#include "index/NameKey.h"
 #include "index/PointRecords.h"
 #include "index/ViewSetting.h"
 
 namespace cqsurvey {
-
-/// The difference of two feature codes as it is compared: in 32 bits that wrap around, turned round
-/// for a descending order.
-[[nodiscard]] std::int32_t CompareCodes(std::int32_t a, std::int32_t b, bool descending) noexcept;
-
-/// The codes seen in a view.
-class CodeSpan {
- public:
-    void Add(std::int32_t code) noexcept;
-    /// Whether some of the codes differ by more than 32 bits hold, so that their wrapping
-    /// differences order nothing.
-    [[nodiscard]] bool Wraps() const noexcept;
-
- private:
-    bool m_any = false;
-    std::int32_t m_lowest = 0;
-    std::int32_t m_highest = 0;
-};
 
 /// The content of a view.
 struct ViewContent {
@@ -37,15 +21,23 @@ struct ViewContent {
     HandleSequence points;
     /// The points' survey-point entities.
     HandleSet entities;
-    CodeSpan codes;
+    /// Whether an entry may stand where its present values do not belong.
+    bool isStale = false;
 };
 
 /// Gathers the points of a view that is rebuilt, and puts them in the order in which they would
-/// stand had each been inserted by itself: among equal ones the last record comes first.
+/// stand had each been inserted by itself: an entry goes in front of all that it equals, so among
+/// equal ones the last record comes first.
+///
+/// Each point is noted with what it is sorted by, and one sort orders them:
+///
+///     (P 10, 1) (P 2, 2) (A, 3) (P 02, 4)   ->   (A, 3) (P 02, 4) (P 2, 2) (P 10, 1)
+///
+/// Only codes that lie further apart than 31 bits have no order to sort by, since their difference
+/// wraps. Those points are inserted one by one.
 class PointStaging {
  public:
-    /// `records` is asked for the points' names while they are sorted.
-    PointStaging(ViewSetting setting, const PointRecords& records);
+    explicit PointStaging(ViewSetting setting);
 
     void Reserve(std::size_t count);
 
@@ -56,23 +48,33 @@ class PointStaging {
     [[nodiscard]] ViewContent Finish();
 
  private:
-    using Entry = HandleSequence::Entry;
+    /// A point by its name. The key's prefix is kept here, since a key only looks into a name.
+    struct Named {
+        Named(CqHandle point, const NameKey& key) noexcept;
+        [[nodiscard]] NameKey Key() const noexcept {
+            return {std::u16string_view(units.data(), length), number};
+        }
 
-    void StageByName(CqHandle handle, const std::byte* record);
-    void SortNames(std::vector<Entry>::iterator first, std::vector<Entry>::iterator last,
-                   std::uint32_t round) const;
+        CqHandle handle;
+        std::int32_t number;
+        std::uint16_t length;
+        std::array<char16_t, StoredPointName::Type::kCapacity> units;
+    };
+    struct Coded {
+        CqHandle handle;
+        std::int32_t code;
+    };
+
+    [[nodiscard]] bool DifferencesWrap() const noexcept;
     void SortByName();
     void SortByCode();
     void InsertByWrappingCode();
 
     ViewContent m_content;
-    const PointRecords& m_records;
-    std::vector<Entry> m_staged;
-    /// Of each point staged, when the view is sorted by code.
-    std::vector<std::int32_t> m_codes;
-    std::optional<StoredPointName> m_lastName;
-    bool m_eachBehindLast = true;
-    bool m_noneBehindLast = true;
+    // The points staged, in the one that the setting sorts by.
+    std::vector<Named> m_named;
+    std::vector<Coded> m_coded;
+    std::vector<CqHandle> m_handles;
 };
 
 }  // namespace cqsurvey

@@ -49,35 +49,24 @@ class PointView {
     void UndoStep() noexcept;
 
  private:
-    enum class Action : std::uint8_t { Insert, Remove, EnterEntity, RemoveEntity };
-
     struct Change {
-        Action action;
-        std::uint32_t index;
-        CqHandle handle;
+        CqHandle entity;
+        bool isEntered;
     };
 
-    [[nodiscard]] SortDigest DigestOf(const std::byte* record) const;
-    [[nodiscard]] bool IsOrdered() const noexcept;
-    [[nodiscard]] bool GoesBehind(const std::byte* record, CqHandle entry) const;
-    [[nodiscard]] std::uint32_t PlaceAmongUnordered(const std::byte* record) const;
-    [[nodiscard]] std::uint32_t PlaceFor(const std::byte* record, const SortDigest& digest) const;
-    void Log(Action action, std::uint32_t index, CqHandle handle);
+    [[nodiscard]] std::uint32_t PlaceFor(const std::byte* record) const;
+    [[nodiscard]] std::uint32_t PlaceByName(const std::byte* record) const;
+    [[nodiscard]] std::uint32_t PlaceByCode(const std::byte* record) const;
     void RemoveEntity(CqHandle entity);
 
     const PointRecords& m_records;
     ViewContent m_content;
-    /// Whether an entry may stand where its present values do not belong.
-    bool m_stale = false;
-    std::uint32_t m_lastPlace = 0;
+    /// Where the next point probably goes.
+    std::uint32_t m_likelyPlace = 0;
 
-    CodeSpan m_keptCodes;
-    bool m_keptStale = false;
-    ChangeLog<Change> m_changes;
-    /// The digests of the points whose removals are in m_changes, in the same order.
-    ChangeLog<SortDigest> m_removed;
-    /// The content that the step replaced first; m_changes led to it, and nothing is logged from
-    /// then on.
+    ChangeLog<Change> m_entityChanges;
+    /// The content that the step replaced first. m_entityChanges led to it, and nothing is logged
+    /// from then on.
     std::optional<ViewContent> m_replaced;
 };
 

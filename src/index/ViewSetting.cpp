@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "index/NameKey.h"
-
 namespace cqsurvey {
 
 ViewSetting::ViewSetting(std::uint16_t key, std::uint16_t order, const COORDFILTER& filter)
@@ -23,6 +21,11 @@ ViewSetting::SortKey ViewSetting::SortedBy() const noexcept {
         default:
             return SortKey::Record;
     }
+}
+
+std::int32_t ViewSetting::CompareCodes(std::int32_t a, std::int32_t b) const noexcept {
+    const std::uint32_t difference = static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b);
+    return static_cast<std::int32_t>(IsDescending() ? 0U - difference : difference);
 }
 
 bool ViewSetting::AdmitsName(std::u16string_view name) const {

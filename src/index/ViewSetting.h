@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cqsurvey/Records.h"
+#include "index/NameKey.h"
 #include "index/PointRecords.h"
 
 namespace cqsurvey {
@@ -28,6 +29,14 @@ class ViewSetting {
     [[nodiscard]] bool IsDescending() const noexcept { return m_order == 1; }
     /// By record: the point entered last first. Any order but 0 does that, unlike IsDescending.
     [[nodiscard]] bool IsReversed() const noexcept { return m_order != 0; }
+
+    /// Positive when a point with the name `a` goes behind one with the name `b`, negative when it
+    /// goes in front of it, 0 when they are equal.
+    [[nodiscard]] int CompareNames(const NameKey& a, const NameKey& b) const noexcept {
+        return IsDescending() ? CompareNameKeys(b, a) : CompareNameKeys(a, b);
+    }
+    /// The same for feature codes, by their difference in 32 bits, which wraps around.
+    [[nodiscard]] std::int32_t CompareCodes(std::int32_t a, std::int32_t b) const noexcept;
 
     /// Whether the point with these record bytes passes the filter.
     [[nodiscard]] bool Admits(const std::byte* record) const;

@@ -20,15 +20,6 @@ class ChangeLog {
 
     void Push(const Change& change) { m_changes.push_back(change); }
 
-    [[nodiscard]] bool IsEmpty() const noexcept { return m_changes.empty(); }
-
-    /// Takes the last change, of which there is one, out of the log.
-    Change Pop() noexcept {
-        const Change last = m_changes.back();
-        m_changes.pop_back();
-        return last;
-    }
-
     /// Forgets the changes and gives back what a long step took.
     void Clear() noexcept {
         m_changes.clear();

@@ -4,69 +4,72 @@
 
 #include <map>
 #include <random>
-#include <set>
 
 namespace cqsurvey {
 namespace {
 
-std::multiset<std::uint32_t> BlocksOf(const HandleBlocks& blocks, CqHandle handle) {
-    std::multiset<std::uint32_t> found;
-    blocks.ForEach(handle, [&](std::uint32_t block) { found.insert(block); });
-    return found;
-}
-
-using Found = std::multiset<std::uint32_t>;
-
 TEST(HandleBlocksTest, AnUnknownHandleStandsNowhere) {
     HandleBlocks blocks;
-    EXPECT_EQ(BlocksOf(blocks, 0), Found{});
+    EXPECT_EQ(blocks.BlockOf(0), HandleBlocks::kNowhere);
     blocks.Add(17, 3);
-    EXPECT_EQ(BlocksOf(blocks, 16), Found{});
-    EXPECT_EQ(BlocksOf(blocks, 17), Found{3});
+    EXPECT_EQ(blocks.BlockOf(16), HandleBlocks::kNowhere);
+    EXPECT_EQ(blocks.BlockOf(17), 3U);
 }
 
-TEST(HandleBlocksTest, AHandleMayStandInABlockTwice) {
+TEST(HandleBlocksTest, AHandleThatWasAddedTwiceStandsInSeveralFromThenOn) {
     HandleBlocks blocks;
     blocks.Add(5, 1);
     blocks.Add(5, 1);
-    blocks.Add(5, 2);
-    EXPECT_EQ(BlocksOf(blocks, 5), (Found{1, 1, 2}));
-    blocks.Move(5, 1, 7);
-    EXPECT_EQ(BlocksOf(blocks, 5), (Found{1, 2, 7}));
-    blocks.Remove(5, 1);
-    blocks.Remove(5, 7);
-    EXPECT_EQ(BlocksOf(blocks, 5), (Found{2}));
-    blocks.Remove(5, 2);
-    EXPECT_EQ(BlocksOf(blocks, 5), Found{});
+    EXPECT_EQ(blocks.BlockOf(5), HandleBlocks::kSeveral);
+    blocks.Move(5, 2);
+    blocks.Remove(5);
+    blocks.DropEmptyPage(5);
+    EXPECT_EQ(blocks.BlockOf(5), HandleBlocks::kSeveral);
 }
 
-TEST(HandleBlocksTest, BehavesLikeAMultimapOverRandomChanges) {
+TEST(HandleBlocksTest, APageIsDroppedOnlyWhenNoHandleOfItStandsAnywhere) {
+    HandleBlocks blocks;
+    blocks.Add(5, 1);
+    blocks.Add(6, 2);
+    blocks.Remove(5);
+    blocks.DropEmptyPage(5);
+    EXPECT_EQ(blocks.BlockOf(6), 2U);
+    blocks.Remove(6);
+    blocks.DropEmptyPage(6);
+    blocks.DropEmptyPage(6);
+    EXPECT_EQ(blocks.BlockOf(6), HandleBlocks::kNowhere);
+    blocks.Add(6, 4);
+    EXPECT_EQ(blocks.BlockOf(6), 4U);
+}
+
+TEST(HandleBlocksTest, BehavesLikeAMapOverRandomChanges) {
     const unsigned seed = 13;
     SCOPED_TRACE(testing::Message() << "seed " << seed);
     std::mt19937 random(seed);
     HandleBlocks blocks;
-    std::map<CqHandle, Found> model;
+    std::map<CqHandle, std::uint32_t> model;
     for (int i = 0; i < 40000; ++i) {
         auto handle = static_cast<CqHandle>(random() % 500);
         handle = random() % 2 == 0 ? handle : handle * 8589935U;
-        Found& known = model[handle];
         const auto block = static_cast<std::uint32_t>(random() % 5);
-        if (known.empty() || random() % 3 == 0) {
+        if (model.count(handle) == 0) {
             blocks.Add(handle, block);
-            known.insert(block);
+            model[handle] = block;
         } else if (random() % 3 == 0) {
-            const std::uint32_t from = *known.begin();
-            blocks.Move(handle, from, block);
-            known.erase(known.begin());
-            known.insert(block);
+            blocks.Move(handle, block);
+            model[handle] = block;
         } else {
-            blocks.Remove(handle, *known.rbegin());
-            known.erase(std::prev(known.end()));
+            blocks.Remove(handle);
+            model.erase(handle);
+            if (random() % 2 == 0) {
+                blocks.DropEmptyPage(handle);
+            }
         }
-        ASSERT_EQ(BlocksOf(blocks, handle), known);
+        ASSERT_EQ(blocks.BlockOf(handle),
+                  model.count(handle) == 0 ? HandleBlocks::kNowhere : model[handle]);
     }
-    for (const auto& [handle, known] : model) {
-        ASSERT_EQ(BlocksOf(blocks, handle), known);
+    for (const auto& [handle, block] : model) {
+        ASSERT_EQ(blocks.BlockOf(handle), block);
     }
 }
 

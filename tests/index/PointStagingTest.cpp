@@ -21,7 +21,7 @@ std::vector<std::string> Stage(const std::vector<CString>& names, std::uint16_t 
         records.records[static_cast<CqHandle>(records.records.size() + 1)] =
             FakePointRecords::Make(name);
     }
-    PointStaging staging(ViewSetting(key, order, COORDFILTER{}), records);
+    PointStaging staging(ViewSetting(key, order, COORDFILTER{}));
     for (const auto& [handle, record] : records.records) {
         staging.Stage(handle, record.data());
     }
@@ -54,7 +54,6 @@ TEST(PointStagingTest, TheLastOfEqualOnesComesFirstInBothDirections) {
 }
 
 TEST(PointStagingTest, LongNamesOfAnyScriptAreSortedToTheirEnds) {
-    // Characters of which a digest holds six, so that three of them tell these names apart.
     const CString stem(12, u'\u0434');
     const CString longer = stem + u"\u0434\u0434\u0434";
     const std::vector<CString> names{
@@ -89,18 +88,26 @@ TEST(PointStagingTest, RecordOrderIsReversedByAnyOrderButZero) {
     EXPECT_EQ(Stage({u"B", u"A", u"C"}, 2, 2), (Staged{"C/3", "A/2", "B/1"}));
 }
 
-TEST(PointStagingTest, CodesThatWrapAreOrderedAsTheirDifferencesSay) {
-    // -2147483648 - 1 wraps to 2147483647, so the second point goes behind the first.
-    EXPECT_EQ(CompareCodes(-2147483647 - 1, 1, false), 2147483647);
-    EXPECT_EQ(CompareCodes(-2147483647 - 1, 1, true), -2147483647);
-    EXPECT_EQ(CompareCodes(-2147483647 - 1, 0, true), -2147483647 - 1);
-    CodeSpan span;
-    span.Add(-2147483647 - 1);
-    EXPECT_FALSE(span.Wraps());
-    span.Add(-1);
-    EXPECT_FALSE(span.Wraps());
-    span.Add(0);
-    EXPECT_TRUE(span.Wraps());
+TEST(PointStagingTest, PointsWhoseCodesWrapAreInsertedOneByOne) {
+    constexpr std::int32_t kLowest = -2147483647 - 1;
+    const auto stage = [](const std::vector<std::int32_t>& codes) {
+        PointStaging staging(ViewSetting(1, 0, COORDFILTER{}));
+        CqHandle handle = 0;
+        for (const std::int32_t code : codes) {
+            staging.Stage(++handle, FakePointRecords::Make(u"", code).data());
+        }
+        const ViewContent content = staging.Finish();
+        std::vector<std::int32_t> staged;
+        for (std::uint32_t i = 0; i < content.points.Size(); ++i) {
+            staged.push_back(codes[content.points.At(i) - 1]);
+        }
+        return staged;
+    };
+    using Codes = std::vector<std::int32_t>;
+    EXPECT_EQ(stage({-1, kLowest}), (Codes{kLowest, -1}));
+    // kLowest - 1 wraps to 2147483647, so the second point goes behind the first.
+    EXPECT_EQ(stage({1, kLowest}), (Codes{1, kLowest}));
+    EXPECT_EQ(stage({1, kLowest, 0}), (Codes{0, 1, kLowest}));
 }
 
 TEST(PointStagingTest, EqualsInsertingOneByOne) {
@@ -121,7 +128,7 @@ TEST(PointStagingTest, EqualsInsertingOneByOne) {
                     point.name, point.code, point.origin, point.entity, point.group);
             }
             model.Rebuild(dice.SortKey(), dice.SortOrder(), dice.Filter(wrapping));
-            PointStaging staging(ViewSetting(model.key, model.order, model.filter), records);
+            PointStaging staging(ViewSetting(model.key, model.order, model.filter));
             staging.Reserve(count);
             for (const auto& [handle, record] : records.records) {
                 staging.Stage(handle, record.data());

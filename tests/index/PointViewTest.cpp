@@ -51,7 +51,7 @@ class PointViewTest : public testing::Test {
     }
     void Set(std::uint16_t key, std::uint16_t order, const COORDFILTER& filter) {
         model.Rebuild(key, order, filter);
-        PointStaging staging(ViewSetting(key, order, filter), records);
+        PointStaging staging(ViewSetting(key, order, filter));
         for (const auto& [handle, record] : records.records) {
             staging.Stage(handle, record.data());
         }

@@ -102,6 +102,27 @@ TEST(ViewSettingTest, AGroupAdmitsItsPointsAndWhenAskedUngroupedOnes) {
     EXPECT_TRUE(Admits(filter, u"P", 0, 1, 4));
 }
 
+TEST(ViewSettingTest, CodesAreComparedByTheirWrappingDifference) {
+    constexpr std::int32_t kLowest = -2147483647 - 1;
+    const ViewSetting ascending(1, 0, {});
+    const ViewSetting descending(1, 1, {});
+    EXPECT_EQ(ascending.CompareCodes(5, 3), 2);
+    EXPECT_EQ(descending.CompareCodes(5, 3), -2);
+    EXPECT_EQ(ascending.CompareCodes(kLowest, 1), 2147483647);
+    EXPECT_EQ(descending.CompareCodes(kLowest, 1), -2147483647);
+    EXPECT_EQ(descending.CompareCodes(kLowest, 0), kLowest);
+}
+
+TEST(ViewSettingTest, NamesAreComparedInTheDirectionOfTheOrder) {
+    const NameKey low = MakeNameKey(u"P2");
+    const NameKey high = MakeNameKey(u"P10");
+    EXPECT_GT(ViewSetting(0, 0, {}).CompareNames(high, low), 0);
+    EXPECT_LT(ViewSetting(0, 1, {}).CompareNames(high, low), 0);
+    EXPECT_EQ(ViewSetting(0, 1, {}).CompareNames(low, MakeNameKey(u"P02")), 0);
+    // Any other order than 1 ascends.
+    EXPECT_GT(ViewSetting(0, 2, {}).CompareNames(high, low), 0);
+}
+
 TEST(ViewSettingTest, KeepsTheFilterAsItWasGiven) {
     COORDFILTER filter = Names(u"A", u"B");
     filter.codes = {9, 1, 9};
