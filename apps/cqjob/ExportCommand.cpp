@@ -24,39 +24,40 @@ namespace {
 
 class ExportCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("export", "Write a job's points into a text file");
-        AddJob(*command, "The job; it is not changed");
-        command->add_option("FILE", m_file, "The file to write, - for standard output")
-            ->required()
-            ->type_name("");
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command =
+            program.AddCommand("export", "Write a job's points into a text file");
+        AddJob(command, "The job; it is not changed");
+        command.Add("FILE", m_file, "The file to write, - for standard output")
+            .Required()
+            .Placeholder("");
         command
-            ->add_option("--order", m_order,
-                         "Order of the columns: pnezd, penzd or other letters as for import; "
-                         "penzcd with a header if nothing is said")
-            ->type_name("ORDER");
+            .Add("--order", m_order,
+                 "Order of the columns: pnezd, penzd or other letters as for import; "
+                 "penzcd with a header if nothing is said")
+            .Placeholder("ORDER");
         command
-            ->add_option("--columns", m_columns,
-                         "Columns by words (name,easting,-,northing,height,code,desc)")
-            ->type_name("LIST")
-            ->excludes("--order");
-        command->add_flag("--header,!--no-header", m_header,
-                          "Name the columns in the first line, or not; named if neither --order "
-                          "nor --columns is given");
-        AddSeparator(*command, m_separator, false);
+            .Add("--columns", m_columns,
+                 "Columns by words (name,easting,-,northing,height,code,desc)")
+            .Placeholder("LIST")
+            .Excludes("--order");
+        command.AddFlag("--header,!--no-header", m_header,
+                        "Name the columns in the first line, or not; named if neither --order "
+                        "nor --columns is given");
+        AddSeparator(command, m_separator, false);
         command
-            ->add_option("--decimals", m_decimals,
-                         "Decimal places; without it as many as give the very same numbers back")
-            ->type_name("N")
-            ->check(CLI::Range(0, 17));
-        command->add_flag("--decimal-comma", m_decimalComma, "Write the decimal sign as a comma");
-        command->add_option("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
-            ->type_name("N")
-            ->capture_default_str();
-        m_view.AddTo(*command);
-        command->add_flag("--force", m_force, "Replace a file that is there");
-        AddJson(*command);
-        command->footer(
+            .Add("--decimals", m_decimals,
+                 "Decimal places; without it as many as give the very same numbers back")
+            .Placeholder("N")
+            .InRange(0, 17);
+        command.AddFlag("--decimal-comma", m_decimalComma, "Write the decimal sign as a comma");
+        command.Add("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
+            .Placeholder("N")
+            .ShowDefault();
+        m_view.AddTo(command);
+        command.AddFlag("--force", m_force, "Replace a file that is there");
+        AddJson(command);
+        command.SetFooter(
             "A missing height is an empty column. Importing the file again with the same order\n"
             "gives the same points. Without a c in the order, d holds the description or the\n"
             "feature code; where a point has both, the code comes first and the description in\n"
@@ -68,7 +69,7 @@ class ExportCommand : public Command {
             "  cqjob export site.job points.csv\n"
             "  cqjob export site.job - --order pnezd --decimals 3\n"
             "  cqjob export site.job road.csv --group Road --sort code");
-        m_command = command;
+        m_command = &command;
         return command;
     }
 
@@ -82,7 +83,7 @@ class ExportCommand : public Command {
         OpenToRead(db, m_job);
         const PointList points = m_view.MakeList(db, m_job, console);
         OutputFile output(console, m_file, m_force);
-        if (m_command->count("--header") > 0 ? m_header : m_order.empty() && m_columns.empty()) {
+        if (m_command->IsGiven("--header") ? m_header : m_order.empty() && m_columns.empty()) {
             output.Write(row.MakeHeader());
         }
         Progress progress(console, "points");
@@ -147,7 +148,7 @@ class ExportCommand : public Command {
         return std::move(*bytes);
     }
 
-    CLI::App* m_command = nullptr;
+    CommandLine* m_command = nullptr;
     ViewOptions m_view;
     std::string m_file;
     std::string m_order;

@@ -48,60 +48,58 @@ constexpr const char* kFooter =
 
 class ImportCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("import", "Record the points of a text file");
-        AddJob(*command, "The job that takes the points");
-        command->add_option("FILE", m_file, "The text file of points, - for standard input")
-            ->required()
-            ->type_name("");
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command = program.AddCommand("import", "Record the points of a text file");
+        AddJob(command, "The job that takes the points");
+        command.Add("FILE", m_file, "The text file of points, - for standard input")
+            .Required()
+            .Placeholder("");
         command
-            ->add_option("--order", m_order,
-                         "Order of the columns: pnezd, penzd or other letters, or header")
-            ->type_name("ORDER");
+            .Add("--order", m_order,
+                 "Order of the columns: pnezd, penzd or other letters, or header")
+            .Placeholder("ORDER");
         command
-            ->add_option("--columns", m_columns,
-                         "Columns by words (name,easting,-,northing,height,code,desc) or by "
-                         "heading or number (easting=EASTING,name=3)")
-            ->type_name("LIST");
+            .Add("--columns", m_columns,
+                 "Columns by words (name,easting,-,northing,height,code,desc) or by "
+                 "heading or number (easting=EASTING,name=3)")
+            .Placeholder("LIST");
         command
-            ->add_option("--header", m_header,
-                         "Lines of header: a number, none, or auto: the first line if its northing "
-                         "and easting are words")
-            ->type_name("N|auto|none")
-            ->capture_default_str();
-        AddSeparator(*command, m_separator, true);
+            .Add("--header", m_header,
+                 "Lines of header: a number, none, or auto: the first line if its northing "
+                 "and easting are words")
+            .Placeholder("N|auto|none")
+            .ShowDefault();
+        AddSeparator(command, m_separator, true);
         command
-            ->add_option("--comment", m_comment,
-                         "What a comment line begins with; empty for no comments")
-            ->type_name("MARK")
-            ->capture_default_str();
-        command->add_flag("--decimal-comma", m_decimalComma,
-                          "The decimal sign is the comma, not the point");
-        command->add_option("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
-            ->type_name("N")
-            ->capture_default_str();
+            .Add("--comment", m_comment, "What a comment line begins with; empty for no comments")
+            .Placeholder("MARK")
+            .ShowDefault();
+        command.AddFlag("--decimal-comma", m_decimalComma,
+                        "The decimal sign is the comma, not the point");
+        command.Add("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
+            .Placeholder("N")
+            .ShowDefault();
         command
-            ->add_option("--no-height", m_noHeight,
-                         "What stands for a missing height, beside nothing; may be given several "
-                         "times")
-            ->type_name("VALUE")
-            ->type_size(1)
-            ->allow_extra_args(false);
+            .Add("--no-height", m_noHeight,
+                 "What stands for a missing height, beside nothing; may be given several "
+                 "times")
+            .Placeholder("VALUE")
+            .OneValueEach();
         command
-            ->add_option("--duplicates", m_duplicates,
-                         "What to do with a point whose name the job has: refuse, skip or rename")
-            ->type_name("WAY")
-            ->check(CLI::IsMember({"refuse", "skip", "rename"}))
-            ->capture_default_str();
-        command->add_option("--group", m_group, "Put the points into this group, new or not")
-            ->type_name("NAME");
-        command->add_option("--origin", m_origin, "Data origin of the points")
-            ->type_name("N")
-            ->check(CLI::Range(1, 65535))
-            ->capture_default_str();
-        command->add_flag("--strict", m_strict, "Record nothing when any line is refused");
-        AddJson(*command);
-        command->footer(kFooter);
+            .Add("--duplicates", m_duplicates,
+                 "What to do with a point whose name the job has: refuse, skip or rename")
+            .Placeholder("WAY")
+            .OneOf({"refuse", "skip", "rename"})
+            .ShowDefault();
+        command.Add("--group", m_group, "Put the points into this group, new or not")
+            .Placeholder("NAME");
+        command.Add("--origin", m_origin, "Data origin of the points")
+            .Placeholder("N")
+            .InRange(1, 65535)
+            .ShowDefault();
+        command.AddFlag("--strict", m_strict, "Record nothing when any line is refused");
+        AddJson(command);
+        command.SetFooter(kFooter);
         return command;
     }
 

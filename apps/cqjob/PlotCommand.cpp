@@ -43,62 +43,59 @@ std::vector<std::string> Split(const std::string& text, char sign) {
 
 class PlotCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("plot", "Draw a job's plan as SVG, PDF or PNG");
-        AddJob(*command, "The job; it is not changed");
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command = program.AddCommand("plot", "Draw a job's plan as SVG, PDF or PNG");
+        AddJob(command, "The job; it is not changed");
         command
-            ->add_option("FILE", m_file,
-                         "The picture to write: .svg, .pdf or .png; - for standard output")
-            ->required()
-            ->type_name("");
+            .Add("FILE", m_file, "The picture to write: .svg, .pdf or .png; - for standard output")
+            .Required()
+            .Placeholder("");
+        command.Add("--format", m_format, "The format, where the file's name does not say it")
+            .Placeholder("WORD")
+            .OneOf({"svg", "pdf", "png"});
+        command.Add("--layers", m_layers, "Only these layers, as far as they are shown")
+            .Placeholder("A,B,...")
+            .SplitAt(',');
         command
-            ->add_option("--format", m_format, "The format, where the file's name does not say it")
-            ->type_name("WORD")
-            ->check(CLI::IsMember({"svg", "pdf", "png"}));
-        command->add_option("--layers", m_layers, "Only these layers, as far as they are shown")
-            ->type_name("A,B,...")
-            ->delimiter(',');
+            .Add("--extent", m_extent,
+                 "Only this part of the job: least easting and northing, then the largest")
+            .Placeholder("E,N,E,N");
         command
-            ->add_option("--extent", m_extent,
-                         "Only this part of the job: least easting and northing, then the largest")
-            ->type_name("E,N,E,N");
+            .Add("--labels", m_labels, "What stands beside the points: name, height, code or none")
+            .Placeholder("WORD,...")
+            .SplitAt(',')
+            .OneOf({"name", "height", "code", "none"});
+        command.AddFlag("--all-labels", m_allLabels,
+                        "Also the labels that cover others; without it they are left out");
         command
-            ->add_option("--labels", m_labels,
-                         "What stands beside the points: name, height, code or none")
-            ->type_name("WORD,...")
-            ->delimiter(',')
-            ->check(CLI::IsMember({"name", "height", "code", "none"}));
-        command->add_flag("--all-labels", m_allLabels,
-                          "Also the labels that cover others; without it they are left out");
+            .Add("--label-height", m_choice.labelHeight,
+                 "Height of the labels' capitals, in millimetres")
+            .Placeholder("MM")
+            .InRange(0.2, 50.0)
+            .ShowDefault();
+        command.AddFlag("!--no-grid", m_choice.grid, "No crosses and numbers of the grid");
+        const Argument paper = command.Add("--paper", m_paper, "The paper: " + PaperNames())
+                                   .Placeholder("NAME")
+                                   .ShowDefault();
+        command.AddFlag("--portrait", m_portrait, "The paper upright; without it as fits best");
+        command.AddFlag("--landscape", m_landscape, "The paper lying").Excludes("--portrait");
+        command.Add("--size", m_size, "A size in pixels of 1/96 inch instead of the paper")
+            .Placeholder("WxH")
+            .Excludes(paper)
+            .Excludes("--portrait")
+            .Excludes("--landscape");
         command
-            ->add_option("--label-height", m_choice.labelHeight,
-                         "Height of the labels' capitals, in millimetres")
-            ->type_name("MM")
-            ->check(CLI::Range(0.2, 50.0))
-            ->capture_default_str();
-        command->add_flag("!--no-grid", m_choice.grid, "No crosses and numbers of the grid");
-        CLI::Option* paper = command->add_option("--paper", m_paper, "The paper: " + PaperNames())
-                                 ->type_name("NAME")
-                                 ->capture_default_str();
-        command->add_flag("--portrait", m_portrait, "The paper upright; without it as fits best");
-        command->add_flag("--landscape", m_landscape, "The paper lying")->excludes("--portrait");
-        command->add_option("--size", m_size, "A size in pixels of 1/96 inch instead of the paper")
-            ->type_name("WxH")
-            ->excludes(paper)
-            ->excludes("--portrait")
-            ->excludes("--landscape");
-        command
-            ->add_option("--scale", m_scale,
-                         "The scale: 500 for 1 : 500; without it that of the job's settings, or "
-                         "the next round one at which all fits on the paper")
-            ->type_name("N")
-            ->check(CLI::Range(1e-3, 1e9));
-        command->add_option("--dpi", m_dpi, "Pixels an inch of a PNG on paper")
-            ->type_name("N")
-            ->check(CLI::Range(10.0, 2400.0))
-            ->capture_default_str();
-        command->add_flag("--force", m_force, "Replace a file that is there");
-        command->footer(
+            .Add("--scale", m_scale,
+                 "The scale: 500 for 1 : 500; without it that of the job's settings, or "
+                 "the next round one at which all fits on the paper")
+            .Placeholder("N")
+            .InRange(1e-3, 1e9);
+        command.Add("--dpi", m_dpi, "Pixels an inch of a PNG on paper")
+            .Placeholder("N")
+            .InRange(10.0, 2400.0)
+            .ShowDefault();
+        command.AddFlag("--force", m_force, "Replace a file that is there");
+        command.SetFooter(
             "Hidden layers (a negative colour) are not drawn. Colours are those of the usual\n"
             "palette of 255: 1 red, 2 yellow, 3 green, 4 cyan, 5 blue, 6 magenta, 7 black on\n"
             "white. Lines: 0 continuous, 1 dashed, 2 dotted, 3 dash and dot, 4 dash and two\n"
@@ -110,7 +107,7 @@ class PlotCommand : public Command {
             "Example:\n"
             "  cqjob plot site.job plan.pdf --paper A3 --scale 500\n"
             "  cqjob plot site.job plan.png --size 1200x800 --labels name,height");
-        m_command = command;
+        m_command = &command;
         return command;
     }
 
@@ -200,7 +197,7 @@ class PlotCommand : public Command {
         if (std::isnan(m_scale) || std::isnan(m_dpi) || std::isnan(m_choice.labelHeight)) {
             throw UsageError("--scale, --dpi and --label-height take numbers");
         }
-        if (m_command->count("--scale") > 0) {
+        if (m_command->IsGiven("--scale")) {
             request.scale = m_scale;
         }
         m_choice.allLabels = m_allLabels;
@@ -304,7 +301,7 @@ class PlotCommand : public Command {
         }
     }
 
-    CLI::App* m_command = nullptr;
+    CommandLine* m_command = nullptr;
     std::string m_file;
     std::string m_format;
     std::vector<std::string> m_layers;

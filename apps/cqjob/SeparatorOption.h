@@ -1,6 +1,5 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 
 #include "cqjob/CsvReader.h"
@@ -8,7 +7,7 @@
 namespace cqsurvey::cqjob {
 
 /// Adds --separator, whose word goes into `word`; "auto" is one only where it may be guessed.
-void AddSeparator(CLI::App& command, std::string& word, bool automatic);
+void AddSeparator(CommandLine& command, std::string& word, bool automatic);
 
 /// The separator that a word of that option means. Throws UsageError for a word that means none.
 [[nodiscard]] Separator ReadSeparator(const std::string& word);
