@@ -3,8 +3,8 @@
 #include "cqjob/Command.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/Printable.h"
 #include "cqjob/Progress.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <sstream>
 
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

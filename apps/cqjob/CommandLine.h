@@ -16,6 +16,9 @@ class Option;
 
 namespace cqsurvey::cqjob {
 
+/// What stands before the name of an option.
+inline constexpr const char* kOptionPrefix = "--";
+
 /// An argument or option of a CommandLine, which owns it. Each function that changes it returns it
 /// again, so that declarations can be chained.
 class Argument {

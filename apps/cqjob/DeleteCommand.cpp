@@ -8,7 +8,7 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/PointArgument.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

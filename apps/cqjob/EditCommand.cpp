@@ -9,10 +9,10 @@
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
 #include "cqjob/PointArgument.h"
 #include "cqjob/PointDetails.h"
-#include "cqjob/Printable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

@@ -9,9 +9,9 @@
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
-#include "cqjob/Printable.h"
 #include "cqjob/TextTable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

@@ -1,22 +1,14 @@
 #include <cqsurvey/cqsurvey.h>
+#include <cqsurvey/exchange/exchange.h>
 
-#include <array>
-#include <cmath>
-
-#include "cqjob/CodePage.h"
-#include "cqjob/ColumnOrder.h"
 #include "cqjob/Command.h"
-#include "cqjob/CsvWriter.h"
-#include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
 #include "cqjob/OutputFile.h"
-#include "cqjob/PointRow.h"
-#include "cqjob/Printable.h"
 #include "cqjob/Progress.h"
 #include "cqjob/SeparatorOption.h"
 #include "cqjob/ViewOptions.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -74,9 +66,7 @@ class ExportCommand : public Command {
     }
 
     int Run(Console& console) override {
-        const ColumnOrder order = ReadOrder();
-        const PointRow row(order, ReadSeparator(m_separator), m_decimals, m_decimalComma);
-        CodePage codePage(m_codePage);
+        exchange::FieldTextWriter writer(ReadOptions());
         RequireOtherFile(m_file, m_job);
         RequireOwnOutput(m_file);
         CqSurveyDB db;
@@ -84,24 +74,13 @@ class ExportCommand : public Command {
         const PointList points = m_view.MakeList(db, m_job, console);
         OutputFile output(console, m_file, m_force);
         if (m_command->IsGiven("--header") ? m_header : m_order.empty() && m_columns.empty()) {
-            output.Write(row.MakeHeader());
+            output.Write(writer.MakeHeader());
         }
         Progress progress(console, "points");
         CqCoordRec point;
-        std::size_t unplaced = 0;
         for (std::size_t i = 0; i < points.GetCount(); ++i) {
             const CqHandle handle = points.Read(i, point);
-            CString description;
-            db.GetCoordDescription(handle, description);
-            std::array<double, 3> coords{};
-            point.GetPoint(coords.data());
-            if (!std::isfinite(coords[0]) || !std::isfinite(coords[1]) || std::isinf(coords[2])) {
-                ++unplaced;
-            }
-            output.Write(row.Make({.name = Encode(codePage, point.GetPtName(), handle),
-                                   .coords = coords,
-                                   .code = point.GetCode(),
-                                   .description = Encode(codePage, description, handle)}));
+            output.Write(writer.MakeLine(db, handle, point));
             progress.Update(i + 1, i + 1, points.GetCount());
         }
         output.Finish();
@@ -112,40 +91,34 @@ class ExportCommand : public Command {
             json.Member("job", m_job);
             json.Member("file", m_file);
             json.Member("points", points.GetCount());
-            json.Member("not_finite", unplaced);
+            json.Member("not_finite", writer.GetNotFinite());
             json.EndObject();
             return 0;
         }
         console.Say("{} into {}\n", Count(points.GetCount(), "point"), Printable(m_file));
-        if (unplaced > 0) {
+        if (writer.GetNotFinite() > 0) {
             console.Say(
                 "{}: {} with coordinates that are no finite numbers; an import refuses such a "
                 "line\n",
-                Printable(m_job), Count(unplaced, "point"));
+                Printable(m_job), Count(writer.GetNotFinite(), "point"));
         }
         return 0;
     }
 
  private:
-    ColumnOrder ReadOrder() const {
-        const ColumnOrder order =
-            m_columns.empty() ? ColumnOrder::FromLetters(m_order.empty() ? "penzcd" : m_order)
-                              : ColumnOrder::FromWords(m_columns);
-        if (order.Find(Column::Description) && !order.TakesRest() && !order.Find(Column::Code)) {
-            throw UsageError("a description that is not the last column needs a code column");
+    exchange::FieldTextWriteOptions ReadOptions() const {
+        exchange::FieldTextWriteOptions options;
+        if (!m_columns.empty()) {
+            options.order = exchange::ColumnOrder::FromWords(m_columns);
+        } else if (!m_order.empty()) {
+            options.order = exchange::ColumnOrder::FromLetters(m_order, kOptionPrefix);
         }
-        return order;
-    }
-
-    std::string Encode(CodePage& codePage, const CString& text, CqHandle handle) const {
-        std::optional<std::string> bytes = codePage.Encode(text);
-        if (!bytes) {
-            throw Failure(fmt::format(
-                "{}: {} of point record {} cannot be written in code page {}{}", Printable(m_job),
-                Quoted(ToUtf8(text)), handle, codePage.GetNumber(),
-                codePage.GetNumber() == CodePage::kUtf8 ? "" : "; 65001 holds every character"));
-        }
-        return std::move(*bytes);
+        options.separator = ReadSeparator(m_separator);
+        options.decimals = m_decimals;
+        options.decimalComma = m_decimalComma;
+        options.codePage = m_codePage;
+        options.jobName = m_job;
+        return options;
     }
 
     CommandLine* m_command = nullptr;
@@ -157,7 +130,7 @@ class ExportCommand : public Command {
     std::string m_separator = "comma";
     std::optional<int> m_decimals;
     bool m_decimalComma = false;
-    int m_codePage = CodePage::kUtf8;
+    int m_codePage = exchange::FieldTextWriteOptions().codePage;
     bool m_force = false;
 };
 

@@ -11,9 +11,9 @@
 #include "cqjob/InputFile.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
 #include "cqjob/OutputFile.h"
-#include "cqjob/Printable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

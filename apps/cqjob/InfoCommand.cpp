@@ -6,8 +6,8 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JobTable.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
-#include "cqjob/Printable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

@@ -7,11 +7,11 @@
 #include "cqjob/Command.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
 #include "cqjob/PointDetails.h"
-#include "cqjob/Printable.h"
 #include "cqjob/TextTable.h"
 #include "cqjob/ViewOptions.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

@@ -1,6 +1,7 @@
 #include "cqjob/Program.h"
 
 #include <cqsurvey/cqsurvey.h>
+#include <cqsurvey/exchange/ExchangeError.h>
 
 #include <exception>
 #include <new>
@@ -12,7 +13,7 @@
 #include "cqjob/Command.h"
 #include "cqjob/CommandLine.h"
 #include "cqjob/Failure.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -20,6 +21,12 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
+
+int SayWrongUsage(Console& console, const CommandLine& command, const std::exception& error) {
+    console.Say("cqjob: {}\nRun cqjob {} --help for more information.\n", error.what(),
+                command.GetName());
+    return kWrongUsage;
+}
 
 int Run(int argc, const char* const* argv, Console& console) {
     const std::vector<std::unique_ptr<Command>> commands = MakeCommands();
@@ -49,9 +56,9 @@ int Run(int argc, const char* const* argv, Console& console) {
         try {
             return command->Run(console);
         } catch (const UsageError& error) {
-            console.Say("cqjob: {}\nRun cqjob {} --help for more information.\n", error.what(),
-                        parsed->GetName());
-            return kWrongUsage;
+            return SayWrongUsage(console, *parsed, error);
+        } catch (const exchange::OptionError& error) {
+            return SayWrongUsage(console, *parsed, error);
         } catch (const CException& error) {
             console.Say("cqjob: {}: {}\n", Printable(command->GetJob()), Printable(error.what()));
             return kFailed;

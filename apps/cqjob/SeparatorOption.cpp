@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "cqjob/Failure.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -18,7 +18,8 @@ void AddSeparator(CommandLine& command, std::string& word, bool automatic) {
         .ShowDefault();
 }
 
-Separator ReadSeparator(const std::string& word) {
+exchange::Separator ReadSeparator(const std::string& word) {
+    using exchange::Separator;
     static const std::array<std::pair<const char*, Separator>, 12> kWords = {{
         {"comma", Separator::Comma},
         {",", Separator::Comma},

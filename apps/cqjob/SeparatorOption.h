@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cqsurvey/exchange/FieldText.h>
+
 #include <string>
 
-#include "cqjob/CsvReader.h"
+#include "cqjob/CommandLine.h"
 
 namespace cqsurvey::cqjob {
 
@@ -10,6 +12,6 @@ namespace cqsurvey::cqjob {
 void AddSeparator(CommandLine& command, std::string& word, bool automatic);
 
 /// The separator that a word of that option means. Throws UsageError for a word that means none.
-[[nodiscard]] Separator ReadSeparator(const std::string& word);
+[[nodiscard]] exchange::Separator ReadSeparator(const std::string& word);
 
 }  // namespace cqsurvey::cqjob

@@ -5,9 +5,9 @@
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/Printable.h"
 #include "cqjob/SettingRules.h"
 #include "cqjob/SettingsTransfer.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

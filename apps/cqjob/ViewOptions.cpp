@@ -8,8 +8,8 @@
 
 #include "cqjob/Arguments.h"
 #include "cqjob/Failure.h"
-#include "cqjob/NumberText.h"
-#include "cqjob/Printable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "cqjob/CommandLine.h"
 #include "cqjob/Console.h"
 #include "cqjob/PointList.h"
 
