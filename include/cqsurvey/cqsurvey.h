@@ -5,6 +5,7 @@
 #include "cqsurvey/CException.h"
 #include "cqsurvey/CQrfsFileException.h"
 #include "cqsurvey/CVector.h"
+#include "cqsurvey/CodePage.h"
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqBitmapCadEntity.h"
 #include "cqsurvey/CqCadEntity.h"

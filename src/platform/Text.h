@@ -8,6 +8,10 @@
 
 namespace cqsurvey {
 
+// The narrow code page in force (SetAnsiCodePage), as every thread uses it. The three may be called
+// until the process ends, by the destructors of static objects too. They throw CqSurveyException
+// error::kOutOfMemory when the page cannot be loaded any more.
+
 /// The text in the narrow code page. A character that the page lacks becomes "?"; in UTF-8, which
 /// lacks none, a surrogate without its partner becomes U+FFFD.
 [[nodiscard]] std::string ToAnsi(std::u16string_view text);
@@ -16,24 +20,13 @@ namespace cqsurvey {
 [[nodiscard]] CString FromAnsi(std::string_view bytes);
 
 /// The length of the longest prefix that does not end inside a character of the narrow code page:
-/// less than the whole only when the rest is the beginning of a character. What is converted in
-/// pieces cut by it reads as what is converted at once.
+/// less than the whole only when the rest is the beginning of a character. Bytes that are converted
+/// in pieces cut by it read as those that are converted at once.
 [[nodiscard]] std::size_t WholeAnsiPrefix(std::string_view bytes);
-
-/// The length of the longest prefix of at most `maxUnits` code units (at least 2) that does not
-/// end between the two halves of a surrogate pair.
-[[nodiscard]] std::size_t WholeUtf16Prefix(std::u16string_view text, std::size_t maxUnits);
 
 /// The text without white space (space, tab, carriage return, line feed, vertical tab, form feed)
 /// at its end, or at both ends.
 [[nodiscard]] std::u16string_view TrimRight(std::u16string_view text);
 [[nodiscard]] std::u16string_view Trim(std::u16string_view text);
-
-/// The code point that begins at text[index], of which `index` is moved past; a surrogate without
-/// its partner counts as itself.
-[[nodiscard]] char32_t NextCodePoint(std::u16string_view text, std::size_t& index);
-
-/// Appends a code point of at most U+10FFFF.
-void AppendCodePoint(CString& text, char32_t codePoint);
 
 }  // namespace cqsurvey

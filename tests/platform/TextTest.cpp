@@ -74,6 +74,58 @@ TEST(Text, EachIllFormedSequenceBecomesOneReplacementCharacter) {
     }
 }
 
+TEST(Text, AStepThroughUtf8TellsWhatStandsThere) {
+    const auto step = [](std::string_view bytes, Utf8Step::Kind kind, std::size_t length,
+                         char32_t codePoint = 0) {
+        SCOPED_TRACE(testing::PrintToString(bytes));
+        const Utf8Step got = NextUtf8Step(bytes);
+        EXPECT_EQ(got.kind, kind);
+        EXPECT_EQ(got.length, length);
+        EXPECT_EQ(got.codePoint, codePoint);
+    };
+    using Kind = Utf8Step::Kind;
+    step("az", Kind::Character, 1, U'a');
+    step({"\0", 1}, Kind::Character, 1, 0);
+    step("\xc3\xa9z", Kind::Character, 2, U'\u00e9');
+    step("\xf0\x9f\x98\x80z", Kind::Character, 4, U'\U0001f600');
+    step("\xf0\x9f\x98", Kind::Incomplete, 3);
+    step("\xe6", Kind::Incomplete, 1);
+    step("\xe6z", Kind::IllFormed, 1);
+    step("\xf0\x9f\x98z", Kind::IllFormed, 3);
+    step("\xed\xa0\x80", Kind::IllFormed, 1);
+    step("\xff", Kind::IllFormed, 1);
+}
+
+TEST(Text, AStepThroughUtf16TakesAPairAtOnce) {
+    const CString text = u"a\U0001f600" + kLoneLow + kLoneHigh;
+    const struct {
+        std::size_t from;
+        char32_t codePoint;
+        std::size_t to;
+    } cases[] = {
+        {0, U'a', 1}, {1, U'\U0001f600', 3}, {2, 0xDE00, 3}, {3, 0xDE00, 4}, {4, 0xD83D, 5},
+    };
+    for (const auto& each : cases) {
+        std::size_t index = each.from;
+        EXPECT_EQ(NextCodePoint(text, index), each.codePoint) << each.from;
+        EXPECT_EQ(index, each.to);
+    }
+    EXPECT_TRUE(IsHighSurrogate(0xD800) && IsHighSurrogate(0xDBFF));
+    EXPECT_FALSE(IsHighSurrogate(0xD7FF) || IsHighSurrogate(0xDC00) || IsHighSurrogate(0x1D800));
+    EXPECT_TRUE(IsLowSurrogate(0xDC00) && IsLowSurrogate(0xDFFF));
+    EXPECT_FALSE(IsLowSurrogate(0xDBFF) || IsLowSurrogate(0xE000));
+    EXPECT_TRUE(IsSurrogate(0xD800) && IsSurrogate(0xDFFF));
+    EXPECT_FALSE(IsSurrogate(0xD7FF) || IsSurrogate(0xE000) || IsSurrogate(0x1D800));
+}
+
+TEST(Text, AUtf8PrefixEndsBeforeACharacterThatIsCutOff) {
+    EXPECT_EQ(WholeUtf8Prefix(""), 0U);
+    EXPECT_EQ(WholeUtf8Prefix("a\xc3\xa9"), 3U);
+    EXPECT_EQ(WholeUtf8Prefix("a\xc3"), 1U);
+    EXPECT_EQ(WholeUtf8Prefix("\xf0\x9f\x98"), 0U);
+    EXPECT_EQ(WholeUtf8Prefix("a\x98"), 2U) << "no beginning of anything";
+}
+
 TEST(Text, TheNarrowCodePageIsUtf8UntilAnotherIsChosen) {
     EXPECT_EQ(GetAnsiCodePage(), 65001);
     EXPECT_EQ(ToAnsi(u"\u00e9"), "\xc3\xa9");
@@ -138,7 +190,7 @@ TEST(Text, EveryPageKeepsAscii) {
         const CodePageScope page(number);
         EXPECT_EQ(ToAnsi(text), bytes);
         EXPECT_EQ(FromAnsi(bytes), text);
-        // Behind a character of the page the ASCII ones take another way.
+        // After a character of the page the ASCII ones take another way.
         EXPECT_EQ(ToAnsi(u"\ufffd" + text)
                       .substr(number == 65001 || number == 54936 ? ToAnsi(u"\ufffd").size() : 1),
                   bytes);
@@ -244,6 +296,8 @@ TEST(Text, AWidePrefixDoesNotSplitASurrogatePair) {
     EXPECT_EQ(WholeUtf16Prefix(u"ab" + kLoneHigh + u"z", 3), 3U);
     EXPECT_EQ(WholeUtf16Prefix(u"ab" + kLoneHigh, 3), 3U);
     EXPECT_EQ(WholeUtf16Prefix(u"", 3), 0U);
+    EXPECT_EQ(WholeUtf16Prefix(u"\U0001f600", 1), 0U);
+    EXPECT_EQ(WholeUtf16Prefix(u"\U0001f600", 0), 0U);
 }
 
 TEST(Text, TrimmingTakesTheSixWhiteSpaceCharactersOnly) {
