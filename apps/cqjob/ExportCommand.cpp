@@ -130,7 +130,7 @@ class ExportCommand : public Command {
     std::string m_separator = "comma";
     std::optional<int> m_decimals;
     bool m_decimalComma = false;
-    int m_codePage = exchange::FieldTextWriteOptions().codePage;
+    int m_codePage = CqCodePage::kUtf8;
     bool m_force = false;
 };
 

@@ -294,7 +294,7 @@ class ImportCommand : public Command {
     std::string m_separator = "auto";
     std::string m_comment = "#";
     bool m_decimalComma = false;
-    int m_codePage = exchange::FieldTextReadOptions().codePage;
+    int m_codePage = CqCodePage::kUtf8;
     std::vector<std::string> m_noHeight;
     std::string m_duplicates = "refuse";
     std::string m_group;

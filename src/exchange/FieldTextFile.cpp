@@ -10,6 +10,7 @@
 
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
+#include "exchange/NarrowPage.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 
@@ -35,7 +36,7 @@ bool IsWord(std::string_view text) {
 FieldTextFile::FieldTextFile(TextSource& source, FieldTextReadOptions options)
     : m_source(source),
       m_options(std::move(options)),
-      m_codePage(m_options.codePage),
+      m_codePage(RequireNarrowPage(m_options.codePage)),
       m_reader(source, {.comment = m_options.comment}) {
     if (!m_options.order && m_options.headerLines == 0U) {
         throw OptionError("the columns cannot come from a header when there is none");
@@ -124,7 +125,7 @@ bool FieldTextFile::LooksLikeHeader() const {
 void FieldTextFile::ReadHeader(const std::vector<std::string_view>& texts) {
     std::vector<std::string> headings;
     for (const std::string_view text : texts) {
-        const std::optional<CString> heading = m_codePage.Decode(text);
+        const std::optional<CString> heading = m_codePage.TryDecode(text);
         headings.push_back(heading ? ToUtf8(*heading) : Printable(text));
     }
     const std::string place = fmt::format("{}:{}: ", Printable(m_source.GetName()), m_record.line);
@@ -339,11 +340,11 @@ std::string FieldTextFile::JoinRest(std::size_t first) const {
 
 bool FieldTextFile::Decode(const char* what, std::string_view bytes, CString& text,
                            FieldTextLine& line) {
-    std::optional<CString> decoded = m_codePage.Decode(bytes);
+    std::optional<CString> decoded = m_codePage.TryDecode(bytes);
     if (!decoded) {
         line.reason = fmt::format(
             "the {} {} is no text of code page {}{}", what, Quoted(bytes), m_codePage.GetNumber(),
-            m_codePage.GetNumber() == CodePage::kUtf8
+            m_codePage.GetNumber() == CqCodePage::kUtf8
                 ? fmt::format(" (UTF-8); {}code-page names another", m_options.optionPrefix)
                 : "");
         return false;

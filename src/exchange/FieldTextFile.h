@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "cqsurvey/CodePage.h"
 #include "cqsurvey/exchange/FieldTextReader.h"
-#include "exchange/CodePage.h"
 #include "exchange/CsvReader.h"
 
 namespace cqsurvey::exchange {
@@ -50,7 +50,7 @@ class FieldTextFile {
 
     TextSource& m_source;
     FieldTextReadOptions m_options;
-    CodePage m_codePage;
+    CqCodePage m_codePage;
     CsvReader m_reader;
     CsvRecord m_record;
     std::vector<double> m_noHeights;

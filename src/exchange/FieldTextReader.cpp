@@ -4,11 +4,11 @@
 
 #include <utility>
 
+#include "cqsurvey/CodePage.h"
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
-#include "exchange/CodePage.h"
 #include "exchange/FieldTextFile.h"
 #include "exchange/PointImport.h"
 #include "text/Printable.h"
@@ -32,7 +32,7 @@ FieldTextReader::FieldTextReader(TextSource& source, FieldTextReadOptions option
     : m_source(source) {
     const int codePage = options.codePage;
     m_file = std::make_unique<FieldTextFile>(source, std::move(options));
-    if (source.HasMark() && codePage != CodePage::kUtf8) {
+    if (source.HasMark() && codePage != CqCodePage::kUtf8) {
         throw OptionError(
             fmt::format("{}: begins with the mark of UTF-8, so it is not in code page {}",
                         Printable(source.GetName()), codePage));

@@ -9,8 +9,8 @@
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
-#include "exchange/CodePage.h"
 #include "exchange/FieldTextRow.h"
+#include "exchange/NarrowPage.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::exchange {
@@ -19,16 +19,17 @@ class FieldTextWriter::State {
  public:
     explicit State(const FieldTextWriteOptions& options)
         : row(options.order, options.separator, options.decimals, options.decimalComma),
-          m_codePage(options.codePage),
+          m_codePage(RequireNarrowPage(options.codePage)),
           m_jobName(options.jobName) {}
 
     std::string Encode(const CString& text, CqHandle handle) {
-        std::optional<std::string> bytes = m_codePage.Encode(text);
+        std::optional<std::string> bytes = m_codePage.TryEncode(text);
         if (!bytes) {
             throw ExchangeError(fmt::format(
                 "{}{} of point record {} cannot be written in code page {}{}",
                 NamePrefix(m_jobName), Quoted(ToUtf8(text)), handle, m_codePage.GetNumber(),
-                m_codePage.GetNumber() == CodePage::kUtf8 ? "" : "; 65001 holds every character"));
+                m_codePage.GetNumber() == CqCodePage::kUtf8 ? ""
+                                                            : "; 65001 holds every character"));
         }
         return std::move(*bytes);
     }
@@ -37,7 +38,7 @@ class FieldTextWriter::State {
     std::size_t notFinite = 0;
 
  private:
-    CodePage m_codePage;
+    CqCodePage m_codePage;
     std::string m_jobName;
 };
 

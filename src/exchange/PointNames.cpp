@@ -9,11 +9,7 @@
 namespace cqsurvey::exchange {
 
 CString CutName(const CString& name, std::size_t length) {
-    if (name.size() <= length) {
-        return name;
-    }
-    const bool halves = length > 0 && name[length - 1] >= 0xD800 && name[length - 1] < 0xDC00;
-    return name.substr(0, halves ? length - 1 : length);
+    return name.substr(0, WholeUtf16Prefix(name, length));
 }
 
 PointNames::PointNames(std::function<bool(const CString&)> taken) : m_taken(std::move(taken)) {}

@@ -1,7 +1,9 @@
-"""check_symbols.py LIBRARY INCLUDE_FOLDER: the library shows what its public headers mark, no more.
+"""check_symbols.py LIBRARY HEADER_FOLDER MACRO NAMESPACE: the library shows what the headers of the
+folder mark with the macro, no more.
 
-Weak instantiations of the standard library's templates, over the public classes at most, are let
-through: the language makes every program that uses them show them.
+Weak instantiations of the templates of other libraries, over the public classes at most, and inline
+members of public classes are let through: the language makes every program that uses them show
+them.
 """
 
 import pathlib
@@ -9,12 +11,16 @@ import re
 import subprocess
 import sys
 
-library, include = sys.argv[1], pathlib.Path(sys.argv[2])
+library, folder, macro, namespace = sys.argv[1], pathlib.Path(sys.argv[2]), *sys.argv[3:]
 public = set()
-for header in include.rglob("*.h"):
+for header in folder.glob("*.h"):
     text = header.read_text(encoding="utf-8")
-    public |= set(re.findall(r"\b(?:class|struct)\s+CQSURVEY_API\s+(\w+)", text))
-    public |= set(re.findall(r"^CQSURVEY_API\s[^;(]*?(\w+)\(", text, re.MULTILINE))
+    public |= set(re.findall(rf"\b(?:class|struct)\s+{macro}\s+(\w+)", text))
+    public |= set(re.findall(rf"^(?:\[\[\w+\]\]\s+)?{macro}\s[^;(]*?(\w+)\(", text, re.MULTILINE))
+types = set()
+for header in pathlib.Path(*folder.parts[: folder.parts.index("cqsurvey") + 1]).rglob("*.h"):
+    types |= set(re.findall(r"\b(?:class|struct|enum)\s+(?:class\s+|CQ[A-Z_]+\s+)?(\w+)",
+                            header.read_text(encoding="utf-8")))
 
 output = subprocess.run(
     ["nm", "-D", "--defined-only", "--demangle", library],
@@ -25,7 +31,7 @@ for line in output.splitlines():
     kind, name = re.match(r"[0-9a-f]*\s+(\S)\s+(.*)", line).groups()
     ours = re.match(
         r"(?:(?:vtable|VTT|typeinfo name|typeinfo|guard variable|(?:non-)?virtual thunk) (?:for|to) )?"
-        r"cqsurvey::(\w+)", name)
+        rf"{namespace}::(\w+)", name)
     if ours and ours.group(1) in public:
         shown.add(ours.group(1))
     elif not (kind in "WVu" and re.search(r"(^|\s)(std|__gnu_cxx)::", name)

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "cqsurvey/CodePage.h"
 #include "cqsurvey/Types.h"
 #include "cqsurvey/exchange/ColumnOrder.h"
 #include "cqsurvey/exchange/Export.h"
@@ -46,8 +47,8 @@ struct FieldTextReadOptions {
     /// The decimal sign is the comma, not the point.
     bool decimalComma = false;
 
-    /// The encoding of the file, by the number of its narrow code page; 65001 is UTF-8.
-    int codePage = 65001;
+    /// The encoding of the file, by the number of a code page that keeps ASCII.
+    int codePage = CqCodePage::kUtf8;
 
     /// What stands for a missing height beside an empty column: numbers are compared as numbers,
     /// other texts as texts.

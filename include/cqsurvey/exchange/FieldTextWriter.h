@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "cqsurvey/CodePage.h"
 #include "cqsurvey/Types.h"
 #include "cqsurvey/exchange/ColumnOrder.h"
 #include "cqsurvey/exchange/Export.h"
@@ -28,8 +29,8 @@ struct FieldTextWriteOptions {
     /// The decimal sign is the comma, not the point.
     bool decimalComma = false;
 
-    /// The encoding of the file, by the number of its narrow code page; 65001 is UTF-8.
-    int codePage = 65001;
+    /// The encoding of the file, by the number of a code page that keeps ASCII.
+    int codePage = CqCodePage::kUtf8;
 
     /// What messages call the job; empty: they do not name it. UTF-8 is shown as it is, other bytes
     /// as \x and their number.
