@@ -8,10 +8,10 @@
 
 namespace cqsurvey::cqjob {
 
-/// Adds --separator, whose word goes into `word`; "auto" is one only where it may be guessed.
+/// Adds --separator, whose word goes into `word`; "auto" is a choice only where it may be guessed.
 void AddSeparator(CommandLine& command, std::string& word, bool automatic);
 
-/// The separator that a word of that option means. Throws UsageError for a word that means none.
+/// The separator that a word of that option means. Throws UsageError for any other word.
 [[nodiscard]] exchange::Separator ReadSeparator(const std::string& word);
 
 }  // namespace cqsurvey::cqjob

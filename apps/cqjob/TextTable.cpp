@@ -12,7 +12,7 @@ namespace cqsurvey::cqjob {
 namespace {
 
 /// How many places on a terminal the text, which is UTF-8, takes: two for a character of the East
-/// Asian scripts, none for an accent.
+/// Asian scripts, nothing for an accent.
 std::size_t DisplayWidth(const std::string& text) {
     std::size_t width = 0;
     const char* const end = text.data() + text.size();

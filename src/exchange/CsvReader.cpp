@@ -11,7 +11,7 @@ bool IsBlankOrTab(char c) {
     return c == ' ' || c == '\t';
 }
 
-/// Blanks, tabs and the end mark that old systems leave behind a text.
+/// Blanks, tabs and the end mark that old systems put after a text.
 bool IsNothing(std::string_view line) {
     return std::all_of(line.begin(), line.end(),
                        [](char c) { return IsBlankOrTab(c) || c == '\x1A'; });
@@ -179,7 +179,7 @@ void CsvReader::SplitRecord(CsvRecord& record, std::size_t begin, Line& line) {
 }
 
 /// Reads the quoted field whose mark stands at `open`, and with it the lines that it takes. False,
-/// with nothing changed, when the mark opens none.
+/// with nothing changed, when the mark opens no quoted field.
 bool CsvReader::ReadQuoted(std::size_t open, CsvRecord& record, Line& line, Piece& piece) {
     Line current = line;
     std::uint64_t breaks = 0;
@@ -214,14 +214,14 @@ bool CsvReader::ReadQuoted(std::size_t open, CsvRecord& record, Line& line, Piec
     if (isRecord(i)) {
         return false;
     }
-    std::size_t behind = i + 1;
-    while (behind < current.end && IsPad(m_buffer[behind])) {
-        ++behind;
+    std::size_t after = i + 1;
+    while (after < current.end && IsPad(m_buffer[after])) {
+        ++after;
     }
     const bool separated =
-        behind == current.end || (m_format.separator == Separator::Blank
-                                      ? behind > i + 1
-                                      : m_buffer[behind] == static_cast<char>(m_format.separator));
+        after == current.end || (m_format.separator == Separator::Blank
+                                     ? after > i + 1
+                                     : m_buffer[after] == static_cast<char>(m_format.separator));
     if (!separated) {
         return false;
     }

@@ -14,7 +14,7 @@ namespace cqsurvey::exchange {
 
 struct CsvFormat {
     Separator separator = Separator::Comma;
-    /// A line that begins with this is a comment; empty: there are none.
+    /// A line that begins with this is a comment; empty: no line is.
     std::string comment = "#";
 };
 
@@ -90,7 +90,7 @@ class CsvReader {
 
  private:
     struct Line {
-        std::size_t end = 0;   // behind the last byte before the line end
+        std::size_t end = 0;   // after the last byte before the line end
         std::size_t next = 0;  // where the next line begins
     };
     struct Piece {

@@ -57,8 +57,8 @@ FieldTextFile::FieldTextFile(TextSource& source, FieldTextReadOptions options)
     m_reader.SetRecordTest([this](std::string_view line) { return HasNumbers(line); });
 }
 
-/// The separator with which the start of the file holds the most points; if none gives any, the one
-/// that is there most often.
+/// The separator with which the start of the file holds the most points; if none of them makes a
+/// point, the one that is there most often.
 Separator FieldTextFile::GuessSeparator() {
     constexpr std::size_t kSample = 65536;
     constexpr int kLines = 500;
@@ -299,7 +299,7 @@ bool FieldTextFile::ReadTexts(FieldTextLine& line) {
     }
     if (textColumn && *textColumn < fields.size()) {
         std::size_t first = *textColumn;
-        // Among blanks every word is a column of its own: a number with more words behind it is
+        // Among blanks every word is a column of its own: a number with more words after it is
         // their first word, unless quotation marks hold them together.
         const bool alone = first + 1 >= fields.size() || !order.TakesRest() ||
                            GetSeparator() != Separator::Blank || fields[first + 1].quoted;

@@ -28,10 +28,10 @@ class FieldTextFile {
 
     [[nodiscard]] Separator GetSeparator() const { return *m_options.separator; }
 
-    /// The columns in use; none before the header was read that says them.
+    /// The columns in use; nothing before the header was read that says them.
     [[nodiscard]] const std::optional<ColumnOrder>& GetOrder() const { return m_options.order; }
 
-    /// The header's columns that are not taken, as "5 "SIGMA_E"".
+    /// The header's columns that are not taken, each like 5 "SIGMA_E".
     [[nodiscard]] const std::vector<std::string>& GetUntaken() const { return m_untaken; }
 
  private:

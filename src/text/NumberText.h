@@ -7,7 +7,7 @@
 
 namespace cqsurvey {
 
-/// A number read from a text, or why there is none.
+/// A number read from a text, or why the text is not a number.
 struct ParsedNumber {
     double value = 0.0;
     /// Null when the text is a number; else the end of a sentence that begins with the text, such
@@ -16,7 +16,7 @@ struct ParsedNumber {
 };
 
 /// Reads a decimal number exactly: digits with at most one decimal sign, a sign before them, an
-/// exponent behind them, blanks around them, and nothing else. The decimal sign is the point, with
+/// exponent after them, blanks around them, and nothing else. The decimal sign is the point, with
 /// `decimalComma` the comma.
 [[nodiscard]] ParsedNumber ParseNumber(std::string_view text, bool decimalComma = false);
 

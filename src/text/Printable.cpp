@@ -7,8 +7,8 @@ namespace cqsurvey {
 
 namespace {
 
-/// The length of the well-formed UTF-8 character at the front of `text`, which holds something; 0
-/// when there is none.
+/// The length of the UTF-8 character at the front of `text`, which is not empty; 0 when its first
+/// bytes are not well-formed.
 std::size_t CharacterLength(std::string_view text) {
     constexpr gunichar kMost = 0x10FFFF;
     if (text.front() == '\0') {

@@ -71,7 +71,8 @@ class CQSURVEY_EXCHANGE_API ColumnOrder {
     /// True when the description is its column and everything after it.
     [[nodiscard]] bool TakesRest() const { return m_takesRest; }
 
-    /// True when a list of columns ends with one that is not wanted, and so wants none after it.
+    /// True when a list of columns ends with one that is not wanted, so that what follows it is not
+    /// wanted either.
     [[nodiscard]] bool LeavesRest() const { return m_leavesRest; }
 
     /// The number of columns up to the last one taken or passed over.

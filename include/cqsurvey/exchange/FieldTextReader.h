@@ -37,7 +37,7 @@ struct FieldTextReadOptions {
     /// Without it: the one that makes points of the most of the first lines.
     std::optional<Separator> separator;
 
-    /// What a comment line begins with; empty: there are none.
+    /// What a comment line begins with; empty: the file has no comments.
     std::string comment = "#";
 
     /// How many lines of header there are; without it the first line is one when its northing and

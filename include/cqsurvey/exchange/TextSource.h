@@ -26,7 +26,7 @@ class CQSURVEY_EXCHANGE_API TextSource {
 
     [[nodiscard]] const std::string& GetName() const { return m_name; }
 
-    /// Appends more bytes to `buffer`; false when there are none. Throws ExchangeError when they
+    /// Appends more bytes to `buffer`; false at the end of the text. Throws ExchangeError when they
     /// cannot be read, or are UTF-16 by their byte-order mark; what was appended then is of no use.
     bool Read(std::string& buffer);
 
@@ -43,7 +43,8 @@ class CQSURVEY_EXCHANGE_API TextSource {
     [[nodiscard]] bool HasMark() const { return m_hasMark; }
 
  private:
-    /// Appends some bytes to `buffer`, none only at the end. May throw anything.
+    /// Appends at least one byte to `buffer`, or nothing at the end of the text. May throw
+    /// anything.
     virtual void ReadSome(std::string& buffer) = 0;
 
     void Count(std::string_view bytes);
