@@ -1,13 +1,14 @@
 #include "exchange/FieldTextFile.h"
 
 #include <gtest/gtest.h>
-#include "cqsurvey/Text.h"
 
 #include <cmath>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "cqsurvey/CodePage.h"
+#include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/FieldTextRow.h"
 
@@ -254,7 +255,7 @@ TEST(FieldTextFile, ReadsNarrowCodePages) {
     options.codePage = 932;
     EXPECT_EQ(ReadOne("1,1,2,3,\x93\xB9\x98\x48 \x83\x5C\n", options).description,
               u"\u9053\u8def \u30bd");
-    options.codePage = CodePage::kUtf8;
+    options.codePage = CqCodePage::kUtf8;
     EXPECT_EQ(ReadOne("1,1,2,3,\xE9\x81\x93\n", options).description, u"\u9053");
 }
 
@@ -264,7 +265,7 @@ TEST(FieldTextFile, TextOfAnotherCodePageIsRefusedNotDamaged) {
         "e\n",
         Order("pnezd"));
     EXPECT_EQ(line.kind, Kind::Refused);
-    EXPECT_NE(line.reason.find("--code-page"), std::string::npos);
+    EXPECT_NE(line.reason.find("code-page names another"), std::string::npos);
     EXPECT_EQ(ReadOne("\xFF,1,2,3\n", Order("pnezd")).kind, Kind::Refused);
     EXPECT_EQ(ReadOne(std::string_view("1,1,2,3,a\0b\n", 12), Order("pnezd")).kind, Kind::Refused);
 }

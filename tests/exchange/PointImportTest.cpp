@@ -5,6 +5,7 @@
 #include <cmath>
 #include <string>
 
+#include "cqsurvey/CqBatch.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "support/TempDir.h"
 
