@@ -80,7 +80,7 @@ Argument Argument::OneValueEach() {
     return *this;
 }
 
-Argument Argument::Repeatable() {
+Argument Argument::ShowOneValue() {
     m_option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     return *this;
 }

@@ -51,8 +51,8 @@ class Argument {
     /// Takes one value, and more only when the option is given again.
     Argument OneValueEach();
 
-    /// As OneValueEach, and the help promises only one.
-    Argument Repeatable();
+    /// The help shows one value, although the option takes any number.
+    Argument ShowOneValue();
 
  private:
     CLI::Option* m_option;

@@ -112,7 +112,7 @@ class EntitiesCommand : public Command {
         command
             .Add("--layer", m_layers, "Only entities of this layer; more than one when given again")
             .Placeholder("NAME")
-            .Repeatable();
+            .ShowOneValue();
         command.Add("--limit", m_limit, "List at most so many entities")
             .Placeholder("N")
             .InRange(1, std::numeric_limits<int>::max());

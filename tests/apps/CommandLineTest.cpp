@@ -97,20 +97,21 @@ TEST_F(CommandLineTest, OptionsMayExcludeEachOther) {
     EXPECT_EQ(Parse({"--columns", "x", "--order", "y"}), 2);
 }
 
-TEST_F(CommandLineTest, ReadsListsInThreeWays) {
+TEST_F(CommandLineTest, ReadsListsInSeveralWays) {
     std::vector<std::string> parts;
     std::vector<std::string> codes;
     std::vector<std::string> layers;
     std::vector<std::string> files;
     line.Add("--parts", parts, "Parts").SplitAt(',');
     line.Add("--code", codes, "Codes").OneValueEach();
-    line.Add("--layer", layers, "Layers").Repeatable();
+    line.Add("--layer", layers, "Layers").ShowOneValue();
     line.Add("FILE", files, "Files");
-    EXPECT_EQ(Parse({"--parts", "a,b", "--code", "1", "x", "--code", "2", "--layer", "R", "y"}),
-              std::nullopt);
+    EXPECT_EQ(
+        Parse({"--parts", "a,b", "--code", "1", "x", "--code", "2", "y", "--layer", "R", "S"}),
+        std::nullopt);
     EXPECT_EQ(parts, (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(codes, (std::vector<std::string>{"1", "2"}));
-    EXPECT_EQ(layers, std::vector<std::string>{"R"});
+    EXPECT_EQ(layers, (std::vector<std::string>{"R", "S"}));
     EXPECT_EQ(files, (std::vector<std::string>{"x", "y"}));
 }
 
