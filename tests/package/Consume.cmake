@@ -31,7 +31,7 @@ else()
     set(VERSION ${CMAKE_MATCH_1}.${minor})
     set(refusal "compatible with requested")
   elseif(WAY STREQUAL "wrong_component")
-    set(refusal "missing: +${COMPONENT}")
+    set(refusal "the component ${COMPONENT} is not installed")
   endif()
   execute_process(
     COMMAND ${CMAKE_COMMAND} -S ${SOURCE} -B ${folder} -G ${GENERATOR}

@@ -1,9 +1,8 @@
 """check_symbols.py LIBRARY HEADER_FOLDER MACRO NAMESPACE: the library shows what the headers of the
 folder mark with the macro, no more.
 
-Weak instantiations of the templates of other libraries, over the public classes at most, and inline
-members of public classes are let through: the language makes every program that uses them show
-them.
+Weak instantiations of the standard library's templates, over the public types at most, are let
+through: the language makes every program that uses them show them.
 """
 
 import pathlib
@@ -18,7 +17,7 @@ for header in folder.glob("*.h"):
     public |= set(re.findall(rf"\b(?:class|struct)\s+{macro}\s+(\w+)", text))
     public |= set(re.findall(rf"^(?:\[\[\w+\]\]\s+)?{macro}\s[^;(]*?(\w+)\(", text, re.MULTILINE))
 types = set()
-for header in pathlib.Path(*folder.parts[: folder.parts.index("cqsurvey") + 1]).rglob("*.h"):
+for header in (folder if folder.name == "cqsurvey" else folder.parent).rglob("*.h"):
     types |= set(re.findall(r"\b(?:class|struct|enum)\s+(?:class\s+|CQ[A-Z_]+\s+)?(\w+)",
                             header.read_text(encoding="utf-8")))
 
@@ -35,7 +34,7 @@ for line in output.splitlines():
     if ours and ours.group(1) in public:
         shown.add(ours.group(1))
     elif not (kind in "WVu" and re.search(r"(^|\s)(std|__gnu_cxx)::", name)
-              and set(re.findall(r"cqsurvey::(\w+)", name)) <= public):
+              and set(re.findall(r"cqsurvey::(?:[a-z]+::)?(\w+)", name)) <= types):
         bad.append(line)
 bad += [f"not shown: {name}" for name in sorted(public - shown)]
 print("\n".join(bad) or f"{len(shown)} classes and functions")
