@@ -1,36 +1,27 @@
-#include <cstdio>
+#include <cqsurvey/plan/plan.h>
+
+#include <fstream>
 
 #include "Benchmarks.h"
 #include "Duel.h"
 #include "Folder.h"
 #include "Jobs.h"
-#include "cqjob/OutputFile.h"
-#include "cqjob/Picture.h"
-#include "cqjob/PlanPainter.h"
-#include "cqjob/PlanReader.h"
-#include "cqjob/Sheet.h"
 
 namespace cqsurvey::bench {
 
 namespace {
 
 /// What `cqjob plot` does once the job is open.
-void PlotJob(CqSurveyDB& db, cqjob::PictureFormat format, const std::string& path) {
-    constexpr double kDots = 150.0 / 25.4;
-    cqjob::Console console(stdout, stderr, false);
-    const cqjob::Plan plan = cqjob::PlanReader(db).Read();
-    cqjob::SheetRequest request;
-    request.paper = *cqjob::FindPaper("A3");
-    const cqjob::Sheet sheet(request, plan.FindExtents(), plan.mapScale);
-    cqjob::OutputFile output(console, path, true);
-    cqjob::Picture picture(format, sheet.GetPaper(), kDots, output);
-    const cqjob::PaintChoice choice;
-    cqjob::PlanPainter(picture.GetContext(), plan, sheet, choice).Paint();
-    picture.Finish();
-    output.Finish();
+void PlotJob(CqSurveyDB& db, plan::PictureFormat format, const std::string& path) {
+    plan::PlotOptions options;
+    options.format = format;
+    options.paper = *plan::FindPaper("A3");
+    std::ofstream file(path, std::ios::binary);
+    plan::PlanDrawing(db).Draw(options, [&](std::string_view bytes) { file << bytes; });
+    Require(file.flush().good());
 }
 
-void Plot(benchmark::State& state, cqjob::PictureFormat format) {
+void Plot(benchmark::State& state, plan::PictureFormat format) {
     const ScratchFile job;
     const ScratchFile picture;
     CqSurveyDB db;
@@ -51,7 +42,7 @@ void Plot(benchmark::State& state, cqjob::PictureFormat format) {
     }
 }
 
-void Register(const char* name, cqjob::PictureFormat format) {
+void Register(const char* name, plan::PictureFormat format) {
     constexpr int kEntities = 100'000;
     constexpr int kRounds = 5;
     benchmark::RegisterBenchmark(name,
@@ -68,9 +59,9 @@ void Register(const char* name, cqjob::PictureFormat format) {
 }  // namespace
 
 void RegisterPlot() {
-    Register("Plot a drawing as SVG, per entity", cqjob::PictureFormat::Svg);
-    Register("Plot a drawing as PDF, per entity", cqjob::PictureFormat::Pdf);
-    Register("Plot a drawing as PNG, per entity", cqjob::PictureFormat::Png);
+    Register("Plot a drawing as SVG, per entity", plan::PictureFormat::Svg);
+    Register("Plot a drawing as PDF, per entity", plan::PictureFormat::Pdf);
+    Register("Plot a drawing as PNG, per entity", plan::PictureFormat::Png);
 }
 
 }  // namespace cqsurvey::bench

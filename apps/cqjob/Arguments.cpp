@@ -7,11 +7,17 @@
 #include <system_error>
 
 #include "cqjob/Failure.h"
-#include "cqjob/NumberText.h"
-#include "cqjob/PointNames.h"
-#include "cqjob/Printable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
+
+namespace {
+
+/// The most UTF-16 code units of a point's or a group's name.
+constexpr std::size_t kLongestName = 19;
+
+}  // namespace
 
 CString ReadText(const std::string& text, const std::string& what) {
     if (!IsUtf8(text)) {

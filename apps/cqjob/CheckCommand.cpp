@@ -3,8 +3,8 @@
 #include "cqjob/Command.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/Printable.h"
 #include "cqjob/Progress.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -12,16 +12,16 @@ namespace {
 
 class CheckCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command =
-            app.add_subcommand("check", "Look for anything in a job that is not as it must be");
-        AddJob(*command, "The job to look through; it is not changed");
-        AddJson(*command);
-        command->add_option("--limit", m_limit, "Show at most so many findings")
-            ->type_name("N")
-            ->check(CLI::Range(1, 1000000))
-            ->capture_default_str();
-        command->footer(
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command =
+            program.AddCommand("check", "Look for anything in a job that is not as it must be");
+        AddJob(command, "The job to look through; it is not changed");
+        AddJson(command);
+        command.Add("--limit", m_limit, "Show at most so many findings")
+            .Placeholder("N")
+            .InRange(1, 1000000)
+            .ShowDefault();
+        command.SetFooter(
             "Exit status 1 when anything is wrong.\n"
             "\n"
             "Example:\n"

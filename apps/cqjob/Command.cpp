@@ -4,12 +4,12 @@
 
 namespace cqsurvey::cqjob {
 
-void Command::AddJob(CLI::App& command, const std::string& help) {
-    command.add_option("JOB", m_job, help)->required()->type_name("");
+void Command::AddJob(CommandLine& command, const std::string& help) {
+    command.Add("JOB", m_job, help).Required().Placeholder("");
 }
 
-void Command::AddJson(CLI::App& command) {
-    command.add_flag("--json", m_json, "Answer in JSON");
+void Command::AddJson(CommandLine& command) {
+    command.AddFlag("--json", m_json, "Answer in JSON");
 }
 
 void Command::RequireOwnOutput(const std::string& path) const {

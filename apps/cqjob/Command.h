@@ -1,10 +1,10 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "cqjob/CommandLine.h"
 #include "cqjob/Console.h"
 
 namespace cqsurvey::cqjob {
@@ -17,9 +17,9 @@ class Command {
     Command& operator=(const Command&) = delete;
     virtual ~Command() = default;
 
-    /// Declares the command with its arguments and options and returns it. The arguments are kept
-    /// here, so the command must outlive `app`.
-    virtual CLI::App* AddTo(CLI::App& app) = 0;
+    /// Declares the command with its arguments and options and returns it. Their values are kept
+    /// here, so the command must outlive the parsing of `program`.
+    virtual CommandLine& AddTo(CommandLine& program) = 0;
 
     /// Does it and returns the exit status, 0 or 1. Throws UsageError, Failure and what the library
     /// throws.
@@ -30,10 +30,10 @@ class Command {
 
  protected:
     /// Adds the argument JOB, which every command has.
-    void AddJob(CLI::App& command, const std::string& help);
+    void AddJob(CommandLine& command, const std::string& help);
 
     /// Adds --json.
-    void AddJson(CLI::App& command);
+    void AddJson(CommandLine& command);
 
     /// Throws UsageError when the answer in JSON and the file `path` both go to standard output.
     void RequireOwnOutput(const std::string& path) const;

@@ -8,7 +8,7 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/PointArgument.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -16,14 +16,14 @@ namespace {
 
 class DeleteCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("delete", "Delete points");
-        AddJob(*command, "The job");
-        command->add_option("POINT", m_points, "The points to delete")->required()->type_name("");
-        command->add_flag("--ignore-missing", m_ignoreMissing,
-                          "Delete the others when a point is not there");
-        AddJson(*command);
-        command->footer(
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command = program.AddCommand("delete", "Delete points");
+        AddJob(command, "The job");
+        command.Add("POINT", m_points, "The points to delete").Required().Placeholder("");
+        command.AddFlag("--ignore-missing", m_ignoreMissing,
+                        "Delete the others when a point is not there");
+        AddJson(command);
+        command.SetFooter(
             "A point goes with its symbol and its description; polylines through it stay. All are\n"
             "deleted or, when one is not there, none.\n" +
             std::string(kPointArgument) +

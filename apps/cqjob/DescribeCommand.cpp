@@ -8,7 +8,7 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/PointArgument.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -16,22 +16,22 @@ namespace {
 
 class DescribeCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command =
-            app.add_subcommand("describe", "Show, set or delete a point's description");
-        AddJob(*command, "The job; it is not changed when a description is shown");
-        command->add_option("POINT", m_point, "The point")->required()->type_name("");
-        CLI::Option* text =
-            command->add_option("TEXT", m_text, "The description it gets")->type_name("");
-        command->add_flag("--delete", m_delete, "Delete the description")->excludes(text);
-        AddJson(*command);
-        command->footer(std::string(kPointArgument) +
-                        "Exit status 1 when a description to show or to delete is not there.\n"
-                        "\n"
-                        "Example:\n"
-                        "  cqjob describe site.job P17\n"
-                        "  cqjob describe site.job P17 \"iron pipe, bent\"\n"
-                        "  cqjob describe site.job P17 --delete");
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command =
+            program.AddCommand("describe", "Show, set or delete a point's description");
+        AddJob(command, "The job; it is not changed when a description is shown");
+        command.Add("POINT", m_point, "The point").Required().Placeholder("");
+        const Argument text =
+            command.Add("TEXT", m_text, "The description it gets").Placeholder("");
+        command.AddFlag("--delete", m_delete, "Delete the description").Excludes(text);
+        AddJson(command);
+        command.SetFooter(std::string(kPointArgument) +
+                          "Exit status 1 when a description to show or to delete is not there.\n"
+                          "\n"
+                          "Example:\n"
+                          "  cqjob describe site.job P17\n"
+                          "  cqjob describe site.job P17 \"iron pipe, bent\"\n"
+                          "  cqjob describe site.job P17 --delete");
         return command;
     }
 

@@ -9,10 +9,10 @@
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
 #include "cqjob/PointArgument.h"
 #include "cqjob/PointDetails.h"
-#include "cqjob/Printable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -20,25 +20,25 @@ namespace {
 
 class EditCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("edit", "Change points");
-        AddJob(*command, "The job");
-        command->add_option("POINT", m_points, "The points to change")->required()->type_name("");
-        command->add_option("--name", m_name, "New name; an empty one leaves the point unnamed")
-            ->type_name("NAME");
-        AddNumber(*command, "--east", m_east, "New easting");
-        AddNumber(*command, "--north", m_north, "New northing");
-        CLI::Option* height = AddNumber(*command, "--height", m_height, "New height");
-        command->add_flag("--no-height", m_noHeight, "Forget the height")->excludes(height);
-        command->add_option("--code", m_code, "New feature code")
-            ->type_name("CODE")
-            ->check(FindWholeNumberFault, "");
-        command->add_option("--flags", m_flags, "New flags: 32 bits as a decimal or a 0x number")
-            ->type_name("BITS");
-        command->add_option("--group", m_group, "Put into this group; an empty name is no group")
-            ->type_name("NAME");
-        AddJson(*command);
-        command->footer(
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command = program.AddCommand("edit", "Change points");
+        AddJob(command, "The job");
+        command.Add("POINT", m_points, "The points to change").Required().Placeholder("");
+        command.Add("--name", m_name, "New name; an empty one leaves the point unnamed")
+            .Placeholder("NAME");
+        AddNumber(command, "--east", m_east, "New easting");
+        AddNumber(command, "--north", m_north, "New northing");
+        const Argument height = AddNumber(command, "--height", m_height, "New height");
+        command.AddFlag("--no-height", m_noHeight, "Forget the height").Excludes(height);
+        command.Add("--code", m_code, "New feature code")
+            .Placeholder("CODE")
+            .Check(FindWholeNumberFault);
+        command.Add("--flags", m_flags, "New flags: 32 bits as a decimal or a 0x number")
+            .Placeholder("BITS");
+        command.Add("--group", m_group, "Put into this group; an empty name is no group")
+            .Placeholder("NAME");
+        AddJson(command);
+        command.SetFooter(
             "What no option names stays as it is. All points are changed or, when one cannot be,\n"
             "none.\n" +
             std::string(kPointArgument) +
@@ -78,11 +78,9 @@ class EditCommand : public Command {
     }
 
  private:
-    static CLI::Option* AddNumber(CLI::App& command, const std::string& name,
-                                  std::optional<std::string>& value, const std::string& help) {
-        return command.add_option(name, value, help)
-            ->type_name("NUMBER")
-            ->check(FindNumberFault, "");
+    static Argument AddNumber(CommandLine& command, const std::string& name,
+                              std::optional<std::string>& value, const std::string& help) {
+        return command.Add(name, value, help).Placeholder("NUMBER").Check(FindNumberFault);
     }
 
     void CheckOptions() {

@@ -9,9 +9,9 @@
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
-#include "cqjob/Printable.h"
 #include "cqjob/TextTable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -98,33 +98,31 @@ void WriteDetails(JsonWriter& json, const CqCadEntity& entity) {
 
 class EntitiesCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command =
-            app.add_subcommand("entities", "List the entities of a job's drawing, in its order");
-        AddJob(*command, "The job; it is not changed");
-        AddJson(*command);
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command =
+            program.AddCommand("entities", "List the entities of a job's drawing, in its order");
+        AddJob(command, "The job; it is not changed");
+        AddJson(command);
         command
-            ->add_option("--type", m_kinds,
-                         "Only entities of these kinds: point, pline, vertex, text, circle, bitmap")
-            ->type_name("KIND,...")
-            ->delimiter(',')
-            ->check(CLI::IsMember(KindWords()));
+            .Add("--type", m_kinds,
+                 "Only entities of these kinds: point, pline, vertex, text, circle, bitmap")
+            .Placeholder("KIND,...")
+            .SplitAt(',')
+            .OneOf(KindWords());
         command
-            ->add_option("--layer", m_layers,
-                         "Only entities of this layer; more than one when given again")
-            ->type_name("NAME")
-            ->expected(1)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-        command->add_option("--limit", m_limit, "List at most so many entities")
-            ->type_name("N")
-            ->check(CLI::Range(1, std::numeric_limits<int>::max()));
+            .Add("--layer", m_layers, "Only entities of this layer; more than one when given again")
+            .Placeholder("NAME")
+            .ShowOneValue();
+        command.Add("--limit", m_limit, "List at most so many entities")
+            .Placeholder("N")
+            .InRange(1, std::numeric_limits<int>::max());
         command
-            ->add_option("--decimals", m_decimals,
-                         "Decimal places of the coordinates in the table; JSON has them all")
-            ->type_name("N")
-            ->check(CLI::Range(0, 17))
-            ->capture_default_str();
-        command->footer(
+            .Add("--decimals", m_decimals,
+                 "Decimal places of the coordinates in the table; JSON has them all")
+            .Placeholder("N")
+            .InRange(0, 17)
+            .ShowDefault();
+        command.SetFooter(
             "A polyline comes before its vertices. Colour 256 is that of the layer.\n"
             "\n"
             "Example:\n"

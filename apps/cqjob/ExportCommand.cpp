@@ -1,22 +1,14 @@
 #include <cqsurvey/cqsurvey.h>
+#include <cqsurvey/exchange/exchange.h>
 
-#include <array>
-#include <cmath>
-
-#include "cqjob/CodePage.h"
-#include "cqjob/ColumnOrder.h"
 #include "cqjob/Command.h"
-#include "cqjob/CsvWriter.h"
-#include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
 #include "cqjob/OutputFile.h"
-#include "cqjob/PointRow.h"
-#include "cqjob/Printable.h"
 #include "cqjob/Progress.h"
 #include "cqjob/SeparatorOption.h"
 #include "cqjob/ViewOptions.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -24,39 +16,40 @@ namespace {
 
 class ExportCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("export", "Write a job's points into a text file");
-        AddJob(*command, "The job; it is not changed");
-        command->add_option("FILE", m_file, "The file to write, - for standard output")
-            ->required()
-            ->type_name("");
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command =
+            program.AddCommand("export", "Write a job's points into a text file");
+        AddJob(command, "The job; it is not changed");
+        command.Add("FILE", m_file, "The file to write, - for standard output")
+            .Required()
+            .Placeholder("");
         command
-            ->add_option("--order", m_order,
-                         "Order of the columns: pnezd, penzd or other letters as for import; "
-                         "penzcd with a header if nothing is said")
-            ->type_name("ORDER");
+            .Add("--order", m_order,
+                 "Order of the columns: pnezd, penzd or other letters as for import; "
+                 "penzcd with a header if nothing is said")
+            .Placeholder("ORDER");
         command
-            ->add_option("--columns", m_columns,
-                         "Columns by words (name,easting,-,northing,height,code,desc)")
-            ->type_name("LIST")
-            ->excludes("--order");
-        command->add_flag("--header,!--no-header", m_header,
-                          "Name the columns in the first line, or not; named if neither --order "
-                          "nor --columns is given");
-        AddSeparator(*command, m_separator, false);
+            .Add("--columns", m_columns,
+                 "Columns by words (name,easting,-,northing,height,code,desc)")
+            .Placeholder("LIST")
+            .Excludes("--order");
+        command.AddFlag("--header,!--no-header", m_header,
+                        "Name the columns in the first line, or not; named if neither --order "
+                        "nor --columns is given");
+        AddSeparator(command, m_separator, false);
         command
-            ->add_option("--decimals", m_decimals,
-                         "Decimal places; without it as many as give the very same numbers back")
-            ->type_name("N")
-            ->check(CLI::Range(0, 17));
-        command->add_flag("--decimal-comma", m_decimalComma, "Write the decimal sign as a comma");
-        command->add_option("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
-            ->type_name("N")
-            ->capture_default_str();
-        m_view.AddTo(*command);
-        command->add_flag("--force", m_force, "Replace a file that is there");
-        AddJson(*command);
-        command->footer(
+            .Add("--decimals", m_decimals,
+                 "Decimal places; without it as many as give the very same numbers back")
+            .Placeholder("N")
+            .InRange(0, 17);
+        command.AddFlag("--decimal-comma", m_decimalComma, "Write the decimal sign as a comma");
+        command.Add("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
+            .Placeholder("N")
+            .ShowDefault();
+        m_view.AddTo(command);
+        command.AddFlag("--force", m_force, "Replace a file that is there");
+        AddJson(command);
+        command.SetFooter(
             "A missing height is an empty column. Importing the file again with the same order\n"
             "gives the same points. Without a c in the order, d holds the description or the\n"
             "feature code; where a point has both, the code comes first and the description in\n"
@@ -68,39 +61,26 @@ class ExportCommand : public Command {
             "  cqjob export site.job points.csv\n"
             "  cqjob export site.job - --order pnezd --decimals 3\n"
             "  cqjob export site.job road.csv --group Road --sort code");
-        m_command = command;
+        m_command = &command;
         return command;
     }
 
     int Run(Console& console) override {
-        const ColumnOrder order = ReadOrder();
-        const PointRow row(order, ReadSeparator(m_separator), m_decimals, m_decimalComma);
-        CodePage codePage(m_codePage);
+        exchange::FieldTextWriter writer(ReadOptions());
         RequireOtherFile(m_file, m_job);
         RequireOwnOutput(m_file);
         CqSurveyDB db;
         OpenToRead(db, m_job);
         const PointList points = m_view.MakeList(db, m_job, console);
         OutputFile output(console, m_file, m_force);
-        if (m_command->count("--header") > 0 ? m_header : m_order.empty() && m_columns.empty()) {
-            output.Write(row.MakeHeader());
+        if (m_command->IsGiven("--header") ? m_header : m_order.empty() && m_columns.empty()) {
+            output.Write(writer.MakeHeader());
         }
         Progress progress(console, "points");
         CqCoordRec point;
-        std::size_t unplaced = 0;
         for (std::size_t i = 0; i < points.GetCount(); ++i) {
             const CqHandle handle = points.Read(i, point);
-            CString description;
-            db.GetCoordDescription(handle, description);
-            std::array<double, 3> coords{};
-            point.GetPoint(coords.data());
-            if (!std::isfinite(coords[0]) || !std::isfinite(coords[1]) || std::isinf(coords[2])) {
-                ++unplaced;
-            }
-            output.Write(row.Make({.name = Encode(codePage, point.GetPtName(), handle),
-                                   .coords = coords,
-                                   .code = point.GetCode(),
-                                   .description = Encode(codePage, description, handle)}));
+            output.Write(writer.MakeLine(db, handle, point));
             progress.Update(i + 1, i + 1, points.GetCount());
         }
         output.Finish();
@@ -111,43 +91,37 @@ class ExportCommand : public Command {
             json.Member("job", m_job);
             json.Member("file", m_file);
             json.Member("points", points.GetCount());
-            json.Member("not_finite", unplaced);
+            json.Member("not_finite", writer.GetNotFinite());
             json.EndObject();
             return 0;
         }
         console.Say("{} into {}\n", Count(points.GetCount(), "point"), Printable(m_file));
-        if (unplaced > 0) {
+        if (writer.GetNotFinite() > 0) {
             console.Say(
                 "{}: {} with coordinates that are no finite numbers; an import refuses such a "
                 "line\n",
-                Printable(m_job), Count(unplaced, "point"));
+                Printable(m_job), Count(writer.GetNotFinite(), "point"));
         }
         return 0;
     }
 
  private:
-    ColumnOrder ReadOrder() const {
-        const ColumnOrder order =
-            m_columns.empty() ? ColumnOrder::FromLetters(m_order.empty() ? "penzcd" : m_order)
-                              : ColumnOrder::FromWords(m_columns);
-        if (order.Find(Column::Description) && !order.TakesRest() && !order.Find(Column::Code)) {
-            throw UsageError("a description that is not the last column needs a code column");
+    exchange::FieldTextWriteOptions ReadOptions() const {
+        exchange::FieldTextWriteOptions options;
+        if (!m_columns.empty()) {
+            options.order = exchange::ColumnOrder::FromWords(m_columns);
+        } else if (!m_order.empty()) {
+            options.order = exchange::ColumnOrder::FromLetters(m_order, kOptionPrefix);
         }
-        return order;
+        options.separator = ReadSeparator(m_separator);
+        options.decimals = m_decimals;
+        options.decimalComma = m_decimalComma;
+        options.codePage = m_codePage;
+        options.jobName = m_job;
+        return options;
     }
 
-    std::string Encode(CodePage& codePage, const CString& text, CqHandle handle) const {
-        std::optional<std::string> bytes = codePage.Encode(text);
-        if (!bytes) {
-            throw Failure(fmt::format(
-                "{}: {} of point record {} cannot be written in code page {}{}", Printable(m_job),
-                Quoted(ToUtf8(text)), handle, codePage.GetNumber(),
-                codePage.GetNumber() == CodePage::kUtf8 ? "" : "; 65001 holds every character"));
-        }
-        return std::move(*bytes);
-    }
-
-    CLI::App* m_command = nullptr;
+    CommandLine* m_command = nullptr;
     ViewOptions m_view;
     std::string m_file;
     std::string m_order;
@@ -156,7 +130,7 @@ class ExportCommand : public Command {
     std::string m_separator = "comma";
     std::optional<int> m_decimals;
     bool m_decimalComma = false;
-    int m_codePage = CodePage::kUtf8;
+    int m_codePage = CqCodePage::kUtf8;
     bool m_force = false;
 };
 

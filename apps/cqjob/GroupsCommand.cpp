@@ -9,8 +9,8 @@
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/Printable.h"
 #include "cqjob/TextTable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -47,11 +47,11 @@ std::optional<std::string> FindName(CqSurveyDB& db, std::uint16_t id) {
 
 class GroupsCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command =
-            app.add_subcommand("groups", "List, add, rename and delete groups of points");
-        command->require_subcommand(1);
-        command->footer(
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command =
+            program.AddCommand("groups", "List, add, rename and delete groups of points");
+        command.RequireCommand();
+        command.SetFooter(
             "Names of groups are the same in capital and small letters. \"#3\" is the group of\n"
             "number 3 unless one is named so. cqjob edit --group puts points into a group.\n"
             "\n"
@@ -59,31 +59,31 @@ class GroupsCommand : public Command {
             "  cqjob groups list site.job\n"
             "  cqjob groups rename site.job Road \"Road 7\"");
 
-        m_list = command->add_subcommand("list", "Show every group and how many points it has");
+        m_list = &command.AddCommand("list", "Show every group and how many points it has");
         AddJob(*m_list, "The job; it is not changed");
         AddJson(*m_list);
-        m_list->footer("Example:\n  cqjob groups list site.job");
+        m_list->SetFooter("Example:\n  cqjob groups list site.job");
 
-        m_add = command->add_subcommand("add", "Add groups");
+        m_add = &command.AddCommand("add", "Add groups");
         AddJob(*m_add, "The job");
         AddNames(*m_add, "The names of the new groups");
         AddJson(*m_add);
-        m_add->footer(
+        m_add->SetFooter(
             "All are added or, when one is there already, none.\n\n"
             "Example:\n  cqjob groups add site.job Road \"Day 2\"");
 
-        m_rename = command->add_subcommand("rename", "Give a group another name");
+        m_rename = &command.AddCommand("rename", "Give a group another name");
         AddJob(*m_rename, "The job");
-        m_rename->add_option("NAME", m_oldName, "The group")->required()->type_name("");
-        m_rename->add_option("NEW", m_newName, "Its new name")->required()->type_name("");
+        m_rename->Add("NAME", m_oldName, "The group").Required().Placeholder("");
+        m_rename->Add("NEW", m_newName, "Its new name").Required().Placeholder("");
         AddJson(*m_rename);
-        m_rename->footer("Example:\n  cqjob groups rename site.job Road \"Road 7\"");
+        m_rename->SetFooter("Example:\n  cqjob groups rename site.job Road \"Road 7\"");
 
-        m_delete = command->add_subcommand("delete", "Delete groups; their points stay");
+        m_delete = &command.AddCommand("delete", "Delete groups; their points stay");
         AddJob(*m_delete, "The job");
         AddNames(*m_delete, "The groups");
         AddJson(*m_delete);
-        m_delete->footer(
+        m_delete->SetFooter(
             "The points of a deleted group are in no group afterwards. All are deleted "
             "or, when one\nis not there, none.\n\n"
             "Example:\n  cqjob groups delete site.job Road");
@@ -91,11 +91,11 @@ class GroupsCommand : public Command {
     }
 
     int Run(Console& console) override {
-        if (m_list->parsed()) {
+        if (m_list->IsGiven()) {
             List(console);
-        } else if (m_add->parsed()) {
+        } else if (m_add->IsGiven()) {
             Add(console);
-        } else if (m_rename->parsed()) {
+        } else if (m_rename->IsGiven()) {
             Rename(console);
         } else {
             Delete(console);
@@ -104,8 +104,8 @@ class GroupsCommand : public Command {
     }
 
  private:
-    void AddNames(CLI::App& command, const std::string& help) {
-        command.add_option("NAME", m_names, help)->required()->type_name("");
+    void AddNames(CommandLine& command, const std::string& help) {
+        command.Add("NAME", m_names, help).Required().Placeholder("");
     }
 
     [[nodiscard]] std::uint16_t RequireGroup(CqSurveyDB& db, const std::string& text) const {
@@ -298,10 +298,10 @@ class GroupsCommand : public Command {
         }
     }
 
-    CLI::App* m_list = nullptr;
-    CLI::App* m_add = nullptr;
-    CLI::App* m_rename = nullptr;
-    CLI::App* m_delete = nullptr;
+    CommandLine* m_list = nullptr;
+    CommandLine* m_add = nullptr;
+    CommandLine* m_rename = nullptr;
+    CommandLine* m_delete = nullptr;
     std::vector<std::string> m_names;
     std::string m_oldName;
     std::string m_newName;

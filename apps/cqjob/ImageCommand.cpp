@@ -11,9 +11,9 @@
 #include "cqjob/InputFile.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
 #include "cqjob/OutputFile.h"
-#include "cqjob/Printable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -53,31 +53,31 @@ std::string GetPlace(CqSurveyDB& db, const char16_t* key) {
 
 class ImageCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command =
-            app.add_subcommand("image", "Keep an image behind the drawing in a job");
-        command->require_subcommand(1);
-        command->footer(
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command =
+            program.AddCommand("image", "Keep an image behind the drawing in a job");
+        command.RequireCommand();
+        command.SetFooter(
             "Example:\n"
             "  cqjob image store site.job ortho.jpg --east 2000 --north 5000 --width 120 \\\n"
             "      --height 80\n"
             "  cqjob image fetch site.job copy.jpg");
 
-        m_store = command->add_subcommand("store", "Copy an image into the job");
+        m_store = &command.AddCommand("store", "Copy an image into the job");
         AddJob(*m_store, "The job");
-        m_store->add_option("FILE", m_file, "The image, of any format")->required()->type_name("");
-        AddNumber("--east", m_east, "Easting of the image's centre")->required();
-        AddNumber("--north", m_north, "Northing of the image's centre")->required();
-        AddNumber("--width", m_width, "How far it reaches along the easting")->required();
-        AddNumber("--height", m_height, "How far it reaches along the northing")->required();
+        m_store->Add("FILE", m_file, "The image, of any format").Required().Placeholder("");
+        AddNumber("--east", m_east, "Easting of the image's centre").Required();
+        AddNumber("--north", m_north, "Northing of the image's centre").Required();
+        AddNumber("--width", m_width, "How far it reaches along the easting").Required();
+        AddNumber("--height", m_height, "How far it reaches along the northing").Required();
         AddNumber("--rotation", m_rotation, "Rotation; cqjob plot takes degrees, counter-clockwise")
-            ->capture_default_str();
-        m_store->add_option("--type", m_type, "Number of the format, for programs that want one")
-            ->type_name("N")
-            ->capture_default_str();
-        m_store->add_flag("--force", m_force, "Replace the image that is there");
+            .ShowDefault();
+        m_store->Add("--type", m_type, "Number of the format, for programs that want one")
+            .Placeholder("N")
+            .ShowDefault();
+        m_store->AddFlag("--force", m_force, "Replace the image that is there");
         AddJson(*m_store);
-        m_store->footer(
+        m_store->SetFooter(
             "The placement is kept to three decimal places. Brightness, Contrast, Monotone and\n"
             "BKColor are set by cqjob settings set, in section BACKGROUND.\n"
             "\n"
@@ -85,36 +85,36 @@ class ImageCommand : public Command {
             "  cqjob image store site.job ortho.jpg --east 2000 --north 5000 --width 120 \\\n"
             "      --height 80 --rotation 12.5");
 
-        m_fetch = command->add_subcommand("fetch", "Write the job's image into a file");
+        m_fetch = &command.AddCommand("fetch", "Write the job's image into a file");
         AddJob(*m_fetch, "The job; it is not changed");
-        m_fetch->add_option("FILE", m_file, "The file to write, - for standard output")
-            ->required()
-            ->type_name("");
-        m_fetch->add_flag("--force", m_force, "Replace a file that is there");
+        m_fetch->Add("FILE", m_file, "The file to write, - for standard output")
+            .Required()
+            .Placeholder("");
+        m_fetch->AddFlag("--force", m_force, "Replace a file that is there");
         AddJson(*m_fetch);
-        m_fetch->footer("Example:\n  cqjob image fetch site.job copy.jpg");
+        m_fetch->SetFooter("Example:\n  cqjob image fetch site.job copy.jpg");
 
-        m_info = command->add_subcommand("info", "Say what image the job holds, and where");
+        m_info = &command.AddCommand("info", "Say what image the job holds, and where");
         AddJob(*m_info, "The job; it is not changed");
         AddJson(*m_info);
-        m_info->footer("Example:\n  cqjob image info site.job");
+        m_info->SetFooter("Example:\n  cqjob image info site.job");
 
-        m_delete = command->add_subcommand("delete", "Delete the job's image");
+        m_delete = &command.AddCommand("delete", "Delete the job's image");
         AddJob(*m_delete, "The job");
         AddJson(*m_delete);
-        m_delete->footer("Example:\n  cqjob image delete site.job");
+        m_delete->SetFooter("Example:\n  cqjob image delete site.job");
         return command;
     }
 
     int Run(Console& console) override {
-        if (m_store->parsed()) {
+        if (m_store->IsGiven()) {
             Store();
             if (m_json) {
                 Info(console);
             }
-        } else if (m_fetch->parsed()) {
+        } else if (m_fetch->IsGiven()) {
             Fetch(console);
-        } else if (m_info->parsed()) {
+        } else if (m_info->IsGiven()) {
             Info(console);
         } else {
             Delete(console);
@@ -123,10 +123,8 @@ class ImageCommand : public Command {
     }
 
  private:
-    CLI::Option* AddNumber(const std::string& name, std::string& value, const std::string& help) {
-        return m_store->add_option(name, value, help)
-            ->type_name("NUMBER")
-            ->check(FindNumberFault, "");
+    Argument AddNumber(const std::string& name, std::string& value, const std::string& help) {
+        return m_store->Add(name, value, help).Placeholder("NUMBER").Check(FindNumberFault);
     }
 
     static double Number(const std::string& text) { return ParseNumber(text).value; }
@@ -256,10 +254,10 @@ class ImageCommand : public Command {
 
     [[noreturn]] void FailWithout() const { throw Failure(Printable(m_job) + ": has no image"); }
 
-    CLI::App* m_store = nullptr;
-    CLI::App* m_fetch = nullptr;
-    CLI::App* m_info = nullptr;
-    CLI::App* m_delete = nullptr;
+    CommandLine* m_store = nullptr;
+    CommandLine* m_fetch = nullptr;
+    CommandLine* m_info = nullptr;
+    CommandLine* m_delete = nullptr;
     std::string m_file;
     std::string m_east;
     std::string m_north;

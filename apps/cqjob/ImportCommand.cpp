@@ -1,21 +1,27 @@
 #include <cqsurvey/cqsurvey.h>
+#include <cqsurvey/exchange/exchange.h>
 
 #include <map>
+#include <optional>
 
 #include "cqjob/Arguments.h"
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
-#include "cqjob/ImportReport.h"
 #include "cqjob/Interrupt.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
-#include "cqjob/PointFile.h"
-#include "cqjob/PointImport.h"
-#include "cqjob/Printable.h"
+#include "cqjob/Progress.h"
 #include "cqjob/SeparatorOption.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
+
+using exchange::ColumnOrder;
+using exchange::FieldTextReader;
+using exchange::ImportNote;
+using exchange::ImportReport;
+using Fate = exchange::ImportReport::Fate;
 
 namespace {
 
@@ -48,109 +54,86 @@ constexpr const char* kFooter =
 
 class ImportCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("import", "Record the points of a text file");
-        AddJob(*command, "The job that takes the points");
-        command->add_option("FILE", m_file, "The text file of points, - for standard input")
-            ->required()
-            ->type_name("");
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command = program.AddCommand("import", "Record the points of a text file");
+        AddJob(command, "The job that takes the points");
+        command.Add("FILE", m_file, "The text file of points, - for standard input")
+            .Required()
+            .Placeholder("");
         command
-            ->add_option("--order", m_order,
-                         "Order of the columns: pnezd, penzd or other letters, or header")
-            ->type_name("ORDER");
+            .Add("--order", m_order,
+                 "Order of the columns: pnezd, penzd or other letters, or header")
+            .Placeholder("ORDER");
         command
-            ->add_option("--columns", m_columns,
-                         "Columns by words (name,easting,-,northing,height,code,desc) or by "
-                         "heading or number (easting=EASTING,name=3)")
-            ->type_name("LIST");
+            .Add("--columns", m_columns,
+                 "Columns by words (name,easting,-,northing,height,code,desc) or by "
+                 "heading or number (easting=EASTING,name=3)")
+            .Placeholder("LIST");
         command
-            ->add_option("--header", m_header,
-                         "Lines of header: a number, none, or auto: the first line if its northing "
-                         "and easting are words")
-            ->type_name("N|auto|none")
-            ->capture_default_str();
-        AddSeparator(*command, m_separator, true);
+            .Add("--header", m_header,
+                 "Lines of header: a number, none, or auto: the first line if its northing "
+                 "and easting are words")
+            .Placeholder("N|auto|none")
+            .ShowDefault();
+        AddSeparator(command, m_separator, true);
         command
-            ->add_option("--comment", m_comment,
-                         "What a comment line begins with; empty for no comments")
-            ->type_name("MARK")
-            ->capture_default_str();
-        command->add_flag("--decimal-comma", m_decimalComma,
-                          "The decimal sign is the comma, not the point");
-        command->add_option("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
-            ->type_name("N")
-            ->capture_default_str();
+            .Add("--comment", m_comment, "What a comment line begins with; empty for no comments")
+            .Placeholder("MARK")
+            .ShowDefault();
+        command.AddFlag("--decimal-comma", m_decimalComma,
+                        "The decimal sign is the comma, not the point");
+        command.Add("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
+            .Placeholder("N")
+            .ShowDefault();
         command
-            ->add_option("--no-height", m_noHeight,
-                         "What stands for a missing height, beside nothing; may be given several "
-                         "times")
-            ->type_name("VALUE")
-            ->type_size(1)
-            ->allow_extra_args(false);
+            .Add("--no-height", m_noHeight,
+                 "What stands for a missing height, beside nothing; may be given several "
+                 "times")
+            .Placeholder("VALUE")
+            .OneValueEach();
         command
-            ->add_option("--duplicates", m_duplicates,
-                         "What to do with a point whose name the job has: refuse, skip or rename")
-            ->type_name("WAY")
-            ->check(CLI::IsMember({"refuse", "skip", "rename"}))
-            ->capture_default_str();
-        command->add_option("--group", m_group, "Put the points into this group, new or not")
-            ->type_name("NAME");
-        command->add_option("--origin", m_origin, "Data origin of the points")
-            ->type_name("N")
-            ->check(CLI::Range(1, 65535))
-            ->capture_default_str();
-        command->add_flag("--strict", m_strict, "Record nothing when any line is refused");
-        AddJson(*command);
-        command->footer(kFooter);
+            .Add("--duplicates", m_duplicates,
+                 "What to do with a point whose name the job has: refuse, skip or rename")
+            .Placeholder("WAY")
+            .OneOf({"refuse", "skip", "rename"})
+            .ShowDefault();
+        command.Add("--group", m_group, "Put the points into this group, new or not")
+            .Placeholder("NAME");
+        command.Add("--origin", m_origin, "Data origin of the points")
+            .Placeholder("N")
+            .InRange(1, 65535)
+            .ShowDefault();
+        command.AddFlag("--strict", m_strict, "Record nothing when any line is refused");
+        AddJson(command);
+        command.SetFooter(kFooter);
         return command;
     }
 
     int Run(Console& console) override {
-        const PointFileOptions options = ReadOptions();
+        const exchange::FieldTextReadOptions options = ReadOptions();
         RequireOtherFile(m_file, m_job);
         const Interrupt interrupt;
-        FileSource source(m_file);
+        exchange::FileSource source(m_file, [&source] { Interrupt::Check(source.GetName()); });
         CqSurveyDB db;
         OpenToWrite(db, m_job);
-        ImportReport report(console, source.GetName(), m_json);
-        PointFile file(source, options);
-        if (source.HasMark() && m_codePage != CodePage::kUtf8) {
-            throw UsageError(
-                fmt::format("{}: begins with the mark of UTF-8, so it is not in code "
-                            "page {}",
-                            Printable(source.GetName()), m_codePage));
-        }
-        CqBatch batch(db);
-        if (!m_group.empty()) {
-            UseGroup(db);
-        }
-        const std::map<std::string, Duplicates> ways = {{"refuse", Duplicates::Refuse},
-                                                        {"skip", Duplicates::Skip},
-                                                        {"rename", Duplicates::Rename}};
-        PointImport import(db, report, ways.at(m_duplicates), m_origin);
-        import.Run(file, source, console);
-        const bool withheld = m_strict && report.GetRefused() > 0;
-        const bool nothing = report.GetRefused() > 0 && report.GetRecorded() == 0;
-        if (withheld) {
-            report.Withhold();
-        } else if (!nothing) {
-            batch.Commit();
-        }
+        FieldTextReader reader(source, options);
+        const ImportReport report = Import(console, db, source, reader);
+        const bool withheld = m_strict && report.Get(Fate::Refused) > 0;
         if (m_json) {
-            WriteJson(console, report, file);
+            WriteJson(console, report, reader);
         } else {
-            WriteText(console, report, file);
+            WriteText(console, report, reader);
             if (withheld) {
                 console.Say("{}: nothing was recorded: lines were refused\n", Printable(m_job));
             }
         }
         db.Close();
-        return withheld || nothing ? 1 : 0;
+        return report.Get(Fate::Refused) > 0 && report.Get(Fate::Recorded) == 0 ? 1 : 0;
     }
 
  private:
-    PointFileOptions ReadOptions() const {
-        PointFileOptions options;
+    exchange::FieldTextReadOptions ReadOptions() const {
+        exchange::FieldTextReadOptions options;
         const bool assigns = ColumnOrder::IsAssignment(m_columns);
         if (m_order.empty() && m_columns.empty()) {
             throw UsageError(
@@ -166,7 +149,7 @@ class ImportCommand : public Command {
             if (!m_columns.empty()) {
                 throw UsageError("--order and --columns exclude each other");
             }
-            options.order = ColumnOrder::FromLetters(m_order);
+            options.order = ColumnOrder::FromLetters(m_order, kOptionPrefix);
         } else if (!assigns) {
             options.order = ColumnOrder::FromWords(m_columns);
         }
@@ -193,31 +176,53 @@ class ImportCommand : public Command {
         options.decimalComma = m_decimalComma;
         options.codePage = m_codePage;
         options.noHeight = m_noHeight;
+        options.optionPrefix = kOptionPrefix;
         static_cast<void>(ReadName(m_group, "the group's name"));
         return options;
     }
 
-    void UseGroup(CqSurveyDB& db) const {
-        const CString group = FromUtf8(m_group);
-        if (db.SetCurrentGroup(group) == 0 &&
-            (db.AddGroup(group) == 0 || db.SetCurrentGroup(group) == 0)) {
-            throw Failure(fmt::format("{}: the group {} could not be added", Printable(m_job),
-                                      Quoted(m_group)));
+    ImportReport Import(Console& console, CqSurveyDB& db, const exchange::TextSource& source,
+                        FieldTextReader& reader) const {
+        using exchange::Duplicates;
+        const std::map<std::string, Duplicates> ways = {{"refuse", Duplicates::Refuse},
+                                                        {"skip", Duplicates::Skip},
+                                                        {"rename", Duplicates::Rename}};
+        exchange::ImportOptions options;
+        options.duplicates = ways.at(m_duplicates);
+        options.origin = static_cast<SurveyCoordType>(m_origin);
+        options.group = FromUtf8(m_group);
+        options.strict = m_strict;
+        options.jobName = m_job;
+        const std::string file = Printable(source.GetName());
+        if (!m_json) {
+            options.note = [&](const ImportNote& note) {
+                const std::string last =
+                    note.lines > 1 ? fmt::format("-{}", note.line + note.lines - 1) : "";
+                console.Say("{}:{}{}: {}: {}\n", file, note.line, last, note.what, note.text);
+            };
         }
+        Progress progress(console, "points");
+        options.progress = [&](std::uint64_t recorded, std::uint64_t bytes,
+                               std::optional<std::uint64_t> size) {
+            Interrupt::Check(source.GetName());
+            progress.Update(recorded, bytes, size);
+        };
+        return reader.Import(db, options);
     }
 
-    static std::string DescribeColumns(const PointFile& file) {
-        return file.GetOrder() ? file.GetOrder()->Describe() : "none";
+    static std::string DescribeColumns(const FieldTextReader& reader) {
+        return reader.GetOrder() ? reader.GetOrder()->Describe() : "none";
     }
 
-    void WriteText(Console& console, const ImportReport& report, const PointFile& file) const {
+    void WriteText(Console& console, const ImportReport& report,
+                   const FieldTextReader& reader) const {
         std::string untaken;
-        for (const std::string& column : file.GetUntaken()) {
+        for (const std::string& column : reader.GetUntaken()) {
             untaken += (untaken.empty() ? "" : ", ") + column;
         }
         console.Print("{} into {}\n", Printable(m_file), Printable(m_job));
-        console.Print("  columns: {}; separator: {}\n", DescribeColumns(file),
-                      SeparatorWord(file.GetSeparator()));
+        console.Print("  columns: {}; separator: {}\n", DescribeColumns(reader),
+                      exchange::SeparatorWord(reader.GetSeparator()));
         if (!untaken.empty()) {
             console.Print("  columns not taken: {}\n", untaken);
         }
@@ -235,21 +240,51 @@ class ImportCommand : public Command {
         tell(report.moreColumns, "with text behind the last column taken");
     }
 
-    void WriteJson(Console& console, const ImportReport& report, const PointFile& file) const {
+    void WriteJson(Console& console, const ImportReport& report,
+                   const FieldTextReader& reader) const {
         JsonWriter json(console);
         json.BeginObject();
         json.Member("file", m_file);
         json.Member("job", m_job);
-        json.Member("columns", DescribeColumns(file));
-        json.Member("separator", SeparatorWord(file.GetSeparator()));
+        json.Member("columns", DescribeColumns(reader));
+        json.Member("separator", exchange::SeparatorWord(reader.GetSeparator()));
         json.Key("columns_not_taken");
         json.BeginArray();
-        for (const std::string& column : file.GetUntaken()) {
+        for (const std::string& column : reader.GetUntaken()) {
             json.Value(column);
         }
         json.EndArray();
-        report.WriteJson(json);
+        WriteReport(json, report);
         json.EndObject();
+    }
+
+    static void WriteReport(JsonWriter& json, const ImportReport& report) {
+        json.Member("lines", report.GetSum());
+        json.Member("header", report.Get(Fate::Header));
+        json.Member("comment", report.Get(Fate::Comment));
+        json.Member("blank", report.Get(Fate::Blank));
+        json.Member("recorded", report.Get(Fate::Recorded));
+        json.Member("continued", report.GetContinued());
+        json.Member("skipped", report.Get(Fate::Skipped));
+        json.Member("refused", report.Get(Fate::Refused));
+        json.Member("withheld", report.GetWithheld());
+        json.Member("missing_heights", report.missingHeights);
+        json.Member("unnamed", report.unnamed);
+        json.Member("names_cut", report.cut);
+        json.Member("renamed", report.renamed);
+        json.Member("stray_quotes", report.strayQuotes);
+        json.Member("more_columns", report.moreColumns);
+        json.Key("notes");
+        json.BeginArray();
+        for (const ImportNote& note : report.GetNotes()) {
+            json.BeginObject();
+            json.Member("line", note.line);
+            json.Member("lines", note.lines);
+            json.Member("what", note.what);
+            json.Member("text", note.text);
+            json.EndObject();
+        }
+        json.EndArray();
     }
 
     std::string m_file;
@@ -259,7 +294,7 @@ class ImportCommand : public Command {
     std::string m_separator = "auto";
     std::string m_comment = "#";
     bool m_decimalComma = false;
-    int m_codePage = CodePage::kUtf8;
+    int m_codePage = CqCodePage::kUtf8;
     std::vector<std::string> m_noHeight;
     std::string m_duplicates = "refuse";
     std::string m_group;

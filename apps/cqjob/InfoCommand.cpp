@@ -6,8 +6,8 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JobTable.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
-#include "cqjob/Printable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -54,14 +54,12 @@ Summary Summarise(CqSurveyDB& db) {
 
 class InfoCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("info", "Say what a job holds, or several");
-        command->add_option("JOB", m_jobs, "The jobs; they are not changed")
-            ->required()
-            ->type_name("");
-        command->add_flag("--table", m_table, "Answer with a table for one job too");
-        AddJson(*command);
-        command->footer(
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command = program.AddCommand("info", "Say what a job holds, or several");
+        command.Add("JOB", m_jobs, "The jobs; they are not changed").Required().Placeholder("");
+        command.AddFlag("--table", m_table, "Answer with a table for one job too");
+        AddJson(command);
+        command.SetFooter(
             "One job is told in full. Several make a table, without being loaded, so that a "
             "folder\n"
             "of large jobs is told at once; a job that cannot be read has a row that says why, "

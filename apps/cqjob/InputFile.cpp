@@ -9,7 +9,7 @@
 #include <system_error>
 
 #include "cqjob/Failure.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

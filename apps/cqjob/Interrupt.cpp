@@ -1,7 +1,7 @@
 #include "cqjob/Interrupt.h"
 
 #include "cqjob/Failure.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

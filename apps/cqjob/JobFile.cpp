@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "cqjob/Failure.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

@@ -8,8 +8,8 @@
 
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/Printable.h"
 #include "cqjob/TextTable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

@@ -4,8 +4,8 @@
 
 #include <cmath>
 
-#include "cqjob/NumberText.h"
-#include "cqjob/Printable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

@@ -7,8 +7,8 @@
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/Printable.h"
 #include "cqjob/TextTable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -20,12 +20,13 @@ constexpr int kMaxLine = 65535;
 
 class LayersCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("layers", "List, add and change a job's layers");
-        command->require_subcommand(0, 1);
-        m_ownJob = command->add_option("JOB", m_job, "The job whose layers to list")->type_name("");
-        AddJson(*command);
-        command->footer(
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command = program.AddCommand("layers", "List, add and change a job's layers");
+        command.RequireCommand(true);
+        m_command = &command;
+        command.Add("JOB", m_job, "The job whose layers to list").Placeholder("");
+        AddJson(command);
+        command.SetFooter(
             "Names are compared exactly. Without an action the layers are listed.\n"
             "\n"
             "Example:\n"
@@ -33,83 +34,83 @@ class LayersCommand : public Command {
             "  cqjob layers add site.job Road --color 1\n"
             "  cqjob layers hide site.job Road");
 
-        m_list = command->add_subcommand("list", "Show every layer");
+        m_list = &command.AddCommand("list", "Show every layer");
         AddJob(*m_list, "The job; it is not changed");
         AddJson(*m_list);
-        m_list->footer("Example:\n  cqjob layers list site.job");
+        m_list->SetFooter("Example:\n  cqjob layers list site.job");
 
-        m_add = command->add_subcommand("add", "Add a layer");
+        m_add = &command.AddCommand("add", "Add a layer");
         AddJob(*m_add, "The job");
-        m_add->add_option("NAME", m_name, "The layer, of at most 51 characters")
-            ->required()
-            ->type_name("");
-        m_add->add_option("--color", m_color, "Its colour, 1 to 255; 7 is black on white")
-            ->type_name("N")
-            ->check(CLI::Range(1, kMaxColor))
-            ->capture_default_str();
-        m_add->add_option("--line", m_line, "Its line type; cqjob plot --help tells them")
-            ->type_name("N")
-            ->check(CLI::Range(0, kMaxLine))
-            ->capture_default_str();
-        m_add->add_flag("--hidden", m_hidden, "Hide it at once");
-        m_add->footer("Example:\n  cqjob layers add site.job Road --color 1 --line 2");
+        m_add->Add("NAME", m_name, "The layer, of at most 51 characters")
+            .Required()
+            .Placeholder("");
+        m_add->Add("--color", m_color, "Its colour, 1 to 255; 7 is black on white")
+            .Placeholder("N")
+            .InRange(1, kMaxColor)
+            .ShowDefault();
+        m_add->Add("--line", m_line, "Its line type; cqjob plot --help tells them")
+            .Placeholder("N")
+            .InRange(0, kMaxLine)
+            .ShowDefault();
+        m_add->AddFlag("--hidden", m_hidden, "Hide it at once");
+        m_add->SetFooter("Example:\n  cqjob layers add site.job Road --color 1 --line 2");
 
-        m_show = command->add_subcommand("show", "Show layers that were hidden");
+        m_show = &command.AddCommand("show", "Show layers that were hidden");
         AddNames(*m_show);
-        m_show->footer("Example:\n  cqjob layers show site.job Road Trees");
+        m_show->SetFooter("Example:\n  cqjob layers show site.job Road Trees");
 
-        m_hide = command->add_subcommand("hide", "Hide layers");
+        m_hide = &command.AddCommand("hide", "Hide layers");
         AddNames(*m_hide);
-        m_hide->footer("Example:\n  cqjob layers hide site.job Road Trees");
+        m_hide->SetFooter("Example:\n  cqjob layers hide site.job Road Trees");
 
-        m_colorAction = command->add_subcommand("color", "Change a layer's colour");
+        m_colorAction = &command.AddCommand("color", "Change a layer's colour");
         AddJob(*m_colorAction, "The job");
         AddName(*m_colorAction);
-        m_colorAction->add_option("COLOR", m_color, "The colour, 1 to 255")
-            ->required()
-            ->type_name("")
-            ->check(CLI::Range(1, kMaxColor));
-        m_colorAction->footer(
+        m_colorAction->Add("COLOR", m_color, "The colour, 1 to 255")
+            .Required()
+            .Placeholder("")
+            .InRange(1, kMaxColor);
+        m_colorAction->SetFooter(
             "A hidden layer stays hidden.\n"
             "\n"
             "Example:\n"
             "  cqjob layers color site.job Road 5");
 
-        m_lineAction = command->add_subcommand("line", "Change a layer's line type");
+        m_lineAction = &command.AddCommand("line", "Change a layer's line type");
         AddJob(*m_lineAction, "The job");
         AddName(*m_lineAction);
-        m_lineAction->add_option("LINE", m_line, "The line type; cqjob plot --help tells them")
-            ->required()
-            ->type_name("")
-            ->check(CLI::Range(0, kMaxLine));
-        m_lineAction->footer("Example:\n  cqjob layers line site.job Road 2");
+        m_lineAction->Add("LINE", m_line, "The line type; cqjob plot --help tells them")
+            .Required()
+            .Placeholder("")
+            .InRange(0, kMaxLine);
+        m_lineAction->SetFooter("Example:\n  cqjob layers line site.job Road 2");
         return command;
     }
 
     int Run(Console& console) override {
-        if (m_add->parsed()) {
+        if (m_add->IsGiven()) {
             return Add();
         }
-        if (m_show->parsed() || m_hide->parsed()) {
+        if (m_show->IsGiven() || m_hide->IsGiven()) {
             return Show();
         }
-        if (m_colorAction->parsed() || m_lineAction->parsed()) {
+        if (m_colorAction->IsGiven() || m_lineAction->IsGiven()) {
             return Edit();
         }
-        if (!m_list->parsed() && m_ownJob->count() == 0) {
+        if (!m_list->IsGiven() && !m_command->IsGiven("JOB")) {
             throw UsageError("JOB is required");
         }
         return List(console);
     }
 
  private:
-    void AddName(CLI::App& command) {
-        command.add_option("NAME", m_name, "The layer")->required()->type_name("");
+    void AddName(CommandLine& command) {
+        command.Add("NAME", m_name, "The layer").Required().Placeholder("");
     }
 
-    void AddNames(CLI::App& command) {
+    void AddNames(CommandLine& command) {
         AddJob(command, "The job");
-        command.add_option("NAME", m_names, "The layers")->required()->type_name("");
+        command.Add("NAME", m_names, "The layers").Required().Placeholder("");
     }
 
     int List(Console& console) const {
@@ -195,10 +196,10 @@ class LayersCommand : public Command {
         OpenToWrite(db, m_job);
         CqBatch batch(db);
         for (const std::string& name : m_names) {
-            if (db.ShowLayer(ToName(name), m_show->parsed() ? 1 : 0) == 0) {
+            if (db.ShowLayer(ToName(name), m_show->IsGiven() ? 1 : 0) == 0) {
                 FailAbout(name, "no layer");
             }
-            if (m_hide->parsed() && db.GetLayerColor(ToName(name)) == 0) {
+            if (m_hide->IsGiven() && db.GetLayerColor(ToName(name)) == 0) {
                 throw Failure(fmt::format("{}: layer {} has colour 0 and cannot be hidden",
                                           Printable(m_job), Quoted(name)));
             }
@@ -213,7 +214,7 @@ class LayersCommand : public Command {
         CqSurveyDB db;
         OpenToWrite(db, m_job);
         const int done =
-            m_lineAction->parsed()
+            m_lineAction->IsGiven()
                 ? db.EditLayerLine(name, m_line)
                 : db.EditLayerColor(name, db.GetLayerColor(name) < 0 ? -m_color : m_color);
         if (done == 0) {
@@ -223,13 +224,13 @@ class LayersCommand : public Command {
         return 0;
     }
 
-    CLI::Option* m_ownJob = nullptr;
-    CLI::App* m_list = nullptr;
-    CLI::App* m_add = nullptr;
-    CLI::App* m_show = nullptr;
-    CLI::App* m_hide = nullptr;
-    CLI::App* m_colorAction = nullptr;
-    CLI::App* m_lineAction = nullptr;
+    CommandLine* m_command = nullptr;
+    CommandLine* m_list = nullptr;
+    CommandLine* m_add = nullptr;
+    CommandLine* m_show = nullptr;
+    CommandLine* m_hide = nullptr;
+    CommandLine* m_colorAction = nullptr;
+    CommandLine* m_lineAction = nullptr;
     std::string m_name;
     std::vector<std::string> m_names;
     int m_color = 7;

@@ -7,12 +7,12 @@ namespace {
 
 class NewCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("new", "Create an empty job");
-        AddJob(*command, "The file to create");
-        command->add_flag("--force", m_force,
-                          "Replace a job that is there; anything else that is there stays");
-        command->footer("Example:\n  cqjob new site.job");
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command = program.AddCommand("new", "Create an empty job");
+        AddJob(command, "The file to create");
+        command.AddFlag("--force", m_force,
+                        "Replace a job that is there; anything else that is there stays");
+        command.SetFooter("Example:\n  cqjob new site.job");
         return command;
     }
 

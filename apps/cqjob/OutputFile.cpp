@@ -11,7 +11,7 @@
 #include <system_error>
 
 #include "cqjob/Failure.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

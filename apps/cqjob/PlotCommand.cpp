@@ -1,4 +1,5 @@
 #include <cqsurvey/cqsurvey.h>
+#include <cqsurvey/plan/plan.h>
 
 #include <algorithm>
 #include <array>
@@ -9,24 +10,17 @@
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
-#include "cqjob/NumberText.h"
 #include "cqjob/OutputFile.h"
-#include "cqjob/Picture.h"
-#include "cqjob/PlanPainter.h"
-#include "cqjob/PlanReader.h"
-#include "cqjob/Printable.h"
 #include "cqjob/Progress.h"
-#include "cqjob/Sheet.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
 namespace {
 
-constexpr double kMillimetresInInch = 25.4;
-constexpr double kDotsOfScreen = 96.0;
-constexpr double kMostDots = 30000.0;
-constexpr double kMostDotsInAll = 400e6;
-constexpr double kFarthest = 1e12;
+constexpr std::int32_t kLeastPixels = 16;
+constexpr std::int32_t kMostPixels = 30000;
 
 /// The parts of `text` between the signs.
 std::vector<std::string> Split(const std::string& text, char sign) {
@@ -43,62 +37,59 @@ std::vector<std::string> Split(const std::string& text, char sign) {
 
 class PlotCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("plot", "Draw a job's plan as SVG, PDF or PNG");
-        AddJob(*command, "The job; it is not changed");
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command = program.AddCommand("plot", "Draw a job's plan as SVG, PDF or PNG");
+        AddJob(command, "The job; it is not changed");
         command
-            ->add_option("FILE", m_file,
-                         "The picture to write: .svg, .pdf or .png; - for standard output")
-            ->required()
-            ->type_name("");
+            .Add("FILE", m_file, "The picture to write: .svg, .pdf or .png; - for standard output")
+            .Required()
+            .Placeholder("");
+        command.Add("--format", m_format, "The format, where the file's name does not say it")
+            .Placeholder("WORD")
+            .OneOf({"svg", "pdf", "png"});
+        command.Add("--layers", m_layers, "Only these layers, as far as they are shown")
+            .Placeholder("A,B,...")
+            .SplitAt(',');
         command
-            ->add_option("--format", m_format, "The format, where the file's name does not say it")
-            ->type_name("WORD")
-            ->check(CLI::IsMember({"svg", "pdf", "png"}));
-        command->add_option("--layers", m_layers, "Only these layers, as far as they are shown")
-            ->type_name("A,B,...")
-            ->delimiter(',');
+            .Add("--extent", m_extent,
+                 "Only this part of the job: least easting and northing, then the largest")
+            .Placeholder("E,N,E,N");
         command
-            ->add_option("--extent", m_extent,
-                         "Only this part of the job: least easting and northing, then the largest")
-            ->type_name("E,N,E,N");
+            .Add("--labels", m_labels, "What stands beside the points: name, height, code or none")
+            .Placeholder("WORD,...")
+            .SplitAt(',')
+            .OneOf({"name", "height", "code", "none"});
+        command.AddFlag("--all-labels", m_options.allLabels,
+                        "Also the labels that cover others; without it they are left out");
         command
-            ->add_option("--labels", m_labels,
-                         "What stands beside the points: name, height, code or none")
-            ->type_name("WORD,...")
-            ->delimiter(',')
-            ->check(CLI::IsMember({"name", "height", "code", "none"}));
-        command->add_flag("--all-labels", m_allLabels,
-                          "Also the labels that cover others; without it they are left out");
+            .Add("--label-height", m_options.labelHeight,
+                 "Height of the labels' capitals, in millimetres")
+            .Placeholder("MM")
+            .InRange(0.2, 50.0)
+            .ShowDefault();
+        command.AddFlag("!--no-grid", m_options.grid, "No crosses and numbers of the grid");
+        const Argument paper = command.Add("--paper", m_paper, "The paper: " + plan::PaperNames())
+                                   .Placeholder("NAME")
+                                   .ShowDefault();
+        command.AddFlag("--portrait", m_portrait, "The paper upright; without it as fits best");
+        command.AddFlag("--landscape", m_landscape, "The paper lying").Excludes("--portrait");
+        command.Add("--size", m_size, "A size in pixels of 1/96 inch instead of the paper")
+            .Placeholder("WxH")
+            .Excludes(paper)
+            .Excludes("--portrait")
+            .Excludes("--landscape");
         command
-            ->add_option("--label-height", m_choice.labelHeight,
-                         "Height of the labels' capitals, in millimetres")
-            ->type_name("MM")
-            ->check(CLI::Range(0.2, 50.0))
-            ->capture_default_str();
-        command->add_flag("!--no-grid", m_choice.grid, "No crosses and numbers of the grid");
-        CLI::Option* paper = command->add_option("--paper", m_paper, "The paper: " + PaperNames())
-                                 ->type_name("NAME")
-                                 ->capture_default_str();
-        command->add_flag("--portrait", m_portrait, "The paper upright; without it as fits best");
-        command->add_flag("--landscape", m_landscape, "The paper lying")->excludes("--portrait");
-        command->add_option("--size", m_size, "A size in pixels of 1/96 inch instead of the paper")
-            ->type_name("WxH")
-            ->excludes(paper)
-            ->excludes("--portrait")
-            ->excludes("--landscape");
-        command
-            ->add_option("--scale", m_scale,
-                         "The scale: 500 for 1 : 500; without it that of the job's settings, or "
-                         "the next round one at which all fits on the paper")
-            ->type_name("N")
-            ->check(CLI::Range(1e-3, 1e9));
-        command->add_option("--dpi", m_dpi, "Pixels an inch of a PNG on paper")
-            ->type_name("N")
-            ->check(CLI::Range(10.0, 2400.0))
-            ->capture_default_str();
-        command->add_flag("--force", m_force, "Replace a file that is there");
-        command->footer(
+            .Add("--scale", m_scale,
+                 "The scale: 500 for 1 : 500; without it that of the job's settings, or "
+                 "the next round one at which all fits on the paper")
+            .Placeholder("N")
+            .InRange(1e-3, 1e9);
+        command.Add("--dpi", m_options.dotsPerInch, "Pixels an inch of a PNG on paper")
+            .Placeholder("N")
+            .InRange(10.0, 2400.0)
+            .ShowDefault();
+        command.AddFlag("--force", m_force, "Replace a file that is there");
+        command.SetFooter(
             "Hidden layers (a negative colour) are not drawn. Colours are those of the usual\n"
             "palette of 255: 1 red, 2 yellow, 3 green, 4 cyan, 5 blue, 6 magenta, 7 black on\n"
             "white. Lines: 0 continuous, 1 dashed, 2 dotted, 3 dash and dot, 4 dash and two\n"
@@ -110,49 +101,42 @@ class PlotCommand : public Command {
             "Example:\n"
             "  cqjob plot site.job plan.pdf --paper A3 --scale 500\n"
             "  cqjob plot site.job plan.png --size 1200x800 --labels name,height");
-        m_command = command;
+        m_command = &command;
         return command;
     }
 
     int Run(Console& console) override {
-        const PictureFormat format = ReadFormat();
+        ReadFormat();
         ReadLabels();
-        SheetRequest request = ReadSheet();
-        const std::optional<Box> extent = ReadExtent();
-        const double dots = (m_size.empty() ? m_dpi : kDotsOfScreen) / kMillimetresInInch;
+        ReadSheet();
+        ReadExtent();
         RequireOtherFile(m_file, m_job);
-        CheckDots(format, request.paper, dots);
+        if (const std::string fault = FindFault(m_options); !fault.empty()) {
+            throw UsageError(fault);
+        }
+        m_options.title = MakeTitle();
         CqSurveyDB db;
         OpenToRead(db, m_job);
-        const Plan plan = Read(console, db);
+        const plan::PlanDrawing drawing = Read(console, db);
         db.Close();
-        const Box whole = plan.FindExtents();
-        const Box extents = extent.value_or(whole);
-        request.fits = extent.has_value() || !m_size.empty();
-        const Sheet sheet(request, extents, plan.mapScale);
 
         OutputFile output(console, m_file, m_force);
-        Picture picture(format, sheet.GetPaper(), dots, output);
-        m_choice.title = MakeTitle();
-        PlanPainter painter(picture.GetContext(), plan, sheet, m_choice);
-        Progress progress(console, "objects");
-        painter.Paint([&](std::size_t done) { progress.Update(done, done, plan.items.size()); });
-        picture.Finish();
+        const plan::PlotReport report = Draw(console, drawing, output);
         output.Finish();
-        console.Say("{} at 1 : {} into {}\n", Count(plan.items.size(), "object"),
-                    FormatNumber(sheet.GetScale()), Printable(m_file));
-        Report(console, plan, sheet, painter);
+        console.Say("{} at 1 : {} into {}\n", Count(drawing.GetCount(), "object"),
+                    FormatNumber(report.scale), Printable(m_file));
+        Say(console, drawing, report);
         return 0;
     }
 
  private:
-    PictureFormat ReadFormat() const {
-        const auto format = FindFormat(m_format.empty() ? m_file : m_format);
+    void ReadFormat() {
+        const auto format = plan::FindFormat(m_format.empty() ? m_file : m_format);
         if (!format) {
             throw UsageError(Printable(m_file) +
                              ": the name does not end in .svg, .pdf or .png; --format says which");
         }
-        return *format;
+        m_options.format = *format;
     }
 
     void ReadLabels() {
@@ -165,86 +149,76 @@ class PlotCommand : public Command {
         if (holds("none") && m_labels.size() > 1) {
             throw UsageError("--labels: none goes with nothing else");
         }
-        m_choice.names = holds("name");
-        m_choice.heights = holds("height");
-        m_choice.codes = holds("code");
+        m_options.labelNames = holds("name");
+        m_options.labelHeights = holds("height");
+        m_options.labelCodes = holds("code");
     }
 
-    SheetRequest ReadSheet() {
-        SheetRequest request;
+    void ReadSheet() {
+        // The ranges let through what is no number.
+        const bool numbers = !std::isnan(m_scale) && !std::isnan(m_options.dotsPerInch) &&
+                             !std::isnan(m_options.labelHeight);
         if (!m_size.empty()) {
-            const std::vector<std::string> parts = Split(m_size, 'x');
-            std::array<double, 2> sides{};
-            for (std::size_t i = 0; i < sides.size(); ++i) {
-                const std::optional<std::int32_t> side =
-                    parts.size() == sides.size() ? ParseWholeNumber(parts[i]) : std::nullopt;
-                if (!side || *side < 16 || *side > kMostDots) {
-                    throw UsageError("--size: " + Quoted(m_size) +
-                                     " is no size; it is written like 1200x800, each from 16 to "
-                                     "30000");
-                }
-                sides[i] = *side * kMillimetresInInch / kDotsOfScreen;
-            }
-            request.paper = {sides[0], sides[1]};
-            request.turns = false;
+            ReadSize();
         } else {
-            const std::optional<PaperSize> paper = FindPaper(m_paper);
+            const std::optional<plan::PaperSize> paper = plan::FindPaper(m_paper);
             if (!paper) {
                 throw UsageError("--paper: there is no paper " + Quoted(m_paper) + "; there are " +
-                                 PaperNames());
+                                 plan::PaperNames());
             }
-            request.paper = m_landscape ? PaperSize{paper->height, paper->width} : *paper;
-            request.turns = !m_landscape && !m_portrait;
+            m_options.paper = m_landscape ? plan::PaperSize{paper->height, paper->width} : *paper;
+            m_options.turnsPaper = !m_landscape && !m_portrait;
         }
-        // The ranges let through what is no number.
-        if (std::isnan(m_scale) || std::isnan(m_dpi) || std::isnan(m_choice.labelHeight)) {
+        if (!numbers) {
             throw UsageError("--scale, --dpi and --label-height take numbers");
         }
-        if (m_command->count("--scale") > 0) {
-            request.scale = m_scale;
+        if (m_command->IsGiven("--scale")) {
+            m_options.scale = m_scale;
         }
-        m_choice.allLabels = m_allLabels;
-        return request;
     }
 
-    std::optional<Box> ReadExtent() const {
+    void ReadSize() {
+        const std::vector<std::string> parts = Split(m_size, 'x');
+        std::array<std::int32_t, 2> sides{};
+        for (std::size_t i = 0; i < sides.size(); ++i) {
+            const std::optional<std::int32_t> side =
+                parts.size() == sides.size() ? ParseWholeNumber(parts[i]) : std::nullopt;
+            if (!side || *side < kLeastPixels || *side > kMostPixels) {
+                throw UsageError("--size: " + Quoted(m_size) +
+                                 " is no size; it is written like 1200x800, each from 16 to "
+                                 "30000");
+            }
+            sides[i] = *side;
+        }
+        m_options.SetPixels(sides[0], sides[1]);
+    }
+
+    void ReadExtent() {
         if (m_extent.empty()) {
-            return std::nullopt;
+            return;
         }
         const std::vector<std::string> parts = Split(m_extent, ',');
         std::array<double, 4> sides{};
         for (std::size_t i = 0; i < sides.size(); ++i) {
             const ParsedNumber number =
                 parts.size() == sides.size() ? ParseNumber(parts[i]) : ParsedNumber{0.0, ""};
-            if (number.fault != nullptr || std::fabs(number.value) > kFarthest) {
+            if (number.fault != nullptr || std::fabs(number.value) > plan::kFarthest) {
                 throw UsageError("--extent: " + Quoted(m_extent) +
                                  " is not four numbers like 2000,5000,2200,5150");
             }
             sides[i] = number.value;
         }
-        const Box box{sides[0], sides[1], sides[2], sides[3]};
-        const double far = std::max({std::fabs(box.minX), std::fabs(box.maxX), std::fabs(box.minY),
-                                     std::fabs(box.maxY), 1e-3});
+        const plan::Box box{sides[0], sides[1], sides[2], sides[3]};
         if (!(box.minX < box.maxX) || !(box.minY < box.maxY)) {
             throw UsageError("--extent: the first two numbers are less than the last two");
         }
-        if (std::max(box.GetWidth(), box.GetHeight()) < far * 1e-9) {
+        if (!IsDrawable(box)) {
             throw UsageError("--extent: that is too small a part to be drawn");
         }
-        return box;
+        m_options.extent = box;
     }
 
-    static void CheckDots(PictureFormat format, const PaperSize& paper, double dots) {
-        const double width = paper.width * dots;
-        const double height = paper.height * dots;
-        if (format == PictureFormat::Png &&
-            (std::max(width, height) > kMostDots + 0.5 || width * height > kMostDotsInAll)) {
-            throw UsageError(
-                fmt::format("a PNG of {:.0f} x {:.0f} pixels is too large", width, height));
-        }
-    }
-
-    Plan Read(Console& console, CqSurveyDB& db) const {
+    plan::PlanDrawing Read(Console& console, CqSurveyDB& db) const {
         std::optional<CStringList> layers;
         for (const std::string& layer : m_layers) {
             if (!IsUtf8(layer)) {
@@ -258,11 +232,24 @@ class PlotCommand : public Command {
         try {
             const auto there = static_cast<std::size_t>(db.GetNumCadEntities());
             Progress progress(console, "entities");
-            return PlanReader(db, layers).Read([&](std::size_t read) {
-                progress.Update(read, read, there);
-            });
-        } catch (const Failure& failure) {
-            throw Failure(Printable(m_job) + ": " + failure.what());
+            return plan::PlanDrawing(db, layers,
+                                     [&](std::size_t read) { progress.Update(read, read, there); });
+        } catch (const plan::PlanFailure& failure) {
+            const bool damaged = failure.GetCode() == error::kDamaged;
+            throw Failure(Printable(m_job) + ": " + failure.what() +
+                          (damaged ? "; cqjob check says more" : ""));
+        }
+    }
+
+    plan::PlotReport Draw(Console& console, const plan::PlanDrawing& drawing,
+                          OutputFile& output) const {
+        try {
+            Progress progress(console, "objects");
+            return drawing.Draw(
+                m_options, [&](std::string_view bytes) { output.Write(bytes); },
+                [&](std::size_t done) { progress.Update(done, done, drawing.GetCount()); });
+        } catch (const plan::PlanFailure& failure) {
+            throw Failure(failure.what());
         }
     }
 
@@ -273,29 +260,29 @@ class PlotCommand : public Command {
         return Printable(std::filesystem::path(job).stem().string());
     }
 
-    void Report(Console& console, const Plan& plan, const Sheet& sheet,
-                const PlanPainter& painter) const {
+    void Say(Console& console, const plan::PlanDrawing& drawing,
+             const plan::PlotReport& report) const {
         const std::string job = Printable(m_job);
-        if (plan.items.empty()) {
+        if (drawing.GetCount() == 0) {
             console.Say("{}: there is nothing to draw\n", job);
         }
-        if (plan.hidden > 0) {
-            console.Say("{}: {} hidden and not drawn\n", job, Count(plan.hidden, "object"));
+        if (drawing.GetHidden() > 0) {
+            console.Say("{}: {} hidden and not drawn\n", job, Count(drawing.GetHidden(), "object"));
         }
-        if (plan.unplaced > 0) {
+        if (drawing.GetUnplaced() > 0) {
             console.Say("{}: {} without a finite place or size, not drawn\n", job,
-                        Count(plan.unplaced, "object"));
+                        Count(drawing.GetUnplaced(), "object"));
         }
-        if (!sheet.HoldsAll()) {
+        if (!report.holdsAll) {
             console.Say("{}: at 1 : {} not all of it fits into the frame\n", job,
-                        FormatNumber(sheet.GetScale()));
+                        FormatNumber(report.scale));
         }
-        if (painter.GetLostLabels() > 0) {
+        if (report.lostLabels > 0) {
             console.Say("{}: no room for {}; --all-labels draws them all the same\n", job,
-                        Count(painter.GetLostLabels(), "label"));
+                        Count(report.lostLabels, "label"));
         }
         constexpr std::size_t kMostNotes = 10;
-        const std::vector<std::string>& notes = painter.GetNotes();
+        const std::vector<std::string>& notes = report.notes;
         for (std::size_t i = 0; i < std::min(kMostNotes, notes.size()); ++i) {
             console.Say("{}: {}\n", job, notes[i]);
         }
@@ -304,21 +291,19 @@ class PlotCommand : public Command {
         }
     }
 
-    CLI::App* m_command = nullptr;
+    CommandLine* m_command = nullptr;
     std::string m_file;
     std::string m_format;
     std::vector<std::string> m_layers;
     std::string m_extent;
     std::vector<std::string> m_labels;
-    bool m_allLabels = false;
     std::string m_paper = "A4";
     bool m_portrait = false;
     bool m_landscape = false;
     std::string m_size;
     double m_scale = 500.0;
-    double m_dpi = 150.0;
     bool m_force = false;
-    PaintChoice m_choice;
+    plan::PlotOptions m_options;
 };
 
 }  // namespace

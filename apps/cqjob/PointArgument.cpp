@@ -6,7 +6,7 @@
 
 #include "cqjob/Arguments.h"
 #include "cqjob/Failure.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

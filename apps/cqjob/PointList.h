@@ -13,7 +13,7 @@ namespace cqsurvey::cqjob {
 enum class PointOrder : std::uint16_t { Name = 0, Code = 1, Record = 2 };
 
 /// The points of a job that a filter admits, in the order of a view; without a filter all points,
-/// the ones of data origin 0, which no view admits, behind the others in record order.
+/// the ones of data origin 0, which no view admits, after the others in record order.
 class PointList {
  public:
     /// Sets the view of `db`, which must outlive the list and not be changed meanwhile. Throws

@@ -7,11 +7,11 @@
 #include "cqjob/Command.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/NumberText.h"
 #include "cqjob/PointDetails.h"
-#include "cqjob/Printable.h"
 #include "cqjob/TextTable.h"
 #include "cqjob/ViewOptions.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -19,29 +19,29 @@ namespace {
 
 class PointsCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command = app.add_subcommand("points", "List a job's points");
-        AddJob(*command, "The job; it is not changed");
-        AddJson(*command);
-        m_view.AddTo(*command);
-        command->add_option("--limit", m_limit, "List at most so many points, on each page")
-            ->type_name("N")
-            ->check(CLI::Range(1, std::numeric_limits<int>::max()));
-        command->add_option("--page", m_page, "Which page to list, from 1; of 50 points or --limit")
-            ->type_name("K")
-            ->check(CLI::Range(1, std::numeric_limits<int>::max()));
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command = program.AddCommand("points", "List a job's points");
+        AddJob(command, "The job; it is not changed");
+        AddJson(command);
+        m_view.AddTo(command);
+        command.Add("--limit", m_limit, "List at most so many points, on each page")
+            .Placeholder("N")
+            .InRange(1, std::numeric_limits<int>::max());
+        command.Add("--page", m_page, "Which page to list, from 1; of 50 points or --limit")
+            .Placeholder("K")
+            .InRange(1, std::numeric_limits<int>::max());
         command
-            ->add_option("--decimals", m_decimals,
-                         "Decimal places of the coordinates in the table; JSON has them all")
-            ->type_name("N")
-            ->check(CLI::Range(0, 17))
-            ->capture_default_str();
-        command->footer(std::string(ViewOptions::kHelp) +
-                        "\n"
-                        "Example:\n"
-                        "  cqjob points site.job --limit 10\n"
-                        "  cqjob points site.job --name P100..P199 --code 5 --code 7\n"
-                        "  cqjob points site.job --group Road --sort code --page 3 --json");
+            .Add("--decimals", m_decimals,
+                 "Decimal places of the coordinates in the table; JSON has them all")
+            .Placeholder("N")
+            .InRange(0, 17)
+            .ShowDefault();
+        command.SetFooter(std::string(ViewOptions::kHelp) +
+                          "\n"
+                          "Example:\n"
+                          "  cqjob points site.job --limit 10\n"
+                          "  cqjob points site.job --name P100..P199 --code 5 --code 7\n"
+                          "  cqjob points site.job --group Road --sort code --page 3 --json");
         return command;
     }
 

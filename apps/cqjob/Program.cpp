@@ -1,17 +1,19 @@
 #include "cqjob/Program.h"
 
 #include <cqsurvey/cqsurvey.h>
+#include <cqsurvey/exchange/ExchangeError.h>
 
 #include <exception>
 #include <new>
-#include <sstream>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "cqjob/Command.h"
+#include "cqjob/CommandLine.h"
 #include "cqjob/Failure.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -20,57 +22,43 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
-/// When something is missing, what was not understood may have been meant for it.
-std::string DescribeUnknown(const CLI::App& app, const CLI::ParseError& error) {
-    const std::vector<std::string> unknown = app.remaining(true);
-    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::RequiredError) ||
-        unknown.empty()) {
-        return {};
-    }
-    return Quoted(unknown.front()) + " is not understood. ";
+int SayWrongUsage(Console& console, const CommandLine& command, const std::exception& error) {
+    console.Say("cqjob: {}\nRun cqjob {} --help for more information.\n", error.what(),
+                command.GetName());
+    return kWrongUsage;
 }
 
 int Run(int argc, const char* const* argv, Console& console) {
-    std::vector<std::unique_ptr<Command>> commands = MakeCommands();
-    CLI::App app("Works on surveying jobs: points, drawing and settings of a survey in one file.");
-    app.name("cqjob");
-    app.set_version_flag("--version", "cqjob " CQJOB_VERSION, "Print the version and end");
-    app.require_subcommand(1);
-    app.failure_message(CLI::FailureMessage::simple);
-    app.footer(
+    const std::vector<std::unique_ptr<Command>> commands = MakeCommands();
+    CommandLine line("cqjob", CQJOB_VERSION,
+                     "Works on surveying jobs: points, drawing and settings of a survey in one "
+                     "file.");
+    line.RequireCommand();
+    line.SetFooter(
         "Exit status: 0 done, 1 failed, 2 wrong usage.\n"
         "\n"
         "Example:\n"
         "  cqjob new site.job\n"
         "  cqjob import site.job points.csv --order pnezd\n"
         "  cqjob points site.job --limit 10");
-    std::vector<std::pair<CLI::App*, Command*>> declared;
+    std::vector<std::pair<const CommandLine*, Command*>> declared;
     declared.reserve(commands.size());
     for (const auto& command : commands) {
-        declared.emplace_back(command->AddTo(app), command.get());
+        declared.emplace_back(&command->AddTo(line), command.get());
     }
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        std::ostringstream out;
-        std::ostringstream err;
-        const int status = app.exit(error, out, err);
-        console.Out(out.str());
-        if (!err.str().empty()) {
-            console.Err("cqjob: " + DescribeUnknown(app, error) + err.str());
-        }
-        return status == 0 ? 0 : kWrongUsage;
+    if (const std::optional<int> status = line.Parse(argc, argv, console)) {
+        return *status;
     }
     for (const auto& [parsed, command] : declared) {
-        if (!parsed->parsed()) {
+        if (!parsed->IsGiven()) {
             continue;
         }
         try {
             return command->Run(console);
         } catch (const UsageError& error) {
-            console.Say("cqjob: {}\nRun cqjob {} --help for more information.\n", error.what(),
-                        parsed->get_name());
-            return kWrongUsage;
+            return SayWrongUsage(console, *parsed, error);
+        } catch (const exchange::OptionError& error) {
+            return SayWrongUsage(console, *parsed, error);
         } catch (const CException& error) {
             console.Say("cqjob: {}: {}\n", Printable(command->GetJob()), Printable(error.what()));
             return kFailed;

@@ -4,22 +4,22 @@
 #include <utility>
 
 #include "cqjob/Failure.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
-void AddSeparator(CLI::App& command, std::string& word, bool automatic) {
+void AddSeparator(CommandLine& command, std::string& word, bool automatic) {
     command
-        .add_option("--separator", word,
-                    automatic
-                        ? "What stands between fields: comma, semicolon, tab, blank, or auto: the "
-                          "one that makes most points of the first lines"
-                        : "What stands between fields: comma, semicolon, tab or blank")
-        ->type_name("WORD")
-        ->capture_default_str();
+        .Add("--separator", word,
+             automatic ? "What stands between fields: comma, semicolon, tab, blank, or auto: the "
+                         "one that makes most points of the first lines"
+                       : "What stands between fields: comma, semicolon, tab or blank")
+        .Placeholder("WORD")
+        .ShowDefault();
 }
 
-Separator ReadSeparator(const std::string& word) {
+exchange::Separator ReadSeparator(const std::string& word) {
+    using exchange::Separator;
     static const std::array<std::pair<const char*, Separator>, 12> kWords = {{
         {"comma", Separator::Comma},
         {",", Separator::Comma},

@@ -1,16 +1,17 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <cqsurvey/exchange/FieldText.h>
+
 #include <string>
 
-#include "cqjob/CsvReader.h"
+#include "cqjob/CommandLine.h"
 
 namespace cqsurvey::cqjob {
 
-/// Adds --separator, whose word goes into `word`; "auto" is one only where it may be guessed.
-void AddSeparator(CLI::App& command, std::string& word, bool automatic);
+/// Adds --separator, whose word goes into `word`; "auto" is a choice only where it may be guessed.
+void AddSeparator(CommandLine& command, std::string& word, bool automatic);
 
-/// The separator that a word of that option means. Throws UsageError for a word that means none.
-[[nodiscard]] Separator ReadSeparator(const std::string& word);
+/// The separator that a word of that option means. Throws UsageError for any other word.
+[[nodiscard]] exchange::Separator ReadSeparator(const std::string& word);
 
 }  // namespace cqsurvey::cqjob

@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <optional>
 
-#include "cqjob/NumberText.h"
-#include "cqjob/Printable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

@@ -5,9 +5,9 @@
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/Printable.h"
 #include "cqjob/SettingRules.h"
 #include "cqjob/SettingsTransfer.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -15,36 +15,36 @@ namespace {
 
 class SettingsCommand : public Command {
  public:
-    CLI::App* AddTo(CLI::App& app) override {
-        CLI::App* command =
-            app.add_subcommand("settings", "List, get, set, import and export settings");
-        command->require_subcommand(1);
-        command->footer(
+    CommandLine& AddTo(CommandLine& program) override {
+        CommandLine& command =
+            program.AddCommand("settings", "List, get, set, import and export settings");
+        command.RequireCommand();
+        command.SetFooter(
             "Sections and keys are found without regard to case.\n"
             "\n"
             "Example:\n"
             "  cqjob settings list site.job\n"
             "  cqjob settings set site.job SETTINGS Mapscale 250");
 
-        m_list = command->add_subcommand("list", "Show every setting");
+        m_list = &command.AddCommand("list", "Show every setting");
         AddJob(*m_list, "The job; it is not changed");
         AddJson(*m_list);
-        m_list->footer("Example:\n  cqjob settings list site.job");
+        m_list->SetFooter("Example:\n  cqjob settings list site.job");
 
-        m_get = command->add_subcommand("get", "Show the value of one setting");
+        m_get = &command.AddCommand("get", "Show the value of one setting");
         AddJob(*m_get, "The job; it is not changed");
         AddNames(*m_get);
         AddJson(*m_get);
-        m_get->footer("Example:\n  cqjob settings get site.job SETTINGS Mapscale");
+        m_get->SetFooter("Example:\n  cqjob settings get site.job SETTINGS Mapscale");
 
-        m_set = command->add_subcommand("set", "Change one setting");
+        m_set = &command.AddCommand("set", "Change one setting");
         AddJob(*m_set, "The job");
         AddNames(*m_set);
-        m_set->add_option("VALUE", m_value, "The value; an empty one removes a key of your own")
-            ->required()
-            ->type_name("");
+        m_set->Add("VALUE", m_value, "The value; an empty one removes a key of your own")
+            .Required()
+            .Placeholder("");
         AddJson(*m_set);
-        m_set->footer(
+        m_set->SetFooter(
             "A section that is not there is made, so that programs can keep settings of their own\n"
             "with the job.\n"
             "\n"
@@ -52,47 +52,47 @@ class SettingsCommand : public Command {
             "  cqjob settings set site.job SETTINGS Mapscale 250\n"
             "  cqjob settings set site.job MyOffice Crew \"A. Berg, T. Lund\"");
 
-        m_import = command->add_subcommand("import", "Replace every setting by those of a file");
+        m_import = &command.AddCommand("import", "Replace every setting by those of a file");
         AddJob(*m_import, "The job");
-        m_import->add_option("FILE", m_file, "The settings file")->required()->type_name("");
+        m_import->Add("FILE", m_file, "The settings file").Required().Placeholder("");
         AddJson(*m_import);
-        m_import->footer(kSettingsImportHelp);
+        m_import->SetFooter(kSettingsImportHelp);
 
-        m_export = command->add_subcommand("export", "Write every setting into a file");
+        m_export = &command.AddCommand("export", "Write every setting into a file");
         AddJob(*m_export, "The job; it is not changed");
-        m_export->add_option("FILE", m_file, "The file to write, - for standard output")
-            ->required()
-            ->type_name("");
-        m_export->add_flag("--force", m_force, "Replace a file that is there");
+        m_export->Add("FILE", m_file, "The file to write, - for standard output")
+            .Required()
+            .Placeholder("");
+        m_export->AddFlag("--force", m_force, "Replace a file that is there");
         AddJson(*m_export);
-        m_export->footer("Example:\n  cqjob settings export site.job office.ini");
+        m_export->SetFooter("Example:\n  cqjob settings export site.job office.ini");
         return command;
     }
 
     int Run(Console& console) override {
-        if (m_list->parsed()) {
+        if (m_list->IsGiven()) {
             return List(console);
         }
-        if (m_import->parsed()) {
+        if (m_import->IsGiven()) {
             ImportSettings(m_job, m_file);
             AnswerFile(console);
             return 0;
         }
-        if (m_export->parsed()) {
+        if (m_export->IsGiven()) {
             RequireOwnOutput(m_file);
             ExportSettings(console, m_job, m_file, m_force);
             AnswerFile(console);
             return 0;
         }
-        return m_get->parsed() ? Get(console) : Set(console);
+        return m_get->IsGiven() ? Get(console) : Set(console);
     }
 
  private:
-    void AddNames(CLI::App& command) {
-        command.add_option("SECTION", m_section, "The section, such as SETTINGS")
-            ->required()
-            ->type_name("");
-        command.add_option("KEY", m_key, "The key, such as Mapscale")->required()->type_name("");
+    void AddNames(CommandLine& command) {
+        command.Add("SECTION", m_section, "The section, such as SETTINGS")
+            .Required()
+            .Placeholder("");
+        command.Add("KEY", m_key, "The key, such as Mapscale").Required().Placeholder("");
     }
 
     int List(Console& console) const {
@@ -203,11 +203,11 @@ class SettingsCommand : public Command {
         return 0;
     }
 
-    CLI::App* m_list = nullptr;
-    CLI::App* m_get = nullptr;
-    CLI::App* m_set = nullptr;
-    CLI::App* m_import = nullptr;
-    CLI::App* m_export = nullptr;
+    CommandLine* m_list = nullptr;
+    CommandLine* m_get = nullptr;
+    CommandLine* m_set = nullptr;
+    CommandLine* m_import = nullptr;
+    CommandLine* m_export = nullptr;
     std::string m_section;
     std::string m_key;
     std::string m_value;

@@ -11,7 +11,7 @@
 #include "cqjob/InputFile.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/OutputFile.h"
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 

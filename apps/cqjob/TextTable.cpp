@@ -1,36 +1,26 @@
 #include "cqjob/TextTable.h"
 
-#include <cqsurvey/Text.h>
+#include <glib.h>
 
 #include <algorithm>
 #include <utility>
 
-#include "cqjob/Printable.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
 namespace {
 
-/// True for the characters that take two places on a terminal: East Asian scripts and pictures.
-bool IsWide(char32_t c) {
-    return (c >= 0x1100 && c <= 0x115F) || (c >= 0x2E80 && c <= 0xA4CF) ||
-           (c >= 0xAC00 && c <= 0xD7A3) || (c >= 0xF900 && c <= 0xFAFF) ||
-           (c >= 0xFE30 && c <= 0xFE6F) || (c >= 0xFF00 && c <= 0xFF60) ||
-           (c >= 0xFFE0 && c <= 0xFFE6) || (c >= 0x1F300 && c <= 0x1FAFF) ||
-           (c >= 0x20000 && c <= 0x3FFFD);
-}
-
-/// How many places on a terminal the text takes.
+/// How many places on a terminal the text, which is UTF-8, takes: two for a character of the East
+/// Asian scripts, nothing for an accent.
 std::size_t DisplayWidth(const std::string& text) {
-    const CString wide = FromUtf8(text);
     std::size_t width = 0;
-    for (std::size_t i = 0; i < wide.size(); ++i) {
-        char32_t c = wide[i];
-        if (c >= 0xD800 && c < 0xDC00 && i + 1 < wide.size()) {
-            ++i;
-            c = 0x10000U + ((c - 0xD800U) << 10U) + (wide[i] - 0xDC00U);
+    const char* const end = text.data() + text.size();
+    for (const char* at = text.data(); at < end; at = g_utf8_next_char(at)) {
+        const gunichar character = g_utf8_get_char(at);
+        if (g_unichar_iszerowidth(character) == 0) {
+            width += g_unichar_iswide(character) != 0 ? 2U : 1U;
         }
-        width += IsWide(c) ? 2U : 1U;
     }
     return width;
 }

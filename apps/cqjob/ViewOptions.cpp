@@ -1,14 +1,15 @@
 #include "cqjob/ViewOptions.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <optional>
 #include <utility>
 
 #include "cqjob/Arguments.h"
 #include "cqjob/Failure.h"
-#include "cqjob/NumberText.h"
-#include "cqjob/Printable.h"
+#include "text/NumberText.h"
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -71,42 +72,38 @@ NameBounds::NameBounds(const std::string& word) {
     }
 }
 
-void ViewOptions::AddTo(CLI::App& command) {
+void ViewOptions::AddTo(CommandLine& command) {
     m_command = &command;
-    command
-        .add_option("--sort", m_sort,
-                    "Sort by name in natural order (P2, P10), by code or not: record")
-        ->type_name("KEY")
-        ->check(CLI::IsMember({"name", "code", "record"}))
-        ->capture_default_str();
-    command.add_flag("--descending", m_descending, "The other way round");
-    command.add_option("--name", m_name, "Only names from one to another, or of a prefix")
-        ->type_name("FROM..TO|PREFIX*")
-        ->check(FindBoundsFault, "");
-    command
-        .add_option("--code", m_codes,
-                    "Only points of this feature code; may be given several times")
-        ->type_name("CODE")
-        ->type_size(1)
-        ->allow_extra_args(false)
-        ->check(FindWholeNumberFault, "");
-    command.add_option("--group", m_group, "Only points of this group")->type_name("NAME");
-    command.add_flag("--ungrouped", m_ungrouped,
-                     "Points in no group, beside those of --group if that is given");
-    command.add_option("--origin", m_origin, "Only points whose data origin meets this mask")
-        ->type_name("MASK")
-        ->check(CLI::Range(1, static_cast<int>(kEveryOrigin)));
+    command.Add("--sort", m_sort, "Sort by name in natural order (P2, P10), by code or not: record")
+        .Placeholder("KEY")
+        .OneOf({"name", "code", "record"})
+        .ShowDefault();
+    command.AddFlag("--descending", m_descending, "The other way round");
+    command.Add("--name", m_name, "Only names from one to another, or of a prefix")
+        .Placeholder("FROM..TO|PREFIX*")
+        .Check(FindBoundsFault);
+    command.Add("--code", m_codes, "Only points of this feature code; may be given several times")
+        .Placeholder("CODE")
+        .OneValueEach()
+        .Check(FindWholeNumberFault);
+    command.Add("--group", m_group, "Only points of this group").Placeholder("NAME");
+    command.AddFlag("--ungrouped", m_ungrouped,
+                    "Points in no group, beside those of --group if that is given");
+    command.Add("--origin", m_origin, "Only points whose data origin meets this mask")
+        .Placeholder("MASK")
+        .InRange(1, static_cast<int>(kEveryOrigin));
 }
 
 bool ViewOptions::IsFiltered() const {
-    return m_command->count("--name") + m_command->count("--code") + m_command->count("--group") +
-               m_command->count("--ungrouped") + m_command->count("--origin") >
-           0;
+    static constexpr std::array kFilters = {"--name", "--code", "--group", "--ungrouped",
+                                            "--origin"};
+    return std::any_of(kFilters.begin(), kFilters.end(),
+                       [this](const char* option) { return m_command->IsGiven(option); });
 }
 
 COORDFILTER ViewOptions::MakeFilter(CqSurveyDB& db, const std::string& job) const {
     COORDFILTER filter;
-    filter.originMask = m_command->count("--origin") > 0 ? m_origin : kEveryOrigin;
+    filter.originMask = m_command->IsGiven("--origin") ? m_origin : kEveryOrigin;
     if (!m_name.empty()) {
         const NameBounds bounds(m_name);
         filter.nameFrom = FromUtf8(bounds.from);
@@ -115,7 +112,7 @@ COORDFILTER ViewOptions::MakeFilter(CqSurveyDB& db, const std::string& job) cons
     for (const std::string& code : m_codes) {
         filter.codes.push_back(ParseWholeNumber(code).value_or(0));
     }
-    if (m_command->count("--group") > 0) {
+    if (m_command->IsGiven("--group")) {
         filter.group = db.GetGroupID(ReadText(m_group, "the group's name"));
         if (filter.group == 0) {
             throw Failure(fmt::format("{}: there is no group {}", Printable(job), Quoted(m_group)));
@@ -136,7 +133,7 @@ PointList ViewOptions::MakeList(CqSurveyDB& db, const std::string& job, Console&
     std::optional<COORDFILTER> filter;
     if (IsFiltered()) {
         filter = MakeFilter(db, job);
-        const std::int32_t without = m_command->count("--origin") > 0 ? 0 : CountWithoutOrigin(db);
+        const std::int32_t without = m_command->IsGiven("--origin") ? 0 : CountWithoutOrigin(db);
         if (without > 0) {
             console.Say("{}: {} without data origin, which no filter admits\n", Printable(job),
                         Count(static_cast<std::size_t>(without), "point"));

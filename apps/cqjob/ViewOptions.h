@@ -1,10 +1,10 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "cqjob/CommandLine.h"
 #include "cqjob/Console.h"
 #include "cqjob/PointList.h"
 
@@ -25,7 +25,7 @@ struct NameBounds {
 class ViewOptions {
  public:
     /// Adds the options; their values are kept here, so this must outlive the command.
-    void AddTo(CLI::App& command);
+    void AddTo(CommandLine& command);
 
     /// The points of the job that was opened from the path `job`, as asked for. Says on the console
     /// when points could not be taken into account. Throws Failure when a group is not there.
@@ -44,7 +44,7 @@ class ViewOptions {
     [[nodiscard]] bool IsFiltered() const;
     [[nodiscard]] COORDFILTER MakeFilter(CqSurveyDB& db, const std::string& job) const;
 
-    CLI::App* m_command = nullptr;
+    CommandLine* m_command = nullptr;
     std::string m_sort = "name";
     bool m_descending = false;
     std::string m_name;

@@ -2,6 +2,10 @@
 
 /// The job database of a field surveying application: everything an application needs.
 
+#if __cplusplus < 202002L
+#error "cqsurvey needs C++20 (-std=c++20)"
+#endif
+
 #include "cqsurvey/CException.h"
 #include "cqsurvey/CQrfsFileException.h"
 #include "cqsurvey/CVector.h"

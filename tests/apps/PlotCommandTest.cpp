@@ -1,4 +1,3 @@
-#include <cairo.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,8 +11,8 @@
 #include <memory>
 
 #include "apps/RunCqjob.h"
-#include "cqjob/Cairo.h"
 #include "support/Drawing.h"
+#include "support/PngPicture.h"
 #include "support/SvgPicture.h"
 #include "support/TempDir.h"
 
@@ -424,57 +423,34 @@ TEST_F(PlotCommand, WritesAPngOfTheSizeAskedFor) {
     DrawLine(db, {{-30, 0}, {30, 0}});
     DrawLine(db, {{-30, -20}, {30, -20}, {30, 20}, {-30, 20}, {-30, -20}});
     Plot("a.png", {"--size", "301x200", "--no-grid"});
-    const CairoSurfacePtr surface(
-        cairo_image_surface_create_from_png(folder.Utf8("a.png").c_str()));
-    ASSERT_EQ(cairo_surface_status(surface.get()), CAIRO_STATUS_SUCCESS);
-    ASSERT_EQ(cairo_image_surface_get_width(surface.get()), 301);
-    ASSERT_EQ(cairo_image_surface_get_height(surface.get()), 200);
-    const unsigned char* data = cairo_image_surface_get_data(surface.get());
-    const auto pixel = [&](int x, int y) {
-        const unsigned char* at = data + y * cairo_image_surface_get_stride(surface.get()) + x * 4;
-        return std::array<int, 3>{at[2], at[1], at[0]};
-    };
-    EXPECT_EQ(pixel(0, 0), (std::array<int, 3>{255, 255, 255}));
+    const PngPicture picture(folder.Utf8("a.png"));
+    ASSERT_TRUE(picture.IsRead());
+    ASSERT_EQ(picture.GetWidth(), 301);
+    ASSERT_EQ(picture.GetHeight(), 200);
+    EXPECT_EQ(picture.GetPixel(0, 0), (PixelColor{255, 255, 255}));
     // The line in the middle is about a pixel wide and lies between two rows.
-    const auto middle = pixel(150, 100);
-    const auto above = pixel(150, 99);
+    const auto middle = picture.GetPixel(150, 100);
+    const auto above = picture.GetPixel(150, 99);
     EXPECT_EQ(middle[0], 255);
     EXPECT_LT(std::min(middle[1], above[1]), 200);
-    EXPECT_EQ(pixel(150, 90), (std::array<int, 3>{255, 255, 255}));
+    EXPECT_EQ(picture.GetPixel(150, 90), (PixelColor{255, 255, 255}));
 }
 
 TEST_F(PlotCommand, PngOnPaperHasTheDotsAskedFor) {
     Plot("a.png", {"--paper", "A5", "--portrait", "--dpi", "100"});
-    const CairoSurfacePtr surface(
-        cairo_image_surface_create_from_png(folder.Utf8("a.png").c_str()));
-    EXPECT_EQ(cairo_image_surface_get_width(surface.get()), 583);
-    EXPECT_EQ(cairo_image_surface_get_height(surface.get()), 827);
+    const PngPicture picture(folder.Utf8("a.png"));
+    EXPECT_EQ(picture.GetWidth(), 583);
+    EXPECT_EQ(picture.GetHeight(), 827);
 }
 
 TEST_F(PlotCommand, DrawsTheBackgroundImageWhereItIsPlaced) {
-    const CairoSurfacePtr image(cairo_image_surface_create(CAIRO_FORMAT_RGB24, 2, 1));
-    {
-        const CairoPtr context(cairo_create(image.get()));
-        cairo_set_source_rgb(context.get(), 0.0, 0.0, 1.0);
-        cairo_paint(context.get());
-        cairo_set_source_rgb(context.get(), 1.0, 0.0, 0.0);
-        cairo_rectangle(context.get(), 0.0, 0.0, 1.0, 1.0);
-        cairo_fill(context.get());
-    }
-    ASSERT_EQ(cairo_surface_write_to_png(image.get(), folder.Utf8("in.png").c_str()),
-              CAIRO_STATUS_SUCCESS);
+    ASSERT_TRUE(PngPicture::WriteRow(folder.Utf8("in.png"), {{255, 0, 0}, {0, 0, 255}}));
     ASSERT_EQ(db.StoreBackgroundImageFile(folder.Path(u"in.png"), 1, {0, 0}, {40, 20}, 0.0), 1);
     Plot("a.png", {"--size", "300x300", "--no-grid", "--extent", "-20,-20,20,20"});
-    const CairoSurfacePtr surface(
-        cairo_image_surface_create_from_png(folder.Utf8("a.png").c_str()));
-    const unsigned char* data = cairo_image_surface_get_data(surface.get());
-    const auto pixel = [&](int x, int y) {
-        const unsigned char* at = data + y * cairo_image_surface_get_stride(surface.get()) + x * 4;
-        return std::array<int, 3>{at[2], at[1], at[0]};
-    };
-    EXPECT_EQ(pixel(60, 150), (std::array<int, 3>{255, 0, 0}));
-    EXPECT_EQ(pixel(240, 150), (std::array<int, 3>{0, 0, 255}));
-    EXPECT_EQ(pixel(150, 40), (std::array<int, 3>{255, 255, 255}));
+    const PngPicture picture(folder.Utf8("a.png"));
+    EXPECT_EQ(picture.GetPixel(60, 150), (PixelColor{255, 0, 0}));
+    EXPECT_EQ(picture.GetPixel(240, 150), (PixelColor{0, 0, 255}));
+    EXPECT_EQ(picture.GetPixel(150, 40), (PixelColor{255, 255, 255}));
 }
 
 TEST_F(PlotCommand, DrawsTheFrameOfABackgroundImageItCannotDecode) {
@@ -518,6 +494,19 @@ TEST_F(PlotCommand, WritesToStandardOutput) {
     const CqjobRun run = RunCqjob({"plot", job, "-", "--format", "svg"});
     EXPECT_EQ(run.status, 0);
     EXPECT_TRUE(Has(run.out, "</svg>"));
+}
+
+TEST_F(PlotCommand, SaysWhenThePictureCannotBeWritten) {
+    if (!std::filesystem::exists("/dev/full")) {
+        GTEST_SKIP() << "there is no /dev/full";
+    }
+    DrawLine(db, {{0, 0}, {40, 30}});
+    db.Close();
+    for (const char* format : {"svg", "pdf", "png"}) {
+        const CqjobRun run = RunCqjob({"plot", job, "/dev/full", "--format", format, "--force"});
+        EXPECT_EQ(run.status, 1) << format;
+        EXPECT_TRUE(Has(run.err, "/dev/full: No space left on device")) << run.err;
+    }
 }
 
 TEST_F(PlotCommand, LeavesTheJobAsItIs) {

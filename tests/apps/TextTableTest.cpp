@@ -40,6 +40,15 @@ TEST(TextTable, ShowsControlCharacters) {
     EXPECT_EQ(captured.Out(), "A\na\\r\\nb\n");
 }
 
+TEST(TextTable, AnAccentTakesNoPlace) {
+    CapturedConsole captured;
+    TextTable table(captured.console, {{"A"}, {"B"}});
+    table.Add({"e\u0301", "x"});
+    table.Add({"\u9053", "x"});
+    table.Finish();
+    EXPECT_EQ(captured.Out(), "A   B\ne\u0301   x\n\u9053  x\n");
+}
+
 TEST(TextTable, WritesAnyNumberOfRows) {
     CapturedConsole captured;
     TextTable table(captured.console, {{"N", true}});

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "cqsurvey/CException.h"
+#include "cqsurvey/ErrorCodes.h"
+#include "cqsurvey/plan/Export.h"
+
+namespace cqsurvey::plan {
+
+/// A plan could not be read or drawn.
+class CQSURVEY_PLAN_API PlanFailure : public CException {
+ public:
+    /// `code` is one of ErrorCodes.h, `text` a sentence in English.
+    PlanFailure(std::int32_t code, std::string text);
+
+    /// error::kInvalidArgument for options or layers that make no sense, error::kDamaged for a job
+    /// that cannot be read whole, error::kGeneralFailure when the picture could not be drawn.
+    [[nodiscard]] std::int32_t GetCode() const noexcept { return m_code; }
+
+    /// The sentence, without a full stop at its end.
+    [[nodiscard]] const char* what() const noexcept override;
+
+ private:
+    std::int32_t m_code;
+    std::string m_text;
+};
+
+}  // namespace cqsurvey::plan

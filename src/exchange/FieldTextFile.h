@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cqsurvey/CodePage.h"
+#include "cqsurvey/exchange/FieldTextReader.h"
+#include "exchange/CsvReader.h"
+
+namespace cqsurvey::exchange {
+
+/// A field text file line by line, as FieldTextReader promises. CsvReader finds the fields; this
+/// class says what they mean, which takes the order of the columns, from the options or from the
+/// header, and the separator, from the options or from the front of the file.
+class FieldTextFile {
+ public:
+    /// The source must outlive the file. Throws OptionError when the separator cannot be what was
+    /// asked for, ExchangeError when the text cannot be read.
+    FieldTextFile(TextSource& source, FieldTextReadOptions options);
+
+    /// The next line; false at the end. Throws OptionError when the header does not give the
+    /// columns or plainly contradicts the order given, ExchangeError when the text cannot be read.
+    bool Next(FieldTextLine& line);
+
+    [[nodiscard]] Separator GetSeparator() const { return *m_options.separator; }
+
+    /// The columns in use; nothing before the header was read that says them.
+    [[nodiscard]] const std::optional<ColumnOrder>& GetOrder() const { return m_options.order; }
+
+    /// The header's columns that are not taken, each like 5 "SIGMA_E".
+    [[nodiscard]] const std::vector<std::string>& GetUntaken() const { return m_untaken; }
+
+ private:
+    [[nodiscard]] Separator GuessSeparator();
+    [[nodiscard]] bool HasNumbers(std::string_view line);
+    [[nodiscard]] bool LooksLikeHeader() const;
+    void ReadHeader(const std::vector<std::string_view>& texts);
+    void ReadHeaderLine(FieldTextLine& line);
+    void ReadPoint(FieldTextLine& line);
+    bool ReadCoordinate(Column column, double& value, FieldTextLine& line) const;
+    bool ReadHeight(FieldTextLine& line) const;
+    bool ReadTexts(FieldTextLine& line);
+    [[nodiscard]] std::string JoinRest(std::size_t first) const;
+    [[nodiscard]] std::string_view FieldText(std::optional<std::size_t> index) const;
+    bool Decode(const char* what, std::string_view bytes, CString& text, FieldTextLine& line);
+
+    TextSource& m_source;
+    FieldTextReadOptions m_options;
+    CqCodePage m_codePage;
+    CsvReader m_reader;
+    CsvRecord m_record;
+    std::vector<double> m_noHeights;
+    std::vector<std::string_view> m_split;
+    std::vector<std::string> m_untaken;
+    std::uint64_t m_headerLinesRead = 0;
+    bool m_headerDone = false;
+};
+
+}  // namespace cqsurvey::exchange

@@ -1,0 +1,79 @@
+#include "exchange/FieldTextRow.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "text/NumberText.h"
+
+namespace cqsurvey::exchange {
+
+FieldTextRow::FieldTextRow(ColumnOrder order, Separator separator, std::optional<int> decimals,
+                           bool decimalComma)
+    : m_order(order), m_separator(separator), m_decimals(decimals), m_decimalComma(decimalComma) {}
+
+std::string FieldTextRow::Number(double value) const {
+    std::string text = m_decimals ? FormatNumber(value, *m_decimals) : FormatNumber(value);
+    if (m_decimalComma) {
+        std::replace(text.begin(), text.end(), '.', ',');
+    }
+    return text;
+}
+
+std::string FieldTextRow::MakeHeader() const {
+    static constexpr std::array<std::pair<Column, const char*>, kColumnCount> kHeadings = {{
+        {Column::Name, "Name"},
+        {Column::Northing, "Northing"},
+        {Column::Easting, "Easting"},
+        {Column::Height, "Height"},
+        {Column::Code, "Code"},
+        {Column::Description, "Description"},
+    }};
+    CsvWriter writer(m_separator);
+    for (std::size_t i = 0; i < m_order.GetWidth(); ++i) {
+        const auto* const heading =
+            std::find_if(kHeadings.begin(), kHeadings.end(),
+                         [&](const auto& entry) { return m_order.Find(entry.first) == i; });
+        writer.Add(heading == kHeadings.end() ? "" : heading->second);
+    }
+    return writer.TakeLine();
+}
+
+std::string FieldTextRow::Make(const PointTexts& point) const {
+    CsvWriter writer(m_separator);
+    for (std::size_t i = 0; i < m_order.GetWidth(); ++i) {
+        const auto is = [&](Column column) { return m_order.Find(column) == i; };
+        if (is(Column::Name)) {
+            writer.Add(point.name);
+        } else if (is(Column::Easting)) {
+            writer.Add(Number(point.coords[0]));
+        } else if (is(Column::Northing)) {
+            writer.Add(Number(point.coords[1]));
+        } else if (is(Column::Height)) {
+            writer.Add(Number(point.coords[2]));
+        } else if (is(Column::Code)) {
+            writer.Add(std::to_string(point.code));
+        } else if (!is(Column::Description)) {
+            writer.Add("");
+        } else if (m_order.Find(Column::Code)) {
+            writer.Add(point.description);
+        } else {
+            AddRest(writer, point);
+        }
+    }
+    return writer.TakeLine();
+}
+
+/// The description's column of an order without one for the code.
+void FieldTextRow::AddRest(CsvWriter& writer, const PointTexts& point) const {
+    const bool plain = !ParseWholeNumber(point.description).has_value();
+    if (point.code == 0 && plain) {
+        writer.Add(point.description);
+        return;
+    }
+    writer.Add(std::to_string(point.code));
+    if (!point.description.empty()) {
+        writer.Add(point.description, true);
+    }
+}
+
+}  // namespace cqsurvey::exchange

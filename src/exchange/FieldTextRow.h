@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "cqsurvey/exchange/ColumnOrder.h"
+#include "exchange/CsvWriter.h"
+
+namespace cqsurvey::exchange {
+
+/// A point as it is written: texts in the bytes of the file.
+struct PointTexts {
+    std::string name;
+    std::array<double, 3> coords{};  ///< easting, northing, height
+    std::int32_t code = 0;
+    std::string description;
+};
+
+/// Makes the lines of a field text file, such that FieldTextFile with the same order reads the same
+/// points.
+class FieldTextRow {
+ public:
+    /// Without `decimals` numbers are as long as it takes to read them back exactly.
+    FieldTextRow(ColumnOrder order, Separator separator, std::optional<int> decimals,
+                 bool decimalComma);
+
+    /// The line that names the columns.
+    [[nodiscard]] std::string MakeHeader() const;
+
+    [[nodiscard]] std::string Make(const PointTexts& point) const;
+
+ private:
+    [[nodiscard]] std::string Number(double value) const;
+    void AddRest(CsvWriter& writer, const PointTexts& point) const;
+
+    ColumnOrder m_order;
+    Separator m_separator;
+    std::optional<int> m_decimals;
+    bool m_decimalComma;
+};
+
+}  // namespace cqsurvey::exchange

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "cqsurvey/CodePage.h"
+
+namespace cqsurvey::exchange {
+
+/// The code page of a text file by its number. Throws OptionError for a page that the system does
+/// not know or whose bytes below 0x80 are not ASCII: separators and digits could not be found in
+/// it.
+[[nodiscard]] CqCodePage RequireNarrowPage(int number);
+
+}  // namespace cqsurvey::exchange

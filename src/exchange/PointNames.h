@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+
+#include "cqsurvey/Types.h"
+
+namespace cqsurvey::exchange {
+
+/// The most UTF-16 code units of a point's or a group's name.
+inline constexpr std::size_t kLongestName = 19;
+
+/// The front of `name` that a job can hold, at most `length` code units; a character of two units
+/// is never halved.
+[[nodiscard]] CString CutName(const CString& name, std::size_t length = kLongestName);
+
+/// Makes names that are not taken yet, by a number at the end: P1_2, P1_3 ...
+class PointNames {
+ public:
+    /// `taken` tells whether a name is in use.
+    explicit PointNames(std::function<bool(const CString&)> taken);
+
+    /// A name that is not in use, like `name` and of at most 19 code units.
+    [[nodiscard]] CString MakeUnique(const CString& name);
+
+ private:
+    std::function<bool(const CString&)> m_taken;
+    std::map<CString, std::uint64_t> m_next;
+};
+
+}  // namespace cqsurvey::exchange

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "plan/Cairo.h"
+#include "plan/LabelRoom.h"
+#include "plan/Page.h"
+#include "plan/Plan.h"
+
+namespace cqsurvey::plan {
+
+/// Draws the image behind the drawing where the job places it: moved, scaled and turned. An image
+/// that cannot be drawn is a dashed frame, and a note says why.
+class ImagePainter {
+ public:
+    /// Both must outlive the painter.
+    ImagePainter(Page& page, LabelRoom& room) : m_page(page), m_room(room) {}
+
+    void Draw(const PlanImage& image);
+
+ private:
+    void DrawPixels(cairo_surface_t* surface, const CVector& centre, const CVector& size,
+                    double angle);
+    void DrawFrame(const CVector& centre, const CVector& size, double angle);
+
+    Page& m_page;
+    LabelRoom& m_room;
+};
+
+}  // namespace cqsurvey::plan

@@ -1,0 +1,71 @@
+#include "plan/Page.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+#include "plan/LineType.h"
+
+namespace cqsurvey::plan {
+
+namespace {
+
+/// A box on paper, which is in millimetres. An empty one stays empty.
+Box FromPaper(const Box& paper) {
+    return {paper.minX * kMillimetre, paper.minY * kMillimetre, paper.maxX * kMillimetre,
+            paper.maxY * kMillimetre};
+}
+
+}  // namespace
+
+Page::Page(cairo_t* context, const Sheet& sheet, Rgb background)
+    : m_context(context),
+      m_sheet(sheet),
+      m_background(background),
+      m_ink(InkOn(background)),
+      m_map(FromPaper(sheet.GetMap())),
+      m_title(FromPaper(sheet.GetTitle())),
+      m_text(context) {}
+
+CVector Page::ToPage(const CVector& place) const {
+    const CVector paper = m_sheet.ToPaper(place);
+    return {paper.GetX() * kMillimetre, paper.GetY() * kMillimetre};
+}
+
+double Page::ToPage(double length) const {
+    return m_sheet.ToPaper(length) * kMillimetre;
+}
+
+void Page::SetColor(Rgb color) {
+    constexpr double kFull = 255.0;
+    cairo_set_source_rgb(m_context, color.red / kFull, color.green / kFull, color.blue / kFull);
+}
+
+void Page::SetColor(int color) {
+    SetColor(PaletteColor(color, m_background));
+}
+
+void Page::SetLine(int type, double width) {
+    std::array<double, 8> dashes{};
+    const std::span<const double> pattern = LinePattern(type);
+    std::transform(pattern.begin(), pattern.end(), dashes.begin(),
+                   [](double length) { return length * kMillimetre; });
+    cairo_set_dash(m_context, dashes.data(), static_cast<int>(pattern.size()), 0.0);
+    cairo_set_line_width(m_context, width);
+}
+
+void Page::AddRectangle(const Box& box) {
+    cairo_rectangle(m_context, box.minX, box.minY, box.GetWidth(), box.GetHeight());
+}
+
+void Page::WriteFitting(const std::string& text, const CVector& at, double height, double width,
+                        bool bold) {
+    m_text.SetFont(height, bold);
+    const double wanted = m_text.GetWidth(text);
+    if (wanted > width) {
+        m_text.SetFont(height * width / wanted, bold);
+    }
+    m_text.Write(text, at);
+}
+
+}  // namespace cqsurvey::plan

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cairo.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cqsurvey/CVector.h"
+#include "cqsurvey/plan/Box.h"
+#include "plan/Palette.h"
+#include "plan/Sheet.h"
+#include "plan/TextPainter.h"
+#include "plan/Units.h"
+
+namespace cqsurvey::plan {
+
+/// Widths of lines and the distance of rows of text, wherever on the page they are drawn.
+inline constexpr double kLineWidth = 0.25 * kMillimetre;
+inline constexpr double kThinWidth = 0.13 * kMillimetre;
+/// From baseline to baseline, for capitals of height 1.
+inline constexpr double kLeading = 1.6;
+
+/// A sheet as cairo draws on it. Each painter draws one part of the plan, and all share the page:
+/// it knows where on it a place of the job stands, sets colours and line types, writes texts, and
+/// collects what is to be said about the picture. Its unit is a point of 1/72 inch, x to the right
+/// and y down from the upper left corner.
+class Page {
+ public:
+    /// Draws to `context`. It and `sheet` must outlive the page.
+    Page(cairo_t* context, const Sheet& sheet, Rgb background);
+
+    [[nodiscard]] cairo_t* GetContext() const { return m_context; }
+    [[nodiscard]] const Sheet& GetSheet() const { return m_sheet; }
+    [[nodiscard]] Rgb GetBackground() const { return m_background; }
+    /// The colour of all that is no part of the drawing.
+    [[nodiscard]] Rgb GetInk() const { return m_ink; }
+    /// The map's frame.
+    [[nodiscard]] const Box& GetMap() const { return m_map; }
+    /// The title block; empty when the sheet has none.
+    [[nodiscard]] const Box& GetTitle() const { return m_title; }
+    [[nodiscard]] TextPainter& GetText() { return m_text; }
+
+    /// Where a place of the job stands.
+    [[nodiscard]] CVector ToPage(const CVector& place) const;
+    /// The length on the page of a length in the job.
+    [[nodiscard]] double ToPage(double length) const;
+
+    void SetColor(Rgb color);
+    /// Sets a colour of the palette.
+    void SetColor(int color);
+    /// Sets the type (LinePattern) and the width of the lines to be drawn.
+    void SetLine(int type, double width);
+    /// Adds the rectangle to the path.
+    void AddRectangle(const Box& box);
+
+    /// Writes a line of text that is at most `width` long: smaller than `height` where it must be.
+    /// `at` is its lower left corner.
+    void WriteFitting(const std::string& text, const CVector& at, double height, double width,
+                      bool bold = false);
+
+    /// Adds a sentence on what could not be drawn as it is.
+    void AddNote(std::string note) { m_notes.push_back(std::move(note)); }
+    [[nodiscard]] const std::vector<std::string>& GetNotes() const { return m_notes; }
+
+ private:
+    cairo_t* m_context;
+    const Sheet& m_sheet;
+    Rgb m_background;
+    Rgb m_ink;
+    Box m_map;
+    Box m_title;
+    TextPainter m_text;
+    std::vector<std::string> m_notes;
+};
+
+}  // namespace cqsurvey::plan

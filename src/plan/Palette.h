@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+
+namespace cqsurvey::plan {
+
+/// A colour, its parts from 0 to 255.
+struct Rgb {
+    std::uint8_t red = 0;
+    std::uint8_t green = 0;
+    std::uint8_t blue = 0;
+    bool operator==(const Rgb&) const = default;
+};
+
+inline constexpr Rgb kWhite{255, 255, 255};
+inline constexpr Rgb kBlack{0, 0, 0};
+
+/// What is written in where the drawing says nothing else: black, or white on a dark background.
+[[nodiscard]] Rgb InkOn(Rgb background);
+
+/// The colour of the drawing palette that `index` names: 1 to 9 the pure colours and two greys, 10
+/// to 249 a wheel of 24 hues in ten shades each, 250 to 255 greys from dark to white.
+///
+/// 7 and every number without a colour of its own (0 too) are the ink, and so is a colour that
+/// cannot be told from the background.
+[[nodiscard]] Rgb PaletteColor(int index, Rgb background);
+
+/// The background colour of a job's settings: red in the lowest byte, green and blue above it.
+[[nodiscard]] Rgb BackgroundColor(std::uint32_t setting);
+
+/// `color` so much paler that it stays behind the drawing: `part` (0 to 1) of it over the rest of
+/// `background`.
+[[nodiscard]] Rgb Mix(Rgb color, Rgb background, double part);
+
+}  // namespace cqsurvey::plan

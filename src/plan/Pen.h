@@ -1,0 +1,47 @@
+#pragma once
+
+#include <span>
+
+#include "cqsurvey/CVector.h"
+#include "cqsurvey/plan/Box.h"
+#include "plan/Geometry.h"
+#include "plan/LabelRoom.h"
+#include "plan/Page.h"
+
+namespace cqsurvey::plan {
+
+/// Adds straight lines and arcs to the page's path, in places on the page. What reaches so far out
+/// that cairo could not reckon with it is cut off first. Where a line passes through the map,
+/// labels are kept off it.
+class Pen {
+ public:
+    /// Far beyond any page, and well inside the numbers cairo reckons in: no length that is handed
+    /// to it may be larger.
+    static constexpr double kReach = 20'000.0;
+
+    /// Both must outlive the pen.
+    Pen(Page& page, LabelRoom& room);
+
+    /// Begins a new line: the next piece does not continue the last one.
+    void Lift() { m_isDown = false; }
+
+    /// Adds a piece that begins where the last one ended.
+    void DrawSegment(const CVector& from, const CVector& to);
+    void DrawArc(const Arc& arc);
+
+    /// Adds a whole circle, closed where all of it can be drawn.
+    void DrawCircle(const CVector& centre, double radius);
+
+    /// Adds the sides of a polygon.
+    void DrawOutline(std::span<const CVector> corners);
+
+ private:
+    void MarkLine(CVector from, CVector to);
+
+    Page& m_page;
+    LabelRoom& m_room;
+    Box m_reach;  ///< what may be handed to cairo
+    bool m_isDown = false;
+};
+
+}  // namespace cqsurvey::plan

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <string_view>
+
+#include "cqsurvey/plan/Paper.h"
+#include "cqsurvey/plan/PlotOptions.h"
+#include "plan/Cairo.h"
+
+namespace cqsurvey::plan {
+
+/// A picture of one page: cairo draws it, and its bytes go to a sink as they come up.
+class Picture {
+ public:
+    using Sink = std::function<void(std::string_view bytes)>;
+
+    /// PNG has `dots` pixels a millimetre, rounded to whole pixels for the page. `sink` must
+    /// outlive the picture. Throws PlanFailure, error::kGeneralFailure, when there is no memory for
+    /// it.
+    Picture(PictureFormat format, const PaperSize& paper, double dots, const Sink& sink);
+    Picture(const Picture&) = delete;
+    Picture& operator=(const Picture&) = delete;
+    ~Picture();
+
+    /// Where to draw, in points of 1/72 inch from the upper left corner.
+    [[nodiscard]] cairo_t* GetContext() const { return m_context.get(); }
+
+    /// Writes what is not written yet. Throws PlanFailure, error::kGeneralFailure, when the picture
+    /// could not be drawn, and what the sink threw.
+    void Finish();
+
+ private:
+    static cairo_status_t WriteBytes(void* closure, const unsigned char* data, unsigned int length);
+    void Expect(cairo_status_t status) const;
+
+    PictureFormat m_format;
+    const Sink& m_sink;
+    bool m_givenUp = false;
+    std::exception_ptr m_failure;
+    CairoSurfacePtr m_surface;
+    CairoPtr m_context;
+};
+
+}  // namespace cqsurvey::plan

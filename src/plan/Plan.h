@@ -1,0 +1,101 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "cqsurvey/CVector.h"
+#include "cqsurvey/plan/Box.h"
+#include "plan/Palette.h"
+
+namespace cqsurvey::plan {
+
+/// A survey point. Colours here and below are numbers of the palette, those of layers and of the
+/// job's settings already put in.
+struct PlanPoint {
+    CVector at;
+    double height = 0.0;  ///< not a number when it was not measured
+    std::string name;
+    int code = 0;
+    int color = 0;
+};
+
+struct PlanVertex {
+    CVector at;
+    double bulge = 0.0;  ///< of the segment to the next vertex
+};
+
+struct PlanLine {
+    std::vector<PlanVertex> vertices;
+    int color = 0;
+    int line = 0;
+};
+
+struct PlanCircle {
+    CVector at;
+    double radius = 0.0;  ///< greater than 0
+    int color = 0;
+    int line = 0;
+};
+
+enum class HorizontalAlign { Left, Centre, Right };
+enum class VerticalAlign { Baseline, Bottom, Middle, Top };
+
+struct PlanText {
+    CVector at;
+    std::vector<std::string> lines;  ///< UTF-8 without control characters
+    double height = 0.0;    ///< of capitals, in the job's unit of length; 0: none was given
+    double rotation = 0.0;  ///< degrees, counter-clockwise from east
+    HorizontalAlign horizontal = HorizontalAlign::Left;
+    VerticalAlign vertical = VerticalAlign::Baseline;
+    int color = 0;
+};
+
+/// A bitmap: a square with its lower left corner at a place.
+struct PlanFrame {
+    CVector at;
+    double width = 0.0;  ///< greater than 0
+    std::string name;
+    int color = 0;
+};
+
+using PlanItem = std::variant<PlanPoint, PlanLine, PlanCircle, PlanText, PlanFrame>;
+
+/// The image behind the drawing.
+struct PlanImage {
+    std::vector<std::uint8_t> bytes;
+    CVector centre;
+    CVector size;
+    double rotation = 0.0;  ///< degrees, counter-clockwise
+    int brightness = 0;     ///< -255 to 255 more on each part of a colour
+    int contrast = 100;     ///< percent
+    bool grey = false;
+};
+
+/// What there is to draw of a job, in job coordinates and in drawing order.
+struct Plan {
+    std::vector<PlanItem> items;
+    std::optional<PlanImage> image;
+    Box jobExtents;  ///< what the job tells of itself, hidden layers and all; empty without any
+    Rgb background = kWhite;
+    double mapScale = 500.0;   ///< of the job's settings, greater than 0
+    double symbolSize = 5.0;   ///< of the job's settings, in points of 1/72 inch
+    std::size_t points = 0;    ///< how many of the items are points
+    std::size_t unplaced = 0;  ///< left out: no finite place, radius or width
+    std::size_t hidden = 0;    ///< left out: hidden by their own colour or their layer's
+
+    /// The box of all items as far as the paper does not decide their size; empty when there is
+    /// none. Where there is no item: the box of the image.
+    [[nodiscard]] Box FindExtents() const;
+};
+
+/// The box of one item.
+[[nodiscard]] Box FindBox(const PlanItem& item);
+
+/// The box of a placed image.
+[[nodiscard]] Box FindBox(const PlanImage& image);
+
+}  // namespace cqsurvey::plan

@@ -1,0 +1,91 @@
+#include "cqsurvey/plan/PlotOptions.h"
+
+#include <glib.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+#include "plan/Units.h"
+#include "plan/Wording.h"
+
+namespace cqsurvey::plan {
+
+namespace {
+
+/// Also false for what is not a number.
+bool IsWithin(double value, double least, double largest) {
+    return value >= least && value <= largest;
+}
+
+/// Why a PNG with the options would be too large; empty when it is not.
+std::string FindPixelFault(const PlotOptions& options) {
+    constexpr double kMostPixels = 30000.0;
+    constexpr double kMostPixelsInAll = 400e6;
+    const double width = options.paper.width * (options.dotsPerInch / kMillimetresInInch);
+    const double height = options.paper.height * (options.dotsPerInch / kMillimetresInInch);
+    // Half a pixel is what rounding to whole ones adds at most.
+    if (std::max(width, height) <= kMostPixels + 0.5 && width * height <= kMostPixelsInAll) {
+        return {};
+    }
+    return "a PNG of " + FormatNumber(width, 0) + " x " + FormatNumber(height, 0) +
+           " pixels is too large";
+}
+
+}  // namespace
+
+std::optional<PictureFormat> FindFormat(std::string_view nameOrWord) {
+    static constexpr std::array<std::pair<std::string_view, PictureFormat>, 3> kFormats{
+        {{"svg", PictureFormat::Svg}, {"pdf", PictureFormat::Pdf}, {"png", PictureFormat::Png}}};
+    const std::string_view word = nameOrWord.substr(nameOrWord.rfind('.') + 1);
+    for (const auto& [name, format] : kFormats) {
+        if (name.size() == word.size() &&
+            g_ascii_strncasecmp(name.data(), word.data(), word.size()) == 0) {
+            return format;
+        }
+    }
+    return std::nullopt;
+}
+
+void PlotOptions::SetPixels(int width, int height) {
+    constexpr double kDotsOfScreen = 96.0;
+    paper = {width * kMillimetresInInch / kDotsOfScreen,
+             height * kMillimetresInInch / kDotsOfScreen};
+    turnsPaper = false;
+    fillsPaper = true;
+    dotsPerInch = kDotsOfScreen;
+}
+
+bool IsDrawable(const Box& extent) {
+    constexpr double kLeastPart = 1e-9;
+    constexpr double kLeastDistance = 1e-3;
+    const double far = std::max({std::fabs(extent.minX), std::fabs(extent.maxX),
+                                 std::fabs(extent.minY), std::fabs(extent.maxY), kLeastDistance});
+    return extent.minX < extent.maxX && extent.minY < extent.maxY && far <= kFarthest &&
+           std::max(extent.GetWidth(), extent.GetHeight()) >= far * kLeastPart;
+}
+
+std::string FindFault(const PlotOptions& options) {
+    constexpr double kLeastSide = 1.0;
+    constexpr double kLargestSide = 10'000.0;
+    if (!IsWithin(options.paper.width, kLeastSide, kLargestSide) ||
+        !IsWithin(options.paper.height, kLeastSide, kLargestSide)) {
+        return "the sides of the paper are not from 1 to 10,000 mm";
+    }
+    if (!IsWithin(options.dotsPerInch, 10.0, 2400.0)) {
+        return "the dots per inch are not from 10 to 2400";
+    }
+    if (options.scale && !IsWithin(*options.scale, 1e-3, 1e9)) {
+        return "the scale is not from 0.001 to 1e9";
+    }
+    if (!IsWithin(options.labelHeight, 0.2, 50.0)) {
+        return "the height of the labels is not from 0.2 to 50 mm";
+    }
+    if (options.extent && !IsDrawable(*options.extent)) {
+        return "the part to be drawn is empty, too small or too far away";
+    }
+    return options.format == PictureFormat::Png ? FindPixelFault(options) : std::string();
+}
+
+}  // namespace cqsurvey::plan

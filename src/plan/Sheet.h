@@ -1,0 +1,67 @@
+#pragma once
+
+#include <optional>
+
+#include "cqsurvey/CVector.h"
+#include "cqsurvey/plan/Box.h"
+#include "cqsurvey/plan/Paper.h"
+
+namespace cqsurvey::plan {
+
+/// The smallest of the scales that are used on plans (1, 1.25, 1.5, 2, 2.5, 4, 5 or 7.5 times a
+/// power of ten) that is at least `scale`. `scale` is greater than 0.
+[[nodiscard]] double RoundScale(double scale);
+
+/// The largest round distance (1, 2 or 5 times a power of ten) that is at most `distance`.
+/// `distance` is greater than 0.
+[[nodiscard]] double RoundDistance(double distance);
+
+/// Which sheet is asked for.
+struct SheetRequest {
+    PaperSize paper{210.0, 297.0};
+    /// Turn the paper so that the plan fits best; else it stays as it is.
+    bool turns = true;
+    /// Every millimetre on paper is so many in the field; without it the job's scale, or where the
+    /// plan does not fit at that the next round one.
+    std::optional<double> scale;
+    /// Take the smallest round scale at which the plan fits, whatever the job's.
+    bool fits = false;
+};
+
+/// One sheet of paper with a map on it: where on paper things stand, and which place of the job is
+/// where. On paper x goes right and y down, in millimetres.
+class Sheet {
+ public:
+    /// Puts `extents` into the middle of the map. An empty box is taken for the origin.
+    Sheet(const SheetRequest& request, const Box& extents, double jobScale);
+
+    [[nodiscard]] const PaperSize& GetPaper() const { return m_paper; }
+    [[nodiscard]] double GetScale() const { return m_scale; }
+    /// The map's frame.
+    [[nodiscard]] const Box& GetMap() const { return m_map; }
+    /// The title block below it; empty when the paper is too small for one.
+    [[nodiscard]] const Box& GetTitle() const { return m_title; }
+    /// The part of the job that the frame shows.
+    [[nodiscard]] Box GetWindow() const;
+    /// True when all of the extents lie in the frame.
+    [[nodiscard]] bool HoldsAll() const { return m_holdsAll; }
+
+    /// Where a place of the job stands on paper.
+    [[nodiscard]] CVector ToPaper(const CVector& place) const;
+    /// The length on paper of a length in the job.
+    [[nodiscard]] double ToPaper(double length) const { return length * 1000.0 / m_scale; }
+
+ private:
+    void Arrange(const PaperSize& paper);
+    /// The scale at which the extents just fill the map.
+    [[nodiscard]] double FillScale(const Box& extents) const;
+
+    PaperSize m_paper;
+    Box m_map;
+    Box m_title;
+    CVector m_middle;
+    double m_scale = 1.0;
+    bool m_holdsAll = true;
+};
+
+}  // namespace cqsurvey::plan

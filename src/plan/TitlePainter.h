@@ -1,0 +1,29 @@
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "plan/Page.h"
+#include "plan/Plan.h"
+
+namespace cqsurvey::plan {
+
+/// Draws the title block below the map: from the left the heading with the job's extents and
+/// counts, the scale with its bar, and the north arrow.
+class TitlePainter {
+ public:
+    /// `page` must outlive the painter; its sheet has a title block.
+    explicit TitlePainter(Page& page) : m_page(page) {}
+
+    void Draw(const Plan& plan, const std::string& heading);
+
+ private:
+    void DrawHeading(const Plan& plan, const std::string& heading, const CVector& at, double width);
+    /// The scale and its bar in a space of that width whose upper left corner is `at`.
+    void DrawScale(const CVector& at, double width);
+    void DrawNorthArrow(const CVector& middle, double height);
+
+    Page& m_page;
+};
+
+}  // namespace cqsurvey::plan

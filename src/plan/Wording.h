@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace cqsurvey::plan {
+
+/// The shortest decimal number that reads back as exactly `value`; empty for not-a-number.
+[[nodiscard]] std::string FormatNumber(double value);
+
+/// `value` rounded to `decimals` (0 to 17) places; empty for not-a-number.
+[[nodiscard]] std::string FormatNumber(double value, int decimals);
+
+/// "1 point", "2 points".
+[[nodiscard]] std::string Count(std::size_t number, std::string_view noun);
+
+/// UTF-8 text in quotation marks for a message of one line: shortened to about 60 bytes, control
+/// characters as \n, \t, \x1b and the like.
+[[nodiscard]] std::string Quoted(std::string_view text);
+
+}  // namespace cqsurvey::plan

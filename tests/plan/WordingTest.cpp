@@ -1,0 +1,54 @@
+#include "plan/Wording.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace cqsurvey::plan {
+namespace {
+
+TEST(Wording, NumbersAreAsShortAsTheyCanBe) {
+    EXPECT_EQ(FormatNumber(500.0), "500");
+    EXPECT_EQ(FormatNumber(0.1), "0.1");
+    EXPECT_EQ(FormatNumber(-7654321.125), "-7654321.125");
+    EXPECT_EQ(FormatNumber(1e300), "1e+300");
+    EXPECT_EQ(FormatNumber(std::nan("")), "");
+}
+
+TEST(Wording, NumbersAreRoundedToDecimals) {
+    EXPECT_EQ(FormatNumber(312.125, 2), "312.12");
+    EXPECT_EQ(FormatNumber(2.0, 3), "2.000");
+    EXPECT_EQ(FormatNumber(1e300, 0).size(), 301U);
+    EXPECT_EQ(FormatNumber(std::nan(""), 2), "");
+}
+
+TEST(Wording, CountsOneAndMore) {
+    EXPECT_EQ(Count(0, "point"), "0 points");
+    EXPECT_EQ(Count(1, "point"), "1 point");
+    EXPECT_EQ(Count(2, "point"), "2 points");
+}
+
+TEST(Wording, QuotedTextIsOneLine) {
+    EXPECT_EQ(Quoted(""), "\"\"");
+    EXPECT_EQ(Quoted("Stra\xC3\x9F"
+                     "e"),
+              "\"Stra\xC3\x9F"
+              "e\"");
+    EXPECT_EQ(Quoted("a\nb\rc\td\x1B"
+                     "e\x7F\xC2\x85"),
+              "\"a\\nb\\rc\\td\\x1be\\x7f\\x85\"");
+    EXPECT_EQ(Quoted(std::string_view("\0", 1)), "\"\\x00\"");
+}
+
+TEST(Wording, ALongTextIsCutBetweenCharacters) {
+    const std::string sixty(60, 'x');
+    EXPECT_EQ(Quoted(sixty), "\"" + sixty + "\"");
+    EXPECT_EQ(Quoted(sixty + "y"), "\"" + sixty + "...\"");
+    const std::string most(58, 'x');
+    EXPECT_EQ(Quoted(most + "\xE2\x82\xAC"
+                            "yz"),
+              "\"" + most + "...\"");
+}
+
+}  // namespace
+}  // namespace cqsurvey::plan
