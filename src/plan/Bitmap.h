@@ -13,13 +13,13 @@ class Bitmap {
  public:
     static constexpr std::uint64_t kMostPixels = 100'000'000;
 
-    /// All of it is transparent. Throws ImageFault as ExpectSize does, and when memory runs out.
+    /// Transparent all over. Throws ImageFault as ExpectSize does, and when memory runs out.
     Bitmap(std::uint64_t width, std::uint64_t height);
 
     /// Takes what cairo has drawn, in the format above.
     explicit Bitmap(CairoSurfacePtr surface);
 
-    /// Throws ImageFault when the size is that of no image or of one that is too large. To be asked
+    /// Throws ImageFault when the size is that of no image or of one that is too large. Call it
     /// before anything is decoded.
     static void ExpectSize(std::uint64_t width, std::uint64_t height);
 

@@ -16,7 +16,7 @@ namespace cqsurvey::plan {
 namespace {
 
 constexpr std::array<std::uint8_t, 8> kPngSignature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-/// Behind the signature: the length and the word of the first chunk, then width and height.
+/// After the signature: the length and the word of the first chunk, then width and height.
 constexpr std::size_t kWidthAt = 16;
 constexpr std::size_t kHeightAt = 20;
 constexpr std::size_t kHeaderEnd = 24;

@@ -8,17 +8,18 @@
 
 namespace cqsurvey::plan {
 
-/// Knows what room on paper is taken.
+/// Knows which room on paper is taken. The boxes are sorted into the cells of a square grid, so
+/// that to look for room takes no longer the more boxes there are.
 class LabelPlacer {
  public:
-    /// `cell` is about the size of what is put in.
+    /// `cell` is the side of a cell, about the size of what is taken.
     explicit LabelPlacer(double cell) : m_cell(cell) {}
 
     /// Takes the room of `box`, free or not. A box of more than some thousand cells is ignored.
     void Take(const Box& box);
 
-    /// True when nothing that was taken meets `box`. False also where very much was taken near by,
-    /// and for a box of more than some thousand cells.
+    /// True when nothing that was taken meets `box`. Also false in a cell where very much was
+    /// taken, and for a box of more than some thousand cells.
     [[nodiscard]] bool IsFree(const Box& box) const;
 
  private:

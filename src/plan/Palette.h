@@ -15,7 +15,7 @@ struct Rgb {
 inline constexpr Rgb kWhite{255, 255, 255};
 inline constexpr Rgb kBlack{0, 0, 0};
 
-/// What is written in where the drawing says nothing else: black, or white on a dark background.
+/// The colour of whatever has no other: black, or white on a dark background.
 [[nodiscard]] Rgb InkOn(Rgb background);
 
 /// The colour of the drawing palette that `index` names: 1 to 9 the pure colours and two greys, 10
@@ -28,8 +28,7 @@ inline constexpr Rgb kBlack{0, 0, 0};
 /// The background colour of a job's settings: red in the lowest byte, green and blue above it.
 [[nodiscard]] Rgb BackgroundColor(std::uint32_t setting);
 
-/// `color` so much paler that it stays behind the drawing: `part` (0 to 1) of it over the rest of
-/// `background`.
+/// `color` made paler: `part` (0 to 1) of it, the rest of `background`.
 [[nodiscard]] Rgb Mix(Rgb color, Rgb background, double part);
 
 }  // namespace cqsurvey::plan

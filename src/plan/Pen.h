@@ -10,13 +10,13 @@
 
 namespace cqsurvey::plan {
 
-/// Adds straight lines and arcs to the page's path, in places on the page. What reaches so far out
-/// that cairo could not reckon with it is cut off first. Where a line passes through the map,
-/// labels are kept off it.
+/// Adds straight lines and arcs to the page's path. What reaches farther out than cairo's numbers
+/// do is cut off first. Where a line passes through the map it is marked, so that labels keep off
+/// it.
 class Pen {
  public:
-    /// Far beyond any page, and well inside the numbers cairo reckons in: no length that is handed
-    /// to it may be larger.
+    /// How far outside the map anything that is handed to cairo may lie: far beyond any page, and
+    /// well within the numbers that cairo can hold.
     static constexpr double kReach = 20'000.0;
 
     /// Both must outlive the pen.

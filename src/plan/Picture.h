@@ -10,7 +10,7 @@
 
 namespace cqsurvey::plan {
 
-/// A picture of one page: cairo draws it, and its bytes go to a sink as they come up.
+/// A picture of one page. cairo draws it, and its bytes are handed to a sink piece by piece.
 class Picture {
  public:
     using Sink = std::function<void(std::string_view bytes)>;

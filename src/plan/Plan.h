@@ -64,7 +64,7 @@ struct PlanFrame {
 
 using PlanItem = std::variant<PlanPoint, PlanLine, PlanCircle, PlanText, PlanFrame>;
 
-/// The image behind the drawing.
+/// The image that lies under the drawing.
 struct PlanImage {
     std::vector<std::uint8_t> bytes;
     CVector centre;
@@ -75,11 +75,12 @@ struct PlanImage {
     bool grey = false;
 };
 
-/// What there is to draw of a job, in job coordinates and in drawing order.
+/// What there is to draw of a job, in job coordinates and in drawing order. It is read once, and
+/// then nothing more is asked of the job.
 struct Plan {
     std::vector<PlanItem> items;
     std::optional<PlanImage> image;
-    Box jobExtents;  ///< what the job tells of itself, hidden layers and all; empty without any
+    Box jobExtents;  ///< the job's own, hidden layers included; empty when it has none
     Rgb background = kWhite;
     double mapScale = 500.0;   ///< of the job's settings, greater than 0
     double symbolSize = 5.0;   ///< of the job's settings, in points of 1/72 inch
@@ -87,8 +88,8 @@ struct Plan {
     std::size_t unplaced = 0;  ///< left out: no finite place, radius or width
     std::size_t hidden = 0;    ///< left out: hidden by their own colour or their layer's
 
-    /// The box of all items as far as the paper does not decide their size; empty when there is
-    /// none. Where there is no item: the box of the image.
+    /// The box of all items without what has its size on paper, such as the points' symbols.
+    /// Without items, the box of the image; empty when there is no image either.
     [[nodiscard]] Box FindExtents() const;
 };
 

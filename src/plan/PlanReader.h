@@ -10,7 +10,8 @@
 
 namespace cqsurvey::plan {
 
-/// Reads from a job what there is to draw.
+/// Reads from a job what there is to draw, and settles what the job leaves to its layers and
+/// settings: colours, line types, what is hidden.
 ///
 /// A layer or an entity with a negative colour is hidden. Colour and line 256 are those of the
 /// layer. A polyline is made of the vertices that follow it in the drawing; it has a gap at one

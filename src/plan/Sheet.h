@@ -19,12 +19,12 @@ namespace cqsurvey::plan {
 /// Which sheet is asked for.
 struct SheetRequest {
     PaperSize paper{210.0, 297.0};
-    /// Turn the paper so that the plan fits best; else it stays as it is.
+    /// Turn the paper by a quarter if the plan fits better that way.
     bool turns = true;
-    /// Every millimetre on paper is so many in the field; without it the job's scale, or where the
-    /// plan does not fit at that the next round one.
+    /// The 500 of 1 : 500. Without it the job's scale, or the next round one at which the plan
+    /// fits.
     std::optional<double> scale;
-    /// Take the smallest round scale at which the plan fits, whatever the job's.
+    /// Without `scale`: take the smallest round one at which the plan fits, whatever the job's.
     bool fits = false;
 };
 

@@ -66,7 +66,8 @@ TEST(PlotOptions, APngHasSoManyPixelsAtMost) {
 TEST(PlotOptions, PixelsAreThoseOfAScreenAndFilled) {
     PlotOptions options;
     options.SetPixels(960, 96);
-    EXPECT_EQ(options.paper, (PaperSize{254.0, 25.4}));
+    EXPECT_DOUBLE_EQ(options.paper.width, 254.0);
+    EXPECT_DOUBLE_EQ(options.paper.height, 25.4);
     EXPECT_EQ(options.dotsPerInch, 96.0);
     EXPECT_TRUE(options.fillsPaper);
     EXPECT_FALSE(options.turnsPaper);

@@ -21,12 +21,12 @@ namespace cqsurvey::plan {
 
 struct Plan;
 
-/// What a picture came to.
+/// How drawing a picture went.
 struct PlotReport {
     double scale = 0.0;          ///< the 500 of 1 : 500
     bool holdsAll = true;        ///< false: part of what was to be drawn lies outside the frame
-    std::size_t lostLabels = 0;  ///< points whose label found no room
-    /// What could not be drawn as it is in the job, a sentence in English each.
+    std::size_t lostLabels = 0;  ///< labels that found no room
+    /// What could not be drawn as the job has it, one sentence in English each.
     std::vector<std::string> notes;
 };
 
@@ -41,15 +41,15 @@ struct PlotReport {
 /// settings' Mapscale is the scale, SiPointSize the size of a point's symbol in 1/72 inch.
 class CQSURVEY_PLAN_API PlanDrawing {
  public:
-    /// Is told how many entities have been read, or how many objects drawn.
+    /// Is told how many entities have been read so far, or how many objects drawn.
     using Progress = std::function<void(std::size_t done)>;
-    /// Takes the bytes of a picture, from the first to the last.
+    /// Takes the bytes of a picture, piece by piece.
     using Sink = std::function<void(std::string_view bytes)>;
 
-    /// Reads the job; it is not changed, and is not needed afterwards. With `layers` only what is
-    /// on them is read. Throws PlanFailure: error::kInvalidArgument when there is no such layer,
-    /// error::kDamaged when not every entity can be reached. What the job and `progress` throw
-    /// comes through.
+    /// Reads an open job. The job is not changed, and may be closed afterwards. With `layers` only
+    /// what is on those layers is read. Throws PlanFailure with error::kInvalidArgument when one of
+    /// them does not exist, and with error::kDamaged when not every entity can be reached. What the
+    /// job and `progress` throw comes through.
     explicit PlanDrawing(CqSurveyDB& db, const std::optional<CStringList>& layers = std::nullopt,
                          const Progress& progress = {});
     PlanDrawing(PlanDrawing&& other) noexcept;
@@ -59,20 +59,21 @@ class CQSURVEY_PLAN_API PlanDrawing {
     /// How many objects there are to draw; a polyline counts as one.
     [[nodiscard]] std::size_t GetCount() const;
 
-    /// How many objects were left out because their own colour or their layer's hides them.
+    /// How many entities were left out because their own colour or their layer's hides them.
     [[nodiscard]] std::size_t GetHidden() const;
 
-    /// How many were left out for want of a finite place, radius or width.
+    /// How many entities were left out because they have no finite place, radius or width.
     [[nodiscard]] std::size_t GetUnplaced() const;
 
-    /// The box of all objects in job coordinates; of texts it is an estimate. Where there is no
-    /// object, it is the box of the background image; empty when there is neither.
+    /// The box of all objects in job coordinates, that of texts estimated. Without objects, the box
+    /// of the background image; empty when there is no image either.
     [[nodiscard]] Box GetExtents() const;
 
-    /// Draws the plan and hands the picture to `sink`. Throws PlanFailure: error::kInvalidArgument
-    /// when the options make no sense (FindFault), before anything is handed over;
-    /// error::kGeneralFailure when the picture could not be drawn. What `sink` and `progress` throw
-    /// comes through; what `sink` was given by then is no picture.
+    /// Draws the plan and hands the picture to `sink`. Throws PlanFailure with
+    /// error::kInvalidArgument when FindFault finds one in the options, before `sink` is called,
+    /// and with error::kGeneralFailure when the picture could not be drawn. What `sink` and
+    /// `progress` throw comes through. After a failure the bytes that `sink` was given are of no
+    /// use.
     PlotReport Draw(const PlotOptions& options, const Sink& sink,
                     const Progress& progress = {}) const;
 

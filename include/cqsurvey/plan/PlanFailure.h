@@ -15,8 +15,9 @@ class CQSURVEY_PLAN_API PlanFailure : public CException {
     /// `code` is one of ErrorCodes.h, `text` a sentence in English.
     PlanFailure(std::int32_t code, std::string text);
 
-    /// error::kInvalidArgument for options or layers that make no sense, error::kDamaged for a job
-    /// that cannot be read whole, error::kGeneralFailure when the picture could not be drawn.
+    /// error::kInvalidArgument for options that make no sense and layers that do not exist,
+    /// error::kDamaged for a job that cannot be read whole, error::kGeneralFailure for a picture
+    /// that could not be drawn.
     [[nodiscard]] std::int32_t GetCode() const noexcept { return m_code; }
 
     /// The sentence, without a full stop at its end.

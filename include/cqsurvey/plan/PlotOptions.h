@@ -17,30 +17,30 @@ enum class PictureFormat { Svg, Pdf, Png };
 [[nodiscard]] CQSURVEY_PLAN_API std::optional<PictureFormat> FindFormat(
     std::string_view nameOrWord);
 
-/// The largest coordinate, positive or negative, that is drawn.
+/// Coordinates and lengths are drawn up to this far from 0.
 inline constexpr double kFarthest = 1e12;
 
 /// How a plan is drawn: the format, the paper, the scale, and what is written beside the drawing.
-/// As they are made, the options ask for an A4 page with the names of the points.
+/// The defaults ask for a PDF page of A4 with a grid and the names of the points.
 struct CQSURVEY_PLAN_API PlotOptions {
     PictureFormat format = PictureFormat::Pdf;
 
-    /// Of a PNG, 10 to 2400. At most 30,000 pixels a side and 400 million in all are drawn. The
-    /// other formats have no pixels.
+    /// The pixels of a PNG, 10 to 2400 an inch; at most 30,000 a side and 400 million in all. The
+    /// other formats have none.
     double dotsPerInch = 150.0;
 
     /// Each side 1 to 10,000 mm.
     PaperSize paper{210.0, 297.0};
 
-    /// Turn the paper by a quarter where the plan is larger then; else it stays as it is.
+    /// Turn the paper by a quarter if the plan fits better that way.
     bool turnsPaper = true;
 
     /// The 500 of 1 : 500, from 0.001 to 1e9. Without it the scale of the job's settings
     /// (Mapscale), or the next round one at which all of the plan fits on the paper.
     std::optional<double> scale;
 
-    /// Without `scale`: take the largest picture at a round scale, whatever the job's settings say.
-    /// With `extent` that is done in any case.
+    /// Without `scale`: draw as large as a round scale and the paper let, whatever the job's
+    /// settings say. An `extent` is always drawn so.
     bool fillsPaper = false;
 
     /// The part of the job to draw, in job coordinates; see IsDrawable. Without it all is drawn.
@@ -49,32 +49,32 @@ struct CQSURVEY_PLAN_API PlotOptions {
     /// The heading of the title block, UTF-8.
     std::string title;
 
-    /// What stands beside each point. A height that was not measured and a code of 0 do not.
+    /// What is written beside each point. Heights that were not measured and codes of 0 are left
+    /// out.
     bool labelNames = true;
     bool labelHeights = false;
     bool labelCodes = false;
 
-    /// The height of the labels' capitals in millimetres, 0.2 to 50. Texts of the drawing that have
-    /// no height of their own are drawn in it, too.
+    /// The height of the labels' capitals in millimetres, 0.2 to 50. It is also that of the
+    /// drawing's texts without a height of their own.
     double labelHeight = 1.6;
 
-    /// Also draw the labels that cover others; else they are left out.
+    /// Draw every label, even over others. Otherwise a label that finds no room is left out.
     bool allLabels = false;
 
     /// Draw the crosses and the numbers of the grid.
     bool grid = true;
 
-    /// Asks for a picture of so many pixels of 1/96 inch, filled by the plan: sets `paper`,
+    /// Asks for a picture of so many pixels of 1/96 inch that the plan fills: sets `paper`,
     /// `turnsPaper`, `fillsPaper` and `dotsPerInch`.
     void SetPixels(int width, int height);
 };
 
-/// True when a plan can be drawn of this part of a job alone: its first sides are less than the
-/// last, none is beyond kFarthest, and the longer of width and height is at least 1e-9 of the
-/// largest coordinate.
+/// True when this part of a job can be drawn: the box has a width and a height, no side is beyond
+/// kFarthest, and the longer of width and height is at least 1e-9 of the largest coordinate.
 [[nodiscard]] CQSURVEY_PLAN_API bool IsDrawable(const Box& extent);
 
-/// Why no plan can be drawn with the options: a sentence without a full stop. Empty when one can.
+/// Why no plan can be drawn with the options, a sentence without a full stop; empty when one can.
 [[nodiscard]] CQSURVEY_PLAN_API std::string FindFault(const PlotOptions& options);
 
 }  // namespace cqsurvey::plan
