@@ -24,9 +24,9 @@ namespace cqsurvey {
 ///                             ^ index 3            handle 12: block 2, index 3 + 1
 ///
 /// Reading at an index is a binary search in `m_starts`. An insertion or a removal adds one to, or
-/// takes it from, all starts after it: for a million handles some 2,200 neighbouring numbers, which
-/// takes a fraction of a microsecond. A handle's block is known (HandleBlocks), and is searched for
-/// it. No standard container both reads at an index and inserts in less than linear time.
+/// takes it from, all starts after it: for a million handles some 2,200 neighbouring numbers at
+/// most. A handle's block is known (HandleBlocks), and is searched for it. No standard container
+/// both reads at an index and inserts in less than linear time.
 ///
 /// To undo a step, a block is copied before its first change in the step, and the order before the
 /// first change of all. Undoing puts the copies back, which takes no memory and cannot fail.

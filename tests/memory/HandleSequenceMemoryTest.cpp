@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <new>
 #include <random>
 #include <vector>
@@ -80,7 +81,8 @@ TEST_P(HandleSequenceMemoryTest, AChangeThatRunsOutOfMemoryChangesNothing) {
         }
         m_memory.Heal();
         refused += done ? 0 : 1;
-        ASSERT_EQ(sequence.Size(), before.size() + (done ? (inserts ? 1U : -1U) : 0U));
+        const std::size_t changed = inserts ? before.size() + 1 : before.size() - 1;
+        ASSERT_EQ(sequence.Size(), done ? changed : before.size());
         if (!done) {
             ASSERT_EQ(Content(sequence), before);
         }
