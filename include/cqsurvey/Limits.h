@@ -39,6 +39,11 @@ inline constexpr std::int32_t kHighestBrightness = 255;
 inline constexpr std::int32_t kLowestContrast = 0;
 inline constexpr std::int32_t kHighestContrast = 65000;
 
+/// The bytes of a settings file that is read, from the host or at the opening of a job; and the
+/// characters that a job's settings may have in all, which fit into it in any code page.
+inline constexpr std::uint32_t kSettingsBytes = 1U << 22;
+inline constexpr std::uint32_t kSettingsText = 1U << 20;
+
 /// The bytes of a file inside a job: the settings, the descriptions, the background image.
 inline constexpr std::uint32_t kFileBytes = std::numeric_limits<std::int32_t>::max();
 
