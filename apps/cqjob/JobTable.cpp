@@ -46,7 +46,6 @@ struct Row {
 /// Why the job cannot be read; the query does not say it.
 std::string FindReason(const CString& path) {
     try {
-        // As the query does it: another reader hinders that too.
         CqSurveyDB db;
         db.Open(path);
         return "it could not be read";
