@@ -1,0 +1,1 @@
+// There must be a source for the precompiled header to belong to.
