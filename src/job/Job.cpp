@@ -89,8 +89,8 @@ void Job::Close() {
     const bool unmounted = QrfsUnmount(mountName) != 0;
     mountName.clear();
     if (undone) {
-        // Unmounting has undone the open batch on the volume. The parts must follow, because
-        // colour, extents and settings can be asked for even when no job is open.
+        // Unmounting has undone the open batch on the volume. What the job holds apart from the
+        // volume, such as colour, extents and settings, must follow.
         UndoStep();
     }
     if (!unmounted) {

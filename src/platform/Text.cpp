@@ -53,8 +53,8 @@ auto WithPage(int number, Use use) {
     return use(ThreadsPage::Get(number));
 }
 
-/// The same with the page in force. It was known when it was chosen, so that it cannot be opened
-/// any more can only be for want of memory or of files.
+/// The same with the page in force. It was known when it was chosen, so a failure to open it
+/// now can only mean that memory or file handles have run out.
 template <class Use>
 auto WithPageInForce(int number, Use use) {
     return WithPage(number, [&](CqCodePage& page) {

@@ -23,17 +23,17 @@ namespace cqsurvey {
 ///
 /// Other tools see readable values, and yet every byte of a record survives the way through SQL:
 ///
-///     field      column     what would be lost otherwise
-///     numbers    INTEGER    nothing
-///     DOUBLE     ANY        the sign of zero: REAL columns store 0.0 and -0.0 as an integer.
-///                           SQL has no not-a-number: NULL is the usual one, and any other is
-///                           a blob of its eight bytes.
-///     TEXTn      TEXT       units after the terminating zero: the value is cut after the last
-///                           unit that is not 0, not at the first zero. SQLite swallows a
-///                           byte-order mark, so one that starts a text is bound twice.
+///     field      column     value
+///     DOUBLE     ANY        A real; a REAL column would lose the sign of zero. SQL has no
+///                           not-a-number: NULL is the usual one, and any other is a blob of
+///                           its eight bytes.
+///     TEXTn      TEXT       All units up to the last that is not 0, so that what follows a
+///                           terminating zero is kept. SQLite removes a byte-order mark, so a
+///                           text that begins with one is bound with a second.
+///     others     INTEGER    The number.
 ///
-/// In return nothing from a file is taken for granted: Read checks type, range and length of each
-/// value.
+/// In the other direction nothing is taken for granted: Read checks type, range and length of each
+/// value that comes from a file.
 class RecordFormat {
  public:
     enum class Type : std::uint8_t { Double, Dword, Integer, Word, Memo, Text };

@@ -60,7 +60,8 @@ class RecordTable {
 
     /// Appends a record of GetFormat().GetWidth() bytes and returns its number.
     std::uint32_t Append(const std::byte* record);
-    // The record must exist. Memos that it no longer names are freed.
+    // Both need the record to exist, and free the memos that it no longer names.
+
     void Write(std::uint32_t number, const std::byte* record);
     void Delete(std::uint32_t number);
 

@@ -31,8 +31,8 @@ namespace cqsurvey {
 ///
 /// The database's *transaction* is shorter than the step. It begins when rows are first written: at
 /// the commit, at a spill, or at a change that writes rows at once because they are few (a new
-/// table, a renamed file). A spill bounds the memory of a long step; after it the rows are in the
-/// open transaction and the memory's marks are cleared.
+/// table, a renamed file). A spill bounds the memory of a long step: what waited is handed over
+/// into the open transaction.
 ///
 /// A change that fails halfway *spoils* the step: it can only be undone then. A refusal before
 /// anything was changed does not spoil it (KindOf).

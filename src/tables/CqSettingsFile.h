@@ -18,8 +18,8 @@ namespace cqsurvey {
 ///     JCoordDivision=3
 ///
 /// The object is a *model* of the file in memory. Read fills it from a file and Write replaces a
-/// file by it; in between, reading and changing settings touch no file. It keeps the lines as they
-/// are, so settings that this version does not know survive.
+/// file by it; in between, reading and changing settings touch no file. The model is the lines
+/// themselves, so it also carries settings that the library does not know.
 ///
 /// A line with "[" and "]" begins a section, even if it contains "="; a line with "=" belongs to
 /// the section above it; every other line is dropped. Names of sections and keys are compared
