@@ -31,6 +31,7 @@ void CqBatch::Commit() {
     if (!m_job.batchOpen || m_job.batchNumber != m_number) {
         throw CqSurveyException(error::kInvalidArgument, "the batch is over");
     }
+    // The batch is over whether the commit succeeds or not: a commit that fails has undone it.
     m_job.batchOpen = false;
     --m_job.stepDepth;
     m_job.CommitStep();

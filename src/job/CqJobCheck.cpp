@@ -143,6 +143,7 @@ void CqJobCheck::CheckEntities(Job& job) {
         const char* name;
         std::vector<CqHandle> objects;
     };
+    // The index is the entity's ObjectType; there is no type 3.
     std::array<Kind, 7> kinds{{{&job.points, kPoints, {}},
                                {&job.plines, "_PlineData", {}},
                                {&job.vertices, "_VertexData", {}},
