@@ -38,7 +38,7 @@ const std::byte* EntityAt(CqEntityTable& entities, CqHandle handle) {
                                             : StorePeekRecord(entities.GetTable(), handle);
 }
 
-/// What names that are alike but for letter case have in common.
+/// The same for all names that differ in letter case only.
 std::u32string Folded(const CString& name) {
     std::u32string folded;
     for (std::size_t at = 0; at < name.size();) {
@@ -57,7 +57,7 @@ CqJobCheck::CqJobCheck(CqSurveyDB& db, std::size_t maxFindings, const Progress& 
     : m_maxFindings(maxFindings) {
     Job& job = db.GetJob();
     if (progress) {
-        // The entities are looked at as records, along the chain, and for the extents.
+        // Entities are visited three times: as records, along the chain, and for the extents.
         const auto count = [](const CqDbTable& table) {
             return static_cast<std::uint64_t>(table.GetRecordCount());
         };
@@ -114,13 +114,15 @@ void CqJobCheck::CheckPoints(Job& job) {
                    EntityLayout::Get<"ObjectIndex">(shown) == number,
                kPoints, number, [&] {
                    return "point " + Quoted(NameOf(point)) + " names entity " + Number(entity) +
-                          ", which does not show it";
+                          ", which does not belong to it";
                });
         const CString name = NameOf(point);
         if (!name.empty()) {
             names.emplace_back(HashName(name), number);
         }
     });
+    // Only names of equal hash can be equal. After sorting they are neighbours, so each is compared
+    // with few others, and the names themselves need not be kept.
     std::sort(names.begin(), names.end());
     for (std::size_t i = 0; i < names.size(); ++i) {
         bool unique = true;
@@ -141,6 +143,7 @@ void CqJobCheck::CheckEntities(Job& job) {
         const char* name;
         std::vector<CqHandle> objects;
     };
+    // The index is the entity's ObjectType; there is no type 3.
     std::array<Kind, 7> kinds{{{&job.points, kPoints, {}},
                                {&job.plines, "_PlineData", {}},
                                {&job.vertices, "_VertexData", {}},
@@ -198,8 +201,10 @@ void CqJobCheck::CheckChain(Job& job) {
     const auto head = EntityLayout::Get<"NextEntityIndex">(header);
     const auto tail = EntityLayout::Get<"PrevEntityIndex">(header);
     Expect(head == entities.GetHead() && tail == entities.GetTail(), kEntities,
-           CqEntityTable::kHeader, [] { return "the header is not what memory holds of it"; });
+           CqEntityTable::kHeader, [] { return "the header differs from its copy in memory"; });
 
+    // The chain is followed for at most as many steps as there are entities, so that a circle in it
+    // ends the walk.
     const std::int32_t total = entities.GetRecordCount() - 1;
     std::int32_t steps = 0;
     CqHandle previous = 0;
@@ -269,15 +274,16 @@ void CqJobCheck::CheckLinks(Job& job) {
     ForEach(job.links, [&](CqHandle number, const std::byte* record) {
         const auto point = LinkLayout::Get<"PointDataID">(record);
         const auto vertex = LinkLayout::Get<"VertexDataID">(record);
+        // A tie may outlive its point or vertex, so an entity that is gone is no finding.
         const std::byte* pointEntity = EntityAt(job.entities, point);
         Expect(pointEntity == nullptr || EntityLayout::Get<"ObjectType">(pointEntity) == EntSiPnt,
                kLinks, number,
-               [&] { return "entity " + Number(point) + " is tied as a point and is none"; });
+               [&] { return "entity " + Number(point) + " is tied as a point but is not one"; });
         const std::byte* vertexEntity = EntityAt(job.entities, vertex);
         Expect(
             vertexEntity == nullptr || EntityLayout::Get<"ObjectType">(vertexEntity) == EntVertex,
             kLinks, number,
-            [&] { return "entity " + Number(vertex) + " is tied as a vertex and is none"; });
+            [&] { return "entity " + Number(vertex) + " is tied as a vertex but is not one"; });
     });
 }
 

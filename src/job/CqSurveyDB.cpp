@@ -14,7 +14,7 @@ CqSurveyDB::~CqSurveyDB() {
     try {
         Close();
     } catch (...) {
-        // The job is closed all the same, and a destructor has nobody to tell.
+        // The job is closed anyway, and a destructor has nobody to tell.
     }
 }
 

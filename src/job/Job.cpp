@@ -23,7 +23,7 @@ void Job::SetDefaultSetting() {
 }
 
 void Job::MountVolume(const CString& path, bool readOnly) {
-    // No bound: the loop ends at a free name or at another error.
+    // The loop needs no bound: it ends at a free name or with another error.
     for (unsigned long number = 1;; ++number) {
         const CString name = FromUtf8("JOB" + std::to_string(number));
         if ((readOnly ? StoreMountReadOnly(path, name) : QrfsMount(path, name)) != 0) {
@@ -51,7 +51,8 @@ void Job::Create(const CString& path) {
             CreateJobViews(Root());
         });
     } catch (...) {
-        // What would be left is no job, and in the way of the next try.
+        // What would be left is not a job and would be in the way of the next try. The file can
+        // only be removed after the volume was closed, which Close does.
         StoreDiscardVolume(mountName);
         throw;
     }
@@ -64,6 +65,8 @@ void Job::Create(const CString& path) {
 }
 
 void Job::OpenMounted() {
+    // The group belongs to the job that was open before. The extents come last, because they are
+    // computed from the tables.
     defaults.now.group = 0;
     ReadSettingsIniFile();
     for (JobPart* part : m_parts) {
@@ -80,7 +83,8 @@ void Job::Close() {
     batchOpen = false;
     stepDepth = 0;
     emptyImage = kNoFile;
-    // Whatever fails, the rest is closed and the volume given up.
+    // Whatever fails, the other parts are closed and the volume is unmounted; the first failure is
+    // thrown at the end.
     std::exception_ptr failure;
     for (JobPart* part : m_parts) {
         try {
@@ -92,7 +96,8 @@ void Job::Close() {
     const bool unmounted = QrfsUnmount(mountName) != 0;
     mountName.clear();
     if (undone) {
-        // The volume has undone the batch that was open; so do colour, extents and settings.
+        // Unmounting has undone the open batch on the volume. What the job holds apart from the
+        // volume, such as colour, extents and settings, must follow.
         UndoStep();
     }
     if (!unmounted) {
@@ -109,7 +114,8 @@ CString Job::GetProjectPath(const CString& path) {
 }
 
 void Job::BeginStep() {
-    // What was changed outside any step, such as the current layer, no undo takes back.
+    // Some things, such as the current layer, are changed outside of any step. An undo must not
+    // take them back, so they are kept first.
     KeepStep();
     if (StoreBeginStep(mountName) == 0) {
         ThrowLastStorageError();
@@ -121,6 +127,7 @@ void Job::CommitStep() {
         KeepStep();
         return;
     }
+    // The exception is made first: undoing may set the store's last error anew.
     try {
         ThrowLastStorageError();
     } catch (...) {
@@ -130,6 +137,7 @@ void Job::CommitStep() {
 }
 
 void Job::RollbackStep() noexcept {
+    // The store first: the parts rely on records and files that have been put back.
     StoreRollbackStep(mountName);
     UndoStep();
 }

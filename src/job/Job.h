@@ -27,12 +27,22 @@
 
 namespace cqsurvey {
 
-/// The inside of CqSurveyDB: everything that one job consists of while it is open, and the helpers
-/// that more than one public operation needs. Each helper is defined where its subject is:
-/// src/drawing/Extents.cpp holds MakeBoundData.
+/// Everything that one job consists of while it is open. CqSurveyDB, the public class, holds one
+/// pointer to it and nothing else, so that applications see none of the internal headers.
 ///
-/// The members are public: the operations of CqSurveyDB work on them directly, each within a step
-/// (JobStep.h).
+///     CqSurveyDB --> Job --+-- tables         bitmaps ... groups      on the job's volume
+///                          +-- files          descriptions, settings  on the job's volume
+///                          +-- indexes        pointIndex, linkIndex   in memory, made from tables
+///                          +-- extents, defaults                      in memory
+///
+/// The volume is mounted under a name of its own, "JOB1" for instance, and mountName is empty while
+/// no job is open. All of the above are JobParts, listed in m_parts: opening, closing, and keeping
+/// or undoing a step are loops over that list.
+///
+/// The members are public, because the operations of CqSurveyDB work on them directly; each that
+/// changes the job does so within a step (JobStep.h). The functions here are what more than one
+/// operation needs. Each is defined in the folder of its subject: src/drawing/Extents.cpp holds
+/// MakeBoundData.
 struct Job {
     Job();
     Job(const Job&) = delete;
@@ -41,26 +51,32 @@ struct Job {
 
     // ---- Life ----
 
+    // Failures throw CqSurveyException.
+
     [[nodiscard]] bool IsOpen() const { return !mountName.empty(); }
+    /// Resets settings, defaults and extents to those of a new job.
     void SetDefaultSetting();
-    /// Creates the job's volume and everything on it.
+    /// Creates the job's volume and everything on it, and leaves the job open. On failure what was
+    /// created is removed when the job is closed.
     void Create(const CString& path);
     /// Mounts the volume at `path` under the first free name "JOB1", "JOB2" ...
     void MountVolume(const CString& path, bool readOnly);
-    /// Reads what is on the mounted volume.
+    /// Opens the parts of the job on the mounted volume, and makes the extents.
     void OpenMounted();
-    /// Closed afterwards, also when it throws.
+    /// Closes the job and undoes a step that is still open. The job is closed afterwards, even when
+    /// this throws.
     void Close();
 
-    /// What a path of files on the job's volume begins with.
+    /// The beginning of every path on the job's volume.
     [[nodiscard]] CString Root() const { return mountName + u":/"; }
-    /// The folder of a job: what stands before the last separator, or "\" where that is nothing.
+    /// The folder of a job: the part of its path before the last separator, or "\" when that is
+    /// empty.
     [[nodiscard]] static CString GetProjectPath(const CString& path);
 
-    // ---- Steps; JobStep and CqBatch call these ----
+    // ---- Steps; only JobStep and CqBatch call these ----
 
     void BeginStep();
-    /// On failure everything is undone and the store's failure is thrown.
+    /// On failure the step is undone and the store's failure is thrown.
     void CommitStep();
     void RollbackStep() noexcept;
 
@@ -70,29 +86,31 @@ struct Job {
 
     // ---- Points ----
 
-    /// Fills `rec` from the point; false, and `rec` unchanged, when the point's entity is no survey
-    /// point. Throws error::kNoRecord when point or entity is gone.
+    /// Fills `rec` from the point. False, with `rec` unchanged, when the point's entity is not a
+    /// survey point. Throws error::kNoRecord when the point or its entity is gone.
     [[nodiscard]] bool ReadCoordRec(CqHandle point, CqCoordRec& rec);
     /// Whether the point and its survey-point entity name each other.
     [[nodiscard]] bool HasEntityOf(CqHandle entity, CqHandle point);
-    /// New coordinates and code for a point and, unless it is null, a new name; 0, and nothing
-    /// changed, when the point and its entity do not name each other.
+    /// Gives a point new coordinates (easting, northing, height), a new code and, unless `newName`
+    /// is null, a new name. 0, with nothing changed, when the point and its entity do not name each
+    /// other.
     int EditPoint(CqHandle point, const CString* newName, const double* coords, int code);
-    /// Deletes the groups whose name is that of a file or folder beside the job; 0 when it found
-    /// one.
+    /// Deletes the groups that have the name of a file or folder beside the job. 0 when there were
+    /// any.
     int CheckGroup(const CString& jobPath);
-    /// Moves the points of a group to none. Returns 1.
+    /// Takes the points of a group out of it, so that they are in no group. Returns 1.
     int CnvInvalidGroup(std::uint16_t id);
-    /// Deletes the group's record and moves its points to none. Returns 1.
+    /// The same, and deletes the group's record. Returns 1.
     int DeleteGroup(std::uint16_t id);
 
     // ---- Drawing ----
 
-    /// Makes the object of the entity table's current record; 0 when `e` is not null.
+    /// Makes the object for the entity table's current record; 0 when `e` is not null already.
     int ReadCurrentCadEntityRec(CqCadEntity*& e);
-    /// Makes the extents anew from the tables; 0 when the drawing is empty.
+    /// Computes the extents anew from the tables; 0 when the drawing is empty.
     int MakeBoundData();
-    /// Appends an entity on the current layer and in the current colour at the end of the drawing.
+    /// Appends an entity at the end of the drawing, on the current layer and in the current colour,
+    /// and returns its handle. `data` is the record of its own data.
     CqHandle AppendToDrawing(EntType type, CqHandle data, const double* coords);
 
     // ---- Settings ----
@@ -109,10 +127,11 @@ struct Job {
     static int CheckImageBrightness(int value);
     static int CheckImageContrast(int value);
     static int CheckImageMonotoneMode(int value);
-    /// Whether a section and key are fixed ones, for callers that must tell them from their own.
+    /// Whether a section and key belong to the library, for callers that keep settings of their
+    /// own.
     static int CheckSettingsIniFileReserved(const CString& section, const CString& key);
 
-    // ---- What it holds ----
+    // ---- What a job holds ----
 
     /// Empty while no job is open.
     CString mountName;
@@ -135,12 +154,14 @@ struct Job {
     JobDefaults defaults;
 
     static constexpr std::int32_t kNoFile = -1;
-    /// The background image, left open where it was found empty; at most one file.
+    /// The handle of the background image's file, which stays open when it was found to be empty;
+    /// at most one file.
     std::int32_t emptyImage = kNoFile;
 
-    /// How many operations the open step is inside of.
+    /// How many operations and batches are nested in the open step; 0 when no step is open.
     std::uint32_t stepDepth = 0;
-    /// The number of the last batch, and whether it is open.
+    /// Batches are numbered, because an object whose batch ended with the closing of the job must
+    /// not touch a later batch.
     std::uint32_t batchNumber = 0;
     bool batchOpen = false;
 
@@ -148,7 +169,8 @@ struct Job {
     void KeepStep() noexcept;
     void UndoStep() noexcept;
 
-    /// In the order in which they are created, opened and closed: an index after its table.
+    /// In the order in which they are created, opened and closed. An index comes after its table,
+    /// because it is made from the table's records.
     const std::array<JobPart*, 16> m_parts{
         &bitmaps,   &circles, &entities, &layers, &plines,       &points,   &pointIndex, &links,
         &linkIndex, &texts,   &vertices, &groups, &descriptions, &settings, &extents,    &defaults};

@@ -6,8 +6,9 @@
 
 namespace cqsurvey {
 
-/// What new points and entities get where the caller does not say: in memory only, and reset when a
-/// job is created. The current layer is the layer table's.
+/// What new points and entities get when the caller does not say: colour, line style, code and
+/// group. The defaults are in memory only and are reset when a job is created. The current layer
+/// belongs to the layer table.
 class JobDefaults : public JobPart {
  public:
     /// The colour that stands for "as the layer".
@@ -15,7 +16,7 @@ class JobDefaults : public JobPart {
 
     struct Values {
         std::int32_t color = kColor;
-        /// Of the polyline that is being built.
+        // Line style and code of the polyline that is being built.
         std::int32_t plineLine = kColor;
         std::int32_t plineCode = 0;
         std::uint16_t group = 0;

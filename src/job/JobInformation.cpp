@@ -17,7 +17,8 @@ constexpr std::uint32_t kEntities = 0x1;
 constexpr std::uint32_t kDivision = 0x1000;
 constexpr std::uint32_t kGroupNames = 0x2000;
 
-/// One count of the answer: the bits that ask for it, its field, and its table.
+/// One number of the answer: the bit of the mask that asks for it, for a closed and for an open
+/// job, the field that it goes to, and the table whose records are counted.
 struct Count {
     std::uint32_t closedBit;
     std::uint32_t openBit;
@@ -37,7 +38,8 @@ constexpr Count MakeCount(std::uint32_t closedBit, std::uint32_t openBit,
     return {closedBit, openBit, field, Type::Layout::kTable.View(), &Of<Table>};
 }
 
-// A closed job counts its layers with its entities, an open one by a bit of their own.
+// The layers of a closed job are asked for by the bit of the entities, those of an open one by a
+// bit of their own.
 const std::array kCounts{
     MakeCount<&Job::entities>(0x1, 0x1, &SVDB_INFORMATION::numEntities, &Job::entities),
     MakeCount<&Job::layers>(0x1, 0x2, &SVDB_INFORMATION::numLayers, &Job::layers),
@@ -49,7 +51,7 @@ const std::array kCounts{
     MakeCount<&Job::circles>(0x40, 0x40, &SVDB_INFORMATION::numCircles, &Job::circles),
     MakeCount<&Job::groups>(0x100, 0x100, &SVDB_INFORMATION::numGroups, &Job::groups)};
 
-/// The head record of the entity table is no entity.
+/// The first record of the entity table is the chain's header and not an entity.
 std::int32_t WithoutHead(const Count& count, std::int32_t records) {
     return (count.closedBit & count.openBit & kEntities) != 0 && records > 0 ? records - 1
                                                                              : records;
@@ -62,8 +64,8 @@ void ReadGroupNames(CqGroupTable& groups, CStringList& names) {
     });
 }
 
-/// The temporary mount, given up at the end of the scope. A job that another process reads can be
-/// read here too.
+/// Mounts a closed job for one question and unmounts it at the end of the scope. If another process
+/// has the job open for reading, it is mounted for reading here, too.
 class TemporaryMount {
  public:
     explicit TemporaryMount(const CString& path)
@@ -122,7 +124,7 @@ int CqSurveyDB::GetDBInformation(std::uint32_t mask, const CString& path, SVDB_I
     if (path.empty()) {
         return db == nullptr ? 0 : db->GetJob().GetInformation(mask, info);
     }
-    // The one mount name serves all threads in turn.
+    // There is one mount name, so only one thread at a time can use it.
     static std::mutex oneAtATime;
     const std::unique_lock lock(oneAtATime);
     const TemporaryMount mount(path);

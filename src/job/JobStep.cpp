@@ -24,7 +24,7 @@ void JobStep::Undo(std::int32_t code) noexcept {
     if (--m_job.stepDepth == 0) {
         m_job.RollbackStep();
     } else {
-        // Half an operation must not become durable with the step around it.
+        // Half an operation must not become durable as part of the step around it.
         StoreSpoilStep(m_job.mountName, code);
     }
 }
@@ -48,7 +48,8 @@ void JobStep::EndFailed(std::int32_t code) noexcept {
     try {
         Commit();
     } catch (...) {
-        // Everything is undone then, and the failure that ended the operation is on its way.
+        // Then everything has been undone. The caller gets the failure that ended the operation,
+        // which came first.
     }
 }
 

@@ -10,6 +10,8 @@ namespace cqsurvey {
 
 namespace {
 
+// A view spares its reader the handles: it joins a record with its entity, layer, group and text,
+// and names the columns in full. An outer join keeps what has lost one of them.
 struct View {
     const char16_t* name;
     const char* sql;

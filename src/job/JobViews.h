@@ -4,8 +4,9 @@
 
 namespace cqsurvey {
 
-/// Adds the views under readable names that people see who open a job with other tools. `root` is
-/// the mount name and ":/". Throws CqSurveyException.
+/// Adds views with readable names and columns to a new job, for people who open it with other
+/// tools; the library never reads them. `root` is the mount name and ":/". Throws
+/// CqSurveyException.
 void CreateJobViews(const CString& root);
 
 }  // namespace cqsurvey

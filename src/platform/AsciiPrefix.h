@@ -5,9 +5,9 @@
 
 namespace cqsurvey {
 
-/// Takes the ASCII characters at the beginning of `text` away and returns them. They are the same
-/// in every page that keeps ASCII, and most texts are nothing else, so this saves the conversion.
-/// The result has room for the rest.
+/// Removes the ASCII characters at the beginning of `text` and returns them. They are the same in
+/// every code page that keeps ASCII, and most texts consist of nothing else, so this saves the
+/// conversion. The result has room reserved for the rest.
 template <class Out, class In>
 [[nodiscard]] Out TakeAsciiPrefix(In& text) {
     const auto end = std::find_if(text.begin(), text.end(), [](auto unit) {

@@ -8,7 +8,8 @@
 
 namespace cqsurvey {
 
-// Numbers in records and files are little-endian on every host.
+// Numbers in records and files are little-endian on every host, so that a job can be read on any of
+// them. The bytes need no alignment: records are packed.
 
 /// Reads a number from its little-endian bytes.
 template <class T>

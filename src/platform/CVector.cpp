@@ -10,16 +10,17 @@ double CVector::UNorm() const noexcept {
     return std::hypot(m_x, m_y);
 }
 
-// With d = q - p, m the middle of the chord and n = (-d.y, d.x), which points to the left of the
-// chord and is as long as it: the centre lies on the line m + h n. Seen from the centre each half
-// of the chord takes half the included angle, so tan(angle / 2) = (|d| / 2) / (h |d|) and
-// h = 1 / (2 tan(angle / 2)). For an angle up to pi this is the left, as it must be: who walks a
-// circle counter-clockwise has its centre on the left. Beyond a half circle the tangent is negative
-// and the centre passes to the right; a negative angle mirrors all of it.
+// Let d = q - p, let m be the middle of the chord, and n = (-d.y, d.x), which is as long as the
+// chord and points to its left. The centre lies on the line m + h n. Seen from the centre, each
+// half of the chord spans half the included angle, so tan(angle / 2) = (|d| / 2) / (h |d|), and
+// therefore h = 1 / (2 tan(angle / 2)). For an angle up to pi, h is positive and the centre on the
+// left, as it must be: whoever walks along a circle counter-clockwise has its centre on the left.
+// Beyond a half circle the tangent is negative and the centre is on the right. A negative angle
+// mirrors all of it.
 //
-// The tangent keeps its relative accuracy for small angles, and what is lost near 2 pi is lost
-// already in the angle given. Only at the half circle would the formula leave a trace: its tangent
-// is not infinite because pi is no double.
+// The tangent keeps its relative accuracy for small angles, and the accuracy that is lost near 2 pi
+// is already lost in the given angle. Only at the half circle would the formula be slightly wrong:
+// pi is not exactly a double, so the tangent is not infinite.
 CVector CVector::CalcArcCenter(const CVector& p, const CVector& q, double angle) noexcept {
     const CVector middle(std::midpoint(p.m_x, q.m_x), std::midpoint(p.m_y, q.m_y));
     const CVector d = q - p;

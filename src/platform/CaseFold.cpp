@@ -11,6 +11,8 @@ namespace cqsurvey {
 
 namespace {
 
+/// A run of code points with foldings at the same distance: every one (step 1) or every second one
+/// (step 2), where upper and lower case alternate.
 struct FoldRange {
     char32_t first;
     char32_t last;

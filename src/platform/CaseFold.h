@@ -4,11 +4,12 @@
 
 namespace cqsurvey {
 
-/// The simple case folding of a code point, the same in every locale.
+/// The simple case folding of a code point as Unicode defines it: one code point for one, and the
+/// same in every locale. What has no folding is returned unchanged.
 [[nodiscard]] char32_t FoldCase(char32_t codePoint) noexcept;
 
-/// True when the texts are alike but for letter case. A surrogate without its partner is like
-/// itself only.
+/// Whether the texts are equal without regard to letter case. A surrogate without its partner
+/// equals only itself.
 [[nodiscard]] bool EqualFold(std::u16string_view a, std::u16string_view b) noexcept;
 
 }  // namespace cqsurvey

@@ -17,7 +17,7 @@ namespace cqsurvey {
 
 namespace {
 
-/// The system's name of a code page; most are known under their number.
+/// The name under which iconv knows a code page; for most it is "CP" and the number.
 std::string IconvName(int page) {
     struct Alias {
         int page;
@@ -47,7 +47,8 @@ std::string_view BytesOf(std::u16string_view text) {
     return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
 }
 
-/// Where the first of the invisible tags U+E0000 to U+E007F begins. iconv drops them silently.
+/// Where the first of the invisible tags U+E0000 to U+E007F begins. They need care, because iconv
+/// drops them silently instead of reporting that the page lacks them.
 std::size_t FindTag(std::u16string_view text) {
     for (std::size_t i = 0; i < text.size();) {
         const std::size_t begin = i;
@@ -76,16 +77,18 @@ class Iconv {
     }
 
     [[nodiscard]] bool IsOpen() const {
-        // The interface returns (iconv_t)-1 for a page that it does not know.
+        // iconv_open returns (iconv_t)-1 for a page that it does not know.
         // NOLINTNEXTLINE(performance-no-int-to-ptr)
         return m_descriptor != reinterpret_cast<iconv_t>(-1);
     }
 
     void Reset() { iconv(m_descriptor, nullptr, nullptr, nullptr, nullptr); }
 
-    /// Converts until `in` is empty or a byte sequence stops it. Returns 0, EILSEQ or EINVAL.
+    /// Converts from the front of `in`, and removes what it has converted, until `in` is empty or
+    /// begins with something that cannot be converted. Returns 0 in the first case, otherwise
+    /// EILSEQ, or EINVAL when `in` is the beginning of a character.
     int Convert(std::string_view& in, std::string& out) {
-        // iconv takes its input by a pointer to non-const and does not write to it.
+        // iconv takes a pointer to non-const, but does not write to its input.
         char* next = const_cast<char*>(in.data());
         std::size_t left = in.size();
         const int reason = Run(&next, &left, out);
@@ -93,8 +96,8 @@ class Iconv {
         return reason;
     }
 
-    /// Writes what was held back: a character that might have been composed with the next one, or
-    /// the sequence that ends the use of another character set.
+    /// Writes what iconv has held back: a character that might have been combined with the next
+    /// one, or the bytes that switch back from another character set.
     void Flush(std::string& out) { Run(nullptr, nullptr, out); }
 
  private:
@@ -117,8 +120,11 @@ class Iconv {
 
 }  // namespace
 
-/// A page other than UTF-8: two conversions of iconv, and for pages of one byte a character the
-/// table of all of them.
+/// A code page other than UTF-8: a conversion of iconv for each direction. A page in which every
+/// byte is a character is decoded by a table of its 256 characters instead.
+///
+/// iconv stops at what it cannot convert. Each conversion then writes a replacement, skips one byte
+/// or character, and goes on; `exact` says that this was never necessary.
 class CqCodePage::Page {
  public:
     explicit Page(int number)
@@ -134,7 +140,8 @@ class CqCodePage::Page {
     struct Decoded {
         CString text;
         bool exact = true;
-        /// Where a character begins that the end of the bytes cuts off, else the number of bytes.
+        /// Where the character begins that is cut off by the end of the bytes; the number of bytes
+        /// if there is none.
         std::size_t whole;
     };
 
@@ -224,8 +231,8 @@ class CqCodePage::Page {
         result.exact = false;
     }
 
-    /// A page whose every byte is a character is decoded by a table: iconv would compose letters
-    /// with the accents that follow, and so read other text than was written.
+    /// Makes the table of a page in which every byte is a character. In such a page iconv would
+    /// combine a letter with an accent after it, and so return another text than was written.
     void ReadSingleBytes() {
         m_singleByte = true;
         m_keepsAscii = true;
@@ -310,7 +317,7 @@ std::size_t CqCodePage::WholePrefix(std::string_view bytes) {
 CqCodePage::Page& CqCodePage::GetPage() const {
     if (!m_page->IsKnown()) {
         throw CqSurveyException(error::kInvalidArgument,
-                                "no code page " + std::to_string(m_number) + " is known");
+                                "code page " + std::to_string(m_number) + " is not known");
     }
     return *m_page;
 }

@@ -9,7 +9,7 @@ namespace cqsurvey {
 
 namespace {
 
-/// A name that holds a zero would name another file once the system cut it there.
+/// The system would cut a path at a zero, and then it would name another file.
 bool IsNameable(const CString& path) {
     return !path.empty() && path.find(u'\0') == CString::npos;
 }

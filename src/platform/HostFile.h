@@ -10,31 +10,32 @@
 
 namespace cqsurvey {
 
-/// A path of the host's file system as the system takes it; "\" and "/" both separate folders.
+/// Converts an application's path to the system's form: UTF-8, with "/" for every "\".
 [[nodiscard]] std::string HostPath(const CString& path);
 
-/// A file of the host's file system, named as an application names it. It is closed with its
-/// object.
+/// A file of the host's file system, opened by the path that an application uses. The destructor
+/// closes it.
 class HostFile {
  public:
-    /// Anything of that name: a file, a folder, a device.
+    /// Whether anything has this path: a file, a folder, a device.
     [[nodiscard]] static bool Exists(const CString& path);
 
-    // Each closes what was open. Returns false, with nothing open, on failure.
+    // Both first close the file that is open. On failure they return false, and nothing is open.
 
     /// For a plain file only: a pipe or a device may never end, or never begin.
     [[nodiscard]] bool OpenToRead(const CString& path);
-    /// Creates the file, or empties the one that is there.
+    /// Creates the file for writing, or empties the existing one.
     [[nodiscard]] bool Create(const CString& path);
 
     /// The bytes of the file that OpenToRead opened, at that moment.
     [[nodiscard]] std::uint64_t GetSize() const { return m_size; }
 
-    /// The number of bytes read, 0 only at the end; nothing on failure and when nothing is open.
+    /// Returns the number of bytes read, 0 only at the end; no value on failure or when no file is
+    /// open.
     [[nodiscard]] std::optional<std::size_t> Read(void* buffer, std::size_t count);
-    /// Writes all of it, or returns false.
+    /// Returns whether all bytes were written.
     [[nodiscard]] bool Write(const void* buffer, std::size_t count);
-    /// False when the system reports only now that something was not written.
+    /// Returns false when something was not written, which the system may report only now.
     [[nodiscard]] bool Close();
 
  private:

@@ -7,24 +7,25 @@
 
 namespace cqsurvey {
 
-/// A hash table in one array of slots. A slot stands at the place that its hash names, its home, or
-/// at the next free one after it:
+/// A hash table in one array of slots. Each slot is at the place that its hash names, its *home*,
+/// or at the next free place after it:
 ///
 ///     place    0    1    2    3    4    5    6    7
 ///     slot     .    A1   B1   C2   .    D5   .    .       (the digit is the home)
 ///
 /// A search begins at the home and ends at a free slot. When A1 is erased, B1 and C2 each move one
-/// place back, so that no gap ends a search too early. 0.6 to 0.75 of the places are in use once
-/// the table has grown, so a search looks at two or three slots that lie beside each other.
+/// place back, so that no gap ends a search too early. Once the table has grown, 0.6 to 0.75 of the
+/// places are in use, so a search looks at two or three slots next to each other. Growing is the
+/// only costly operation: it moves every slot.
 ///
-/// The indexes use it for what the standard maps do not offer: erasing frees no memory, so that
-/// putting a slot back, as undoing a step does, needs none and cannot fail; a slot may be its own
-/// key, for instance a handle whose name is in the record; and a slot of 8 bytes takes 13 at most,
-/// where a node of a std::unordered_map takes 40.
+/// It offers three things that the standard maps do not. Erasing frees no memory, so putting a slot
+/// back, as undoing a step does, needs none and cannot fail. A slot may be its own key, for
+/// instance a handle whose name is in the record. And a slot of 8 bytes takes at most 13, where a
+/// node of a std::unordered_map takes 40.
 ///
-/// A slot type is a small value with `IsFree()`, true for a default-constructed one, and `Hash()`,
-/// which uses the whole range of 32 bits and is seeded (RecordHash.h) where a file chooses the
-/// keys. Slots that are alike may stand in the table more than once.
+/// A slot type is a small value with two functions. `IsFree()` is true for a default-constructed
+/// one. `Hash()` uses the whole range of 32 bits and, if a file chooses the keys, is seeded
+/// (RecordHash.h). Equal slots may be in the table more than once.
 template <class Slot>
 class ProbeTable {
  public:
@@ -37,7 +38,7 @@ class ProbeTable {
         return m_slots[place];
     }
 
-    /// The place of a slot of that hash that `matches`, kNone if there is none.
+    /// The place of a slot with this hash for which `matches` is true, kNone if there is none.
     template <class Matches>
     [[nodiscard]] std::size_t Find(std::uint32_t hash, Matches&& matches) const {
         if (m_size == 0) {
@@ -51,7 +52,7 @@ class ProbeTable {
         return kNone;
     }
 
-    /// Calls `visit` with every slot of that hash.
+    /// Calls `visit` with every slot that has this hash.
     template <class Visit>
     void ForEach(std::uint32_t hash, Visit&& visit) const {
         static_cast<void>(Find(hash, [&](const Slot& slot) {
@@ -60,14 +61,14 @@ class ProbeTable {
         }));
     }
 
-    /// Makes room, so that no insertion up to this size in all allocates memory.
+    /// Makes room, so that insertions up to this size in all need no memory.
     void Reserve(std::size_t size) {
         if (!Holds(m_slots.size(), size)) {
             Resize(size + size / 3 + 2);
         }
     }
 
-    /// Makes room for one more, so that the next insertion does not allocate memory.
+    /// Makes room for one more slot, so that the next insertion needs no memory.
     void ReserveOneMore() {
         if (!Holds(m_slots.size(), m_size + 1)) {
             Resize(std::max<std::size_t>(8, m_slots.size() + m_slots.size() / 4));
@@ -80,6 +81,7 @@ class ProbeTable {
     }
 
     void EraseAt(std::size_t place) noexcept {
+        // A slot moves into the gap if a search for it, from its home on, would come past the gap.
         std::size_t gap = place;
         for (std::size_t next = After(gap); !m_slots[next].IsFree(); next = After(next)) {
             const std::size_t home = Home(m_slots[next].Hash());
@@ -95,7 +97,8 @@ class ProbeTable {
     }
 
  private:
-    /// One slot is always free: it ends every search.
+    /// Whether so many slots fit into an array of this capacity. One place always stays free, since
+    /// a free place ends every search.
     static bool Holds(std::size_t capacity, std::size_t size) noexcept {
         return size < capacity && size <= capacity - capacity / 4;
     }

@@ -6,8 +6,8 @@
 
 namespace cqsurvey {
 
-/// Drawn anew for each process, so that no file can be made whose numbers or names all fall into
-/// the same place of a hash table.
+/// Random numbers that are drawn once for each process. Without them a file could be made whose
+/// record numbers or names all have the same place in a hash table, which would make it very slow.
 struct HashSeed {
     HashSeed();
 
@@ -16,13 +16,13 @@ struct HashSeed {
 };
 extern const HashSeed kHashSeed;
 
-/// Spreads record numbers over the range of a hash. Two numbers meet as rarely as chance has it,
-/// whichever they are: multiply-shift hashing (Dietzfelbinger, 1996).
+/// The hash of a record number. Any two numbers collide about as rarely as chance allows, whichever
+/// they are: multiply-shift hashing (Dietzfelbinger, 1996).
 [[nodiscard]] inline std::uint32_t HashHandle(std::uint32_t handle) noexcept {
     return static_cast<std::uint32_t>((kHashSeed.factor * handle + kHashSeed.summand) >> 32);
 }
 
-/// The same for names.
+/// The hash of a name.
 [[nodiscard]] std::uint32_t HashName(std::u16string_view name) noexcept;
 
 /// HashHandle for the standard containers, for any 32-bit number.

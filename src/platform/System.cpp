@@ -126,7 +126,8 @@ std::uint32_t SecondsSince1970() noexcept {
 }
 
 float ParseSingle(const char* text) {
-    // Made once and never freed: objects that live until the process ends read settings too.
+    // Created once and never freed, because objects that live until the process ends read settings,
+    // too.
     static const locale_t plain = ::newlocale(LC_ALL_MASK, "C", nullptr);
     if (plain == nullptr) {
         throw std::bad_alloc();

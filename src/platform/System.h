@@ -6,12 +6,12 @@
 #include <string>
 #include <system_error>
 
-/// What the library asks of the operating system. The calls themselves stand in one source file, so
-/// another system is one more source file.
+/// What the library asks of the operating system. All system calls are in System.cpp, so another
+/// system needs one more source file.
 ///
-/// Paths are UTF-8 and absolute or relative to the current folder. A function that can fail sets
-/// its last argument: to the system's error, or to none after a success. Only those that take or
-/// make texts throw, std::bad_alloc.
+/// Paths are UTF-8, and absolute or relative to the current folder. A function that can fail has
+/// the last argument `failure` and sets it to the system's error, or clears it on success. Only
+/// functions that are not noexcept throw, and only std::bad_alloc.
 namespace cqsurvey::system {
 
 /// Which file of the system a path leads to, however the path is written.
@@ -30,56 +30,57 @@ struct FileStatus {
     Kind kind;
 };
 
-/// What a path leads to, at the end of any symbolic links; nothing when there is nothing.
+/// What a path leads to, at the end of all symbolic links; no value when there is nothing.
 [[nodiscard]] std::optional<FileStatus> Identify(const std::string& path,
                                                  std::error_code& failure) noexcept;
-/// The same, but for a symbolic link the link itself.
+/// The same, but a symbolic link is not followed.
 [[nodiscard]] std::optional<FileStatus> IdentifyLink(const std::string& path,
                                                      std::error_code& failure) noexcept;
 
-/// True when something has this path, a symbolic link to nowhere too.
+/// Whether anything has this path, even a symbolic link that leads nowhere.
 [[nodiscard]] bool IsTaken(const std::string& path) noexcept;
 
-/// Removes a file. One that is not there or cannot be removed stays as it is.
+/// Removes a file if it exists and can be removed.
 void Remove(const std::string& path) noexcept;
 
 /// Gives a file another name in the same folder, unless anything has that name.
 void RenameNew(const std::string& from, const std::string& to, std::error_code& failure) noexcept;
 
-/// Makes the entry of a new file in its folder durable. A file system that cannot do so on request
-/// does it in its own time. `path` must be absolute.
+/// Makes the entry of a new file in its folder durable, as far as the file system allows; a failure
+/// is ignored. `path` must be absolute.
 void SyncFolderOf(const std::string& path);
 
-/// The path from the root; `path` itself when the current folder is not known.
+/// The path from the root; `path` itself if the current folder cannot be found out.
 [[nodiscard]] std::string AbsolutePath(const std::string& path);
 
-/// How many bytes one name may have in the folder of `path`.
+/// The most bytes that one name may have in the folder of `path`.
 [[nodiscard]] std::size_t LongestNameBeside(const std::string& path);
 
-/// The host's time in seconds since 1970-01-01 00:00 UTC, as long as 32 bits hold it (until 2106).
+/// The host's time in seconds since 1970-01-01 00:00 UTC; 32 bits are enough until 2106.
 [[nodiscard]] std::uint32_t SecondsSince1970() noexcept;
 
-/// The number that begins `text`, rounded once to single precision, as "%f" of scanf reads it in
-/// the "C" locale whatever locale is set: a fixed, scientific or hexadecimal number, "inf" or
-/// "nan", with white space and a sign before it. 0 when there is none; infinity or 0 for one out of
-/// range.
+/// The number at the beginning of `text`, rounded once to single precision. It is read as "%f" of
+/// scanf reads it in the "C" locale, whatever locale is set: white space, a sign, then a fixed,
+/// scientific or hexadecimal number, "inf" or "nan". 0 when there is no number; infinity or 0 for a
+/// number that is out of range.
 [[nodiscard]] float ParseSingle(const char* text);
 
-/// The store's code for an error of the system: kFileExists, kAccessDenied, kVolumeFull, kNoVolume
-/// (nothing is there), kInvalidArgument (the path cannot be one), kOutOfMemory, else
-/// kReadWriteFailed. No file handle being left is one of the others, for a try later may succeed.
+/// The store's code for an error of the system: error::kFileExists, kAccessDenied, kVolumeFull,
+/// kNoVolume (nothing is there), kInvalidArgument (not a possible path), kOutOfMemory, and
+/// kReadWriteFailed for all others. The latter include that no more files can be opened, since a
+/// later try may succeed.
 [[nodiscard]] std::int32_t ErrorCode(const std::error_code& failure) noexcept;
 
-/// True when an open failed because this process or the system has as many files open as it may.
+/// Whether opening a file failed because this process or the system cannot have more files open.
 [[nodiscard]] bool IsOutOfHandles(const std::error_code& failure) noexcept;
 
-/// An open file. It is closed with its object.
+/// An open file of the system. The destructor closes it.
 class Descriptor {
  public:
     enum class Mode : std::uint8_t {
         Read,
-        Replace,   ///< for writing: created, or emptied if it is there
-        CreateNew  ///< for writing: fails if anything is there, a symbolic link too
+        Replace,   ///< for writing: the file is created, or emptied if it exists
+        CreateNew  ///< for writing: fails if anything is there, even a symbolic link
     };
 
     Descriptor() = default;
@@ -93,10 +94,11 @@ class Descriptor {
     /// Returns the number of bytes read, 0 at the end and on failure.
     std::size_t Read(void* buffer, std::size_t count, std::error_code& failure) noexcept;
 
-    /// Writes all of it, or part of it before a failure.
+    /// Writes all bytes. On failure some of them may have been written.
     void Write(const void* buffer, std::size_t count, std::error_code& failure) noexcept;
 
-    /// Closes it in any case. The failure is one of writing that the system reports only now.
+    /// Closes the file in any case. A failure means that something was not written, which the
+    /// system reports only now.
     void Close(std::error_code& failure) noexcept;
 
  private:

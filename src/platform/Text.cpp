@@ -17,11 +17,11 @@ constexpr std::u16string_view kWhiteSpace = u" \t\r\n\v\f";
 
 std::atomic<int> g_codePage{CqCodePage::kUtf8};
 
-/// True once this thread has destroyed its page. It needs no destructor, so it can be read as long
-/// as the thread runs.
+/// Whether this thread has already destroyed its page. It has no destructor of its own, so it can
+/// be read as long as the thread runs.
 constinit thread_local bool t_pageIsGone = false;
 
-/// The page that a thread used last. Opening one takes far longer than a conversion.
+/// The page that a thread used last, kept because opening one takes far longer than a conversion.
 class ThreadsPage {
  public:
     ThreadsPage() = default;
@@ -43,7 +43,7 @@ class ThreadsPage {
 };
 
 /// Calls `use` with this thread's page. The destructors of static objects run after those of the
-/// thread's objects; they get a page of their own.
+/// thread's objects, when the thread's page is gone; they get a page made for the one call.
 template <class Use>
 auto WithPage(int number, Use use) {
     if (t_pageIsGone) {
@@ -53,7 +53,8 @@ auto WithPage(int number, Use use) {
     return use(ThreadsPage::Get(number));
 }
 
-/// The same with the page in force, which was known when it was chosen.
+/// The same with the page in force. It was known when it was chosen, so a failure to open it
+/// now can only mean that memory or file handles have run out.
 template <class Use>
 auto WithPageInForce(int number, Use use) {
     return WithPage(number, [&](CqCodePage& page) {
@@ -108,7 +109,8 @@ Utf8Step NextUtf8Step(std::string_view bytes) noexcept {
     if (length == 0) {
         return {Utf8Step::Kind::IllFormed, 1, 0};
     }
-    // The second byte alone tells overlong forms, surrogates and numbers above U+10FFFF.
+    // The range of the second byte alone excludes overlong forms, surrogates and numbers above
+    // U+10FFFF.
     const unsigned char low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     const unsigned char high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
     char32_t codePoint = lead & (0xFFU >> (length + 1));
@@ -125,7 +127,7 @@ Utf8Step NextUtf8Step(std::string_view bytes) noexcept {
 }
 
 std::size_t WholeUtf8Prefix(std::string_view bytes) noexcept {
-    // A character that is cut off shows at most three of its bytes.
+    // Of a character that is cut off, at most three bytes are there.
     for (std::size_t tail = 1; tail <= std::min<std::size_t>(3, bytes.size()); ++tail) {
         const std::size_t begin = bytes.size() - tail;
         if (NextUtf8Step(bytes.substr(begin)).kind == Utf8Step::Kind::Incomplete) {

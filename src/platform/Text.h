@@ -8,24 +8,25 @@
 
 namespace cqsurvey {
 
-// The narrow code page in force (SetAnsiCodePage), as every thread uses it. The three may be called
-// until the process ends, by the destructors of static objects too. They throw CqSurveyException
-// error::kOutOfMemory when the page cannot be loaded any more.
+// The next three convert by the narrow code page in force (SetAnsiCodePage), which is the same for
+// all threads. They may be called until the process ends, even by the destructors of static
+// objects. They throw CqSurveyException with error::kOutOfMemory when the page can no longer be
+// loaded.
 
-/// The text in the narrow code page. A character that the page lacks becomes "?"; in UTF-8, which
-/// lacks none, a surrogate without its partner becomes U+FFFD.
+/// Converts a text to the narrow code page. A character that the page lacks becomes "?". UTF-8
+/// lacks none; there a surrogate without its partner becomes U+FFFD.
 [[nodiscard]] std::string ToAnsi(std::u16string_view text);
 
-/// The text of bytes in the narrow code page. Bytes that are no character become U+FFFD.
+/// Converts bytes in the narrow code page to a text. Bytes that are not a character become U+FFFD.
 [[nodiscard]] CString FromAnsi(std::string_view bytes);
 
-/// The length of the longest prefix that does not end inside a character of the narrow code page:
-/// less than the whole only when the rest is the beginning of a character. Bytes that are converted
-/// in pieces cut by it read as those that are converted at once.
+/// The length of the longest prefix that does not end inside a character of the narrow code page.
+/// It is shorter than the whole only if the rest is the beginning of a character. So a long text
+/// can be converted in pieces that are cut by this function, with the same result as at once.
 [[nodiscard]] std::size_t WholeAnsiPrefix(std::string_view bytes);
 
 /// The text without white space (space, tab, carriage return, line feed, vertical tab, form feed)
-/// at its end, or at both ends.
+/// at its end (TrimRight) or at both ends (Trim).
 [[nodiscard]] std::u16string_view TrimRight(std::u16string_view text);
 [[nodiscard]] std::u16string_view Trim(std::u16string_view text);
 

@@ -138,6 +138,7 @@ int CQrfsFile::ReadString(CString& text) {
             piece = piece.substr(0, lineFeed + 1);
             lineGoesOn = false;
         } else if (bytesRead == kReadPieceBytes) {
+            // The piece may end inside a character, which is then read again with the next piece.
             piece = piece.substr(0, WholeAnsiPrefix(piece));
         }
         if (piece.size() < bytesRead) {

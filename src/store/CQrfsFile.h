@@ -8,25 +8,26 @@
 
 namespace cqsurvey {
 
-/// A file on a mounted volume. Every failure throws CQrfsFileException with the store's last error
-/// and the file's path.
+/// An open file on a mounted volume: the Qrfs functions as a class, with text lines in addition.
+/// Every failure throws CQrfsFileException with the store's last error and the file's path.
 class CQrfsFile {
  public:
     CQrfsFile() = default;
     CQrfsFile(const CQrfsFile&) = delete;
     CQrfsFile& operator=(const CQrfsFile&) = delete;
-    /// Closes the file if it is open; a failure to do so is lost.
+    /// Closes the file if it is open and ignores a failure.
     virtual ~CQrfsFile();
 
-    /// Open with the path of the file last opened.
+    /// Opens the file that was opened last.
     virtual void Reopen(int mode);
-    /// Modes: 1 to read, 2 to write, 3 for both. Closes the file that is open first.
+    /// Modes: 1 to read, 2 to write, 3 for both. First closes the file that is open.
     virtual void Open(const CString& path, int mode);
     virtual void Flush();
     virtual void Close();
-    /// Close without asking how it went.
+    /// Closes the file and ignores a failure.
     virtual void Abort();
-    /// Origin 0: from the start, 1: from the position, 2: from the end. Returns the new position.
+    /// Moves to `offset` bytes from the start (origin 0), the position (1) or the end (2) and
+    /// returns the new position.
     virtual std::int32_t Seek(std::int32_t offset, int origin);
     virtual void SetLength(std::uint32_t length);
     /// Returns the number of bytes read, 0 at the end.
@@ -35,10 +36,10 @@ class CQrfsFile {
     /// Writes one line in the narrow code page: the text without its trailing line ends, converted
     /// in pieces of at most 128 code units that never split a surrogate pair, then CR LF.
     virtual void WriteString(const CString& text);
-    /// The same for bytes, which are written as they are.
+    /// The same for bytes, which are written without conversion.
     virtual void WriteString(std::string_view text);
-    /// Reads one line without its trailing white space; 0, and `text` unchanged, at the end of the
-    /// file.
+    /// Reads one line in the narrow code page, without its trailing white space. At the end of the
+    /// file it returns 0 and leaves `text` unchanged.
     virtual int ReadString(CString& text);
     [[nodiscard]] virtual std::int32_t GetPosition();
     [[nodiscard]] virtual std::int32_t GetLength();

@@ -8,9 +8,14 @@
 
 namespace cqsurvey {
 
-/// A failure inside the store: a code and, where there is one, what or where. It is the only form
-/// that a failure has below the Qrfs and Qrdb functions. They turn it into their failure sign and
-/// the thread's last error, and the classes above turn that into an exception, once.
+/// A failure inside the store: a code and, where there is more to say, what failed or where.
+///
+/// Below the Qrfs and Qrdb functions every failure is thrown in this form. Those functions turn it
+/// into their failure sign and the thread's last error, and the table and file classes above them
+/// turn that into a public exception:
+///
+///     StoreFailure  ->  failure sign and last error  ->  CqSurveyException, CQrfsFileException
+///     Volume etc.       Qrfs.h, Qrdb.h                   CqDbTable, CQrfsFile
 struct StoreFailure {
     explicit StoreFailure(std::int32_t code_, std::string detail_ = {})
         : code(code_), detail(std::move(detail_)) {}
@@ -21,13 +26,14 @@ struct StoreFailure {
 
 /// What a failure means for the step in which it happens.
 enum class FailureKind : std::uint8_t {
-    Refusal,  ///< the store refused before it changed anything: the changes so far are kept
+    Refusal,  ///< the store refused before it changed anything: earlier changes are kept
     Medium,   ///< the medium failed: the step is undone
-    Denied,   ///< there is no memory, or the job can only be read: the step is undone
-    Other,    ///< a change that ends so may be half done, and its step cannot be committed
+    Denied,   ///< memory ran out, or the job can only be read: the step is undone
+    Other,    ///< the change may be half done: its step cannot be committed
 };
 
-/// The one table of what each code means for a step.
+/// What each code means for a step. The volume and the steps of a job both decide by this table,
+/// so that a failure cannot be harmless to one of them and fatal to the other.
 [[nodiscard]] constexpr FailureKind KindOf(std::int32_t code) noexcept {
     switch (code) {
         case error::kInvalidArgument:

@@ -11,17 +11,18 @@
 
 namespace cqsurvey {
 
-/// Objects that are known outside by a number: 31 bits, never 0, not soon used again.
+/// Objects that callers know by a number, the handle: 31 bits, never 0, and not soon used again.
 ///
-/// Adding and removing take a lock. Looking up takes none, since each operation of the store looks
-/// up at least once: the slots stand in segments that are added as they are needed and never move,
-/// and a slot says itself which number it stands for.
+/// Every operation of the store looks up a handle, so looking up takes no lock; only adding and
+/// removing do. That is safe because slots live in segments that are added when needed and never
+/// move, and because each slot holds the handle that it currently stands for.
 ///
 ///     number:    generation (11 bits) | slot (20 bits)
 ///     segments:  [1024 slots] [2048] [4096] ...          found by the highest bit of the slot
 ///
-/// A number that is out of date finds its slot with another generation, or free. An object is used
-/// by one thread at a time, which is the caller's affair.
+/// The generation of a slot grows each time the slot is used, so a stale handle finds its slot free
+/// or with another handle in it. The table does not guard the objects themselves: the caller must
+/// not use or remove one object from two threads at a time.
 template <class T, unsigned SlotBits = 20>
 class HandleTable {
  public:
@@ -34,10 +35,12 @@ class HandleTable {
         }
     }
 
-    /// 0 when there is no number left.
+    /// Takes the object and returns its handle, 0 when the table is full.
     [[nodiscard]] std::uint32_t Add(T object) {
         auto owned = std::make_unique<T>(std::move(object));
         const std::scoped_lock lock(m_mutex);
+        // A quarter of the slots stays free, so that the search below is short and a slot that was
+        // given up rests for a while before its next use.
         if (m_count >= m_capacity - m_capacity / 4) {
             Grow();
         }
@@ -50,15 +53,17 @@ class HandleTable {
         Slot& slot = *At(m_last);
         slot.generation = slot.generation % kGenerations + 1;
         const std::uint32_t handle = (slot.generation << SlotBits) | m_last;
+        // The handle comes last: a reader that sees it must also see the object.
         slot.object = std::move(owned);
         slot.handle.store(handle, std::memory_order_release);
         ++m_count;
         return handle;
     }
 
-    /// Null for a number that names nothing.
+    /// Null for a handle that is not in use.
     [[nodiscard]] T* Find(std::uint32_t handle) const {
-        // The object is touched only when its handle matches: a slot may be another thread's now.
+        // The object is touched only if the handle matches: the slot may by now belong to an object
+        // of another thread.
         const Slot* slot = At(handle & kSlotMask);
         return slot != nullptr && handle != 0 &&
                        slot->handle.load(std::memory_order_acquire) == handle
@@ -99,7 +104,7 @@ class HandleTable {
         std::unique_ptr<T> object;
     };
 
-    /// Null where no segment is yet.
+    /// Null where there is no segment yet.
     [[nodiscard]] Slot* At(std::uint32_t index) const {
         const std::uint32_t place = index + kFirst;
         const auto number = static_cast<std::size_t>(std::bit_width(place)) - kFirstBits - 1;

@@ -29,7 +29,7 @@ void MemoStore::LoadRows() {
         if (reference < 1 || static_cast<std::uint64_t>(reference) > kLastReference ||
             reference <= last) {
             throw StoreFailure(error::kDamaged, "reference " + std::to_string(reference) +
-                                                    " behind " + std::to_string(last));
+                                                    " after " + std::to_string(last));
         }
         last = reference;
         m_texts.emplace(static_cast<std::uint32_t>(last), Readable(rows.GetText(1)));
@@ -60,7 +60,7 @@ std::uint32_t MemoStore::Add(const CString& text) {
     }
     if (text.size() > kMostUnits) {
         throw StoreFailure(error::kInvalidArgument,
-                           "a memo of " + std::to_string(text.size()) + " characters");
+                           "a memo of " + std::to_string(text.size()) + " characters is too long");
     }
     Load();
     if (m_next > kLastReference) {
@@ -79,7 +79,8 @@ void MemoStore::Free(std::uint32_t reference) {
     if (!m_texts.contains(reference)) {
         return;
     }
-    // What finds no memory comes first: a text that is gone must be known to be.
+    // What may fail for want of memory comes first: a text must not be removed without a note of
+    // it.
     if (reference < m_nextAtStep) {
         m_freedInStep.insert(reference);
     }
@@ -94,7 +95,7 @@ const CString& MemoStore::Get(std::uint32_t reference) {
     const auto found = m_texts.find(reference);
     if (found == m_texts.end()) {
         throw StoreFailure(error::kDamaged,
-                           "no memo with the reference " + std::to_string(reference));
+                           "there is no memo with the reference " + std::to_string(reference));
     }
     return found->second;
 }
@@ -161,6 +162,7 @@ void MemoStore::UndoStep() noexcept {
         }
         m_next = m_nextAtStep;
     } catch (...) {
+        // The next use loads everything again.
         m_texts.clear();
         m_loaded = false;
     }

@@ -13,28 +13,45 @@
 
 namespace cqsurvey {
 
-/// The memo texts of a volume, by reference. The database keeps them whole; memory keeps what a
-/// reader gets of them. Failures throw StoreFailure.
+/// The memo texts of a volume. A record's MEMO field holds a reference, and this store has the text
+/// of each reference. Failures throw StoreFailure.
+///
+/// A text is written once and never changed: whoever edits it adds a new text and puts the new
+/// reference into the record, and the record table frees the old one (RecordTable::Write). Each
+/// text belongs to exactly one record.
+///
+/// A memo may be long, but readers get no more than its first kReadable code units. Only those are
+/// kept in memory; the whole text is there from Add until the next Flush and then in the database.
+///
+///     m_texts          the readable part of every text
+///     m_unsaved        whole texts that Flush will insert
+///     m_freed          texts that Flush will delete
+///     m_freedInStep    texts that an undo must read again, handed over or not
+///
+/// Texts that the step added need no list: their references are those from m_nextAtStep on.
 class MemoStore {
  public:
-    /// What a reader gets of a memo at most, in code units.
+    /// How much of a memo can be read, in code units.
     static constexpr std::size_t kReadable = limits::kReadableText;
-    /// What a memo may have at most, in code units.
+    /// The longest memo, in code units.
     static constexpr std::size_t kMostUnits = std::size_t{1} << 24;
 
     explicit MemoStore(sqlite3* connection) : m_connection(connection) {}
 
-    /// Stores a text and returns its reference; 0 for an empty text. Throws 0x30000002 for one of
-    /// more than kMostUnits.
+    /// Stores a text and returns its reference, 0 for an empty text. Throws error::kInvalidArgument
+    /// for a text of more than kMostUnits, error::kVolumeFull when no reference is left.
     [[nodiscard]] std::uint32_t Add(const CString& text);
 
-    /// Frees a text; nothing happens for a reference that names none.
+    /// Frees a text. Does nothing when there is no text of this reference.
     void Free(std::uint32_t reference);
 
-    /// The text's first kReadable code units, or one less rather than half a surrogate pair. Throws
-    /// 0x30000007 for a reference that names none.
+    /// The text's first kReadable code units, or one less so as not to split a surrogate pair.
+    /// Throws error::kDamaged when there is no text of this reference.
     [[nodiscard]] const CString& Get(std::uint32_t reference);
 
+    // The parts of a step are as in RecordTable.
+
+    /// The code units that wait to be handed to the database.
     [[nodiscard]] std::size_t GetDirty() const { return m_dirtyUnits; }
     void Flush();
     void KeepStep();

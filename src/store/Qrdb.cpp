@@ -23,7 +23,7 @@ std::uint32_t RequireCurrent(const TableCursor& cursor) {
     return number;
 }
 
-/// Ends a move at a record, or at `otherwise` where there is none.
+/// Ends a move at record `number`, or at the place `otherwise` when the number is 0.
 int Arrive(TableCursor& cursor, std::uint32_t number, std::uint64_t otherwise) {
     cursor.valid = number != 0;
     cursor.place = cursor.valid ? number : otherwise;
@@ -77,7 +77,7 @@ int QrdbSetIndex(std::uint32_t table, std::int32_t index) {
     return Registry::Run(0, [&](Registry& open) {
         (void)open.Table(table);
         if (index != kRecordOrder) {
-            throw StoreFailure(error::kInvalidArgument, "there is no index but record order");
+            throw StoreFailure(error::kInvalidArgument, "record order is the only index");
         }
         return 1;
     });
@@ -169,7 +169,7 @@ int QrdbReadMemo(std::uint32_t table, char16_t* buffer, std::uint16_t maxBytes,
     return Registry::Run(0, [&](Registry& open) {
         const TableCursor& cursor = open.Table(table);
         if (maxBytes < sizeof(char16_t)) {
-            throw StoreFailure(error::kInvalidArgument, "a buffer without room for a text");
+            throw StoreFailure(error::kInvalidArgument, "the buffer has no room for a text");
         }
         buffer[0] = 0;
         const std::size_t room = maxBytes / sizeof(char16_t) - 1;

@@ -17,12 +17,12 @@ constexpr int kModeWrite = 2;
 FileCursor& FileFor(Registry& open, std::int32_t file, int mode) {
     FileCursor& cursor = open.File(file);
     if ((cursor.mode & mode) == 0) {
-        throw StoreFailure(error::kAccessDenied, "the file is not open for this");
+        throw StoreFailure(error::kAccessDenied, "the file was not opened in this mode");
     }
     return cursor;
 }
 
-/// Roughly how many records' worth of memory this many bytes are.
+/// Roughly how many records take as much memory as this many bytes.
 std::size_t WeightOf(std::size_t bytes) {
     return 1 + bytes / 64;
 }
@@ -53,7 +53,7 @@ int QrfsUnmount(const CString& mountName) {
 int QrfsCreateFile(const CString& path, std::uint32_t flags) {
     return Registry::Run(0, [&](Registry& open) {
         if (flags != 0) {
-            throw StoreFailure(error::kInvalidArgument, "flags other than 0");
+            throw StoreFailure(error::kInvalidArgument, "the flags must be 0");
         }
         const auto [volume, name] = open.Resolve(path);
         volume->Perform(1, [&, v = volume, &n = name] { v->CreateFile(n); });
@@ -66,7 +66,8 @@ int QrfsCopyFile(const CString& source, const CString& target) {
         const auto [volume, from] = open.Resolve(source);
         const auto [other, to] = open.Resolve(target);
         if (volume != other) {
-            throw StoreFailure(error::kInvalidArgument, "a copy stays on its volume");
+            throw StoreFailure(error::kInvalidArgument,
+                               "a file cannot be copied to another volume");
         }
         volume->Perform(1, [v = volume, &f = from, &t = to] { v->CopyFile(f, t); });
         return 1;
@@ -78,7 +79,7 @@ int QrfsRename(const CString& from, const CString& to) {
         const auto [volume, oldName] = open.Resolve(from);
         const auto [other, newName] = open.Resolve(to);
         if (volume != other) {
-            throw StoreFailure(error::kInvalidArgument, "a file stays on its volume");
+            throw StoreFailure(error::kInvalidArgument, "a file cannot be moved to another volume");
         }
         volume->Perform(1, [v = volume, &o = oldName, &n = newName] { v->RenameFile(o, n); });
         return 1;
@@ -112,7 +113,7 @@ int QrfsSetFileAttributes(const CString& path, std::uint16_t attributes) {
 std::int32_t QrfsOpenFile(const CString& path, int mode) {
     return Registry::Run(std::int32_t{-1}, [&](Registry& open) {
         if (mode < kModeRead || mode > (kModeRead | kModeWrite)) {
-            throw StoreFailure(error::kInvalidArgument, "modes are 1, 2 and 3");
+            throw StoreFailure(error::kInvalidArgument, "the mode must be 1, 2 or 3");
         }
         const auto [volume, name] = open.Resolve(path);
         std::shared_ptr<VolumeFile> file = volume->FindFile(name);
@@ -128,12 +129,13 @@ std::int32_t QrfsSeek(std::int32_t file, std::int32_t offset, int origin) {
     return Registry::Run(std::int32_t{-1}, [&](Registry& open) {
         FileCursor& cursor = open.File(file);
         if (origin < 0 || origin > 2) {
-            throw StoreFailure(error::kInvalidArgument, "origins are 0, 1 and 2");
+            throw StoreFailure(error::kInvalidArgument, "the origin must be 0, 1 or 2");
         }
         const std::array<std::int64_t, 3> from{0, cursor.position, cursor.file->GetLength()};
         const std::int64_t position = from[static_cast<std::size_t>(origin)] + offset;
         if (position < 0 || position > std::numeric_limits<std::int32_t>::max()) {
-            throw StoreFailure(error::kInvalidArgument, "a position outside any file");
+            throw StoreFailure(error::kInvalidArgument,
+                               "the position is outside the range of a file");
         }
         cursor.position = static_cast<std::uint32_t>(position);
         return position;

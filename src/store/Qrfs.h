@@ -6,62 +6,67 @@
 
 namespace cqsurvey {
 
-// The volume store: volumes and the files in them. A volume is one file of the host; once it is
-// mounted under a name, a file inside it is called mount name + ":/" + file name. A path of the
-// host has its folders separated by "\\" or by "/".
+// The volume store: volumes and the files in them. A volume is one file of the host. Once it is
+// mounted under a name, the path of a file inside it is mount name + ":/" + file name. Folders in a
+// path of the host are separated by "\\" or by "/".
 //
-// An operation that fails returns its failure sign and changes nothing; QrfsGetLastError then tells
-// why (ErrorCodes.h).
+// Unless another failure sign is named, functions return non-zero on success and 0 on failure. An
+// operation that fails changes nothing; QrfsGetLastError then says why (ErrorCodes.h). Open files
+// are known by handles above 0.
 
 /// Creates an empty volume at a host path. 0 on failure: error::kFileExists when anything exists
-/// there, or beside it what the database would take for its unfinished work;
-/// error::kInvalidArgument for a name that would itself be taken for that of another volume (it
-/// ends in "-journal", "-wal" or "-shm").
+/// there, or when a file beside it would be mistaken for the new volume's unfinished work;
+/// error::kInvalidArgument for a name that would itself be mistaken for such work of another volume
+/// (it ends in "-journal", "-wal" or "-shm").
 int QrfsCreateVolume(const CString& path);
 
 /// Mounts the volume at a host path under `mountName`. 0 on failure: error::kMountNameInUse when
 /// the name is in use, error::kVolumeMounted when the volume is mounted, here or in another
-/// process, error::kNoVolume when nothing is at the path, error::kDamaged when it is no volume or
-/// damaged, error::kNewerVersion when it is newer than this program. A volume that the system does
-/// not let be written is mounted for reading.
+/// process, error::kNoVolume when nothing is at the path, error::kDamaged when the file is damaged
+/// or is not a volume, error::kNewerVersion when its format is newer than this program. A volume
+/// that the system does not allow to be written is mounted for reading.
 int QrfsMount(const CString& path, const CString& mountName);
 
 /// Undoes a step that is still open, closes what is open on the volume and releases it. 0 on
-/// failure; the name is free afterwards in any case but error::kNoMount.
+/// failure: error::kNoMount when nothing is mounted under the name.
 int QrfsUnmount(const CString& mountName);
 
-/// Creates an empty file; `flags` is 0. 0 on failure: error::kFileExists when it exists.
+/// Creates an empty file; `flags` must be 0. 0 on failure: error::kFileExists when it exists.
 int QrfsCreateFile(const CString& path, std::uint32_t flags);
-/// Copies a file; the target must not exist. The source stays.
+/// Copies a file within its volume. 0 on failure: error::kNoFile when there is no such source,
+/// error::kFileExists when the target exists.
 int QrfsCopyFile(const CString& source, const CString& target);
+/// Renames a file, open or not, within its volume. 0 on failure as QrfsCopyFile.
 int QrfsRename(const CString& from, const CString& to);
-/// Deletes a file, open or not. 0 on failure: error::kNoFile when there is none.
+/// Deletes a file, open or not. 0 on failure: error::kNoFile when there is no such file.
 int QrfsDeleteFile(const CString& path);
-/// 0xFFFF when the file does not exist or on failure.
+/// 0xFFFF on failure, also when there is no such file.
 std::uint16_t QrfsGetFileAttributes(const CString& path);
 int QrfsSetFileAttributes(const CString& path, std::uint16_t attributes);
 
-/// Opens an existing file: mode 1 to read, 2 to write, 3 for both; its length is kept. -1 on
-/// failure. A file may be open more than once; all see its bytes alike.
+/// Opens an existing file for reading (mode 1), writing (2) or both (3), at position 0 and with its
+/// content kept. Returns its handle, -1 on failure. A file may be open more than once; a write
+/// through one handle is seen through the others at once.
 std::int32_t QrfsOpenFile(const CString& path, int mode);
-/// Origin 0: from the start, 1: from the position, 2: from the end. A position after the end is
-/// allowed. Returns the new position, -1 on failure.
+/// Moves the position to `offset` bytes from the start (origin 0), the position (1) or the end (2).
+/// A position after the end is allowed. Returns the new position, -1 on failure.
 std::int32_t QrfsSeek(std::int32_t file, std::int32_t offset, int origin);
-/// Reads up to `count` bytes at the position; fewer only at the end of the file.
+/// Reads up to `count` bytes at the position and moves it; fewer only at the end of the file.
 int QrfsRead(std::int32_t file, void* buffer, std::uint32_t count, std::uint32_t& bytesRead);
-/// Writes at the position; a gap after the old end is filled with zeros. A file has at most 2^31 -
-/// 1 bytes.
+/// Writes at the position and moves it; a gap after the old end is filled with zeros. 0 on failure:
+/// error::kVolumeFull when the file would have more than 2^31 - 1 bytes.
 int QrfsWrite(std::int32_t file, const void* buffer, std::uint32_t count,
               std::uint32_t& bytesWritten);
+/// Only checks the handle: what was written is part of its step, which ends as a whole.
 int QrfsFlushFile(std::int32_t file);
 /// Cuts the file or lengthens it by zeros.
 int QrfsSetLength(std::int32_t file, std::uint32_t length);
-/// -1 on failure.
+/// The length in bytes, -1 on failure.
 std::int32_t QrfsGetLength(std::int32_t file);
 int QrfsCloseFile(std::int32_t file);
 
-/// The code of this thread's last failed operation of the volume or the table store, or 0 when a
-/// move ran off the end of a table since.
+/// The code of this thread's last failed operation of the volume or the table store. 0 when nothing
+/// has failed yet, or when a move has since run off the end of a table.
 std::int32_t QrfsGetLastError();
 
 }  // namespace cqsurvey

@@ -36,6 +36,8 @@ void RecordChunks::Grow(Chunk& chunk) {
     if (chunk.capacity == kPerChunk || (chunk.count < chunk.capacity && chunk.count < kDense)) {
         return;
     }
+    // A new block of bytes is filled before the old one goes, so that nothing is lost when there is
+    // no memory for it.
     const bool dense = chunk.count >= kDense;
     const std::uint32_t capacity = dense ? kPerChunk : std::max(4U, chunk.capacity * 2U);
     auto bytes = std::make_unique<std::byte[]>(capacity * m_width);
@@ -94,6 +96,7 @@ void RecordChunks::Erase(std::uint32_t number) {
     chunk->present[at / 64] &= ~(std::uint64_t{1} << (at % 64));
     --chunk->count;
     --m_count;
+    // The chunk itself stays for its marks, but without memory for records.
     if (chunk->count == 0) {
         chunk->bytes.reset();
         chunk->capacity = 0;

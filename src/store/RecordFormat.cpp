@@ -56,12 +56,12 @@ template <class T>
 void ReadNumber(sqlite3_stmt* statement, int column, const RecordFormat::Item& item,
                 std::byte* bytes) {
     if (sqlite3_column_type(statement, column) != SQLITE_INTEGER) {
-        ThrowMisfit(item, "holds no whole number");
+        ThrowMisfit(item, "does not hold a whole number");
     }
     const std::int64_t value = sqlite3_column_int64(statement, column);
     if (value < std::int64_t{std::numeric_limits<T>::min()} ||
         value > std::int64_t{std::numeric_limits<T>::max()}) {
-        ThrowMisfit(item, "holds a number out of its range");
+        ThrowMisfit(item, "holds a number that is out of range");
     }
     StoreLittle<T>(bytes, static_cast<T>(value));
 }
@@ -83,16 +83,17 @@ void ReadDouble(sqlite3_stmt* statement, int column, const RecordFormat::Item& i
             }
             [[fallthrough]];
         default:
-            ThrowMisfit(item, "holds no number");
+            ThrowMisfit(item, "does not hold a number");
     }
 }
 
 void ReadText(sqlite3_stmt* statement, int column, const RecordFormat::Item& item,
               std::byte* bytes) {
     if (sqlite3_column_type(statement, column) != SQLITE_TEXT) {
-        ThrowMisfit(item, "holds no text");
+        ThrowMisfit(item, "does not hold a text");
     }
-    // Asked in this order the value stays what it is in the file: UTF-16, little-endian.
+    // The order matters: asking for the UTF-16 size first leaves the value as it is in the file,
+    // UTF-16 little-endian; asking for the blob first might hand out another encoding.
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes16(statement, column));
     const void* text = sqlite3_column_blob(statement, column);
     if (size % sizeof(char16_t) != 0) {
@@ -129,7 +130,8 @@ void BindText(sqlite3_stmt* statement, int parameter, const std::byte* bytes, st
                             SQLITE_STATIC, SQLITE_UTF16LE);
         return;
     }
-    // SQLite takes a byte order mark at the start away; of two it leaves the second.
+    // SQLite removes a byte-order mark at the start. Of two it removes the first, so the text gets
+    // one more.
     std::string marked("\xFF\xFE", 2);
     marked.append(reinterpret_cast<const char*>(bytes), size);
     sqlite3_bind_text64(statement, parameter, marked.data(), marked.size(), SQLITE_TRANSIENT,
@@ -152,13 +154,13 @@ void RecordFormat::Add(std::string name, std::string word) {
         return StoreFailure(error::kBadTableDescription, "field \"" + name + "\": " + why);
     };
     if (!IsName(name)) {
-        throw bad("no name for a field");
+        throw bad("this is not a valid field name");
     }
     const std::string lower = Lower(name);
     if (lower == "record" || std::any_of(m_items.begin(), m_items.end(), [&](const Item& item) {
             return Lower(item.name) == lower;
         })) {
-        throw bad("the name is taken");
+        throw bad("this name is already taken");
     }
     Item item{std::move(name), std::move(word), Type::Word, m_width, 0};
     if (item.word == "DOUBLE") {
@@ -185,7 +187,7 @@ void RecordFormat::Add(std::string name, std::string word) {
         if (!text || parsed.ec != std::errc() || parsed.ptr != end || units < 2 ||
             units > kMostUnits || item.word != "TEXT" + std::to_string(units)) {
             throw StoreFailure(error::kBadTableDescription,
-                               "field \"" + item.name + "\": no such type");
+                               "field \"" + item.name + "\": there is no such type");
         }
         item.type = Type::Text;
         item.width = 2 * units;
@@ -196,7 +198,7 @@ void RecordFormat::Add(std::string name, std::string word) {
 
 RecordFormat::RecordFormat(std::uint32_t fieldCount, const QrdbFieldDef* fields) {
     if (fieldCount == 0 || fieldCount > kMostFields || fields == nullptr) {
-        throw StoreFailure(error::kBadTableDescription, "no fields");
+        throw StoreFailure(error::kBadTableDescription, "a table needs 1 to 200 fields");
     }
     for (std::uint32_t i = 0; i < fieldCount; ++i) {
         Add(Ascii(fields[i].name), Ascii(fields[i].type));
@@ -205,10 +207,12 @@ RecordFormat::RecordFormat(std::uint32_t fieldCount, const QrdbFieldDef* fields)
 
 RecordFormat::RecordFormat(const std::string& table, const std::string& sql) {
     const auto damaged = [&] {
-        return StoreFailure(error::kDamaged, "table \"" + table + "\" is not one of this store");
+        return StoreFailure(error::kDamaged,
+                            "table \"" + table + "\" was not created by this library");
     };
     try {
-        // Each column but the first reads  "Name" TYPE /* WORD */ .
+        // Each column after the first reads  "Name" TYPE /* WORD */ .  This only picks names and
+        // words out; whether the rest is right is seen by making the statement again.
         for (std::size_t at = sql.find(",\n"); at != std::string::npos;
              at = sql.find(",\n", at + 1)) {
             const std::size_t open = sql.find('"', at);

@@ -11,29 +11,47 @@
 
 namespace cqsurvey {
 
-/// How the packed records of a table stand in its SQL table: `Record INTEGER PRIMARY KEY` and a
-/// column for each field, whose type word stands in a comment behind the column's type.
+/// How the packed records of a table are stored in its SQL table: a column `Record`, the number,
+/// and a column for each field. The SQL types are coarser than the fields' types, so the type word
+/// of a field is kept in a comment, and the format can be read back from the statement alone:
 ///
-/// Every byte of a record survives: a text column holds the code units up to the last that is not
-/// 0, a DOUBLE stands as a real in a column without affinity (which keeps the sign of zero), as
-/// NULL for the usual not-a-number and as its eight bytes for any other.
+///     CREATE TABLE "_VertexData" (
+///       Record INTEGER PRIMARY KEY,
+///       "Bulge" ANY /* DOUBLE */,
+///       "PlineIndex" INTEGER NOT NULL /* DWORD */
+///     ) STRICT
+///
+/// Other tools see readable values, and yet every byte of a record survives the way through SQL:
+///
+///     field      column     value
+///     DOUBLE     ANY        A real; a REAL column would lose the sign of zero. SQL has no
+///                           not-a-number: NULL is the usual one, and any other is a blob of
+///                           its eight bytes.
+///     TEXTn      TEXT       All units up to the last that is not 0, so that what follows a
+///                           terminating zero is kept. SQLite removes a byte-order mark, so a
+///                           text that begins with one is bound with a second.
+///     others     INTEGER    The number.
+///
+/// In the other direction nothing is taken for granted: Read checks type, range and length of each
+/// value that comes from a file.
 class RecordFormat {
  public:
     enum class Type : std::uint8_t { Double, Dword, Integer, Word, Memo, Text };
 
     struct Item {
         std::string name;
-        std::string word;
+        std::string word;  ///< the type as the caller spelled it, such as "TEXT20"
         Type type;
-        std::size_t offset;
-        std::size_t width;
+        std::size_t offset;  ///< in the record, in bytes
+        std::size_t width;   ///< in bytes
     };
 
-    /// Throws StoreFailure 0x31000005 for a description that is none.
+    /// From a caller's description. Throws error::kBadTableDescription when it is not valid.
     RecordFormat(std::uint32_t fieldCount, const QrdbFieldDef* fields);
 
-    /// From the statement that created the table. Throws StoreFailure 0x30000007 when it is not
-    /// exactly the one that CreateSql gives for what it says.
+    /// From the statement that created the table. The statement must be, character for character,
+    /// the one that CreateSql makes of the fields that were found in it; so it needs no real
+    /// parser, and constraints or defaults cannot hide in it. Throws error::kDamaged otherwise.
     RecordFormat(const std::string& table, const std::string& sql);
 
     [[nodiscard]] std::string CreateSql(const std::string& table) const;
@@ -42,24 +60,24 @@ class RecordFormat {
     [[nodiscard]] const std::vector<std::size_t>& GetMemoOffsets() const { return m_memos; }
     [[nodiscard]] bool operator==(const RecordFormat& other) const;
 
-    /// Binds number, NULL for 0, and fields to the parameters from `first` on. The bytes must stay
-    /// until the statement was run.
+    /// Binds the number, or NULL for 0, and the fields to the parameters from `first` on. The
+    /// record's bytes must stay where they are until the statement has run.
     void Bind(sqlite3_stmt* statement, int first, std::uint32_t number,
               const std::byte* record) const;
 
-    /// Fills a record from a row of number and fields. Throws StoreFailure 0x30000007, telling the
-    /// field, for a value that does not fit it.
+    /// Fills a record from a row of its number and fields. Throws error::kDamaged for a value that
+    /// does not fit its field, and names the field.
     void Read(sqlite3_stmt* statement, std::byte* record) const;
 
-    /// True for a name that tables and fields may have: a letter or underscore, then those and
-    /// digits, at most 60.
+    /// Whether tables and fields may have this name: ASCII letters, digits and underscores, at most
+    /// 60, and no digit first. Such a name can be quoted in SQL without escapes.
     [[nodiscard]] static bool IsName(std::string_view name);
 
  private:
     void Add(std::string name, std::string word);
 
     std::vector<Item> m_items;
-    std::vector<std::size_t> m_memos;
+    std::vector<std::size_t> m_memos;  ///< offsets of the MEMO fields
     std::size_t m_width = 0;
 };
 

@@ -39,9 +39,10 @@ std::int32_t RecordTable::GetCount() {
 }
 
 std::int32_t RecordTable::CountRows() {
-    // A count of all rows goes through the pages in one step, which no budget ends; that of a
-    // column calls a function for each row. To skip rows costs less, and the statement tells how
-    // many there were behind the first.
+    // count(*) walks all pages in one step of SQLite, so no budget could end it on a damaged file;
+    // count(column) can be ended but calls a function for each row. Skipping all rows with OFFSET
+    // can be ended and is cheaper, and the statement's counter of scanned rows then tells how many
+    // followed the first.
     constexpr std::int64_t kMoreThanAnyTable = std::int64_t{1} << 62;
     const SqlBudget budget(m_connection);
     SqlStatement skip(m_connection, "SELECT 1 FROM " + Quoted(m_name) + " LIMIT 1 OFFSET ?1");
@@ -64,7 +65,7 @@ void RecordTable::Abandon(std::int32_t code) noexcept {
 
 void RecordTable::RequireThere() const {
     if (m_abandoned != 0) {
-        throw StoreFailure(m_abandoned, "table " + m_name + " was given up");
+        throw StoreFailure(m_abandoned, "table " + m_name + " can no longer be used");
     }
 }
 
@@ -94,7 +95,7 @@ void RecordTable::LoadRows() {
         const std::int64_t number = sqlite3_column_int64(rows.Get(), 0);
         if (number < 1 || static_cast<std::uint64_t>(number) > kLastNumber || number <= last) {
             throw StoreFailure(error::kDamaged, "record number " + std::to_string(number) +
-                                                    " behind " + std::to_string(last));
+                                                    " after " + std::to_string(last));
         }
         last = number;
         ReadRow(rows, static_cast<std::uint32_t>(number),
@@ -130,6 +131,8 @@ void RecordTable::LoadAll() {
         m_chunks.Clear();
         throw;
     }
+    // What was just loaded is the state that an open step began with: a step that had changed this
+    // table would have loaded it.
     m_nextAtStep = m_next;
     m_firstUnsaved = m_next;
     m_savedHighestAtStep = m_savedHighest;
@@ -140,7 +143,7 @@ std::uint32_t RecordTable::NextNumber() {
     Load();
     if (m_next > kLastNumber ||
         m_chunks.GetCount() >= std::size_t{std::numeric_limits<std::int32_t>::max()}) {
-        throw StoreFailure(error::kVolumeFull, "table " + m_name + " has no number left");
+        throw StoreFailure(error::kVolumeFull, "table " + m_name + " has no record number left");
     }
     return static_cast<std::uint32_t>(m_next);
 }
@@ -161,6 +164,8 @@ void RecordTable::Write(std::uint32_t number, const std::byte* record) {
 
 void RecordTable::Delete(std::uint32_t number) {
     FreeMemos(Find(number), nullptr);
+    // The marks first: they may need memory, and a record that is gone without a mark would come
+    // back at the next opening.
     m_chunks.SetMark(number, RecordChunks::Mark::Dirty);
     m_chunks.SetMark(number, RecordChunks::Mark::Touched);
     m_chunks.Erase(number);
@@ -196,17 +201,21 @@ void RecordTable::FlushInserts(const std::uint32_t* numbers, std::uint32_t count
         if (!m_insertMany) {
             m_insertMany = SqlStatement(m_connection, "INSERT" + Values(kRowsAStatement));
         }
-        // All are above those in the database, which finds a number itself, one more than the
-        // highest, in four fifths of the time it takes to look whether a given one is free.
+        // All these numbers are above those in the database. For NULL the database takes one more
+        // than its highest number, which needs four fifths of the time that it takes to look
+        // whether a given number is free. So only the first number of a run is given.
         for (std::uint32_t i = 0; i < count; ++i) {
             const bool follows = i != 0 && numbers[i] == numbers[i - 1] + 1;
             m_format.Bind(m_insertMany.Get(), static_cast<int>(i) * columns + 1,
                           follows ? 0 : numbers[i], m_chunks.Find(numbers[i]));
         }
         m_insertMany.Run();
+        // The numbers that the database chose must be those in memory. They are not when the file
+        // held a higher number than the loaded rows showed.
         if (sqlite3_last_insert_rowid(m_connection) != std::int64_t{numbers[count - 1]}) {
-            throw StoreFailure(error::kDamaged,
-                               "table " + m_name + " has numbers that were not there");
+            throw StoreFailure(
+                error::kDamaged,
+                "table " + m_name + " has records that were not there when it was loaded");
         }
         return;
     }
@@ -220,6 +229,8 @@ void RecordTable::FlushInserts(const std::uint32_t* numbers, std::uint32_t count
 }
 
 void RecordTable::FlushHighest() {
+    // Usually the highest record shows which numbers were used. Only after its deletion must its
+    // number be remembered separately.
     const std::uint64_t highest = m_next - 1;
     const std::uint64_t known = std::max<std::uint64_t>(m_chunks.Prev(m_next), m_savedHighest);
     if (known >= highest) {
@@ -253,6 +264,8 @@ void RecordTable::Flush() {
     if (GetDirty() == 0) {
         return;
     }
+    // Numbers come in ascending order, so the new records are at the end and go in full statements.
+    // A new record that was deleted again before this never reaches the database.
     std::array<std::uint32_t, kRowsAStatement> fresh{};
     std::uint32_t waiting = 0;
     m_chunks.TakeMarked(RecordChunks::Mark::Dirty,
@@ -320,6 +333,7 @@ void RecordTable::ReadBack(std::uint32_t number) {
 }
 
 void RecordTable::UndoStep() noexcept {
+    // A table that is not loaded has not been changed.
     if (!m_loaded) {
         return;
     }
@@ -337,6 +351,7 @@ void RecordTable::UndoStep() noexcept {
         m_firstUnsaved = m_next;
         m_savedHighest = m_savedHighestAtStep;
     } catch (...) {
+        // The database is right in any case, so forgetting everything is a complete undo, too.
         m_chunks.Clear();
         m_loaded = false;
     }

@@ -13,7 +13,7 @@ namespace cqsurvey {
 
 namespace {
 
-/// Without a destructor, so that it may be used until the very end of the thread.
+/// It has no destructor, so that it can be used until the very end of the thread.
 struct ThreadError {
     std::int32_t code;
     std::array<char, 1024> detail;
@@ -24,7 +24,7 @@ constinit thread_local ThreadError t_last{error::kNone, {}};
 }  // namespace
 
 std::string RequireHostPath(const CString& path) {
-    // Cut at a zero, it would name another file.
+    // The system would cut the path at a zero, and then it would name another file.
     if (path.empty() || path.find(u'\0') != CString::npos) {
         throw StoreFailure(error::kInvalidArgument, "a volume needs a path");
     }
@@ -53,7 +53,8 @@ const char* Registry::GetLastErrorDetail() noexcept {
 
 void Registry::Mount(const CString& path, const CString& mountName, bool readOnly) {
     if (mountName.empty() || mountName.find(u':') != CString::npos) {
-        throw StoreFailure(error::kInvalidArgument, "a mount needs a name without colon");
+        throw StoreFailure(error::kInvalidArgument,
+                           "a mount name must not be empty or contain a colon");
     }
     const std::string hostPath = RequireHostPath(path);
     const std::scoped_lock lock(m_mutex);
@@ -78,6 +79,7 @@ void Registry::Unmount(const CString& mountName) {
     const Volume* volume = found->second.get();
     m_tables.RemoveIf([&](const TableCursor& cursor) { return cursor.volume == volume; });
     m_files.RemoveIf([&](const FileCursor& cursor) { return cursor.volume == volume; });
+    // The file can only be removed when the volume has released it, so what that takes is kept.
     const Volume::Identity identity = volume->GetIdentity();
     const std::string discarded = volume->IsDiscarded() ? volume->GetPath() : std::string();
     m_volumes.erase(found);
@@ -110,7 +112,7 @@ Volume& Registry::Find(const CString& mountName) {
 std::pair<Volume*, CString> Registry::Resolve(const CString& path) {
     const std::size_t colon = path.find(u":/");
     if (colon == CString::npos) {
-        throw StoreFailure(error::kNoMount, "\"" + ToUtf8(path) + "\" names no volume");
+        throw StoreFailure(error::kNoMount, "\"" + ToUtf8(path) + "\" is not a path on a volume");
     }
     return {&Find(path.substr(0, colon)), path.substr(colon + 2)};
 }

@@ -11,13 +11,14 @@ namespace {
 constexpr int kStepsATick = 1000;
 constexpr std::int64_t kTicksInAnyCase = 1000;
 
-/// What the system said when SQLite could not open a file; none if it was not asked.
+/// The system's error when SQLite could not open a file; no error if the system was not asked.
 std::error_code SystemFailure(sqlite3* connection) {
     return {connection == nullptr ? 0 : sqlite3_system_errno(connection), std::system_category()};
 }
 
-/// A file, the journal perhaps, that could not be opened or made: for want of room, of file handles
-/// or, of everything else that it may be, of permission.
+/// Why a file, perhaps the journal, could not be opened or created. SQLite does not say, so the
+/// system's error decides. Apart from want of room and of file handles it counts as a want of
+/// permission.
 std::int32_t CodeOfCantOpen(sqlite3* connection) {
     const std::error_code failure = SystemFailure(connection);
     const std::int32_t code = system::ErrorCode(failure);
@@ -58,10 +59,10 @@ std::int32_t CodeOf(sqlite3* connection, int result) {
 
 std::string DetailOf(sqlite3* connection, int result) {
     if (result == SQLITE_READONLY_ROLLBACK || result == SQLITE_READONLY_RECOVERY) {
-        return "a change was cut short; the file must be opened once where it can be written";
+        return "a change was cut short; open the file once where it can be written";
     }
     if ((result & 0xFF) == SQLITE_INTERRUPT) {
-        return "the pages of the database name each other";
+        return "the pages of the database name each other in a circle";
     }
     const std::string text =
         connection == nullptr ? sqlite3_errstr(result) : sqlite3_errmsg(connection);
@@ -109,7 +110,8 @@ void SqlStatement::BindText(int parameter, const std::string& text) {
 }
 
 void SqlStatement::BindText(int parameter, std::u16string_view text) {
-    // SQLite takes a byte order mark at the start away; of two it leaves the second.
+    // SQLite removes a byte-order mark at the start. Of two it removes the first, so the text gets
+    // one more.
     const bool marked = !text.empty() && (text.front() == 0xFEFF || text.front() == 0xFFFE);
     const CString twice = marked ? u'\xFEFF' + CString(text) : CString();
     const std::u16string_view bound = marked ? twice : text;
@@ -128,7 +130,8 @@ bool SqlStatement::Step() {
     if (result == SQLITE_DONE) {
         return false;
     }
-    // Also when there is no memory for the failure: one that is not reset takes no new values.
+    // By a guard, because making the failure may itself run out of memory, and a statement that is
+    // not reset takes no new values.
     const SqlUse reset(*this);
     sqlite3* connection = sqlite3_db_handle(Get());
     ThrowSql(connection, sqlite3_extended_errcode(connection));
@@ -145,6 +148,7 @@ CString SqlStatement::GetText(int column) const {
         throw StoreFailure(error::kDamaged,
                            "a column that should hold a text holds something else");
     }
+    // In this order: asking for the text converts the value, and the size is that of the result.
     const void* text = sqlite3_column_text16(Get(), column);
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes16(Get(), column));
     if (text == nullptr) {

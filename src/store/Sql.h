@@ -12,9 +12,12 @@
 
 namespace cqsurvey {
 
-/// The failure, with the store's code, that a result code of SQLite stands for.
+// A thin C++ layer over SQLite: owners for connections and statements, and one place where its
+// result codes become failures of the store.
+
+/// Translates a result code of SQLite into a failure with the store's code and SQLite's text.
 [[nodiscard]] StoreFailure SqlFailure(sqlite3* connection, int result);
-/// Throws it.
+/// Throws SqlFailure.
 [[noreturn]] void ThrowSql(sqlite3* connection, int result);
 
 struct SqlClose {
@@ -22,7 +25,11 @@ struct SqlClose {
 };
 using SqlConnection = std::unique_ptr<sqlite3, SqlClose>;
 
-/// A prepared statement. Every failure throws StoreFailure.
+/// A prepared statement, to be used once or kept and used again. Every failure throws StoreFailure.
+///
+/// A statement that has begun and is not reset holds a read lock and takes no new values. Run
+/// resets it, and so does Step on failure; after Step has returned a row, Reset or SqlUse must do
+/// it, unless the object is destroyed.
 class SqlStatement {
  public:
     SqlStatement() = default;
@@ -31,25 +38,31 @@ class SqlStatement {
     [[nodiscard]] explicit operator bool() const { return m_statement != nullptr; }
     [[nodiscard]] sqlite3_stmt* Get() const { return m_statement.get(); }
 
+    // Parameters count from 1. Bytes and texts are not copied: they must stay where they are until
+    // the statement has run.
+
     void BindInt(int parameter, std::int64_t value);
     void BindBlob(int parameter, const void* bytes, std::size_t size);
-    /// The text must stay until the statement was run.
     void BindText(int parameter, const std::string& text);
-    /// Keeps every code unit, a byte order mark at the start too. The text must stay as above.
+    /// Keeps every code unit, even a byte-order mark at the start.
     void BindText(int parameter, std::u16string_view text);
 
-    /// True while there is a row.
+    /// Goes to the first or next row. False when there is none.
     [[nodiscard]] bool Step();
 
-    /// Makes the statement ready for the next use; a failure was reported by Step already.
+    /// Makes the statement ready for its next use. The result is ignored, since Step has reported
+    /// any failure.
     void Reset() noexcept { sqlite3_reset(m_statement.get()); }
 
-    /// Runs a statement to its end, past any rows.
+    /// Runs the statement to its end, ignores any rows, and resets it.
     void Run();
 
-    /// A column of the row. Throws 0x30000007 when it holds no text of whole code units.
+    // Columns count from 0.
+
+    /// A column of the current row. Throws error::kDamaged when it does not hold a text, or one
+    /// that ends in half a code unit.
     [[nodiscard]] CString GetText(int column) const;
-    /// A column of the row as UTF-8, empty for NULL.
+    /// A column of the current row as UTF-8, empty for NULL.
     [[nodiscard]] std::string GetUtf8(int column) const;
 
  private:
@@ -72,8 +85,15 @@ class SqlUse {
     SqlStatement& m_statement;
 };
 
-/// Ends what SQLite does in a scope with 0x30000007 once it took more steps than the file has
-/// bytes: a damaged file whose pages name each other would keep it busy for ever.
+/// Limits the work of SQLite in a scope to what the file can justify.
+///
+/// In a damaged file, or one made with intent, pages can name each other in a circle, and a
+/// statement that follows them never ends. An honest statement over the whole file needs fewer
+/// steps of SQLite's machine than the file has bytes. So that is the budget, plus a million steps
+/// for small files; a statement that needs more fails with error::kDamaged. The check costs next to
+/// nothing, since SQLite asks only every 1000 steps.
+///
+/// A connection has one budget at a time: do not nest them.
 class SqlBudget {
  public:
     explicit SqlBudget(sqlite3* connection);
@@ -83,16 +103,16 @@ class SqlBudget {
 
  private:
     sqlite3* m_connection;
-    std::int64_t m_ticks;
+    std::int64_t m_ticks;  ///< thousands of steps that are left
 };
 
 /// Runs statements without a result.
 void SqlRun(sqlite3* connection, const std::string& sql);
 
-/// The first column of the first row of a query, 0 when there is none.
+/// The first column of the first row of a query, 0 when there is no row.
 [[nodiscard]] std::int64_t SqlNumber(sqlite3* connection, const std::string& sql);
 
-/// The same as text.
+/// The same as text, empty when there is no row.
 [[nodiscard]] std::string SqlText(sqlite3* connection, const std::string& sql);
 
 }  // namespace cqsurvey

@@ -67,7 +67,8 @@ int StoreRollbackStep(const CString& mountName) {
 int StoreSpoilStep(const CString& mountName, std::int32_t code) {
     return Registry::Run(0, [&](Registry& open) {
         if (code == error::kNone) {
-            throw StoreFailure(error::kInvalidArgument, "a step is spoilt by a failure");
+            throw StoreFailure(error::kInvalidArgument,
+                               "a step can be spoilt only with the code of a failure");
         }
         open.Find(mountName).SpoilStep(code, "an operation of the step failed halfway");
         return 1;
@@ -79,7 +80,7 @@ int StoreCheckTable(std::uint32_t table, std::uint32_t fieldCount, const QrdbFie
         const RecordTable& records = *open.Table(table).table;
         if (!(records.GetFormat() == RecordFormat(fieldCount, fields))) {
             throw StoreFailure(error::kDamaged,
-                               "table " + records.GetName() + " has other fields than it must");
+                               "table " + records.GetName() + " does not have the expected fields");
         }
         return 1;
     });

@@ -4,7 +4,8 @@
 
 namespace cqsurvey {
 
-/// Throws CqSurveyException with `code`, or with -1 for a code of 0, and the store's last detail.
+/// Throws CqSurveyException with `code` and the store's last detail. A code of 0, a failure without
+/// a reason, becomes error::kUnknown.
 [[noreturn]] void ThrowStorageError(std::int32_t code);
 
 /// ThrowStorageError with the store's last error.

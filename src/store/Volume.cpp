@@ -50,7 +50,8 @@ void Volume::RequireWritable() const {
     }
 }
 
-/// After some failures, of a read too, the database undoes its transaction by itself.
+/// After some failures, even of a read, the database rolls its transaction back without being
+/// asked. The step is lost then, whatever the failed operation was.
 bool Volume::IsTransactionLost() const {
     return m_transactionOpen && sqlite3_get_autocommit(m_database.Get()) != 0;
 }
@@ -60,7 +61,7 @@ void Volume::RequireSound() const {
         throw StoreFailure(m_stepFailure, m_stepFailureDetail);
     }
     if (IsTransactionLost()) {
-        throw StoreFailure(error::kReadWriteFailed, "a failure has undone the step");
+        throw StoreFailure(error::kReadWriteFailed, "an earlier failure undid the step");
     }
 }
 
@@ -85,14 +86,14 @@ void Volume::EndFailed(bool own, const StoreFailure& failure) {
 void Volume::RequireCertain() const {
     if (m_inDoubt) {
         throw StoreFailure(error::kReadWriteFailed,
-                           "the last step may be on the medium or not: mount the volume anew");
+                           "it is not known whether the last step was saved: open the job anew");
     }
 }
 
 void Volume::BeginStep() {
     RequireCertain();
     if (m_stepOpen) {
-        throw StoreFailure(error::kInvalidArgument, "a step is open already");
+        throw StoreFailure(error::kInvalidArgument, "a step is already open");
     }
     m_stepOpen = true;
 }
@@ -156,8 +157,11 @@ void Volume::Commit() {
     if (result != SQLITE_IOERR_FSYNC || !IsTransactionLost()) {
         ThrowSql(connection, result);
     }
-    // It was undone, or only the sync that ends it failed and it stands. Then it counts, once
-    // something behind it could be made durable.
+    // A sync failed and the transaction is over. Either the database rolled it back, or only the
+    // last sync failed, after which the transaction stands in the file without being durable for
+    // certain. The rows tell which. If the step is there, one more commit, of a value that does not
+    // change, makes it durable: once that is synced, so is everything before it. The volume is in
+    // doubt until this is settled.
     m_inDoubt = true;
     const StoreFailure failure = SqlFailure(connection, result);
     try {
@@ -169,7 +173,7 @@ void Volume::Commit() {
         }
         m_inDoubt = false;
     } catch (const StoreFailure&) {
-        // The doubt stays.
+        // The medium still fails, so the doubt stays.
     }
     throw failure;
 }
@@ -203,6 +207,7 @@ void Volume::CommitStep() {
     }
     try {
         RequireSound();
+        // A step without changes must not cost an fsync.
         if (m_transactionOpen || IsDirty()) {
             RequireInPlace();
             Flush();
@@ -236,10 +241,12 @@ void Volume::RollbackStep() {
     m_stepOpen = false;
     m_stepFailure = 0;
     m_stepFailureDetail.clear();
+    // After the database: what the step touched is read from there.
     UndoMemory();
 }
 
 void Volume::UndoMemory() noexcept {
+    // Open handles may still hold a table that the step created, so its object stays and refuses.
     for (const auto& [name, table] : m_tablesOfStep) {
         m_tables.erase(name);
         table->Abandon(error::kNoTable);
@@ -267,9 +274,10 @@ void Volume::RequireFreeName(const std::string& name) {
     if (!RecordFormat::IsName(name) || lower.starts_with("volume_") ||
         lower.starts_with("sqlite_")) {
         throw StoreFailure(error::kBadTableDescription,
-                           "\"" + name + "\" is no name for a table or a view");
+                           "\"" + name + "\" is not a valid name for a table or view");
     }
-    // Other names than ours compare without case in the database.
+    // The database's names do not differ by case alone, and its schema also holds views and indexes
+    // that are not in m_tables.
     SqlStatement taken(m_database.Get(),
                        "SELECT 1 FROM sqlite_schema WHERE name = ?1 COLLATE NOCASE");
     taken.BindText(1, name);
@@ -305,6 +313,7 @@ void Volume::CreateFile(const CString& name) {
 }
 
 void Volume::CopyFile(const CString& source, const CString& target) {
+    // Whatever can be refused is refused before the first change.
     const std::shared_ptr<VolumeFile> from = m_directory.Require(source);
     from->CheckBlocks();
     m_directory.RequireNone(target);
@@ -343,6 +352,7 @@ void Volume::WriteFile(VolumeFile& file, std::uint32_t position, const std::byte
         return;
     }
     m_directory.Touch();
+    // A gap before the position is filled with zeros first, piece by piece.
     if (position > file.GetLength()) {
         SetFileLength(file, position);
     }

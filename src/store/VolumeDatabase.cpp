@@ -14,7 +14,7 @@ namespace cqsurvey {
 
 namespace {
 
-/// "CqSv", in the database header where every tool finds it.
+/// "CqSv", in the database header, where tools such as `file` look for it.
 constexpr std::uint32_t kApplicationId = 0x43715376;
 
 /// A memo, the largest single value, may have this many bytes.
@@ -40,8 +40,9 @@ constexpr std::array<const char*, 4> kSystemTables{
     "  Highest INTEGER NOT NULL\n"
     ") STRICT, WITHOUT ROWID"};
 
-/// The index that keeps the file names unique, and what other tools may leave in any database.
+/// The index that keeps the file names unique.
 constexpr std::array<const char*, 1> kSystemIndexes{"sqlite_autoindex_Volume_File_1"};
+/// What AUTOINCREMENT and ANALYZE leave in a database.
 constexpr std::array<const char*, 3> kHarmlessTables{"sqlite_sequence", "sqlite_stat1",
                                                      "sqlite_stat4"};
 
@@ -59,8 +60,9 @@ std::string SystemTableName(const std::string& sql) {
     throw StoreFailure(system::ErrorCode(failure), path + ": " + failure.message());
 }
 
-/// Looks at the database header of a file that is not mounted, so that a file of anything else is
-/// never opened as a database. True when another tool has switched the file to a log beside it.
+/// Reads the database header of a file that is not mounted, so that a file of another kind is never
+/// opened as a database: SQLite might change it, by rolling back a journal that lies beside it.
+/// Returns true when another tool has switched the file to a write-ahead log.
 bool CheckHeader(const std::string& path) {
     constexpr std::size_t kHeader = 100;
     constexpr std::size_t kWriteVersion = 18;
@@ -83,7 +85,7 @@ bool CheckHeader(const std::string& path) {
     };
     if (size < kHeader || std::memcmp(header.data(), "SQLite format 3", 16) != 0 ||
         number(kApplication) != kApplicationId || number(kUserVersion) == 0) {
-        throw StoreFailure(error::kDamaged, path + " is no job");
+        throw StoreFailure(error::kDamaged, path + " is not a job");
     }
     if (number(kUserVersion) > VolumeDatabase::kFormatVersion) {
         throw StoreFailure(error::kNewerVersion,
@@ -99,8 +101,9 @@ bool CheckHeader(const std::string& path) {
                                                     std::to_string(longest) + " are possible");
 }
 
-/// Throws 0x30000002 for a path that is too long for SQLite or for the host, counting the files
-/// that SQLite keeps beside its own.
+/// Throws error::kInvalidArgument for a path that is too long for SQLite or for the host. The files
+/// that SQLite keeps beside its own have longer names and must fit, too: a job whose journal cannot
+/// be created could be opened but never changed.
 void RequireShortEnough(const std::string& path) {
     constexpr std::size_t kLongestEnd = std::string_view("-journal").size();
     constexpr std::size_t kZeros = 2;  // after the path and after its journal's
@@ -123,7 +126,8 @@ void RequireShortEnough(const std::string& path) {
     }
 }
 
-/// Runs `body` and puts the path before the text of what it throws: SQLite's texts name no file.
+/// Runs `body` and puts the path before the text of what it throws. SQLite's own texts do not name
+/// the file.
 template <class Body>
 auto NamingPath(const std::string& path, Body body) {
     try {
@@ -144,16 +148,17 @@ SqlConnection OpenDatabase(const std::string& name, int flags) {
     return connection;
 }
 
-/// A file that was switched to a log cannot be read without one where nothing may be written, but
-/// for a file that is told never to change.
+/// Opens a file that another tool switched to a write-ahead log and that may only be read. SQLite
+/// would have to create the log's files to read it, unless it is told that the file never changes.
+/// That is true as long as the log holds nothing.
 SqlConnection OpenUnchanging(const std::string& path) {
     std::error_code failure;
     const auto log = system::Identify(path + "-wal", failure);
     if (log && log->size != 0) {
         throw StoreFailure(error::kAccessDenied,
                            path +
-                               ": another tool has left a log beside it; the file must be "
-                               "opened once where it can be written");
+                               ": another tool has left a log beside it; open the file once "
+                               "where it can be written");
     }
     std::string name = "file:";
     for (const char c : system::AbsolutePath(path)) {
@@ -175,7 +180,7 @@ SqlConnection OpenUnchanging(const std::string& path) {
     return OpenDatabase(name + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
 }
 
-/// Opens a database that is there, to be written if it can be and `readOnly` does not forbid it.
+/// Opens an existing database, for writing if the system allows that and `readOnly` is false.
 SqlConnection OpenChecked(const std::string& path, bool readOnly) {
     RequireShortEnough(path);
     const bool logged = CheckHeader(path);
@@ -189,7 +194,8 @@ SqlConnection OpenChecked(const std::string& path, bool readOnly) {
     return connection;
 }
 
-/// Throws 0x30000015 when anything is at the path, 0x30000002 when only a folder could be there.
+/// Throws error::kFileExists when anything is at the path, error::kInvalidArgument when the path
+/// can only be that of a folder.
 void RequireFree(const std::string& path) {
     std::error_code failure;
     const auto status = system::IdentifyLink(path, failure);
@@ -204,9 +210,9 @@ void RequireFree(const std::string& path) {
     }
 }
 
-/// Makes an empty file an empty volume, durably.
+/// Turns an empty file into an empty volume and makes it durable.
 void FillNew(const std::string& path) {
-    // An absolute path is never taken for a URI.
+    // An absolute path is never mistaken for a URI.
     const std::string absolute = system::AbsolutePath(path);
     SqlConnection connection = OpenDatabase(absolute, SQLITE_OPEN_READWRITE);
     std::string sql =
@@ -229,23 +235,26 @@ void FillNew(const std::string& path) {
     system::SyncFolderOf(absolute);
 }
 
-/// The database keeps unfinished work in files beside its own: whoever has such a name, or finds
-/// such a file where a new volume is to be, would lose it.
+/// The database keeps unfinished work in files beside its own, such as "a.job-journal" for "a.job",
+/// and deletes them when it is done. So a new volume must not have such a name, and no such file
+/// may lie where a new volume is to be created.
 void RequireNoneBeside(const std::string& path) {
     for (const char* end : {"-journal", "-wal", "-shm"}) {
         if (path.ends_with(end)) {
             throw StoreFailure(error::kInvalidArgument,
-                               path + ": a name that ends so belongs to the volume beside it");
+                               path + ": a name with this ending belongs to the volume beside it");
         }
         if (system::IsTaken(path + end)) {
             throw StoreFailure(error::kFileExists,
-                               path + end + " is there and would be taken for a part of it");
+                               path + end + " exists and would be mistaken for a part of the job");
         }
     }
 }
 
 /// Makes the file of an empty volume. Failures speak of `path`, under which people know it.
 void MakeFile(const std::string& file, const std::string& path) {
+    // The file is created by a call that fails if anything is there. SQLite has no such call: it
+    // would open a file that appeared after the checks above.
     std::error_code failure;
     { const system::Descriptor made(file, system::Descriptor::Mode::CreateNew, failure); }
     if (failure) {
@@ -324,13 +333,15 @@ VolumeDatabase::Identity VolumeDatabase::Identify(const std::string& path) {
         ThrowSystem(failure, path);
     }
     if (status->kind != system::FileStatus::Kind::File) {
-        throw StoreFailure(error::kDamaged, path + " is no file");
+        throw StoreFailure(error::kDamaged, path + " is not a file");
     }
     return status->identity;
 }
 
 VolumeDatabase::VolumeDatabase(const std::string& path, bool readOnly)
     : m_connection(OpenChecked(path, readOnly)), m_path(path) {
+    // The switches come first, because they must hold whenever the database is read. The length
+    // comes last, because it means something only when nobody else can change it.
     Examine([&] {
         Configure();
         Lock();
@@ -370,7 +381,8 @@ void VolumeDatabase::Configure() {
     sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, kMostValueBytes);
     sqlite3_limit(connection, SQLITE_LIMIT_SQL_LENGTH, 1 << 20);
     sqlite3_limit(connection, SQLITE_LIMIT_ATTACHED, 0);
-    // The views that people add with other tools must still be read, though never used.
+    // Views are switched off, but SQLite parses those that people added with other tools when it
+    // reads the schema. This limit lets any sensible one through.
     sqlite3_limit(connection, SQLITE_LIMIT_EXPR_DEPTH, 200);
     sqlite3_limit(connection, SQLITE_LIMIT_TRIGGER_DEPTH, 1);
     sqlite3_limit(connection, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 100);
@@ -388,20 +400,22 @@ void VolumeDatabase::Lock() {
     sqlite3* connection = m_connection.get();
     m_readOnly = sqlite3_db_readonly(connection, "main") != 0;
     if (m_readOnly) {
-        // The shared lock that a read takes stays, and keeps every writer out.
+        // In exclusive locking mode the shared lock of this read is never released, and it keeps
+        // every writer out.
         (void)SqlNumber(connection, "SELECT count(*) FROM sqlite_schema");
         return;
     }
     SqlRun(connection, "BEGIN EXCLUSIVE; COMMIT;");
     if (SqlText(connection, "PRAGMA journal_mode") != "delete") {
-        // Another tool has switched the file to a log beside it.
+        // Another tool has switched the file to a write-ahead log. A job is one file: switch back.
         (void)SqlText(connection, "PRAGMA journal_mode=DELETE");
     }
     RemoveInertJournal();
 }
 
-/// A journal without content, left where the medium failed at the end, goes with the next holder of
-/// the lock. One that the database has open is its own affair.
+/// Removes a journal without content, which is left when the medium failed at the very end of a
+/// commit. The lock is held, so nobody else can be using it; a journal that this connection has
+/// open is left to SQLite.
 void VolumeDatabase::RemoveInertJournal() {
     sqlite3_file* journal = nullptr;
     if (sqlite3_file_control(m_connection.get(), "main", SQLITE_FCNTL_JOURNAL_POINTER,
@@ -420,7 +434,8 @@ void VolumeDatabase::CheckLength() const {
         ThrowSystem(failure, m_path);
     }
     if (static_cast<std::int64_t>(status->size) < expected) {
-        throw StoreFailure(error::kDamaged, std::to_string(status->size) + " bytes are left of " +
+        throw StoreFailure(error::kDamaged, "the file has " + std::to_string(status->size) +
+                                                " bytes and should have " +
                                                 std::to_string(expected));
     }
 }
@@ -428,7 +443,7 @@ void VolumeDatabase::CheckLength() const {
 std::vector<VolumeDatabase::Table> VolumeDatabase::ListTables() const {
     sqlite3* connection = m_connection.get();
     if (SqlText(connection, "PRAGMA encoding") != "UTF-16le") {
-        throw StoreFailure(error::kDamaged, "the texts are not kept as UTF-16le");
+        throw StoreFailure(error::kDamaged, "the texts are not stored as UTF-16le");
     }
     std::vector<Table> tables;
     std::set<std::string> system;
@@ -436,6 +451,7 @@ std::vector<VolumeDatabase::Table> VolumeDatabase::ListTables() const {
         system.insert(sql);
     }
     std::set<std::string> indexes(kSystemIndexes.begin(), kSystemIndexes.end());
+    // Two tables on the same pages would change each other's rows.
     std::set<std::int64_t> roots;
     SqlStatement rows(connection, "SELECT type, name, tbl_name, sql, rootpage FROM sqlite_schema");
     while (rows.Step()) {

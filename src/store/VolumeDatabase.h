@@ -11,15 +11,26 @@
 
 namespace cqsurvey {
 
-/// The database file of a volume: made, opened with care whoever made it, and locked.
+/// The database file of a volume: created, or opened with care, and locked.
 ///
-/// A job may come from anywhere, so nothing in it is believed. The file's header is read before
-/// SQLite sees the file; what SQLite could be talked into (triggers, views, extensions, endless
-/// work) is switched off or bounded; and only exactly the tables of a volume are let in. As long as
-/// the object lives no other process writes the file.
+/// A job may come from a stranger, by mail for instance, so nothing in the file is believed before
+/// it was checked. SQLite is safe against damaged pages, but a file can also ask it to do things:
 ///
-/// Failures throw StoreFailure. Every function that takes a path throws 0x30000002 for one that is
-/// too long for the host or for SQLite, with the length and the limit in its text.
+///     danger                                      defence
+///     some other file is opened as a database     the header is read first, without SQLite
+///     triggers, views and extensions run code     all switched off (Configure)
+///     an expression or a value takes all memory   bounded (Configure)
+///     another process writes meanwhile            locked as long as the object lives (Lock)
+///     the file was cut off                        its length is compared with its pages
+///     pages that name each other keep a           SqlBudget ends work that the file's size does
+///     statement busy for ever                     not justify (Examine)
+///     tables have other columns than records do   their statements must be exactly ours
+///     two tables share pages                      each must begin at a page of its own
+///
+/// The values in the rows are checked later, when a table is loaded (RecordFormat::Read).
+///
+/// Failures throw StoreFailure. Every function that takes a path throws error::kInvalidArgument for
+/// one that is too long for the host or for SQLite, and its text tells the length and the limit.
 class VolumeDatabase {
  public:
     static constexpr std::uint32_t kFormatVersion = 1;
@@ -27,12 +38,13 @@ class VolumeDatabase {
     /// Which file of the host a volume is, however its path was written.
     using Identity = system::FileIdentity;
 
-    /// Creates an empty volume, durably; nothing is left of one that fails. 0x30000015 when
-    /// anything exists at the path, or beside it where the volume's own files will be; 0x30000009
-    /// when there is no such folder.
+    /// Creates an empty volume, which is durable when the function returns. Nothing is left behind
+    /// on failure. Throws error::kFileExists when anything exists at the path, or beside it where
+    /// the volume's own files will be; error::kNoVolume when there is no such folder.
     static void Create(const std::string& path);
 
-    /// 0x30000009 when nothing is there, 0x30000007 when it is no plain file.
+    /// Throws error::kNoVolume when nothing is at the path, error::kDamaged when it is something
+    /// other than a plain file.
     [[nodiscard]] static Identity Identify(const std::string& path);
 
     /// The name under which a volume for `path` is made before it gets that path: in the same
@@ -48,27 +60,31 @@ class VolumeDatabase {
     /// there in the meantime.
     static void Publish(const std::string& path);
 
-    /// Removes the file of a volume that is no longer mounted, unless another has its place.
+    /// Removes the file of a volume that is no longer mounted, unless another file has taken its
+    /// place since.
     static void Remove(const std::string& path, const Identity& identity) noexcept;
 
-    /// Opens a volume and holds it until the end: alone, or with other readers where it is only
-    /// read, because that is asked for or nothing else is allowed. 0x30000007 for a file that is no
-    /// volume, 0x30000008 when another holds it.
+    /// Opens a volume and keeps it locked as long as the object lives. A volume that is opened for
+    /// reading, because `readOnly` asks for it or the system allows no more, can be shared with
+    /// other readers. Throws error::kDamaged for a file that is not a volume,
+    /// error::kNewerVersion for one of a later format, and error::kVolumeMounted when another
+    /// process holds it.
     VolumeDatabase(const std::string& path, bool readOnly);
 
     [[nodiscard]] sqlite3* Get() const { return m_connection.get(); }
     [[nodiscard]] bool IsReadOnly() const { return m_readOnly; }
     [[nodiscard]] std::string GetPath() const;
 
-    /// Runs a look at what a stranger may have written: in steps that the file's size bounds, and
-    /// with the path in the text of what is found.
+    /// Runs `look`, which reads what a stranger may have written: with no more work than the file's
+    /// size justifies, and with the path added to the text of a failure.
     template <class Look>
     void Examine(Look&& look) const {
         const SqlBudget budget(Get());
         try {
             look();
         } catch (const StoreFailure& failure) {
-            // What SQLite finds no better word for is, before anything was asked of it, the file.
+            // At this point nothing has been asked of SQLite except to read the file. An error
+            // without a better name can only come from what the file holds.
             throw StoreFailure(
                 failure.code == error::kGeneralFailure ? error::kDamaged : failure.code,
                 m_path + ": " + failure.detail);
@@ -79,8 +95,8 @@ class VolumeDatabase {
         std::string name;
         RecordFormat format;
     };
-    /// The tables of records; 0x30000007 when the file holds anything but those, the volume's own
-    /// tables and what does no harm.
+    /// The tables of records. Throws error::kDamaged when the file holds anything except those, the
+    /// volume's own tables, and what does no harm (views, statistics of other tools).
     [[nodiscard]] std::vector<Table> ListTables() const;
 
  private:

@@ -30,7 +30,7 @@ std::map<CString, VolumeDirectory::Entry> VolumeDirectory::ReadAll() const {
             return StoreFailure(error::kDamaged, "file " + std::to_string(id) + " " + what);
         };
         if (id <= last || id > std::numeric_limits<std::int32_t>::max()) {
-            throw misfit("stands behind " + std::to_string(last));
+            throw misfit("follows file " + std::to_string(last));
         }
         last = id;
         if (length < 0 || length > VolumeFile::kMostBytes) {
@@ -50,7 +50,7 @@ std::map<CString, VolumeDirectory::Entry> VolumeDirectory::ReadAll() const {
                                static_cast<std::uint16_t>(attributes)})
                 .second;
         if (!fresh) {
-            throw misfit("has the name of another");
+            throw misfit("has the same name as another");
         }
     }
     return files;
@@ -89,6 +89,7 @@ std::uint16_t VolumeDirectory::GetAttributes(const CString& name) const {
 std::shared_ptr<VolumeFile> VolumeDirectory::Create(const CString& name) {
     RequireNone(name);
     Touch();
+    // A file that the step deleted may come back with its number, so that stays taken.
     std::int64_t id = 1;
     for (const auto* entries : {&m_entries, &m_entriesAtStep}) {
         for (const auto& [other, entry] : *entries) {
@@ -135,7 +136,7 @@ void VolumeDirectory::Delete(const CString& name) {
 void VolumeDirectory::SetAttributes(const CString& name, std::uint16_t attributes) {
     const std::int64_t id = Require(name)->GetId();
     if (attributes == kNoAttributes) {
-        throw StoreFailure(error::kInvalidArgument, "attributes 0xFFFF");
+        throw StoreFailure(error::kInvalidArgument, "the attributes 0xFFFF mean a failure");
     }
     Touch();
     SqlStatement update(m_connection, "UPDATE Volume_File SET Attributes = ?1 WHERE File = ?2");
@@ -193,6 +194,8 @@ void VolumeDirectory::UndoStep() noexcept {
     if (!m_touched) {
         return;
     }
+    // First every file is marked as gone, then those from before the step come back. What remains
+    // gone are the files that the step created.
     for (const auto& [name, entry] : m_entries) {
         entry.file->Reload(0);
         entry.file->SetGone(true);

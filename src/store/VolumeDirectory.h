@@ -11,45 +11,56 @@
 
 namespace cqsurvey {
 
-/// The files of a mounted volume by their names, and how they were before the open step changed
-/// them. Failures throw StoreFailure.
+/// The files of a mounted volume by their names, and how they were before the open step. Failures
+/// throw StoreFailure.
+///
+/// The directory is small and always in memory. Names, attributes, new files and deletions go to
+/// the database at once; the content of files waits in their blocks until Flush (VolumeFile).
+///
+/// For an undo the directory keeps a copy of itself from before the first change of a step. The
+/// copy shares the VolumeFile objects, so a handle that an application has open stays true: a file
+/// that comes back is the same object, and a file that goes is marked as gone.
 class VolumeDirectory {
  public:
     explicit VolumeDirectory(sqlite3* connection) : m_connection(connection) {}
 
-    /// Takes the files from the database; 0x30000007 when they are not such as the volume makes.
+    /// Reads the files from the database. Throws error::kDamaged when a row is not one that a
+    /// volume writes.
     void Load() { m_entries = ReadAll(); }
 
-    /// Null when there is none.
+    /// Null when there is no such file.
     [[nodiscard]] std::shared_ptr<VolumeFile> Find(const CString& name) const;
-    /// 0x30000013 when there is none.
+    /// Throws error::kNoFile when there is no such file.
     [[nodiscard]] std::shared_ptr<VolumeFile> Require(const CString& name) const;
-    /// 0x30000015 when there is one, 0x30000002 for an empty name.
+    /// Throws error::kFileExists when there is such a file, error::kInvalidArgument for an empty
+    /// name.
     void RequireNone(const CString& name) const;
     [[nodiscard]] std::uint16_t GetAttributes(const CString& name) const;
 
-    // The changes below must stand inside a step of the volume.
+    // The changes below must be made inside a step of the volume (Volume::Perform).
 
-    /// Keeps how the files are, before the step changes the content of one; the changes below do.
+    /// Remembers how the files are now, if the step has not done so. To be called before the
+    /// content of a file is changed; the functions below call it themselves.
     void Touch();
 
-    // These need the database's transaction open.
+    // These write to the database, whose transaction must be open (Volume::BeginTransaction).
 
     std::shared_ptr<VolumeFile> Create(const CString& name);
     void Rename(const CString& from, const CString& to);
     void Delete(const CString& name);
     void SetAttributes(const CString& name, std::uint16_t attributes);
 
-    /// Blocks that wait to be handed to the database.
+    /// The number of blocks that wait to be handed to the database.
     [[nodiscard]] std::size_t GetDirty() const;
+    /// Hands them to the database, inside its open transaction.
     void Flush();
 
     /// Whether the database has what the step left in memory.
     [[nodiscard]] bool DatabaseHoldsStep() const;
 
-    /// The step was made durable.
+    /// To be called when the step is durable.
     void KeepStep() noexcept;
-    /// The database has undone the step.
+    /// To be called when the database has undone the step.
     void UndoStep() noexcept;
 
  private:
@@ -65,7 +76,7 @@ class VolumeDirectory {
     sqlite3* m_connection;
     bool m_touched = false;
     std::map<CString, Entry> m_entries;
-    /// The files as they were before the open step changed one of them.
+    /// The files before the first change of the open step; empty while there was none.
     std::map<CString, Entry> m_entriesAtStep;
 };
 

@@ -59,6 +59,7 @@ VolumeFile::Block& VolumeFile::Fetch(std::uint32_t block) {
     if (found != m_blocks.end()) {
         return found->second;
     }
+    // Before the new block is added, which is clean and would be dropped itself.
     DropClean();
     Block fresh;
     if (block < m_savedBlocks) {
@@ -69,7 +70,7 @@ VolumeFile::Block& VolumeFile::Fetch(std::uint32_t block) {
         if (!select.Step() || sqlite3_column_bytes(select.Get(), 0) != static_cast<int>(expected)) {
             throw StoreFailure(error::kDamaged, "file " + std::to_string(m_id) + ": block " +
                                                     std::to_string(block) +
-                                                    " is not as it must be");
+                                                    " is missing or has the wrong size");
         }
         std::memcpy(fresh.bytes.data(), sqlite3_column_blob(select.Get(), 0), expected);
     }
@@ -101,6 +102,7 @@ void VolumeFile::Grow(std::uint32_t length) {
     if (length <= m_length) {
         return;
     }
+    // The row of the last block ends with the file, so it must be written again, longer.
     if (m_length % kBlock != 0) {
         MarkDirty(Fetch(m_length / kBlock));
     }
@@ -130,6 +132,7 @@ void VolumeFile::SetLength(std::uint32_t length) {
         Grow(length);
         return;
     }
+    // The bytes that are cut off must be zeros if the file is lengthened again.
     if (length % kBlock != 0) {
         Block& last = Fetch(length / kBlock);
         MarkDirty(last);

@@ -5,7 +5,8 @@
 
 namespace cqsurvey {
 
-/// The bitmaps' own data.
+/// The bitmaps' own data: the name of the picture and its width in the drawing. Position, layer and
+/// colour are those of the bitmap's entity.
 class CqBitmapTable : public CqRecordTable<BitmapLayout> {
  public:
     CqHandle AppendBitmap(const CString& resName, double sizeX) {
@@ -15,7 +16,7 @@ class CqBitmapTable : public CqRecordTable<BitmapLayout> {
         return AppendRecord(record);
     }
 
-    /// The data's origin stays.
+    /// Replaces name and width; the field DataOrigin keeps its value.
     void EditBitmap(CqHandle handle, const CString& resName, double sizeX) {
         GoTo(handle);
         SetMemo<"ResName">(resName);

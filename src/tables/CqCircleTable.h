@@ -5,7 +5,7 @@
 
 namespace cqsurvey {
 
-/// The circles' own data.
+/// The circles' own data. The centre, layer and colour are those of the circle's entity.
 class CqCircleTable : public CqRecordTable<CircleLayout> {
  public:
     CqHandle AppendCircle(double radius, std::int32_t line, std::int32_t code) {

@@ -29,7 +29,7 @@ CqDbTable::~CqDbTable() {
     try {
         CqDbTable::Close();
     } catch (...) {
-        // The handle is given up in any case, and a destructor has nobody to tell.
+        // The handle is given up anyway, and a destructor has nobody to tell.
     }
 }
 
@@ -48,6 +48,7 @@ void CqDbTable::Open(const CString& name) {
     m_hTable = QrdbOpenTable(name);
     Require(m_hTable != 0);
     if (StoreCheckTable(m_hTable, m_nFields, m_pFieldDefs) == 0) {
+        // Closing may set the last error, so the failure is made before it.
         const std::int32_t code = QrfsGetLastError();
         const CqSurveyException failure(code, StoreErrorDetail());
         CqDbTable::Close();
@@ -56,6 +57,7 @@ void CqDbTable::Open(const CString& name) {
 }
 
 void CqDbTable::Close() {
+    // The handle is given up first: the object is closed even if the store refuses.
     const std::uint32_t table = m_hTable;
     m_hTable = 0;
     m_bLoaded = 0;
@@ -123,7 +125,7 @@ const std::byte* CqDbTable::PeekRecord(CqHandle handle) const {
 const std::byte* CqDbTable::RecordAt(CqHandle handle) {
     const std::byte* record = PeekRecord(handle);
     if (record == nullptr) {
-        // The store says in its own words which record is gone.
+        // Fails with the store's own text, which names table and record.
         GoTo(handle);
     }
     return record;

@@ -21,7 +21,7 @@ constexpr std::uint32_t kCapacityStep = 16;
 constexpr std::uint32_t kReadAtOnce = 0x10000;
 constexpr std::uint64_t kLongestFile = std::numeric_limits<std::int32_t>::max();
 
-/// Runs `body`, whose failures on the file are thrown as the job's own.
+/// Runs `body` and throws its CQrfsFileException as CqSurveyException.
 template <class Body>
 auto Translated(Body&& body) {
     try {
@@ -83,10 +83,10 @@ CqDescriptionStore::Head CqDescriptionStore::ParseHead(const std::byte* bytes,
     const Head head{LoadLittle<std::uint32_t>(bytes), LoadLittle<std::uint32_t>(bytes + 4),
                     LoadLittle<std::uint32_t>(bytes + 8)};
     if (head.capacity % kCapacityStep != 0) {
-        ThrowDamaged(position, "has a capacity that is no multiple of 16");
+        ThrowDamaged(position, "has a capacity that is not a multiple of 16");
     }
     if (head.capacity > fileLength - position - kHead) {
-        ThrowDamaged(position, "goes on behind the end of the file");
+        ThrowDamaged(position, "goes on past the end of the file");
     }
     if (head.length > head.capacity) {
         ThrowDamaged(position, "has a text that is longer than its capacity");
@@ -99,6 +99,8 @@ void CqDescriptionStore::FindBlocks() {
     if (length < kFileHeader) {
         ThrowDamaged(length, "is where the header of the file should be");
     }
+    // Small blocks are many: their heads are taken from a window over the file. A large text is
+    // skipped, and the next window begins after it.
     std::vector<std::byte> window(kReadAtOnce);
     std::uint32_t windowStart = 0;
     std::uint32_t windowEnd = 0;
@@ -118,7 +120,7 @@ void CqDescriptionStore::FindBlocks() {
         if (head.key == 0) {
             m_free[head.capacity].push_back(position);
         } else if (Find(head.key) != Table::kNone) {
-            ThrowDamaged(position, "has the key of another");
+            ThrowDamaged(position, "has the same key as another block");
         } else {
             m_used.Insert(Slot{head.key, position});
         }
@@ -160,7 +162,8 @@ void CqDescriptionStore::WriteBlock(const Head& head, std::uint32_t position,
 
 void CqDescriptionStore::Allocate(CqHandle key, std::string_view text) {
     if (text.size() > kLongestFile - kHead - kCapacityStep) {
-        throw CqSurveyException(error::kVolumeFull, "a description of more than 2^31 bytes");
+        throw CqSurveyException(error::kVolumeFull,
+                                "a description must be shorter than 2^31 bytes");
     }
     const std::uint32_t capacity = CapacityFor(text.size());
     const auto list = m_free.find(capacity);
@@ -168,8 +171,11 @@ void CqDescriptionStore::Allocate(CqHandle key, std::string_view text) {
     const std::uint32_t position =
         reuses ? list->second.front() : static_cast<std::uint32_t>(m_file.GetLength());
     if (std::uint64_t{position} + kHead + capacity > kLongestFile) {
-        throw CqSurveyException(error::kVolumeFull, "descriptions of more than 2^31 bytes");
+        throw CqSurveyException(error::kVolumeFull,
+                                "all descriptions together must be shorter than 2^31 bytes");
     }
+    // Whatever may fail comes before the first change to the tables: memory is reserved, then the
+    // file is written, and the rest cannot fail.
     m_changes.Reserve(2);
     m_used.ReserveOneMore();
     WriteBlock({key, static_cast<std::uint32_t>(text.size()), capacity}, position, text);
@@ -187,6 +193,7 @@ void CqDescriptionStore::Allocate(CqHandle key, std::string_view text) {
 void CqDescriptionStore::Release(std::size_t place, std::uint32_t capacity) {
     const Slot block = m_used[place];
     const std::array<std::byte, sizeof(block.key)> noKey{};
+    // A key of 0 makes the block free. Its text stays in the file until the block is used again.
     m_changes.Reserve(2);
     m_file.Seek(static_cast<std::int32_t>(block.position), 0);
     m_file.Write(noKey.data(), noKey.size());
@@ -230,6 +237,7 @@ bool CqDescriptionStore::Edit(CqHandle key, std::string_view text) {
     }
     Translated([&] {
         const Head head = ReadHead(m_used[place]);
+        // The old block goes first, because a key has one block at a time.
         if (text.size() > head.capacity) {
             Release(place, head.capacity);
             Allocate(key, text);
@@ -255,6 +263,8 @@ void CqDescriptionStore::KeepStep() noexcept {
 }
 
 void CqDescriptionStore::UndoStep() noexcept {
+    // The last change first, so that each finds the tables as it left them, and the free blocks
+    // come back in their old order.
     m_changes.TakeBack([this](const Change& change) {
         switch (change.action) {
             case Action::Use:

@@ -17,44 +17,66 @@
 
 namespace cqsurvey {
 
-/// The texts of any length that hang off the points, in one file of the job: a header of 64 bytes,
-/// then blocks of a 16-byte head and a data area whose capacity is a multiple of 16. A block that
-/// was freed is used again for a text of exactly its capacity, the one freed first before others.
+/// The descriptions of points: texts of any length in one file of the job, each found by its key,
+/// the handle of its point. Failures throw CqSurveyException, those of the file included.
 ///
-/// Failures throw CqSurveyException, also those of the file.
+/// The file is a header and a row of blocks without gaps:
+///
+///     header (64 bytes) | block | block | free block | block ...
+///
+///     block      key        4 bytes, 0 for a free block
+///                length     4 bytes, of the text
+///                capacity   4 bytes, of the data area: a multiple of 16
+///                unused     4 bytes
+///                data       `capacity` bytes: the text, then zeros
+///
+/// Capacities never change, and blocks are never merged or moved. A free block is used again for a
+/// text that needs exactly its capacity, and of several the one that was freed first; otherwise a
+/// block is added at the end. A text that is edited stays in its block as long as it fits.
+///
+/// The file has no index. Opening the store reads all heads and keeps two tables in memory: the
+/// block of each key, and the free blocks of each capacity. The texts stay in the file. A log of
+/// the changes to the two tables takes them back when a step is undone; the file itself is put back
+/// by the store.
 class CqDescriptionStore : public JobPart {
  public:
     static const CString kFileName;
 
     /// Creates the file at `path`, which must not exist, and opens it.
     void Create(const CString& path);
-    /// Opens the file and finds its blocks. Throws 0x30000007 when they are damaged.
+    /// Opens the file and reads the heads of all blocks. Throws error::kDamaged when one is not as
+    /// above or when two have the same key.
     void Open(const CString& path);
     void Close();
 
-    /// `text` is in the narrow code page and ends before its first zero byte. False, with nothing
-    /// changed, for an empty text and when the key is 0 or has one already.
+    // Texts are bytes in the narrow code page, without a zero byte. Changes are made inside a step
+    // of the job. They throw error::kVolumeFull when the file would have 2^31 bytes or more.
+
+    /// False, with nothing changed, for an empty text, and when the key is 0 or has a text already.
     bool Add(CqHandle key, std::string_view text);
-    /// False, with `text` unchanged, when the key has none.
+    /// False, with `text` unchanged, when the key has no text.
     bool Get(CqHandle key, std::string& text);
-    /// False for an empty text and when the key has none.
+    /// Replaces a text. False, with nothing changed, for an empty text and when the key has none.
     bool Edit(CqHandle key, std::string_view text);
+    /// False when the key has no text.
     bool Delete(CqHandle key);
 
     void OnCreate(const CString& root) override { Create(root + kFileName); }
     void OnOpen(const CString& root) override { Open(root + kFileName); }
     void OnClose() override { Close(); }
     void KeepStep() noexcept override;
-    /// Puts back which blocks are used and free, after the store has put the file back.
+    /// Takes back the changes to the tables of used and free blocks.
     void UndoStep() noexcept override;
 
  private:
+    /// The head of a block as it stands in the file.
     struct Head {
         CqHandle key;
         std::uint32_t length;
         std::uint32_t capacity;
     };
 
+    /// Where a key's block begins in the file.
     struct Slot {
         CqHandle key = 0;
         std::uint32_t position = 0;
@@ -64,8 +86,8 @@ class CqDescriptionStore : public JobPart {
     };
     using Table = ProbeTable<Slot>;
 
-    /// The block of a key was put to use or released, or a block was taken from or put to the free
-    /// ones of a capacity.
+    /// One change to the tables in memory: a key got or lost its block, or a block was taken from
+    /// or put to the free blocks of its capacity.
     enum class Action : std::uint8_t { Use, Release, TakeFree, PutFree };
     struct Change {
         Action action;
@@ -73,7 +95,7 @@ class CqDescriptionStore : public JobPart {
         std::uint32_t position;
     };
 
-    /// Positions of free blocks in the order in which they became free.
+    /// By capacity, the positions of the free blocks in the order in which they became free.
     using FreeBlocks = std::unordered_map<std::uint32_t, std::deque<std::uint32_t>, HandleHash>;
 
     static Head ParseHead(const std::byte* bytes, std::uint32_t position, std::uint32_t fileLength);

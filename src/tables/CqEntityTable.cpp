@@ -9,6 +9,7 @@ void CqEntityTable::Create(const CString& name) {
 
 void CqEntityTable::Open(const CString& name) {
     CqDbTable::Open(name);
+    // A file without its header record counts as an empty drawing.
     m_head = 0;
     m_tail = 0;
     if (First(kRecordOrder) != 0 && GetCurrentHandle() == kHeader) {
@@ -38,6 +39,8 @@ CqHandle CqEntityTable::AppendEntity(const Entity& entity, CqHandle prev, CqHand
     Layout::Set<"Z">(record, entity.z);
     Layout::Set<"PrevEntityIndex">(record, prev == 0 ? oldTail : prev);
     Layout::Set<"NextEntityIndex">(record, next);
+    // The neighbours come after the record, whose handle they need. The header is written once and
+    // only if it has changed.
     const CqHandle handle = AppendRecord(bytes);
     if (prev == 0) {
         if (oldTail != 0) {
@@ -75,6 +78,7 @@ void CqEntityTable::Remove(CqHandle handle, bool relink) {
     if (handle <= kHeader) {
         return;
     }
+    // The links must be read before the record is gone.
     const auto prev = GetAt<"PrevEntityIndex">(handle);
     const auto next = GetAt<"NextEntityIndex">(handle);
     DeleteRecord(handle);

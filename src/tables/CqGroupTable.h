@@ -5,15 +5,16 @@
 
 namespace cqsurvey {
 
-/// The point groups.
+/// The point groups. A point names its group by record number, 0 for none.
 class CqGroupTable : public CqRecordTable<GroupLayout> {
  public:
-    /// The first group in record order whose name is like `name` but for letter case becomes the
-    /// current record. False for none and for an empty name, which groups may have all the same.
+    /// Makes the first group in record order whose name is `name`, without regard to letter case,
+    /// the current record. False when there is none. It finds no group by an empty name, although
+    /// groups may have one.
     [[nodiscard]] bool FindByName(const CString& name);
 
-    /// The name of the group that a record number names; throws 0x31000003 when there is none. The
-    /// group becomes the current record.
+    /// The name of a group, which becomes the current record. Throws error::kNoRecord when there is
+    /// no such group.
     [[nodiscard]] CString GetName(CqHandle group);
 
     /// Appends a group with the first 19 code units of the name.

@@ -5,7 +5,9 @@
 
 namespace cqsurvey {
 
-/// The ties between survey points and polyline vertices, both named by their entity handles.
+/// The ties between survey points and the polyline vertices that were drawn through them. Both are
+/// named by their entity handles. A tie may outlive either, and of several ties of one vertex the
+/// last one counts.
 class CqLinkTable : public CqRecordTable<LinkLayout> {
  public:
     CqHandle AppendLink(CqHandle point, CqHandle vertex) {

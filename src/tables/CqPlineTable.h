@@ -6,7 +6,8 @@
 
 namespace cqsurvey {
 
-/// The polylines' own data.
+/// The polylines' own data: line style, code and the rectangle around all vertices. The vertices
+/// are the entities that follow the polyline's entity in the chain.
 class CqPlineTable : public CqRecordTable<PlineLayout> {
  public:
     CqHandle AppendPline(std::int32_t line, std::int32_t code, const CVector& min,

@@ -5,7 +5,8 @@
 
 namespace cqsurvey {
 
-/// The points' attributes. Their coordinates are those of their survey-point entities.
+/// The points' attributes. Their coordinates are those of their survey-point entities; point and
+/// entity name each other.
 class CqPointTable : public CqRecordTable<PointLayout> {};
 
 }  // namespace cqsurvey

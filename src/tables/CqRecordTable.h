@@ -9,7 +9,22 @@
 
 namespace cqsurvey {
 
-/// A table of one layout: its record buffer and typed access to the fields of the current record.
+/// A table whose records have the given layout, with typed access to their fields by name.
+///
+/// There are four ways to a record; each fits one use:
+///
+///     GetAt<"E">(handle)       one field of some record; no copy, the current record stays
+///     Edit(handle, change)     changes some record: go there, load, change the bytes, write
+///     ForEach(visit)           all records in order; `visit` must not move in this table
+///     First, Next, Get<"E">()  a walk that may end early: the current record in the buffer
+///
+///     store   [1][2][3][4]...      current record, say 3
+///                   |  ^
+///              Load v  | Store
+///             m_record [ 3 ]       <- Get, Set
+///
+/// The buffer is loaded when it is first needed. Set changes only the buffer: without Store the
+/// change is lost with the next move.
 template <class LayoutType>
 class CqRecordTable : public CqDbTable {
  public:
@@ -25,14 +40,14 @@ class CqRecordTable : public CqDbTable {
     void OnCreate(const CString& root) override { Create(root + CString(Layout::kTable.View())); }
     void OnOpen(const CString& root) override { Open(root + CString(Layout::kTable.View())); }
 
-    /// A field of any record; throws error::kNoRecord when there is no such record.
+    /// A field of any record. Throws error::kNoRecord when there is no such record.
     template <FieldName Name>
     [[nodiscard]] auto GetAt(CqHandle handle) {
         return Layout::template Get<Name>(RecordAt(handle));
     }
 
-    /// Changes a record, which becomes the current one: `change` is called with its bytes. Throws
-    /// error::kNoRecord when there is no such record.
+    /// Calls `change` with a record's bytes and writes them back. The record becomes the current
+    /// one. Throws error::kNoRecord when there is no such record.
     template <class Change>
     void Edit(CqHandle handle, Change&& change) {
         GoTo(handle);
@@ -49,28 +64,29 @@ class CqRecordTable : public CqDbTable {
         }
     }
 
-    /// A field of the current record, which is loaded if it is not.
+    /// A field of the current record, which is loaded first if necessary.
     template <FieldName Name>
     [[nodiscard]] auto Get() {
         Load();
         return Layout::template Get<Name>(m_record.data());
     }
 
-    /// Changes a field in the buffer only; Store writes it.
+    /// Changes a field in the buffer; Store writes it.
     template <FieldName Name, class Value>
     void Set(const Value& value) {
         Load();
         Layout::template Set<Name>(m_record.data(), value);
     }
 
-    /// Writes the buffer to the current record; does nothing when none is loaded.
+    /// Writes the buffer to the current record. Does nothing when the buffer holds no record.
     void Store() {
         if (m_bLoaded != 0) {
             UpdateCurrent(m_record.data());
         }
     }
 
-    /// The bytes of the current record, which is loaded if it is not.
+    /// The bytes of the current record, which is loaded first if necessary. They stay valid until
+    /// another record is loaded.
     [[nodiscard]] const std::byte* Record() {
         Load();
         return m_record.data();
@@ -82,7 +98,8 @@ class CqRecordTable : public CqDbTable {
         return AppendCurrent(m_record.data());
     }
 
-    /// Deletes a record by handle and selects record order again.
+    /// Deletes a record. There is no current record afterwards. Throws error::kNoRecord when there
+    /// is no such record.
     void DeleteRecord(CqHandle handle) {
         GoTo(handle);
         DeleteCurrent();
@@ -97,13 +114,13 @@ class CqRecordTable : public CqDbTable {
         return {text.data()};
     }
 
-    /// Stores a text in the memo store and its reference in a record's bytes.
+    /// Stores a text as a memo and puts its reference into a record's bytes.
     template <FieldName Name>
     void SetMemo(typename Layout::Bytes& record, const CString& text) {
         WriteMemo(text, record.data() + Layout::template Offset<Name>());
     }
 
-    /// The same for the buffer of the current record.
+    /// The same for the buffer; Store writes it, and frees the text that the field named before.
     template <FieldName Name>
     void SetMemo(const CString& text) {
         Load();
@@ -111,7 +128,7 @@ class CqRecordTable : public CqDbTable {
     }
 
  protected:
-    /// What a reader of a memo gets at most, the terminator included.
+    /// The most code units of a memo that can be read, with the terminator.
     static constexpr std::size_t kMemoUnits = limits::kReadableText + 1;
 
     void Load() {

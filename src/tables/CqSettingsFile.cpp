@@ -26,7 +26,7 @@ constexpr int kModeRead = 1;
 constexpr int kModeWrite = 2;
 constexpr int kModeReadWrite = 3;
 
-/// Closes the file when an operation ends by an exception.
+/// Closes the file at the end of an operation, whichever way it ends.
 class ClosingFile {
  public:
     explicit ClosingFile(CQrfsFile& file) : m_file(file) {}
@@ -62,7 +62,8 @@ CString KeyLine(std::u16string_view key, std::u16string_view value) {
     return line;
 }
 
-/// The text as bytes up to the first character that no number holds, without leading blanks.
+/// The text without leading white space, as bytes, up to the first character that is not ASCII and
+/// so cannot belong to a number.
 std::string NumberText(std::u16string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(u" \t\r\n\v\f"), text.size()));
     std::string bytes;
@@ -77,7 +78,7 @@ std::string NumberText(std::u16string_view text) {
 
 std::int32_t ToInt(std::u16string_view text) {
     const std::string number = NumberText(text);
-    // from_chars takes no plus sign.
+    // from_chars does not accept a plus sign.
     const bool plus = number.starts_with('+') && !number.starts_with("+-");
     std::int64_t value = 0;
     const auto [end, failure] =
@@ -97,7 +98,8 @@ CString FormatInt(std::int32_t value) {
     return FromUtf8(std::to_string(value));
 }
 
-/// The same text on every system: a not-a-number has no sign and no kind.
+/// Formats by hand what the C library writes differently from system to system: a not-a-number with
+/// or without a sign and a kind.
 CString FormatThreeDecimals(double value) {
     if (std::isnan(value)) {
         return u"nan";
@@ -285,6 +287,7 @@ int CqSettingsFile::WriteDouble(const CString& section, const CString& key, doub
 }
 
 int CqSettingsFile::ExportFile(const CString& hostPath) {
+    // A mounted job is a file of the host, too. Opening it here would destroy it.
     HostFile target;
     if (StoreIsMountedVolume(hostPath) != 0 || !target.Create(hostPath)) {
         return 0;
@@ -321,6 +324,7 @@ int CqSettingsFile::ImportFile(const CString& hostPath) {
 }
 
 int CqSettingsFile::Backup(const CString& backupPath) {
+    // There may be no older backup, so the result does not matter.
     QrfsDeleteFile(backupPath);
     return QrfsCopyFile(m_path, backupPath) != 0 ? 1 : 0;
 }

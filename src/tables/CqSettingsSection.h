@@ -6,8 +6,8 @@
 
 namespace cqsurvey {
 
-/// One section of a settings file: the text between its brackets and its key lines in file order,
-/// each with at least one "=".
+/// One section of a settings file: the name between its brackets, and its lines in the order of the
+/// file. Each line is a key, "=" and a value; the first "=" is the one that counts.
 struct CqSettingsSection {
     CString name;
     std::vector<CString> lines;

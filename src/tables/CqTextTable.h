@@ -7,7 +7,7 @@
 
 namespace cqsurvey {
 
-/// What a text record holds beside the text itself.
+/// What a text record holds in addition to the text.
 struct TextAttributes {
     std::int32_t align;
     std::u16string_view style;
@@ -19,7 +19,8 @@ struct TextAttributes {
     std::int32_t thickness;
 };
 
-/// The texts' own data.
+/// The texts' own data. The text is a memo, since it may be long; the insertion point, layer and
+/// colour are those of the text's entity.
 class CqTextTable : public CqRecordTable<TextLayout> {
  public:
     CqHandle AppendText(const CString& text, const TextAttributes& attributes) {

@@ -5,7 +5,8 @@
 
 namespace cqsurvey {
 
-/// The vertices' own data.
+/// The vertices' own data: the bulge of the segment that begins at the vertex, and the polyline.
+/// The coordinates are those of the vertex's entity.
 class CqVertexTable : public CqRecordTable<VertexLayout> {
  public:
     /// `pline` is the polyline's entity handle.

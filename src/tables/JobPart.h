@@ -4,10 +4,13 @@
 
 namespace cqsurvey {
 
-/// A part of a job: a table, an index over one, the description file, the settings, the defaults in
-/// memory. A job lists its parts once, and creating, opening, closing, keeping and undoing a step
-/// are loops over that list, in its order. A part that has nothing to do at one of them leaves it
-/// out.
+/// A part of a job: a table, an index over a table, the description file, the settings, the
+/// extents, or the defaults. A job lists its parts once (Job). What happens to the whole job, such
+/// as opening or undoing a step, is a loop over that list in its order; a part overrides the
+/// functions for which it has something to do.
+///
+/// Much of what a part holds in memory follows from records and files. When a step is undone, the
+/// store puts those back first, and then each part puts its own memory back.
 class JobPart {
  public:
     JobPart() = default;
@@ -15,17 +18,19 @@ class JobPart {
     JobPart& operator=(const JobPart&) = delete;
     virtual ~JobPart() = default;
 
-    // `root` is the job's mount name and ":/". Failures throw CqSurveyException.
+    // `root` is the job's mount name and ":/", such as "JOB1:/". Failures throw CqSurveyException.
 
+    /// Creates what the part has on the volume, and leaves it open.
     virtual void OnCreate(const CString& /*root*/) {}
+    /// Opens what the part has on the volume.
     virtual void OnOpen(const CString& /*root*/) {}
-    /// The part is closed afterwards, also when it throws.
+    /// The part is closed afterwards, even when this throws.
     virtual void OnClose() {}
 
-    /// What was changed in memory up to now stays, whatever becomes of the next step.
+    /// What was changed in memory up to now is final: a later undo goes back to here.
     virtual void KeepStep() noexcept {}
-    /// Takes back what was changed in memory since the last KeepStep. The store has put back the
-    /// records and files by then.
+    /// Takes back what was changed in memory since the last KeepStep. The store has already put
+    /// back records and files. It has no way to report a failure, so it should not need memory.
     virtual void UndoStep() noexcept {}
 };
 

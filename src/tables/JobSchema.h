@@ -4,7 +4,18 @@
 
 namespace cqsurvey {
 
-// The ten tables of a job, each field in its place in the record.
+// The ten tables of a job. The names, types and order of the fields are part of the file format;
+// docs/format.md says what each field means.
+//
+// An entity names its own data by ObjectType, which tells the table, and ObjectIndex, which tells
+// the record:
+//
+//     _EntityData  -> _PointData, _PlineData, _VertexData, _TextData, _CircleData or _BitmapData
+//                  -> _Layer                         LayerIndex
+//                  -> _EntityData                    PrevEntityIndex, NextEntityIndex: the drawing
+//     _PointData   -> _EntityData, _GroupData        EntityIndex, GroupIndex
+//     _VertexData  -> _EntityData                    PlineIndex: its polyline
+//     _PointToVertexLink -> _EntityData (twice)      PointDataID, VertexDataID
 
 using BitmapLayout = RecordLayout<"_BitmapData",                  //
                                   Field<"ResName", field::Memo>,  //

@@ -14,12 +14,13 @@
 
 namespace cqsurvey {
 
-/// A name in a layout, usable as a template argument.
+/// A table's or a field's name. Its characters are members, so that it can be a template argument:
+/// two equal names make the same type.
 template <std::size_t N>
 struct FieldName {
     char16_t units[N]{};
 
-    // A layout spells its names as plain literals.
+    // Implicit, so that a layout can spell its names as plain literals.
     // NOLINTNEXTLINE(google-explicit-constructor)
     consteval FieldName(const char (&name)[N]) {
         for (std::size_t i = 0; i < N; ++i) {
@@ -30,6 +31,8 @@ struct FieldName {
     [[nodiscard]] constexpr std::u16string_view View() const { return {units, N - 1}; }
 };
 
+/// The types that fields can have. Each says how wide it is in a record, what the store calls it,
+/// and how a value is read from the record's bytes and written to them.
 namespace field {
 
 template <class T>
@@ -53,12 +56,12 @@ struct Integer : Number<std::int32_t> {
 struct Word : Number<std::uint16_t> {
     static constexpr const char16_t* kType = u"WORD";
 };
-/// A reference to a text of the memo store, 0 for an empty one.
+/// A reference to a text of the memo store, 0 for an empty text.
 struct Memo : Number<std::uint32_t> {
     static constexpr const char16_t* kType = u"MEMO";
 };
 
-/// What a record can keep of a text: a zero ends it.
+/// The part of a text that a record can hold: a zero ends it.
 [[nodiscard]] constexpr std::u16string_view UpToZero(std::u16string_view text) {
     return text.substr(0, text.find(u'\0'));
 }
@@ -82,7 +85,7 @@ struct Text {
             value[i] = LoadLittle<char16_t>(bytes + 2 * i);
         }
     }
-    /// Cuts the text at a zero and to kCapacity code units.
+    /// Stores the text up to its first zero, at most kCapacity code units of it.
     static void Store(std::byte* bytes, std::u16string_view value) {
         value = UpToZero(value);
         const std::size_t length = std::min(value.size(), kCapacity);
@@ -91,7 +94,8 @@ struct Text {
             StoreLittle<char16_t>(bytes + 2 * i, value[i]);
         }
     }
-    /// Whether the stored text is exactly `value`, which is not cut.
+    /// Whether the stored text is exactly `value`. A value that is too long to be stored equals
+    /// nothing.
     static bool Equal(const std::byte* bytes, std::u16string_view value) {
         if (Length(bytes) != value.size()) {
             return false;
@@ -134,8 +138,23 @@ struct Field {
     using FieldType = Type;
 };
 
-/// The packed record of one job table. Everything about the record follows from this list: byte
-/// offsets, the description given to the table store, and typed access by name.
+/// The packed record of one job table, as a list of its fields:
+///
+///     using VertexLayout = RecordLayout<"_VertexData",
+///                                       Field<"Bulge", field::Double>,
+///                                       Field<"PlineIndex", field::Dword>>;
+///
+/// Everything else about the record follows from this list at compile time:
+///
+///     byte          0                      8            12
+///                   | Bulge (Double)       | PlineIndex  |     VertexLayout::kWidth is 12
+///
+///     kFieldDefs    the description with which the store creates and checks the table
+///     Offset<Name>  the widths of the fields before it, added up
+///     Get, Set      read and write a field of a record's bytes with the type that it has
+///
+/// A name that is not in the list does not compile, and there is no second place where an offset or
+/// a type could be wrong. The list is part of the file format.
 template <FieldName TableName, class... Fields>
 struct RecordLayout {
     static constexpr FieldName kTable = TableName;
@@ -152,7 +171,7 @@ struct RecordLayout {
         constexpr std::array<std::u16string_view, kFieldCount> names{Fields::kName.View()...};
         std::size_t index = 0;
         while (names[index] != Name.View()) {
-            ++index;  // a name that the table does not have ends the compilation here
+            ++index;  // for a name that is not in the list, compilation fails here
         }
         return index;
     }
