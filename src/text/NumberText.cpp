@@ -86,7 +86,7 @@ std::string FormatNumber(double value) {
     if (std::isnan(value)) {
         return {};
     }
-    // Coordinates are read by people: no exponent in the range where there are any.
+    // People read coordinates, so numbers in their range have no exponent.
     const double size = std::fabs(value);
     const bool plain = size == 0.0 || (size >= 1e-7 && size < 1e16);
     std::array<char, 64> buffer{};
