@@ -5,8 +5,8 @@
 
 namespace cqsurvey::cqjob {
 
-/// The length of the file at `path`. Throws Failure with the path and the reason when it is no file
-/// or cannot be opened for reading.
+/// The length of the file at `path`. Throws Failure with the path and the reason when it is not a
+/// file or cannot be opened for reading.
 [[nodiscard]] std::uint64_t GetReadableLength(const std::string& path);
 
 /// The bytes of the file at `path`. Throws Failure as GetReadableLength, and when reading fails.

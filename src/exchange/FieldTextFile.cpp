@@ -39,7 +39,7 @@ FieldTextFile::FieldTextFile(TextSource& source, FieldTextReadOptions options)
       m_codePage(RequireNarrowPage(m_options.codePage)),
       m_reader(source, {.comment = m_options.comment}) {
     if (!m_options.order && m_options.headerLines == 0U) {
-        throw OptionError("the columns cannot come from a header when there is none");
+        throw OptionError("the columns cannot come from a header when the file has none");
     }
     for (const std::string& text : m_options.noHeight) {
         ParsedNumber number = ParseNumber(text, m_options.decimalComma);
@@ -133,7 +133,7 @@ void FieldTextFile::ReadHeader(const std::vector<std::string_view>& texts) {
         if (const auto index = m_options.order->FindContradiction(headings)) {
             throw OptionError(fmt::format(
                 "{}the heading of column {} is {}, but the order given takes {}; {}header {} reads "
-                "the file as told",
+                "the file with that order",
                 place, *index + 1, Quoted(headings[*index]), m_options.order->Describe(),
                 m_options.optionPrefix, m_record.line));
         }
@@ -344,14 +344,15 @@ bool FieldTextFile::Decode(const char* what, std::string_view bytes, CString& te
     std::optional<CString> decoded = m_codePage.TryDecode(bytes);
     if (!decoded) {
         line.reason = fmt::format(
-            "the {} {} is no text of code page {}{}", what, Quoted(bytes), m_codePage.GetNumber(),
+            "the {} {} is not a text of code page {}{}", what, Quoted(bytes),
+            m_codePage.GetNumber(),
             m_codePage.GetNumber() == CqCodePage::kUtf8
-                ? fmt::format(" (UTF-8); {}code-page names another", m_options.optionPrefix)
+                ? fmt::format(" (UTF-8); choose another with {}code-page", m_options.optionPrefix)
                 : "");
         return false;
     }
     if (decoded->find(u'\0') != CString::npos) {
-        line.reason = fmt::format("the {} {} holds a zero byte", what, Quoted(bytes));
+        line.reason = fmt::format("the {} {} has a zero byte", what, Quoted(bytes));
         return false;
     }
     text = std::move(*decoded);

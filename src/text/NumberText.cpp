@@ -13,7 +13,7 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-constexpr const char* kNoNumber = "is no number";
+constexpr const char* kNoNumber = "is not a number";
 
 }  // namespace
 
@@ -33,12 +33,12 @@ ParsedNumber ParseNumber(std::string_view text, bool decimalComma) {
         return {.fault = "is empty"};
     }
     if (!decimalComma && text.find(',') != std::string_view::npos) {
-        return {.fault = "is no number: it holds a comma"};
+        return {.fault = "is not a number: it holds a comma"};
     }
     std::string pointed;
     if (decimalComma) {
         if (text.find('.') != std::string_view::npos) {
-            return {.fault = "is no number: it holds a point where decimal commas are used"};
+            return {.fault = "is not a number: it holds a point where decimal commas are used"};
         }
         if (const std::size_t comma = text.find(','); comma != std::string_view::npos) {
             pointed = text;

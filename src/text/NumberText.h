@@ -11,7 +11,7 @@ namespace cqsurvey {
 struct ParsedNumber {
     double value = 0.0;
     /// Null when the text is a number. Otherwise a text that completes a sentence beginning with
-    /// the text that was read, such as "is no number".
+    /// the text that was read, such as "is not a number".
     const char* fault = nullptr;
 };
 
