@@ -1,6 +1,7 @@
 #include "cqjob/InputFile.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -39,22 +40,31 @@ class Descriptor {
 }  // namespace
 
 std::uint64_t GetReadableLength(const std::string& path) {
-    const Descriptor file(path);
+    // Asked before it is opened: opening a pipe waits for whoever writes into it.
     struct stat status {};
-    if (fstat(file.Get(), &status) != 0) {
+    if (stat(path.c_str(), &status) != 0) {
         Fail(path, errno);
     }
     if (S_ISDIR(status.st_mode)) {
         Fail(path, EISDIR);
     }
+    if (!S_ISREG(status.st_mode)) {
+        throw Failure(Printable(path) + ": is a pipe or a device, not a file");
+    }
+    const Descriptor file(path);
     return static_cast<std::uint64_t>(status.st_size);
 }
 
-std::string ReadInputFile(const std::string& path) {
+std::string ReadInputFile(const std::string& path, std::uint64_t mostBytes) {
+    const std::uint64_t length = GetReadableLength(path);
     const Descriptor file(path);
     std::string bytes;
     std::array<char, 65536> piece{};
     for (;;) {
+        if (length > mostBytes || bytes.size() > mostBytes) {
+            throw Failure(fmt::format("{}: has more than {} bytes, the most that are read",
+                                      Printable(path), mostBytes));
+        }
         const ssize_t count = read(file.Get(), piece.data(), piece.size());
         if (count == 0) {
             return bytes;

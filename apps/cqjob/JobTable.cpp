@@ -46,7 +46,6 @@ struct Row {
 /// Why the job cannot be read; GetDBInformation does not say.
 std::string FindReason(const CString& path) {
     try {
-        // Opens the job as GetDBInformation does, because another reader is in its way, too.
         CqSurveyDB db;
         db.Open(path);
         return "it could not be read";

@@ -1,5 +1,6 @@
 #include "cqjob/SettingsTransfer.h"
 
+#include <cqsurvey/Limits.h>
 #include <cqsurvey/cqsurvey.h>
 
 #include <cerrno>
@@ -44,7 +45,7 @@ class TemporaryFolder {
 void ImportSettings(const std::string& job, const std::string& path) {
     RequireOtherFile(path, job);
     const CString hostPath = ToJobPath(path);
-    if (!IsUtf8(ReadInputFile(path))) {
+    if (!IsUtf8(ReadInputFile(path, limits::kSettingsBytes))) {
         throw Failure(Printable(path) + ": is not UTF-8, so no setting was changed");
     }
     CqSurveyDB db;
@@ -72,7 +73,7 @@ void ExportSettings(Console& console, const std::string& job, const std::string&
     }
     db.Close();
     OutputFile output(console, path, replace);
-    output.Write(ReadInputFile(copy));
+    output.Write(ReadInputFile(copy, limits::kSettingsBytes));
     output.Finish();
 }
 

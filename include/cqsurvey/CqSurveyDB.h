@@ -34,7 +34,8 @@ struct Job;
 ///
 /// Every operation is one atomic step on disk: after a crash the job holds all of it or nothing.
 /// When the step cannot be written, the operation throws, and the file and the object are as they
-/// were before it. CqBatch makes one step of many operations.
+/// were before it; error::kReadWriteFailed also when the job's file was removed, renamed, replaced
+/// or cut off while it was open. CqBatch makes one step of many operations.
 ///
 /// All operations but CreateNew, Open, OpenReadOnly, Close, IsOpen and GetDBInformation need an
 /// open job. Use an object from one thread at a time; different objects may be used by different
@@ -62,8 +63,8 @@ class CQSURVEY_API CqSurveyDB {
 
     /// Closes the open job, resets the current colour, group and pending polyline attributes, and
     /// creates a job at `path`. Throws error::kFileExists when anything exists there, and leaves
-    /// that alone. A file that a later failure left unfinished is deleted by Close or by the next
-    /// CreateNew or Open.
+    /// that alone. The job is made under another name in the same folder, and gets its path when it
+    /// is complete; a failure leaves nothing at `path`.
     void CreateNew(const CString& path);
     /// Closes the open job and opens the one at `path`; read-only when the system does not allow
     /// writing. Afterwards layer "0" is current, and no group. Throws error::kNoVolume when there
@@ -333,6 +334,8 @@ class CQSURVEY_API CqSurveyDB {
 
     int GetSettingsSectionList(CStringList& list);
     int GetSettingsKeyList(const CString& section, CStringList& list);
+    /// Returns 0 when there is such a section, and when the settings would become longer than
+    /// limits::kSettingsText.
     int AddSettingsSection(const CString& section);
     /// Returns 0 for the two fixed sections and for an unknown one.
     int DeleteSettingsSection(const CString& section);
@@ -340,7 +343,8 @@ class CQSURVEY_API CqSurveyDB {
     int GetSettingsString(const CString& section, const CString& key, CString& value,
                           const CString& defaultValue);
     int GetSettingsInt(const CString& section, const CString& key, int& value, int defaultValue);
-    /// Returns 0 when there is no such section. An empty value removes the key.
+    /// Returns 0 when there is no such section, and when the settings would become longer than
+    /// limits::kSettingsText. An empty value removes the key.
     [[nodiscard]] int WriteSettingsString(const CString& section, const CString& key,
                                           const CString& value);
     [[nodiscard]] int WriteSettingsInt(const CString& section, const CString& key, int value);

@@ -41,6 +41,11 @@ inline constexpr std::int32_t kHighestBrightness = 255;
 inline constexpr std::int32_t kLowestContrast = 0;
 inline constexpr std::int32_t kHighestContrast = 65000;
 
+/// The most bytes of a settings file that is read, from the host or when a job is opened.
+inline constexpr std::uint32_t kSettingsBytes = 1U << 22;
+/// The most code units of all settings of a job. In any code page they fit into kSettingsBytes.
+inline constexpr std::uint32_t kSettingsText = 1U << 20;
+
 /// The most bytes of a file inside a job: the settings, the descriptions, the background image.
 inline constexpr std::uint32_t kFileBytes = std::numeric_limits<std::int32_t>::max();
 

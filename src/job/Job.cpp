@@ -37,10 +37,11 @@ void Job::MountVolume(const CString& path, bool readOnly) {
 }
 
 void Job::Create(const CString& path) {
-    if (QrfsCreateVolume(path) == 0) {
+    CString draft;
+    if (StoreDraftVolume(path, draft) == 0) {
         ThrowLastStorageError();
     }
-    MountVolume(path, false);
+    MountVolume(draft, false);
     try {
         Atomically(*this, [&] {
             CreateSettingsIniFile();
@@ -54,6 +55,12 @@ void Job::Create(const CString& path) {
         StoreDiscardVolume(mountName);
         throw;
     }
+    Close();
+    if (StorePublishVolume(path) == 0) {
+        ThrowLastStorageError();
+    }
+    MountVolume(path, false);
+    OpenMounted();
 }
 
 void Job::OpenMounted() {

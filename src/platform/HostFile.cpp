@@ -28,6 +28,16 @@ bool HostFile::Exists(const CString& path) {
 }
 
 bool HostFile::OpenToRead(const CString& path) {
+    static_cast<void>(Close());
+    if (!IsNameable(path)) {
+        return false;
+    }
+    std::error_code failure;
+    const auto status = system::Identify(HostPath(path), failure);
+    if (!status || status->kind != system::FileStatus::Kind::File) {
+        return false;
+    }
+    m_size = status->size;
     return Open(path, system::Descriptor::Mode::Read);
 }
 

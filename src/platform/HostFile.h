@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -19,10 +20,15 @@ class HostFile {
     /// Anything of that name: a file, a folder, a device.
     [[nodiscard]] static bool Exists(const CString& path);
 
-    /// Each closes what was open. Returns false, with nothing open, on failure.
+    // Each closes what was open. Returns false, with nothing open, on failure.
+
+    /// For a plain file only: a pipe or a device may never end, or never begin.
     [[nodiscard]] bool OpenToRead(const CString& path);
     /// Creates the file, or empties the one that is there.
     [[nodiscard]] bool Create(const CString& path);
+
+    /// The bytes of the file that OpenToRead opened, at that moment.
+    [[nodiscard]] std::uint64_t GetSize() const { return m_size; }
 
     /// The number of bytes read, 0 only at the end; nothing on failure and when nothing is open.
     [[nodiscard]] std::optional<std::size_t> Read(void* buffer, std::size_t count);
@@ -35,6 +41,7 @@ class HostFile {
     bool Open(const CString& path, system::Descriptor::Mode mode);
 
     system::Descriptor m_descriptor;
+    std::uint64_t m_size = 0;
 };
 
 }  // namespace cqsurvey

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <clocale>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -86,6 +87,16 @@ bool IsTaken(const std::string& path) noexcept {
 
 void Remove(const std::string& path) noexcept {
     ::unlink(path.c_str());
+}
+
+void RenameNew(const std::string& from, const std::string& to, std::error_code& failure) noexcept {
+    failure =
+        FailureOf(::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) != 0);
+    if (failure.value() == EINVAL || failure.value() == ENOSYS || failure.value() == ENOTSUP) {
+        // A file system that cannot look and rename at once: the look comes before.
+        failure = IsTaken(to) ? std::error_code(EEXIST, std::system_category())
+                              : FailureOf(::rename(from.c_str(), to.c_str()) != 0);
+    }
 }
 
 void SyncFolderOf(const std::string& path) {

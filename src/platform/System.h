@@ -43,6 +43,9 @@ struct FileStatus {
 /// Removes a file. One that is not there or cannot be removed stays as it is.
 void Remove(const std::string& path) noexcept;
 
+/// Gives a file another name in the same folder, unless anything has that name.
+void RenameNew(const std::string& from, const std::string& to, std::error_code& failure) noexcept;
+
 /// Makes the entry of a new file in its folder durable. A file system that cannot do so on request
 /// does it in its own time. `path` must be absolute.
 void SyncFolderOf(const std::string& path);

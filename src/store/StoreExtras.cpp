@@ -12,6 +12,26 @@ int StoreMountReadOnly(const CString& path, const CString& mountName) {
     });
 }
 
+int StoreDraftVolume(const CString& path, CString& draft) {
+    return Registry::Run(0, [&](Registry& open) {
+        const std::string host = RequireHostPath(path);
+        const CString name = FromUtf8(VolumeDatabase::DraftPath(host));
+        if (open.IsMounted(name)) {
+            throw StoreFailure(error::kVolumeMounted, host + " is being created");
+        }
+        VolumeDatabase::CreateDraft(host);
+        draft = name;
+        return 1;
+    });
+}
+
+int StorePublishVolume(const CString& path) {
+    return Registry::Run(0, [&](Registry&) {
+        VolumeDatabase::Publish(RequireHostPath(path));
+        return 1;
+    });
+}
+
 int StoreDiscardVolume(const CString& mountName) {
     return Registry::Run(0, [&](Registry& open) {
         open.Find(mountName).Discard();

@@ -18,6 +18,16 @@ namespace cqsurvey {
 /// change it.
 int StoreMountReadOnly(const CString& path, const CString& mountName);
 
+/// Creates an empty volume beside `path`, under a name of its own that is stored in `draft`. A job
+/// is filled there and gets its path by StorePublishVolume when it is whole, so that a process that
+/// is killed leaves no half job at the path. 0 on failure: as QrfsCreateVolume for `path`, and
+/// error::kVolumeMounted while another program creates the same.
+int StoreDraftVolume(const CString& path, CString& draft);
+
+/// Gives the unmounted draft for `path` that path. 0 on failure: error::kFileExists when something
+/// is there by now; the draft is removed then.
+int StorePublishVolume(const CString& path);
+
 /// Has the file of a mounted volume removed when the volume is unmounted: a job that could not be
 /// created whole must not stay in the way of the next try. 0 on failure.
 int StoreDiscardVolume(const CString& mountName);

@@ -33,6 +33,8 @@ Volume::Volume(const std::string& path, VolumeDatabase::Identity identity, bool 
         m_begin = SqlStatement(m_database.Get(), "BEGIN");
         m_commit = SqlStatement(m_database.Get(), "COMMIT");
         m_rollback = SqlStatement(m_database.Get(), "ROLLBACK");
+        m_path = m_database.GetPath();
+        NoteSize();
     });
 }
 
@@ -172,6 +174,29 @@ void Volume::Commit() {
     throw failure;
 }
 
+/// What a step writes into a file that has no name any more, or another, is lost without a word
+/// when the job is closed. So each step looks whether the path still leads to the open file.
+void Volume::RequireInPlace() const {
+    std::error_code failure;
+    const auto status = system::Identify(m_path, failure);
+    const char* what = !status                             ? "was removed or renamed"
+                       : !(status->identity == m_identity) ? "was replaced by another file"
+                       : status->size < m_size             ? "was cut off"
+                                                           : nullptr;
+    if (what != nullptr) {
+        throw StoreFailure(error::kReadWriteFailed,
+                           m_path + " " + what +
+                               " while the job was open; the change is not recorded. Put the file "
+                               "back where it was and open the job again");
+    }
+}
+
+void Volume::NoteSize() noexcept {
+    std::error_code failure;
+    const auto status = system::Identify(m_path, failure);
+    m_size = status ? status->size : 0;
+}
+
 void Volume::CommitStep() {
     if (!m_stepOpen) {
         throw StoreFailure(error::kInvalidArgument, "no step is open");
@@ -179,8 +204,10 @@ void Volume::CommitStep() {
     try {
         RequireSound();
         if (m_transactionOpen || IsDirty()) {
+            RequireInPlace();
             Flush();
             Commit();
+            NoteSize();
         }
     } catch (...) {
         RollbackStep();

@@ -29,7 +29,8 @@ class Volume {
     ~Volume();
 
     [[nodiscard]] const Identity& GetIdentity() const { return m_identity; }
-    [[nodiscard]] std::string GetPath() const { return m_database.GetPath(); }
+    /// From the root, as the database has it.
+    [[nodiscard]] const std::string& GetPath() const { return m_path; }
 
     /// The file goes with the volume; whoever gives the volume up removes it then.
     void Discard() noexcept { m_discarded = true; }
@@ -119,6 +120,8 @@ class Volume {
     static SpillLimits s_limits;
 
     void RequireWritable() const;
+    void RequireInPlace() const;
+    void NoteSize() noexcept;
     void RequireFreeName(const std::string& name);
     [[nodiscard]] bool IsTransactionLost() const;
     void RequireSound() const;
@@ -132,6 +135,9 @@ class Volume {
 
     VolumeDatabase m_database;
     Identity m_identity;
+    std::string m_path;
+    /// The bytes of the file after the last step.
+    std::uint64_t m_size = 0;
     bool m_discarded = false;
     bool m_stepOpen = false;
     bool m_transactionOpen = false;

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "platform/HexCode.h"
 #include "platform/System.h"
 
 namespace cqsurvey {
@@ -261,6 +262,50 @@ void VolumeDatabase::Create(const std::string& path) {
         system::Remove(path + "-journal");
         throw;
     }
+}
+
+std::string VolumeDatabase::DraftPath(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    const std::size_t name = slash == std::string::npos ? 0 : slash + 1;
+    // FNV-1a, so that it is the same in every process.
+    std::uint64_t hash = 0xCBF29CE484222325U;
+    for (const char byte : path.substr(name)) {
+        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3U;
+    }
+    return path.substr(0, name) + ".cq" + HexCode(static_cast<std::int32_t>(hash >> 32)) +
+           HexCode(static_cast<std::int32_t>(hash & 0xFFFFFFFFU));
+}
+
+void VolumeDatabase::CreateDraft(const std::string& path) {
+    RequireShortEnough(path);
+    RequireFree(path);
+    RequireNoneBeside(path);
+    const std::string draft = DraftPath(path);
+    if (system::IsTaken(draft)) {
+        try {
+            const SqlConnection left = OpenToWrite(draft);
+            SqlRun(left.get(), "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT;");
+        } catch (const StoreFailure& failure) {
+            if (failure.code == error::kVolumeMounted) {
+                throw StoreFailure(failure.code, path + " is being created by another program");
+            }
+            // Whatever else it is, it is half a draft.
+        }
+        system::Remove(draft);
+        system::Remove(draft + "-journal");
+    }
+    Create(draft);
+}
+
+void VolumeDatabase::Publish(const std::string& path) {
+    std::error_code failure;
+    const std::string draft = DraftPath(path);
+    system::RenameNew(draft, path, failure);
+    if (failure) {
+        system::Remove(draft);
+        ThrowSystem(failure, path);
+    }
+    system::SyncFolderOf(system::AbsolutePath(path));
 }
 
 VolumeDatabase::Identity VolumeDatabase::Identify(const std::string& path) {

@@ -35,6 +35,19 @@ class VolumeDatabase {
     /// 0x30000009 when nothing is there, 0x30000007 when it is no plain file.
     [[nodiscard]] static Identity Identify(const std::string& path);
 
+    /// The name under which a volume for `path` is made before it gets that path: in the same
+    /// folder, and always the same for the same path.
+    [[nodiscard]] static std::string DraftPath(const std::string& path);
+
+    /// Creates an empty volume under the draft's name. Fails as Create does when anything is at
+    /// `path`. What an earlier try left under that name is removed, unless someone holds it:
+    /// error::kVolumeMounted.
+    static void CreateDraft(const std::string& path);
+
+    /// Gives a finished draft, which is not open, its path; error::kFileExists when something came
+    /// there in the meantime.
+    static void Publish(const std::string& path);
+
     /// Removes the file of a volume that is no longer mounted, unless another has its place.
     static void Remove(const std::string& path, const Identity& identity) noexcept;
 

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "cqsurvey/Limits.h"
 #include "platform/CaseFold.h"
 #include "platform/HostFile.h"
 #include "platform/System.h"
@@ -127,6 +128,9 @@ int CqSettingsFile::Read(const CString& path) {
     const ClosingFile closing(m_file);
     try {
         m_file.Open(path, kModeRead);
+        if (m_file.GetLength() > static_cast<std::int32_t>(limits::kSettingsBytes)) {
+            return 0;
+        }
         Parse();
         m_file.Close();
     } catch (const CQrfsFileException&) {
@@ -199,6 +203,9 @@ int CqSettingsFile::AddSection(const CString& section) {
     if (FindSection(m_sections, section) != m_sections.end()) {
         return 0;
     }
+    if (!HasRoomFor(section.size() + 2)) {
+        return 0;
+    }
     BeginChange();
     m_sections.push_back({section, {}});
     return 1;
@@ -255,6 +262,9 @@ int CqSettingsFile::WriteString(const CString& section, const CString& key, cons
     if (!present && value.empty()) {
         return 0;
     }
+    if (!value.empty() && !HasRoomFor(key.size() + 1 + value.size())) {
+        return 0;
+    }
     BeginChange();
     if (!present) {
         found->lines.push_back(KeyLine(key, value));
@@ -293,7 +303,8 @@ int CqSettingsFile::ExportFile(const CString& hostPath) {
 
 int CqSettingsFile::ImportFile(const CString& hostPath) {
     HostFile source;
-    if (StoreIsMountedVolume(hostPath) != 0 || !source.OpenToRead(hostPath)) {
+    if (StoreIsMountedVolume(hostPath) != 0 || !source.OpenToRead(hostPath) ||
+        source.GetSize() > limits::kSettingsBytes) {
         return 0;
     }
     const ClosingFile closing(m_file);
@@ -333,6 +344,18 @@ void CqSettingsFile::UndoStep() noexcept {
         m_sections = std::move(*m_beforeStep);
         m_beforeStep.reset();
     }
+}
+
+bool CqSettingsFile::HasRoomFor(std::size_t more) const {
+    // Each line ends with CR LF.
+    std::size_t size = more + 2;
+    for (const CqSettingsSection& section : m_sections) {
+        size += section.name.size() + 4;
+        for (const CString& line : section.lines) {
+            size += line.size() + 2;
+        }
+    }
+    return size <= limits::kSettingsText;
 }
 
 void CqSettingsFile::BeginChange() {

@@ -68,6 +68,8 @@ class CqSettingsFile : public JobPart {
  private:
     using Sections = std::vector<CqSettingsSection>;
 
+    /// Whether the model stays within limits::kSettingsText with so many characters more.
+    [[nodiscard]] bool HasRoomFor(std::size_t more) const;
     void BeginChange();
     void Parse();
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <fstream>
 
 #include "cqjob/Failure.h"
@@ -15,7 +17,7 @@ TEST(InputFile, GivesTheBytesAndTheirNumber) {
     const std::string bytes = std::string("a\0b\xFF\r\n", 6) + std::string(70000, 'x');
     std::ofstream(folder.Utf8("file"), std::ios::binary) << bytes;
     EXPECT_EQ(GetReadableLength(folder.Utf8("file")), bytes.size());
-    EXPECT_EQ(ReadInputFile(folder.Utf8("file")), bytes);
+    EXPECT_EQ(ReadInputFile(folder.Utf8("file"), bytes.size()), bytes);
 }
 
 TEST(InputFile, AFailureNamesTheFile) {
@@ -28,8 +30,17 @@ TEST(InputFile, AFailureNamesTheFile) {
         } catch (const Failure& failure) {
             EXPECT_EQ(std::string(failure.what()).find(path), 0U) << failure.what();
         }
-        EXPECT_THROW(static_cast<void>(ReadInputFile(path)), Failure);
+        EXPECT_THROW(static_cast<void>(ReadInputFile(path, 1000)), Failure);
     }
+}
+
+TEST(InputFile, RefusesMoreThanItMayReadAndWhatMayNeverEnd) {
+    const TempDir folder;
+    std::ofstream(folder.Utf8("file")) << "12345";
+    EXPECT_THROW(static_cast<void>(ReadInputFile(folder.Utf8("file"), 4)), Failure);
+    EXPECT_THROW(static_cast<void>(ReadInputFile("/dev/zero", 1000)), Failure);
+    ASSERT_EQ(mkfifo(folder.Utf8("pipe").c_str(), 0600), 0);
+    EXPECT_THROW(static_cast<void>(GetReadableLength(folder.Utf8("pipe"))), Failure);
 }
 
 }  // namespace

@@ -57,10 +57,12 @@ TEST_F(JobTableTest, AJobThatAnotherProcessHoldsIsARow) {
     EXPECT_TRUE(Holds(Run({"info", job, empty}, 1).out, "0x30000008"));
 }
 
-TEST_F(JobTableTest, AJobThatAnotherProcessReadsIsARowThatSaysSo) {
+TEST_F(JobTableTest, AJobThatAnotherProcessHoldsIsARowThatSaysSoAndOneThatItReadsIsLikeOthers) {
     CqSurveyDB db;
-    db.OpenReadOnly(FromUtf8(job));
+    db.Open(FromUtf8(job));
     EXPECT_TRUE(Holds(Run({"info", job, empty}, 1).out, "0x30000008"));
+    db.OpenReadOnly(FromUtf8(job));
+    EXPECT_FALSE(Holds(Run({"info", job, empty}, 0).out, "0x30000008"));
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ class FieldTextWriterTest : public testing::Test {
         const double coords[3] = {easting, northing, height};
         const CqHandle handle = db.AddCoordRec(coords, name, code, SurveyCoordType{1}, 0);
         if (!description.empty()) {
-            db.AddCoordDescription(handle, description);
+            EXPECT_EQ(db.AddCoordDescription(handle, description), 1);
         }
     }
 

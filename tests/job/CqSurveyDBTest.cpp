@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "cqsurvey/CqBatch.h"
@@ -368,6 +369,72 @@ TEST_F(SurveyDB, ABackslashSeparatesFoldersToo) {
     db.Close();
     EXPECT_TRUE(fs::exists(m_folder.Utf8("jobs/a.job")));
     EXPECT_NO_THROW(db.Open(m_folder.Path(u"jobs\\a.job")));
+}
+
+TEST_F(SurveyDB, AJobWhoseFileIsTakenAwayRecordsNothingAndSaysSo) {
+    namespace fs = std::filesystem;
+    const auto code = [](CqSurveyDB& db) {
+        try {
+            AddPoint(db, u"", 1, 2);
+        } catch (const CqSurveyException& failure) {
+            return failure.m_code;
+        }
+        return error::kNone;
+    };
+    const std::string path = m_folder.Utf8("a.job");
+    const std::string aside = m_folder.Utf8("aside.job");
+    CqSurveyDB db;
+    db.CreateNew(m_folder.Path(u"a.job"));
+    EXPECT_EQ(code(db), error::kNone);
+
+    fs::rename(path, aside);
+    EXPECT_EQ(code(db), error::kReadWriteFailed);
+    EXPECT_EQ(db.GetNumCoordRecs(), 1) << "memory is as the file";
+    fs::copy_file(aside, path);
+    EXPECT_EQ(code(db), error::kReadWriteFailed) << "another file at the path is not the job";
+    fs::remove(path);
+    fs::rename(aside, path);
+    EXPECT_EQ(code(db), error::kNone) << "it goes on when the file is back";
+
+    fs::resize_file(path, 4096);
+    EXPECT_EQ(code(db), error::kReadWriteFailed);
+    fs::remove(path);
+    EXPECT_EQ(code(db), error::kReadWriteFailed);
+}
+
+TEST_F(SurveyDB, ABatchThatEndsByCloseIsUndoneInMemoryToo) {
+    CqSurveyDB db;
+    db.CreateNew(m_folder.Path(u"a.job"));
+    AddPoint(db, u"P1", 1, 2);
+    const CqBatch batch(db);
+    AddPoint(db, u"P2", 100, 200);
+    db.SetCurrentColor(5);
+    db.SetJCoordDivision(9);
+    db.Close();
+    EXPECT_EQ(db.GetCurrentColor(), 256);
+    EXPECT_EQ(db.GetJCoordDivision(), 0);
+}
+
+TEST_F(SurveyDB, AnEmptyBackgroundImageKeepsOneFileOpenAtMost) {
+    std::ofstream(m_folder.Utf8("empty.png")).close();
+    CqSurveyDB db;
+    db.CreateNew(m_folder.Path(u"a.job"));
+    ASSERT_EQ(db.StoreBackgroundImageFile(m_folder.Path(u"empty.png"), 0, {}, {}, 0), 1);
+    std::uint8_t* data = nullptr;
+    std::uint32_t length = 0;
+    int type = 0;
+    CVector centre;
+    CVector size;
+    double rotation = 0;
+    std::set<std::int32_t> kept;
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(db.ReadBackgroundImageFile(data, length, type, centre, size, rotation), 0);
+        EXPECT_NE(QrfsGetLength(db.GetJob().emptyImage), -1);
+        for (const std::int32_t file : kept) {
+            EXPECT_EQ(QrfsGetLength(file), -1) << "the one before is closed";
+        }
+        kept.insert(db.GetJob().emptyImage);
+    }
 }
 
 }  // namespace

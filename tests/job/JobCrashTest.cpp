@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <filesystem>
 #include <random>
 #include <set>
 #include <string>
@@ -99,6 +100,51 @@ TEST(JobCrash, AKilledRecordingLeavesEveryReportedPointAndAtMostOneMore) {
         }
         reported = kept;
     }
+}
+
+TEST(JobCrash, AKilledCreationLeavesAWholeJobOrNothingAtItsPath) {
+    const std::uint32_t seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const TempDir folder;
+    const CString path = folder.Path(u"new.job");
+    int whole = 0;
+    int nothing = 0;
+    for (int round = 0; round < 100; ++round) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            try {
+                CqSurveyDB db;
+                db.CreateNew(path);
+            } catch (...) {
+                _exit(3);
+            }
+            _exit(0);
+        }
+        usleep(std::uniform_int_distribution<useconds_t>(0, 12000)(random));
+        kill(child, SIGKILL);
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFSIGNALED(status) || WEXITSTATUS(status) == 0) << WEXITSTATUS(status);
+        CqSurveyDB db;
+        if (std::filesystem::exists(folder.Utf8("new.job"))) {
+            db.Open(path);
+            EXPECT_EQ(CqJobCheck(db).GetCount(), 0U);
+            EXPECT_EQ(db.GetNumLayers(), 1);
+            ++whole;
+        } else {
+            db.CreateNew(path);
+            ++nothing;
+        }
+        db.Close();
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Utf8("")), {}), 1)
+            << "what an earlier try left is gone";
+        std::filesystem::remove(folder.Utf8("new.job"));
+    }
+    EXPECT_GT(whole + nothing, 0);
+    RecordProperty("whole", whole);
+    RecordProperty("nothing", nothing);
 }
 
 }  // namespace

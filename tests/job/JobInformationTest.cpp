@@ -4,11 +4,14 @@
 #include <unistd.h>
 
 #include <array>
+#include <fstream>
+#include <string>
 
 #include "cqsurvey/CqSurveyDB.h"
 #include "store/Qrfs.h"
 #include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
+#include "store/VolumeDatabase.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
 
@@ -221,9 +224,16 @@ void WhileAnotherProcessHolds(const CString& path, Mount mount, Ask ask) {
 }
 
 TEST_F(JobInformation, OfAJobWithATableThatCannotBeReadIsRefused) {
-    RunSql(ToUtf8(m_path),
-           "PRAGMA writable_schema=ON;"
-           "UPDATE sqlite_schema SET rootpage = 99999 WHERE name = '_PointData'");
+    std::streamoff page = 0;
+    {
+        const VolumeDatabase database(ToUtf8(m_path), true);
+        page = SqlNumber(database.Get(),
+                         "SELECT rootpage FROM sqlite_schema WHERE name = '_PointData'");
+    }
+    std::fstream file(ToUtf8(m_path), std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp((page - 1) * 4096);
+    file << std::string(4096, '\xFF');
+    file.close();
     SVDB_INFORMATION info;
     EXPECT_EQ(CqSurveyDB::GetDBInformation(0x4, m_path, info, nullptr), 0);
     EXPECT_EQ(CqSurveyDB::GetDBInformation(0x1, m_path, info, nullptr), 1);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <array>
 #include <string>
 
@@ -90,6 +92,15 @@ TEST(HostFile, AFolderExistsButCannotBeRead) {
         EXPECT_FALSE(file.Read(&byte, 1).has_value());
     }
     EXPECT_FALSE(file.Create(folder.Path(u"")));
+}
+
+TEST(HostFile, OpensPlainFilesOnlyToRead) {
+    const TempDir folder;
+    ASSERT_EQ(mkfifo(folder.Utf8("pipe").c_str(), 0600), 0);
+    HostFile file;
+    EXPECT_FALSE(file.OpenToRead(folder.Path(u"pipe")));
+    EXPECT_FALSE(file.OpenToRead(u"/dev/zero"));
+    EXPECT_FALSE(file.OpenToRead(folder.Path(u"")));
 }
 
 }  // namespace

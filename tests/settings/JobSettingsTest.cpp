@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <iterator>
 #include <limits>
 #include <random>
@@ -12,6 +13,7 @@
 #include "cqsurvey/CQrfsFileException.h"
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "job/Job.h"
 #include "settings/SettingsModel.h"
@@ -684,6 +686,34 @@ TEST_F(JobSettingsTest, AJobWithoutSettingsFileKeepsTheModelAndRefusesToSave) {
     EXPECT_THROW((void)other.ExportSettingsFile(HostPath()), CQrfsFileException);
     PutHostFile(ToUtf8(HostPath()), kDefaultFile);
     EXPECT_THROW((void)other.ImportSettingsFile(HostPath()), CQrfsFileException);
+}
+
+TEST_F(JobSettingsTest, ImportsNoMoreThanAJobReadsAtItsOpening) {
+    const std::string path = ToUtf8(HostPath());
+    std::string text = kDefaultFile + "[MINE]\r\nkey=";
+    text += std::string(limits::kSettingsBytes - text.size(), 'x');
+    PutHostFile(path, text);
+    EXPECT_EQ(m_db.ImportSettingsFile(HostPath()), 1);
+    PutHostFile(path, text + "x");
+    EXPECT_EQ(m_db.ImportSettingsFile(HostPath()), 0);
+    EXPECT_EQ(m_db.ImportSettingsFile(u"/dev/zero"), 0);
+}
+
+TEST_F(JobSettingsTest, WritesNoMoreThanItReadsAgain) {
+    EXPECT_EQ(m_db.AddSettingsSection(u"MINE"), 1);
+    EXPECT_EQ(m_db.WriteSettingsString(u"MINE", u"key", CString(limits::kSettingsText, u'x')), 0);
+    EXPECT_EQ(m_db.WriteSettingsString(u"MINE", u"key", CString(limits::kSettingsText / 2, u'x')),
+              1);
+    EXPECT_EQ(m_db.WriteSettingsString(u"MINE", u"more", CString(limits::kSettingsText / 2, u'x')),
+              0);
+    CString value;
+    EXPECT_EQ(m_db.GetSettingsString(u"MINE", u"more", value, u"none"), 0);
+}
+
+TEST_F(JobSettingsTest, AClosedJobExportsNothing) {
+    m_db.Close();
+    EXPECT_EQ(m_db.ExportSettingsFile(HostPath()), 0);
+    EXPECT_FALSE(std::filesystem::exists(ToUtf8(HostPath())));
 }
 
 }  // namespace

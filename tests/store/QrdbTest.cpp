@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "store/StoreExtras.h"
 #include "platform/ByteOrder.h"
+#include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 
 namespace cqsurvey {
