@@ -244,24 +244,29 @@ void RequireNoneBeside(const std::string& path) {
     }
 }
 
+/// Makes the file of an empty volume. Failures speak of `path`, under which people know it.
+void MakeFile(const std::string& file, const std::string& path) {
+    std::error_code failure;
+    { const system::Descriptor made(file, system::Descriptor::Mode::CreateNew, failure); }
+    if (failure) {
+        ThrowSystem(failure, path);
+    }
+    try {
+        NamingPath(path, [&] { FillNew(file); });
+    } catch (...) {
+        system::Remove(file);
+        system::Remove(file + "-journal");
+        throw;
+    }
+}
+
 }  // namespace
 
 void VolumeDatabase::Create(const std::string& path) {
     RequireShortEnough(path);
     RequireFree(path);
     RequireNoneBeside(path);
-    std::error_code failure;
-    { const system::Descriptor made(path, system::Descriptor::Mode::CreateNew, failure); }
-    if (failure) {
-        ThrowSystem(failure, path);
-    }
-    try {
-        NamingPath(path, [&] { FillNew(path); });
-    } catch (...) {
-        system::Remove(path);
-        system::Remove(path + "-journal");
-        throw;
-    }
+    MakeFile(path, path);
 }
 
 std::string VolumeDatabase::DraftPath(const std::string& path) {
@@ -283,7 +288,8 @@ void VolumeDatabase::CreateDraft(const std::string& path) {
     const std::string draft = DraftPath(path);
     if (system::IsTaken(draft)) {
         try {
-            const SqlConnection left = OpenToWrite(draft);
+            const SqlConnection left =
+                OpenDatabase(system::AbsolutePath(draft), SQLITE_OPEN_READWRITE);
             SqlRun(left.get(), "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT;");
         } catch (const StoreFailure& failure) {
             if (failure.code == error::kVolumeMounted) {
@@ -294,12 +300,14 @@ void VolumeDatabase::CreateDraft(const std::string& path) {
         system::Remove(draft);
         system::Remove(draft + "-journal");
     }
-    Create(draft);
+    MakeFile(draft, path);
 }
 
 void VolumeDatabase::Publish(const std::string& path) {
     std::error_code failure;
     const std::string draft = DraftPath(path);
+    // Its last step was committed, so a journal that could not be removed at the close is inert.
+    system::Remove(draft + "-journal");
     system::RenameNew(draft, path, failure);
     if (failure) {
         system::Remove(draft);

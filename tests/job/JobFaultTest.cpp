@@ -111,7 +111,8 @@ TEST_F(JobFault, AJobThatCannotBeCreatedLeavesNothingOnceClosed) {
             faults.FailAt(FaultVfs::kChanging, at, result, true);
             const bool threw = CodeThrownBy([&] { db.CreateNew(m_path); }) != 0;
             const bool struck = faults.Struck();
-            ASSERT_EQ(threw, struck);
+            // What fails while the whole job is closed to be given its path takes nothing from it.
+            ASSERT_TRUE(struck || !threw);
             if (!threw) {
                 faults.Heal();
             } else if (db.IsOpen()) {
@@ -122,12 +123,14 @@ TEST_F(JobFault, AJobThatCannotBeCreatedLeavesNothingOnceClosed) {
             const auto files =
                 std::distance(std::filesystem::directory_iterator(m_folder.Utf8("")), {});
             ASSERT_EQ(files, threw ? 1 : 2);
-            done = !threw;
+            if (!threw) {
+                db.Open(m_path);
+                ASSERT_EQ(CqJobCheck(db).GetCount(), 0U);
+                db.Close();
+                std::filesystem::remove(ToUtf8(m_path));
+            }
+            done = !struck;
         }
-        db.Open(m_path);
-        ASSERT_EQ(CqJobCheck(db).GetCount(), 0U);
-        db.Close();
-        std::filesystem::remove(ToUtf8(m_path));
     }
     db.Open(old);
     EXPECT_EQ(WithoutView(Dump(db)), WithoutView(before));
