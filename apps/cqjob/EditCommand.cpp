@@ -58,7 +58,7 @@ class EditCommand : public Command {
         if (m_group && !m_group->empty()) {
             m_groupId = db.GetGroupID(ReadText(*m_group, "the group's name"));
             if (m_groupId == 0) {
-                throw Failure(fmt::format("{}: there is no group {}; cqjob groups add adds one",
+                throw Failure(fmt::format("{}: there is no group {}; add it with cqjob groups add",
                                           Printable(m_job), Quoted(*m_group)));
             }
         }

@@ -17,7 +17,7 @@ struct Job;
 /// One fault in a job.
 struct CqJobFinding {
     std::string table;  ///< the job table concerned, such as "_EntityData"
-    CqHandle record;    ///< the record concerned, 0 when it is no single one
+    CqHandle record;    ///< the record concerned, 0 when it is not a single one
     std::string text;   ///< what is wrong, one English sentence
 };
 

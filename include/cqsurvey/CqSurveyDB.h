@@ -52,7 +52,8 @@ class CQSURVEY_API CqSurveyDB {
 
     /// Opens no job.
     CqSurveyDB();
-    /// Opens the job at `path` as Open does. When that fails, it gives the file up and throws.
+    /// Opens the job at `path` as Open does. When that fails, the file is unlocked and the
+    /// exception thrown.
     explicit CqSurveyDB(const CString& path);
     CqSurveyDB(const CqSurveyDB&) = delete;
     CqSurveyDB& operator=(const CqSurveyDB&) = delete;
@@ -68,8 +69,8 @@ class CQSURVEY_API CqSurveyDB {
     void CreateNew(const CString& path);
     /// Closes the open job and opens the one at `path`; read-only when the system does not allow
     /// writing. Afterwards layer "0" is current, and no group. Throws error::kNoVolume when there
-    /// is no such file, error::kDamaged when it is no job or is damaged, error::kVolumeMounted when
-    /// it is already open, here or in another process, and error::kNewerVersion when a newer
+    /// is no such file, error::kDamaged when it is not a job or is damaged, error::kVolumeMounted
+    /// when it is already open, here or in another process, and error::kNewerVersion when a newer
     /// version wrote it. After a failure the object may still hold the file locked; Close gives it
     /// up, and so does the next CreateNew or Open.
     void Open(const CString& path);
@@ -283,8 +284,8 @@ class CQSURVEY_API CqSurveyDB {
     /// Inserts a vertex after entity `h`, a polyline or a vertex. Like MoveVertex and DeleteVertex,
     /// it leaves the polyline's stored bound as it was.
     int InsertVertex(CqHandle h, const double* coords, double bulge);
-    /// Moves a vertex and gives it a new bulge. The number 1.4013e-45, exactly that with the bits
-    /// 0x36A00001262D4AB6, keeps the old bulge.
+    /// Moves a vertex and gives it a new bulge. A bulge with the bits 0x36A00001262D4AB6 (about
+    /// 1.4013e-45) keeps the old one.
     int MoveVertex(CqHandle h, const double* coords, double bulge);
     int DeleteVertex(CqHandle h);
     int DeletePline(CqHandle h);

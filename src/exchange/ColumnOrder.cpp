@@ -27,8 +27,8 @@ bool IsAccent(std::string_view text) {
 
 /// Lower case, without accents, blanks and punctuation: "Elevação " and "ELEVACAO" are one heading.
 std::string Normalise(std::string_view heading) {
-    // Decomposed, an accent is a character of its own after its letter. Text that is no UTF-8
-    // cannot be decomposed and stays as it is.
+    // In decomposed text, an accent is a character of its own after its letter. Text that is not
+    // UTF-8 cannot be decomposed and stays as it is.
     const std::unique_ptr<char, decltype(&g_free)> decomposed(
         g_utf8_normalize(heading.data(), static_cast<gssize>(heading.size()), G_NORMALIZE_NFD),
         &g_free);

@@ -52,10 +52,10 @@ struct CsvRecord {
 ///
 /// - a line ends with CR LF, LF or CR;
 /// - a quotation mark opens a quoted field only at the front of a field, and only when its partner
-///   stands directly before a separator or line end (blanks aside); every other mark is a plain
-///   character, so that an inch mark never swallows what follows it;
-/// - a quoted field may hold line breaks, but not a line that is a record by itself: then the
-///   opening mark is a plain character too;
+///   is directly before a separator or a line end (blanks do not count); every other mark is a
+///   plain character, so an inch mark never swallows what follows it;
+/// - a quoted field may have line breaks, but when one of its lines is a record by itself, the
+///   opening mark is a plain character as well;
 /// - blanks around an unquoted field are not part of it.
 ///
 /// Every byte of the text belongs to exactly one record, so the records' lines add up to the lines
@@ -100,7 +100,7 @@ class CsvReader {
         std::size_t textBegin = 0;
         std::size_t textEnd = 0;
         bool quoted = false;
-        bool unescaped = false;  // the text stands in m_unescaped
+        bool unescaped = false;  // the text is in m_unescaped
     };
 
     bool Load();
