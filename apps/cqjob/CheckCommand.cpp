@@ -21,7 +21,7 @@ class CheckCommand : public Command {
             .InRange(1, 1000000)
             .ShowDefault();
         command.SetFooter(
-            "Exit status 1 when anything is wrong.\n"
+            "The exit status is 1 when anything is wrong.\n"
             "\n"
             "Example:\n"
             "  cqjob check site.job");
