@@ -137,7 +137,7 @@ class Drawing {
             m_db.AddVertex(list, places.front().coords.data(), 0.0);
         }
         const CqHandle line = m_db.EndPline(list);
-        // The vertices of a new polyline have the handles behind its own.
+        // The vertices of a new polyline have the handles after its own.
         for (std::size_t i = 0; line != 0 && i < places.size(); ++i) {
             m_db.LinkSiPntAndVertex(places[i].entity, line + 1 + static_cast<CqHandle>(i));
         }

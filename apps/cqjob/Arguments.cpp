@@ -52,8 +52,8 @@ std::string FindNumberFault(const std::string& text) {
 
 std::string FindWholeNumberFault(const std::string& text) {
     return ParseWholeNumber(text) ? std::string()
-                                  : fmt::format("{} is no whole number from {} to {}", Quoted(text),
-                                                INT32_MIN, INT32_MAX);
+                                  : fmt::format("{} is not a whole number from {} to {}",
+                                                Quoted(text), INT32_MIN, INT32_MAX);
 }
 
 }  // namespace cqsurvey::cqjob

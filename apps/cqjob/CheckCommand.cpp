@@ -13,16 +13,15 @@ namespace {
 class CheckCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
-        CommandLine& command =
-            program.AddCommand("check", "Look for anything in a job that is not as it must be");
-        AddJob(command, "The job to look through; it is not changed");
+        CommandLine& command = program.AddCommand("check", "Check a job for faults");
+        AddJob(command, "The job to check; it is not changed");
         AddJson(command);
-        command.Add("--limit", m_limit, "Show at most so many findings")
+        command.Add("--limit", m_limit, "Show at most this many findings")
             .Placeholder("N")
             .InRange(1, 1000000)
             .ShowDefault();
         command.SetFooter(
-            "Exit status 1 when anything is wrong.\n"
+            "The exit status is 1 when anything is wrong.\n"
             "\n"
             "Example:\n"
             "  cqjob check site.job");

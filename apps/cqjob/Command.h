@@ -9,7 +9,7 @@
 
 namespace cqsurvey::cqjob {
 
-/// What "cqjob WORD ..." does.
+/// One command of the program: "cqjob WORD ...".
 class Command {
  public:
     Command() = default;
@@ -17,15 +17,15 @@ class Command {
     Command& operator=(const Command&) = delete;
     virtual ~Command() = default;
 
-    /// Declares the command with its arguments and options and returns it. Their values are kept
-    /// here, so the command must outlive the parsing of `program`.
+    /// Declares the command with its arguments and options, and returns its command line. The
+    /// values are kept in this object, which must outlive the parsing of `program`.
     virtual CommandLine& AddTo(CommandLine& program) = 0;
 
-    /// Does it and returns the exit status, 0 or 1. Throws UsageError, Failure and what the library
-    /// throws.
+    /// Runs the command and returns the exit status, 0 or 1. Throws UsageError, Failure and what
+    /// the library throws.
     virtual int Run(Console& console) = 0;
 
-    /// The job that a failure without a better name concerns.
+    /// The job that a message names when the failure does not name a file.
     [[nodiscard]] const std::string& GetJob() const { return m_job; }
 
  protected:
@@ -35,7 +35,7 @@ class Command {
     /// Adds --json.
     void AddJson(CommandLine& command);
 
-    /// Throws UsageError when the answer in JSON and the file `path` both go to standard output.
+    /// Throws UsageError when both the JSON and the file `path` would go to standard output.
     void RequireOwnOutput(const std::string& path) const;
 
     std::string m_job;

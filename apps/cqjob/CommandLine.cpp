@@ -12,7 +12,8 @@ namespace {
 
 constexpr int kWrongUsage = 2;
 
-/// When something is missing, what was not understood may have been meant for it.
+/// When something required is missing, an argument that was not understood may have been meant for
+/// it. Names that argument in a sentence; empty when there is none.
 std::string DescribeUnknown(const CLI::App& app, const CLI::ParseError& error) {
     const std::vector<std::string> unknown = app.remaining(true);
     if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::RequiredError) ||

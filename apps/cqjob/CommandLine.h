@@ -16,24 +16,24 @@ class Option;
 
 namespace cqsurvey::cqjob {
 
-/// What stands before the name of an option.
+/// What is written before the name of an option.
 inline constexpr const char* kOptionPrefix = "--";
 
-/// An argument or option of a CommandLine, which owns it. Each function that changes it returns it
-/// again, so that declarations can be chained.
+/// An argument or option of a CommandLine, which owns it. The functions that change it return it,
+/// so that calls can be chained.
 class Argument {
  public:
-    /// Why a value is refused; empty when it is taken.
+    /// Returns why a value is refused; empty when it is accepted.
     using Test = std::function<std::string(const std::string& value)>;
 
     explicit Argument(CLI::Option* option) : m_option(option) {}
 
     Argument Required();
 
-    /// What the help shows in place of the value.
+    /// Sets what the help shows in place of the value.
     Argument Placeholder(const std::string& word);
 
-    /// The help shows the value that the variable has now.
+    /// Makes the help show the value that the variable has now.
     Argument ShowDefault();
 
     Argument Check(const Test& test);
@@ -41,27 +41,27 @@ class Argument {
     Argument InRange(double least, double most);
     Argument OneOf(const std::vector<std::string>& words);
 
-    /// The command line may not hold both; the other is named like "--order".
+    /// Forbids both on one command line. The other is named like "--order".
     Argument Excludes(const std::string& other);
     Argument Excludes(const Argument& other);
 
-    /// A value is a list with `separator` between its parts.
+    /// Takes a list as its value, with `separator` between the parts.
     Argument SplitAt(char separator);
 
     /// Takes one value, and more only when the option is given again.
     Argument OneValueEach();
 
-    /// The help shows one value, although the option takes any number.
+    /// Makes the help show one value, although the option takes any number.
     Argument ShowOneValue();
 
  private:
     CLI::Option* m_option;
 };
 
-/// What the words after the program's name may be: options, arguments and commands, each of which
-/// is a CommandLine again. The values go into variables of the caller, which must outlive the call
-/// of Parse. The only place that knows the library underneath, whose header takes longest of all to
-/// compile.
+/// What may follow the program's name: options, arguments and commands, each of which is a
+/// CommandLine again. The values go into variables of the caller, which must outlive the call of
+/// Parse. Only this class uses the library for command lines, because that library's header takes
+/// long to compile.
 class CommandLine {
  public:
     /// The command line of a whole program.
@@ -75,20 +75,20 @@ class CommandLine {
     /// Exactly one of the commands must be given; with `optional` at most one.
     void RequireCommand(bool optional = false);
 
-    /// A name such as "--order" makes an option, any other an argument. `T` is std::string, int,
-    /// double, an unsigned number of 16 or 32 bits, std::optional of one of them, or
+    /// Adds an option when the name is like "--order", otherwise an argument. `T` is std::string,
+    /// int, double, an unsigned number of 16 or 32 bits, std::optional of one of them, or
     /// std::vector<std::string>.
     template <class T>
     Argument Add(const std::string& name, T& value, const std::string& help);
 
-    /// "--header,!--no-header" takes a flag that sets the value and one that clears it.
+    /// Adds a flag. "--header,!--no-header" adds one that sets the value and one that clears it.
     Argument AddFlag(const std::string& names, bool& value, const std::string& help);
 
-    /// What the help ends with.
+    /// Sets the end of the help.
     void SetFooter(const std::string& text);
 
-    /// Reads the words and fills in the variables. Returns nothing when the program is to go on;
-    /// when the words ask for help or make no sense it says so on the console and returns the exit
+    /// Reads the words and fills in the variables. Returns nothing when the program is to go on.
+    /// When the words ask for help or make no sense, writes to the console and returns the exit
     /// status, 0 or 2.
     [[nodiscard]] std::optional<int> Parse(int argc, const char* const* argv, Console& console);
 

@@ -9,7 +9,7 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
-/// False when not all of it went out.
+/// False when not everything was written.
 bool Put(std::FILE* stream, std::string_view text) {
     return text.empty() || std::fwrite(text.data(), 1, text.size(), stream) == text.size();
 }

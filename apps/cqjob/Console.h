@@ -9,12 +9,12 @@
 
 namespace cqsurvey::cqjob {
 
-/// Where a command's words go: results to one stream, everything else to another, and on a terminal
-/// a line of progress that disappears before anything else is written. The streams stay the
-/// caller's.
+/// Where a command writes: results to one stream, everything else to another. On a terminal there
+/// may also be a line of progress, which disappears before anything else is written. The caller
+/// keeps the streams.
 class Console {
  public:
-    /// `terminal` says whether `err` is one, so that progress may be shown.
+    /// `terminal` says whether `err` is a terminal, so that progress may be shown.
     Console(std::FILE* out, std::FILE* err, bool terminal);
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
@@ -34,10 +34,10 @@ class Console {
 
     [[nodiscard]] bool ShowsProgress() const { return m_terminal; }
 
-    /// Replaces the line of progress; an empty text takes it away. Nothing when not on a terminal.
+    /// Replaces the line of progress; an empty text removes it. Does nothing unless on a terminal.
     void ShowProgress(std::string_view line);
 
-    /// Hands over what is buffered. Throws Failure when a result could not be written.
+    /// Writes what is buffered. Throws Failure when a result could not be written.
     void Flush();
 
  private:

@@ -21,11 +21,12 @@ class DeleteCommand : public Command {
         AddJob(command, "The job");
         command.Add("POINT", m_points, "The points to delete").Required().Placeholder("");
         command.AddFlag("--ignore-missing", m_ignoreMissing,
-                        "Delete the others when a point is not there");
+                        "Delete the other points when one does not exist");
         AddJson(command);
         command.SetFooter(
-            "A point goes with its symbol and its description; polylines through it stay. All are\n"
-            "deleted or, when one is not there, none.\n" +
+            "A point is deleted with its symbol and its description; polylines through it stay. "
+            "When\n"
+            "one of the points does not exist, none is deleted.\n" +
             std::string(kPointArgument) +
             "\n"
             "Example:\n"
@@ -56,14 +57,14 @@ class DeleteCommand : public Command {
         }
         if (!missing.empty() && !m_ignoreMissing) {
             throw Failure(Printable(m_job) +
-                          ": nothing was deleted; --ignore-missing deletes the points there are");
+                          ": nothing was deleted; --ignore-missing deletes the points that exist");
         }
         CqBatch batch(db);
         for (const auto& [handle, name] : points) {
             if (db.DelCoordRec(handle) == 0) {
                 throw Failure(
                     fmt::format("{}: the point record {} cannot be deleted, so nothing "
-                                "was; cqjob check says more",
+                                "was deleted; cqjob check says more",
                                 Printable(m_job), handle));
             }
         }

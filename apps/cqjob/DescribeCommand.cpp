@@ -21,23 +21,23 @@ class DescribeCommand : public Command {
             program.AddCommand("describe", "Show, set or delete a point's description");
         AddJob(command, "The job; it is not changed when a description is shown");
         command.Add("POINT", m_point, "The point").Required().Placeholder("");
-        const Argument text =
-            command.Add("TEXT", m_text, "The description it gets").Placeholder("");
+        const Argument text = command.Add("TEXT", m_text, "Its new description").Placeholder("");
         command.AddFlag("--delete", m_delete, "Delete the description").Excludes(text);
         AddJson(command);
-        command.SetFooter(std::string(kPointArgument) +
-                          "Exit status 1 when a description to show or to delete is not there.\n"
-                          "\n"
-                          "Example:\n"
-                          "  cqjob describe site.job P17\n"
-                          "  cqjob describe site.job P17 \"iron pipe, bent\"\n"
-                          "  cqjob describe site.job P17 --delete");
+        command.SetFooter(
+            std::string(kPointArgument) +
+            "The exit status is 1 when there is no description to show or to delete.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob describe site.job P17\n"
+            "  cqjob describe site.job P17 \"iron pipe, bent\"\n"
+            "  cqjob describe site.job P17 --delete");
         return command;
     }
 
     int Run(Console& console) override {
         if (m_text && m_text->empty()) {
-            throw UsageError("a description is not empty; --delete deletes it");
+            throw UsageError("a description cannot be empty; --delete deletes it");
         }
         const CString newText = ReadText(m_text.value_or(""), "the description");
         CqSurveyDB db;

@@ -24,7 +24,7 @@ class EditCommand : public Command {
         CommandLine& command = program.AddCommand("edit", "Change points");
         AddJob(command, "The job");
         command.Add("POINT", m_points, "The points to change").Required().Placeholder("");
-        command.Add("--name", m_name, "New name; an empty one leaves the point unnamed")
+        command.Add("--name", m_name, "New name; an empty one removes the name")
             .Placeholder("NAME");
         AddNumber(command, "--east", m_east, "New easting");
         AddNumber(command, "--north", m_north, "New northing");
@@ -35,12 +35,13 @@ class EditCommand : public Command {
             .Check(FindWholeNumberFault);
         command.Add("--flags", m_flags, "New flags: 32 bits as a decimal or a 0x number")
             .Placeholder("BITS");
-        command.Add("--group", m_group, "Put into this group; an empty name is no group")
+        command
+            .Add("--group", m_group, "Put the points into this group; an empty name means no group")
             .Placeholder("NAME");
         AddJson(command);
         command.SetFooter(
-            "What no option names stays as it is. All points are changed or, when one cannot be,\n"
-            "none.\n" +
+            "What no option names stays as it is. When one of the points cannot be changed, none "
+            "is.\n" +
             std::string(kPointArgument) +
             "\n"
             "Example:\n"
@@ -57,7 +58,7 @@ class EditCommand : public Command {
         if (m_group && !m_group->empty()) {
             m_groupId = db.GetGroupID(ReadText(*m_group, "the group's name"));
             if (m_groupId == 0) {
-                throw Failure(fmt::format("{}: there is no group {}; cqjob groups adds one",
+                throw Failure(fmt::format("{}: there is no group {}; add it with cqjob groups add",
                                           Printable(m_job), Quoted(*m_group)));
             }
         }
@@ -86,10 +87,10 @@ class EditCommand : public Command {
     void CheckOptions() {
         if (!m_name && !m_east && !m_north && !m_height && !m_noHeight && !m_code && !m_flags &&
             !m_group) {
-            throw UsageError("what is to be changed? Say it with --name, --east, --code ...");
+            throw UsageError("there is nothing to change; use --name, --east, --code ...");
         }
         if (m_name && m_points.size() > 1) {
-            throw UsageError("several points cannot have one name");
+            throw UsageError("several points cannot have the same name");
         }
         m_newName = ReadName(m_name.value_or(""), "the point's name");
     }
@@ -132,7 +133,7 @@ class EditCommand : public Command {
         }
         const CqHandle other = db.GetCoordRecHandleByPtName(name);
         throw Failure(other != 0 && other != handle
-                          ? fmt::format("{}: the job has a point {} already", Printable(m_job),
+                          ? fmt::format("{}: the job already has a point {}", Printable(m_job),
                                         Quoted(ToUtf8(name)))
                           : fmt::format("{}: the point record {} cannot be changed; cqjob check "
                                         "says more",

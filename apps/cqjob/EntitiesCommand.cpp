@@ -17,7 +17,7 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
-/// What an entity has beside what all have, on one line.
+/// The attributes that only entities of this kind have, on one line.
 std::string Describe(const CqCadEntity& entity) {
     switch (entity.GetType()) {
         case EntSiPnt:
@@ -109,11 +109,10 @@ class EntitiesCommand : public Command {
             .Placeholder("KIND,...")
             .SplitAt(',')
             .OneOf(KindWords());
-        command
-            .Add("--layer", m_layers, "Only entities of this layer; more than one when given again")
+        command.Add("--layer", m_layers, "Only entities of this layer; may be given several times")
             .Placeholder("NAME")
             .ShowOneValue();
-        command.Add("--limit", m_limit, "List at most so many entities")
+        command.Add("--limit", m_limit, "List at most this many entities")
             .Placeholder("N")
             .InRange(1, std::numeric_limits<int>::max());
         command

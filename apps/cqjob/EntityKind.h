@@ -9,7 +9,7 @@
 
 namespace cqsurvey::cqjob {
 
-/// The word by which the command line names a kind of entity; "?" for a kind that is none.
+/// The word by which the command line names a kind of entity; "?" for an unknown kind.
 [[nodiscard]] std::string_view KindWord(EntType kind);
 
 /// The kind that a word names.

@@ -17,8 +17,7 @@ namespace {
 class ExportCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
-        CommandLine& command =
-            program.AddCommand("export", "Write a job's points into a text file");
+        CommandLine& command = program.AddCommand("export", "Write a job's points to a text file");
         AddJob(command, "The job; it is not changed");
         command.Add("FILE", m_file, "The file to write, - for standard output")
             .Required()
@@ -26,7 +25,7 @@ class ExportCommand : public Command {
         command
             .Add("--order", m_order,
                  "Order of the columns: pnezd, penzd or other letters as for import; "
-                 "penzcd with a header if nothing is said")
+                 "without it, penzcd with a header")
             .Placeholder("ORDER");
         command
             .Add("--columns", m_columns,
@@ -34,12 +33,12 @@ class ExportCommand : public Command {
             .Placeholder("LIST")
             .Excludes("--order");
         command.AddFlag("--header,!--no-header", m_header,
-                        "Name the columns in the first line, or not; named if neither --order "
-                        "nor --columns is given");
+                        "Name the columns in the first line, or not; without it, only when neither "
+                        "--order nor --columns is given");
         AddSeparator(command, m_separator, false);
         command
             .Add("--decimals", m_decimals,
-                 "Decimal places; without it as many as give the very same numbers back")
+                 "Decimal places; without it, as many as exactly the same numbers need")
             .Placeholder("N")
             .InRange(0, 17);
         command.AddFlag("--decimal-comma", m_decimalComma, "Write the decimal sign as a comma");
@@ -47,13 +46,15 @@ class ExportCommand : public Command {
             .Placeholder("N")
             .ShowDefault();
         m_view.AddTo(command);
-        command.AddFlag("--force", m_force, "Replace a file that is there");
+        command.AddFlag("--force", m_force, "Replace an existing file");
         AddJson(command);
         command.SetFooter(
-            "A missing height is an empty column. Importing the file again with the same order\n"
-            "gives the same points. Without a c in the order, d holds the description or the\n"
-            "feature code; where a point has both, the code comes first and the description in\n"
-            "a column of its own behind it.\n"
+            "A missing height is an empty column. Importing the file with the same order yields "
+            "the\n"
+            "same points. When the order has no c, d holds the description or the feature code; "
+            "for\n"
+            "a point that has both, the code comes first, and then the description in a column of\n"
+            "its own.\n"
             "\n" +
             std::string(ViewOptions::kHelp) +
             "\n"
@@ -98,8 +99,8 @@ class ExportCommand : public Command {
         console.Say("{} into {}\n", Count(points.GetCount(), "point"), Printable(m_file));
         if (writer.GetNotFinite() > 0) {
             console.Say(
-                "{}: {} with coordinates that are no finite numbers; an import refuses such a "
-                "line\n",
+                "{}: {} with coordinates that are not finite numbers; an import refuses such "
+                "lines\n",
                 Printable(m_job), Count(writer.GetNotFinite(), "point"));
         }
         return 0;

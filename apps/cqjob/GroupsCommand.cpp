@@ -17,12 +17,12 @@ namespace cqsurvey::cqjob {
 namespace {
 
 struct Group {
-    std::optional<std::string> name;  ///< nothing for a number that only points know
-    std::uint16_t id = 0;             ///< 0 for a group without a name that no point is in
+    std::optional<std::string> name;  ///< nothing for a group that does not exist, but has points
+    std::uint16_t id = 0;             ///< 0 when unknown: a group without a name and points
     std::size_t points = 0;
 };
 
-/// How many points carry each number of a group, 0 for none.
+/// How many points have each group number; 0 is no group.
 std::vector<std::size_t> CountPoints(const CqSurveyDB& db) {
     std::vector<std::size_t> counts(std::numeric_limits<std::uint16_t>::max() + 1U);
     CqCoordRec point;
@@ -52,14 +52,15 @@ class GroupsCommand : public Command {
             program.AddCommand("groups", "List, add, rename and delete groups of points");
         command.RequireCommand();
         command.SetFooter(
-            "Names of groups are the same in capital and small letters. \"#3\" is the group of\n"
-            "number 3 unless one is named so. cqjob edit --group puts points into a group.\n"
+            "Names of groups are compared without regard to case. \"#3\" is the group of number "
+            "3,\n"
+            "unless a group has that name. cqjob edit --group puts points into a group.\n"
             "\n"
             "Example:\n"
             "  cqjob groups list site.job\n"
             "  cqjob groups rename site.job Road \"Road 7\"");
 
-        m_list = &command.AddCommand("list", "Show every group and how many points it has");
+        m_list = &command.AddCommand("list", "List every group and how many points it has");
         AddJob(*m_list, "The job; it is not changed");
         AddJson(*m_list);
         m_list->SetFooter("Example:\n  cqjob groups list site.job");
@@ -69,10 +70,10 @@ class GroupsCommand : public Command {
         AddNames(*m_add, "The names of the new groups");
         AddJson(*m_add);
         m_add->SetFooter(
-            "All are added or, when one is there already, none.\n\n"
+            "When one of the groups already exists, none is added.\n\n"
             "Example:\n  cqjob groups add site.job Road \"Day 2\"");
 
-        m_rename = &command.AddCommand("rename", "Give a group another name");
+        m_rename = &command.AddCommand("rename", "Rename a group");
         AddJob(*m_rename, "The job");
         m_rename->Add("NAME", m_oldName, "The group").Required().Placeholder("");
         m_rename->Add("NEW", m_newName, "Its new name").Required().Placeholder("");
@@ -84,8 +85,8 @@ class GroupsCommand : public Command {
         AddNames(*m_delete, "The groups");
         AddJson(*m_delete);
         m_delete->SetFooter(
-            "The points of a deleted group are in no group afterwards. All are deleted "
-            "or, when one\nis not there, none.\n\n"
+            "The points of a deleted group are then in no group. When one of the groups does not\n"
+            "exist, none is deleted.\n\n"
             "Example:\n  cqjob groups delete site.job Road");
         return command;
     }
@@ -130,11 +131,12 @@ class GroupsCommand : public Command {
     }
 
     [[noreturn]] void ThrowSameName(const std::string& name) const {
-        throw Failure(fmt::format("{}: there is a group {} already, in capital or small letters",
+        throw Failure(fmt::format("{}: there is already a group {}, perhaps in other letter case",
                                   Printable(m_job), Quoted(name)));
     }
 
-    /// Every group in the job's own order, then the numbers of groups that only points know.
+    /// Every group in record order, then the numbers that points have although there is no such
+    /// group.
     static std::vector<Group> FindGroups(CqSurveyDB& db, std::vector<std::size_t>& counts) {
         CStringList names;
         db.GetGroupList(names);
@@ -244,7 +246,7 @@ class GroupsCommand : public Command {
         // A group without a name cannot be renamed, but it can be deleted.
         const CString oldName = db.GetGroupName(id);
         if (oldName.empty()) {
-            throw Failure(fmt::format("{}: the group {} has no name and keeps none",
+            throw Failure(fmt::format("{}: the group {} has no name and cannot be given one",
                                       Printable(m_job), Quoted(m_oldName)));
         }
         if (db.EditGroup(id, newName) == 0) {

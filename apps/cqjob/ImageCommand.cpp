@@ -44,7 +44,7 @@ std::optional<Image> ReadImage(CqSurveyDB& db) {
     return image;
 }
 
-/// A number of the image's section as it is stored; the library's own reading is less exact.
+/// A number of the image's settings as it is stored; the library reads it less exactly.
 std::string GetPlace(CqSurveyDB& db, const char16_t* key) {
     CString value;
     db.GetSettingsString(CqSurveyDB::m_BGSettingsSection, key, value, u"0");
@@ -55,7 +55,7 @@ class ImageCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command =
-            program.AddCommand("image", "Keep an image behind the drawing in a job");
+            program.AddCommand("image", "Store, fetch and delete the image behind the drawing");
         command.RequireCommand();
         command.SetFooter(
             "Example:\n"
@@ -68,14 +68,14 @@ class ImageCommand : public Command {
         m_store->Add("FILE", m_file, "The image, of any format").Required().Placeholder("");
         AddNumber("--east", m_east, "Easting of the image's centre").Required();
         AddNumber("--north", m_north, "Northing of the image's centre").Required();
-        AddNumber("--width", m_width, "How far it reaches along the easting").Required();
-        AddNumber("--height", m_height, "How far it reaches along the northing").Required();
+        AddNumber("--width", m_width, "Its size along the easting").Required();
+        AddNumber("--height", m_height, "Its size along the northing").Required();
         AddNumber("--rotation", m_rotation, "Rotation; cqjob plot takes degrees, counter-clockwise")
             .ShowDefault();
-        m_store->Add("--type", m_type, "Number of the format, for programs that want one")
+        m_store->Add("--type", m_type, "Number of the format, for programs that need one")
             .Placeholder("N")
             .ShowDefault();
-        m_store->AddFlag("--force", m_force, "Replace the image that is there");
+        m_store->AddFlag("--force", m_force, "Replace an existing image");
         AddJson(*m_store);
         m_store->SetFooter(
             "The placement is kept to three decimal places. Brightness, Contrast, Monotone and\n"
@@ -85,16 +85,16 @@ class ImageCommand : public Command {
             "  cqjob image store site.job ortho.jpg --east 2000 --north 5000 --width 120 \\\n"
             "      --height 80 --rotation 12.5");
 
-        m_fetch = &command.AddCommand("fetch", "Write the job's image into a file");
+        m_fetch = &command.AddCommand("fetch", "Write the job's image to a file");
         AddJob(*m_fetch, "The job; it is not changed");
         m_fetch->Add("FILE", m_file, "The file to write, - for standard output")
             .Required()
             .Placeholder("");
-        m_fetch->AddFlag("--force", m_force, "Replace a file that is there");
+        m_fetch->AddFlag("--force", m_force, "Replace an existing file");
         AddJson(*m_fetch);
         m_fetch->SetFooter("Example:\n  cqjob image fetch site.job copy.jpg");
 
-        m_info = &command.AddCommand("info", "Say what image the job holds, and where");
+        m_info = &command.AddCommand("info", "Show which image the job has, and where");
         AddJob(*m_info, "The job; it is not changed");
         AddJson(*m_info);
         m_info->SetFooter("Example:\n  cqjob image info site.job");
@@ -133,14 +133,14 @@ class ImageCommand : public Command {
         RequireOtherFile(m_file, m_job);
         const CString source = ToJobPath(m_file);
         if (GetReadableLength(m_file) == 0) {
-            throw Failure(Printable(m_file) + ": is empty, so it is no image");
+            throw Failure(Printable(m_file) + ": is empty, so it is not an image");
         }
         CqSurveyDB db;
         OpenToWrite(db, m_job);
         if (!m_force && db.IsBackgroundImageFile() != 0) {
-            throw Failure(Printable(m_job) + ": has an image already; --force replaces it");
+            throw Failure(Printable(m_job) + ": already has an image; --force replaces it");
         }
-        // A copy that fails half-way leaves what it wrote; the batch takes it back.
+        // A copy that fails half-way leaves what it wrote. The batch undoes it.
         CqBatch batch(db);
         if (db.StoreBackgroundImageFile(source, m_type, CVector(Number(m_east), Number(m_north)),
                                         CVector(Number(m_width), Number(m_height)),

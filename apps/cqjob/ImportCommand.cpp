@@ -31,19 +31,21 @@ constexpr const char* kFooter =
     "  d description: the rest of the line   - a column that is not wanted\n"
     "Other layouts (--columns): words with commas between them, or columns by their heading or\n"
     "number. \"--order header\" recognises the usual headings in English, Spanish, Portuguese and\n"
-    "German, x being the easting and y the northing; --columns may then name what it does not\n"
-    "recognise. Which number is the northing is never guessed: without --order and --columns\n"
+    "German; x is the easting and y the northing. --columns can then name the columns that it "
+    "does\n"
+    "not recognise. Which number is the northing is never guessed: without --order and --columns\n"
     "nothing is imported.\n"
     "\n"
-    "The text behind the coordinates becomes the description; a whole number becomes the feature\n"
-    "code, and what follows it the description. Blanks around an unquoted field do not count. A\n"
-    "quotation mark that does not enclose a whole field is a character like any other.\n"
+    "The text after the coordinates is the description. If it begins with a whole number in a\n"
+    "column of its own, that is the feature code, and the description is what follows. Blanks\n"
+    "around an unquoted field do not count. A quotation mark that does not enclose a whole field\n"
+    "is a character like any other.\n"
     "\n"
-    "The points go into the job in one step, all of them or, when the import fails or is\n"
-    "interrupted, none. A line that makes no point is refused and reported with its number and\n"
-    "the reason; the others are recorded. Exit status 0 when every line is accounted for, 1 when\n"
-    "no point at all could be recorded although there are refused lines, and with --strict when\n"
-    "any line is refused.\n"
+    "The points are recorded in one step; when the import fails or is interrupted, none is. A\n"
+    "line that should be a point and is not is refused, and reported with its number and the\n"
+    "reason; the others are recorded. The exit status is 0 when every line is accounted for. It\n"
+    "is 1 when lines were refused and no point could be recorded, and with --strict when any line\n"
+    "was refused.\n"
     "\n"
     "Example:\n"
     "  cqjob import site.job points.csv --order pnezd\n"
@@ -56,7 +58,7 @@ class ImportCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command = program.AddCommand("import", "Record the points of a text file");
-        AddJob(command, "The job that takes the points");
+        AddJob(command, "The job into which the points go");
         command.Add("FILE", m_file, "The text file of points, - for standard input")
             .Required()
             .Placeholder("");
@@ -71,13 +73,12 @@ class ImportCommand : public Command {
             .Placeholder("LIST");
         command
             .Add("--header", m_header,
-                 "Lines of header: a number, none, or auto: the first line if its northing "
+                 "Lines of header: a number, none, or auto: the first line, if its northing "
                  "and easting are words")
             .Placeholder("N|auto|none")
             .ShowDefault();
         AddSeparator(command, m_separator, true);
-        command
-            .Add("--comment", m_comment, "What a comment line begins with; empty for no comments")
+        command.Add("--comment", m_comment, "What a comment line begins with; empty: no comments")
             .Placeholder("MARK")
             .ShowDefault();
         command.AddFlag("--decimal-comma", m_decimalComma,
@@ -87,13 +88,13 @@ class ImportCommand : public Command {
             .ShowDefault();
         command
             .Add("--no-height", m_noHeight,
-                 "What stands for a missing height, beside nothing; may be given several "
+                 "What means a missing height, besides an empty column; may be given several "
                  "times")
             .Placeholder("VALUE")
             .OneValueEach();
         command
             .Add("--duplicates", m_duplicates,
-                 "What to do with a point whose name the job has: refuse, skip or rename")
+                 "What to do with a point whose name the job already has: refuse, skip or rename")
             .Placeholder("WAY")
             .OneOf({"refuse", "skip", "rename"})
             .ShowDefault();
@@ -137,8 +138,8 @@ class ImportCommand : public Command {
         const bool assigns = ColumnOrder::IsAssignment(m_columns);
         if (m_order.empty() && m_columns.empty()) {
             throw UsageError(
-                "which column is the northing and which the easting? Say it with --order pnezd, "
-                "--order penzd, --columns or, when the file's header says it, --order header");
+                "which column is the northing and which the easting? Use --order pnezd, --order "
+                "penzd, --columns or, if the file's header names them, --order header");
         }
         if (m_order == "header") {
             if (!m_columns.empty() && !assigns) {
@@ -167,7 +168,7 @@ class ImportCommand : public Command {
             options.headerLines = static_cast<std::uint64_t>(*lines);
         }
         if (!options.order && options.headerLines == 0U) {
-            throw UsageError("the columns cannot come from a header when there is none");
+            throw UsageError("the columns cannot come from a header when the file has none");
         }
         if (m_separator != "auto") {
             options.separator = ReadSeparator(m_separator);
@@ -224,7 +225,7 @@ class ImportCommand : public Command {
         console.Print("  columns: {}; separator: {}\n", DescribeColumns(reader),
                       exchange::SeparatorWord(reader.GetSeparator()));
         if (!untaken.empty()) {
-            console.Print("  columns not taken: {}\n", untaken);
+            console.Print("  columns not used: {}\n", untaken);
         }
         console.Print("  {}\n", report.DescribeSum());
         const auto tell = [&](std::uint64_t count, const char* what) {
@@ -236,8 +237,8 @@ class ImportCommand : public Command {
         tell(report.unnamed, "without name");
         tell(report.cut, "with the name cut");
         tell(report.renamed, "renamed");
-        tell(report.strayQuotes, "with a quotation mark kept as it stands");
-        tell(report.moreColumns, "with text behind the last column taken");
+        tell(report.strayQuotes, "with a quotation mark kept as it is");
+        tell(report.moreColumns, "with text after the last column");
     }
 
     void WriteJson(Console& console, const ImportReport& report,

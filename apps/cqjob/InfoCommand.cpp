@@ -55,16 +55,16 @@ Summary Summarise(CqSurveyDB& db) {
 class InfoCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
-        CommandLine& command = program.AddCommand("info", "Say what a job holds, or several");
+        CommandLine& command = program.AddCommand("info", "Show what one job or several jobs hold");
         command.Add("JOB", m_jobs, "The jobs; they are not changed").Required().Placeholder("");
-        command.AddFlag("--table", m_table, "Answer with a table for one job too");
+        command.AddFlag("--table", m_table, "Show a table for a single job, too");
         AddJson(command);
         command.SetFooter(
-            "One job is told in full. Several make a table, without being loaded, so that a "
-            "folder\n"
-            "of large jobs is told at once; a job that cannot be read has a row that says why, "
-            "and\n"
-            "the exit status is 1.\n"
+            "A single job is described in full. Several jobs make a table; they are not loaded, so "
+            "a\n"
+            "folder of large jobs takes no time. A job that cannot be read has a row that says "
+            "why,\n"
+            "and the exit status is 1.\n"
             "\n"
             "Example:\n"
             "  cqjob info site.job\n"

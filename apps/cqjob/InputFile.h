@@ -6,7 +6,7 @@
 namespace cqsurvey::cqjob {
 
 /// The length of the plain file at `path`. Throws Failure with the path and the reason when it
-/// cannot be opened for reading, and for a folder, a pipe or a device, which may never end.
+/// cannot be opened for reading, and when it is a folder, a pipe or a device: these may never end.
 [[nodiscard]] std::uint64_t GetReadableLength(const std::string& path);
 
 /// The bytes of the file at `path`. Throws Failure as GetReadableLength, when the file has more

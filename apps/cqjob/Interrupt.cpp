@@ -22,7 +22,7 @@ Interrupt::Interrupt() {
         if (m_before[i].sa_handler == SIG_IGN) {
             continue;
         }
-        // Not restarted: a read that waits for more input ends.
+        // Not restarted, so a read that waits for more input ends.
         struct sigaction action {};
         action.sa_handler = kSignals[i] == SIGPIPE ? SIG_IGN : &Mark;
         sigemptyset(&action.sa_mask);

@@ -6,10 +6,10 @@
 
 namespace cqsurvey::cqjob {
 
-/// While it lives, a signal that asks the program to end (interrupt, terminate, hang up) only
-/// leaves a mark, so that a step on a job can be undone before the program ends; and a reader of
-/// the program's words that goes away does not end it. Signals that are ignored stay ignored. One
-/// at a time.
+/// While an object of this class lives, a signal that asks the program to end (interrupt,
+/// terminate, hang up) is only noted, so that a step on a job can be undone first. A reader of the
+/// program's output that goes away does not end the program either. Signals that are ignored stay
+/// ignored. There is one object at a time.
 class Interrupt {
  public:
     Interrupt();
@@ -17,8 +17,8 @@ class Interrupt {
     Interrupt& operator=(const Interrupt&) = delete;
     ~Interrupt();
 
-    /// Throws Failure when the program was asked to end, so that nothing of the file `what` is
-    /// recorded.
+    /// Throws Failure when the program was asked to end. The message says that nothing of the file
+    /// `what` was recorded.
     static void Check(const std::string& what);
 
  private:

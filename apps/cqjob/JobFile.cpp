@@ -14,7 +14,7 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
-/// Runs `step` and turns what the library throws into a failure that names the job.
+/// Runs `step` and turns what the library throws into a Failure that names the job.
 template <class Step>
 void Named(const std::string& path, const Step& step) {
     try {
@@ -24,7 +24,7 @@ void Named(const std::string& path, const Step& step) {
     }
 }
 
-/// Removes a file when it is left, unless that was called off.
+/// Removes a file at the end of the scope, unless it was told to keep it.
 class Leftover {
  public:
     explicit Leftover(std::filesystem::path path) : m_path(std::move(path)) {}
@@ -71,7 +71,7 @@ void OpenToRead(CqSurveyDB& db, const std::string& path) {
             if (failure.m_code != error::kAccessDenied) {
                 throw;
             }
-            // A change that was cut short is taken back once the job is opened to be written.
+            // Opening a job for writing undoes a change that was cut short.
             CqSurveyDB writer;
             writer.Open(jobPath);
             writer.Close();
@@ -102,8 +102,9 @@ void CreateJob(const std::string& path, bool replace) {
         db.OpenReadOnly(jobPath);
         db.Close();
     } catch (const CException& reason) {
-        throw Failure(fmt::format("{}: only a job is replaced, and this one cannot be opened: {}",
-                                  Printable(path), Printable(reason.what())));
+        throw Failure(
+            fmt::format("{}: only a job can be replaced, and this file cannot be opened as one: {}",
+                        Printable(path), Printable(reason.what())));
     }
     const std::filesystem::path made =
         old.string() + fmt::format(".new-{}", static_cast<long>(getpid()));

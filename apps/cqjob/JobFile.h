@@ -6,7 +6,7 @@
 
 namespace cqsurvey::cqjob {
 
-/// A path of the command line as the library takes it. Throws UsageError when it is no UTF-8.
+/// Converts a path of the command line to UTF-16. Throws UsageError when it is not UTF-8.
 [[nodiscard]] CString ToJobPath(const std::string& path);
 
 /// True when both paths name the same existing file.
@@ -15,15 +15,15 @@ namespace cqsurvey::cqjob {
 /// Throws UsageError when `file` is the job at `job` itself.
 void RequireOtherFile(const std::string& file, const std::string& job);
 
-/// Opens the job at `path` for reading alone. Throws Failure with the path and the reason.
+/// Opens the job at `path` only for reading. Throws Failure with the path and the reason.
 void OpenToRead(CqSurveyDB& db, const std::string& path);
 
 /// Opens the job at `path` to change it. Throws Failure with the path and the reason, also when the
-/// system does not let the job be written.
+/// system does not allow writing the job.
 void OpenToWrite(CqSurveyDB& db, const std::string& path);
 
-/// Creates a job at `path`. Throws Failure when anything is there, or, with `replace`, anything but
-/// a job that can be opened; that job is there unchanged until the new one takes its place.
+/// Creates a job at `path`. Throws Failure when anything exists there; with `replace`, anything but
+/// a job that can be opened. That job stays unchanged until the new one takes its place.
 void CreateJob(const std::string& path, bool replace);
 
 }  // namespace cqsurvey::cqjob

@@ -19,7 +19,7 @@ constexpr std::uint32_t kEverything = 0xFFFFFFFF;
 
 struct Column {
     const char* heading;
-    const char* key;  ///< in JSON; null for what the list of names tells there
+    const char* key;  ///< in JSON; null for a count that JSON leaves to a list of names
     std::int32_t SVDB_INFORMATION::*field;
 };
 
@@ -43,7 +43,7 @@ struct Row {
     std::string error;  ///< why the job cannot be read, empty when it can
 };
 
-/// Why the job cannot be read; the query does not say it.
+/// Why the job cannot be read; GetDBInformation does not say.
 std::string FindReason(const CString& path) {
     try {
         CqSurveyDB db;

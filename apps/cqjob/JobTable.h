@@ -7,8 +7,8 @@
 
 namespace cqsurvey::cqjob {
 
-/// Writes a row for each job: what it holds or why it cannot be read. Loads no job. Returns 1 when
-/// one cannot be read, else 0. Throws UsageError for a path that is no UTF-8.
+/// Writes a row for each job: what it holds, or why it cannot be read. Loads no job. Returns 1 when
+/// a job cannot be read, else 0. Throws UsageError for a path that is not UTF-8.
 [[nodiscard]] int WriteJobTable(Console& console, const std::vector<std::string>& jobs, bool json);
 
 }  // namespace cqsurvey::cqjob

@@ -13,7 +13,7 @@ JsonWriter::JsonWriter(Console& console) : m_console(console) {}
 
 std::string JsonWriter::Quote(std::string_view text) {
     if (!IsUtf8(text)) {
-        // A path of the host may be anything.
+        // A path of the host may have any bytes.
         return Quote(Printable(text));
     }
     std::string quoted = "\"";

@@ -10,7 +10,7 @@
 
 namespace cqsurvey::cqjob {
 
-/// Writes one JSON value to a console's results, two blanks a level, as it goes.
+/// Writes one JSON value to a console's results, piece by piece, indented by two blanks per level.
 class JsonWriter {
  public:
     explicit JsonWriter(Console& console);
@@ -20,14 +20,14 @@ class JsonWriter {
     void BeginArray() { Begin('['); }
     void EndArray() { End(']'); }
 
-    /// The key of the value that comes next.
+    /// Writes the key of the next value.
     void Key(std::string_view key);
 
-    /// A text in UTF-8; of one that is not, the odd bytes are written as \x and their number.
+    /// Writes a text in UTF-8. Bytes that are not UTF-8 are written as \x and their number.
     void Value(std::string_view text);
     void Value(const char* text) { Value(std::string_view(text)); }
     void Value(const std::string& text) { Value(std::string_view(text)); }
-    /// null unless the number is finite.
+    /// Writes null unless the number is finite.
     void Value(double number);
     void Null() { Write("null"); }
     void Value(bool value) { Write(value ? "true" : "false"); }

@@ -34,25 +34,25 @@ class LayersCommand : public Command {
             "  cqjob layers add site.job Road --color 1\n"
             "  cqjob layers hide site.job Road");
 
-        m_list = &command.AddCommand("list", "Show every layer");
+        m_list = &command.AddCommand("list", "List every layer");
         AddJob(*m_list, "The job; it is not changed");
         AddJson(*m_list);
         m_list->SetFooter("Example:\n  cqjob layers list site.job");
 
         m_add = &command.AddCommand("add", "Add a layer");
         AddJob(*m_add, "The job");
-        m_add->Add("NAME", m_name, "The layer, of at most 51 characters")
+        m_add->Add("NAME", m_name, "The layer's name, at most 51 characters")
             .Required()
             .Placeholder("");
         m_add->Add("--color", m_color, "Its colour, 1 to 255; 7 is black on white")
             .Placeholder("N")
             .InRange(1, kMaxColor)
             .ShowDefault();
-        m_add->Add("--line", m_line, "Its line type; cqjob plot --help tells them")
+        m_add->Add("--line", m_line, "Its line type; cqjob plot --help lists them")
             .Placeholder("N")
             .InRange(0, kMaxLine)
             .ShowDefault();
-        m_add->AddFlag("--hidden", m_hidden, "Hide it at once");
+        m_add->AddFlag("--hidden", m_hidden, "Hide the new layer");
         m_add->SetFooter("Example:\n  cqjob layers add site.job Road --color 1 --line 2");
 
         m_show = &command.AddCommand("show", "Show layers that were hidden");
@@ -79,7 +79,7 @@ class LayersCommand : public Command {
         m_lineAction = &command.AddCommand("line", "Change a layer's line type");
         AddJob(*m_lineAction, "The job");
         AddName(*m_lineAction);
-        m_lineAction->Add("LINE", m_line, "The line type; cqjob plot --help tells them")
+        m_lineAction->Add("LINE", m_line, "The line type; cqjob plot --help lists them")
             .Required()
             .Placeholder("")
             .InRange(0, kMaxLine);
@@ -132,7 +132,7 @@ class LayersCommand : public Command {
         std::size_t count = 0;
         CString name;
         int color = 0;
-        // As many steps as there are layers, for a damaged job.
+        // The count ends the walk in a damaged job.
         const auto there = static_cast<std::size_t>(db.GetNumLayers());
         for (CqHandle handle = db.GetFirstLayerHandle();
              handle != 0 && count < there && db.GetNextLayer(handle, name, color) != 0; ++count) {
@@ -164,7 +164,7 @@ class LayersCommand : public Command {
 
     static CString ToName(const std::string& name) {
         if (name.empty()) {
-            throw UsageError("a layer's name is not empty");
+            throw UsageError("a layer's name cannot be empty");
         }
         if (!IsUtf8(name)) {
             throw UsageError("the name " + Quoted(name) + " is not UTF-8");

@@ -10,8 +10,7 @@ class NewCommand : public Command {
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command = program.AddCommand("new", "Create an empty job");
         AddJob(command, "The file to create");
-        command.AddFlag("--force", m_force,
-                        "Replace a job that is there; anything else that is there stays");
+        command.AddFlag("--force", m_force, "Replace an existing job; any other file stays");
         command.SetFooter("Example:\n  cqjob new site.job");
         return command;
     }

@@ -32,11 +32,11 @@ OutputFile::OutputFile(Console& console, const std::string& path, bool replace)
     if (none || !replace) {
         m_descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
         if (m_descriptor < 0 && errno == EEXIST) {
-            throw Failure(Printable(path) + ": exists already; --force replaces it");
+            throw Failure(Printable(path) + ": already exists; --force replaces it");
         }
         m_made = path;
     } else if (!std::filesystem::is_regular_file(old, none)) {
-        // A device or a pipe is written, never replaced.
+        // A device or a pipe is written to, never replaced.
         m_descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
     } else {
         m_path = old.string();
@@ -44,7 +44,7 @@ OutputFile::OutputFile(Console& console, const std::string& path, bool replace)
         m_descriptor = open(m_made.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
         struct stat status {};
         if (m_descriptor >= 0 && stat(m_path.c_str(), &status) == 0) {
-            // Who may read the file stays as it was, where the system lets us say so.
+            // The new file gets the old one's permissions, if the system allows it.
             static_cast<void>(fchmod(m_descriptor, status.st_mode & 07777U));
         }
     }

@@ -8,12 +8,12 @@
 
 namespace cqsurvey::cqjob {
 
-/// A file that is being made, or the console's results. Nothing that exists is overwritten unless
-/// asked for, and then only by the whole new file; an unfinished one is removed.
+/// A file that is being written, or the console's results. An existing file is replaced only when
+/// asked for, and only by the whole new file. An unfinished file is removed.
 class OutputFile {
  public:
-    /// "-" names the console's results. Throws Failure when something is at `path` and `replace` is
-    /// false, or when no file can be made there.
+    /// "-" is the console's results. Throws Failure when something exists at `path` and `replace`
+    /// is false, or when no file can be created there.
     OutputFile(Console& console, const std::string& path, bool replace);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;

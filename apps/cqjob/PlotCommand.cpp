@@ -22,7 +22,7 @@ namespace {
 constexpr std::int32_t kLeastPixels = 16;
 constexpr std::int32_t kMostPixels = 30000;
 
-/// The parts of `text` between the signs.
+/// The parts of `text` between the separators.
 std::vector<std::string> Split(const std::string& text, char sign) {
     std::vector<std::string> parts(1);
     for (const char c : text) {
@@ -44,51 +44,53 @@ class PlotCommand : public Command {
             .Add("FILE", m_file, "The picture to write: .svg, .pdf or .png; - for standard output")
             .Required()
             .Placeholder("");
-        command.Add("--format", m_format, "The format, where the file's name does not say it")
+        command.Add("--format", m_format, "The format, if the file's name does not say it")
             .Placeholder("WORD")
             .OneOf({"svg", "pdf", "png"});
-        command.Add("--layers", m_layers, "Only these layers, as far as they are shown")
+        command.Add("--layers", m_layers, "Only these layers, unless they are hidden")
             .Placeholder("A,B,...")
             .SplitAt(',');
         command
             .Add("--extent", m_extent,
-                 "Only this part of the job: least easting and northing, then the largest")
+                 "Only this part of the job: lowest easting and northing, then highest")
             .Placeholder("E,N,E,N");
         command
-            .Add("--labels", m_labels, "What stands beside the points: name, height, code or none")
+            .Add("--labels", m_labels,
+                 "What to write beside the points: name, height, code or none")
             .Placeholder("WORD,...")
             .SplitAt(',')
             .OneOf({"name", "height", "code", "none"});
         command.AddFlag("--all-labels", m_options.allLabels,
-                        "Also the labels that cover others; without it they are left out");
+                        "Draw labels that have no room, too; without it, they are left out");
         command
             .Add("--label-height", m_options.labelHeight,
                  "Height of the labels' capitals, in millimetres")
             .Placeholder("MM")
             .InRange(0.2, 50.0)
             .ShowDefault();
-        command.AddFlag("!--no-grid", m_options.grid, "No crosses and numbers of the grid");
+        command.AddFlag("!--no-grid", m_options.grid, "Draw no grid");
         const Argument paper = command.Add("--paper", m_paper, "The paper: " + plan::PaperNames())
                                    .Placeholder("NAME")
                                    .ShowDefault();
-        command.AddFlag("--portrait", m_portrait, "The paper upright; without it as fits best");
-        command.AddFlag("--landscape", m_landscape, "The paper lying").Excludes("--portrait");
-        command.Add("--size", m_size, "A size in pixels of 1/96 inch instead of the paper")
+        command.AddFlag("--portrait", m_portrait,
+                        "Paper upright; without it, whichever way fits better");
+        command.AddFlag("--landscape", m_landscape, "Paper on its side").Excludes("--portrait");
+        command.Add("--size", m_size, "A size in pixels of 1/96 inch, instead of paper")
             .Placeholder("WxH")
             .Excludes(paper)
             .Excludes("--portrait")
             .Excludes("--landscape");
         command
             .Add("--scale", m_scale,
-                 "The scale: 500 for 1 : 500; without it that of the job's settings, or "
-                 "the next round one at which all fits on the paper")
+                 "The scale: 500 for 1 : 500; without it, that of the job's settings, or "
+                 "the next round one at which the plan fits on the paper")
             .Placeholder("N")
             .InRange(1e-3, 1e9);
-        command.Add("--dpi", m_options.dotsPerInch, "Pixels an inch of a PNG on paper")
+        command.Add("--dpi", m_options.dotsPerInch, "Pixels per inch of a PNG on paper")
             .Placeholder("N")
             .InRange(10.0, 2400.0)
             .ShowDefault();
-        command.AddFlag("--force", m_force, "Replace a file that is there");
+        command.AddFlag("--force", m_force, "Replace an existing file");
         command.SetFooter(
             "Hidden layers (a negative colour) are not drawn. Colours are those of the usual\n"
             "palette of 255: 1 red, 2 yellow, 3 green, 4 cyan, 5 blue, 6 magenta, 7 black on\n"
@@ -133,8 +135,9 @@ class PlotCommand : public Command {
     void ReadFormat() {
         const auto format = plan::FindFormat(m_format.empty() ? m_file : m_format);
         if (!format) {
-            throw UsageError(Printable(m_file) +
-                             ": the name does not end in .svg, .pdf or .png; --format says which");
+            throw UsageError(
+                Printable(m_file) +
+                ": the name does not end in .svg, .pdf or .png; choose one with --format");
         }
         m_options.format = *format;
     }
@@ -147,7 +150,7 @@ class PlotCommand : public Command {
             return std::find(m_labels.begin(), m_labels.end(), word) != m_labels.end();
         };
         if (holds("none") && m_labels.size() > 1) {
-            throw UsageError("--labels: none goes with nothing else");
+            throw UsageError("--labels: none excludes the others");
         }
         m_options.labelNames = holds("name");
         m_options.labelHeights = holds("height");
@@ -155,7 +158,7 @@ class PlotCommand : public Command {
     }
 
     void ReadSheet() {
-        // The ranges let through what is no number.
+        // The checks of the ranges let not-a-numbers through.
         const bool numbers = !std::isnan(m_scale) && !std::isnan(m_options.dotsPerInch) &&
                              !std::isnan(m_options.labelHeight);
         if (!m_size.empty()) {
@@ -185,7 +188,7 @@ class PlotCommand : public Command {
                 parts.size() == sides.size() ? ParseWholeNumber(parts[i]) : std::nullopt;
             if (!side || *side < kLeastPixels || *side > kMostPixels) {
                 throw UsageError("--size: " + Quoted(m_size) +
-                                 " is no size; it is written like 1200x800, each from 16 to "
+                                 " is not a size; write it like 1200x800, each from 16 to "
                                  "30000");
             }
             sides[i] = *side;
@@ -210,10 +213,10 @@ class PlotCommand : public Command {
         }
         const plan::Box box{sides[0], sides[1], sides[2], sides[3]};
         if (!(box.minX < box.maxX) || !(box.minY < box.maxY)) {
-            throw UsageError("--extent: the first two numbers are less than the last two");
+            throw UsageError("--extent: the first two numbers must be less than the last two");
         }
         if (!IsDrawable(box)) {
-            throw UsageError("--extent: that is too small a part to be drawn");
+            throw UsageError("--extent: this part is too small to be drawn");
         }
         m_options.extent = box;
     }
@@ -270,15 +273,15 @@ class PlotCommand : public Command {
             console.Say("{}: {} hidden and not drawn\n", job, Count(drawing.GetHidden(), "object"));
         }
         if (drawing.GetUnplaced() > 0) {
-            console.Say("{}: {} without a finite place or size, not drawn\n", job,
+            console.Say("{}: {} without a finite position or size, not drawn\n", job,
                         Count(drawing.GetUnplaced(), "object"));
         }
         if (!report.holdsAll) {
-            console.Say("{}: at 1 : {} not all of it fits into the frame\n", job,
+            console.Say("{}: at 1 : {} only part of it fits into the frame\n", job,
                         FormatNumber(report.scale));
         }
         if (report.lostLabels > 0) {
-            console.Say("{}: no room for {}; --all-labels draws them all the same\n", job,
+            console.Say("{}: no room for {}; --all-labels draws them anyway\n", job,
                         Count(report.lostLabels, "label"));
         }
         constexpr std::size_t kMostNotes = 10;

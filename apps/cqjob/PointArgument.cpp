@@ -21,7 +21,7 @@ bool HasPoint(const CqSurveyDB& db, CqHandle handle) {
 
 CqHandle FindPoint(const CqSurveyDB& db, const std::string& job, const std::string& text) {
     if (text.empty()) {
-        throw UsageError("a point is given by its name, or by # and its record number");
+        throw UsageError("a point is given by its name or by # and its record number");
     }
     const CqHandle named = db.GetCoordRecHandleByPtName(ReadText(text, "the point's name"));
     const std::optional<CqHandle> numbered = ReadRecordNumber(text);
@@ -29,10 +29,10 @@ CqHandle FindPoint(const CqSurveyDB& db, const std::string& job, const std::stri
         return named;
     }
     if (named != 0) {
-        throw Failure(
-            fmt::format("{}: {} is the number of one point and the name of another, which \"#{}\" "
-                        "stands for",
-                        Printable(job), Quoted(text), named));
+        throw Failure(fmt::format(
+            "{}: {} is the number of one point and the name of another; use \"#{}\" for "
+            "that one",
+            Printable(job), Quoted(text), named));
     }
     return *numbered;
 }

@@ -6,18 +6,18 @@
 
 namespace cqsurvey::cqjob {
 
-/// What the help of a command says about its points.
+/// What the help of a command says about naming points.
 inline constexpr const char* kPointArgument =
     "A point is given by its name or by # and its record number, which the JSON of points calls\n"
-    "handle: \"#17\". The # is special to a shell, so it wants the quotation marks.\n";
+    "handle: \"#17\". The # is special to a shell, so it needs the quotation marks.\n";
 
-/// The point that `text` names: by its name, or by "#" and its record number. 0 when there is none.
-/// Throws Failure with the job's path when the text is the name of one point and the number of
-/// another, and UsageError when it is empty or no UTF-8.
+/// The point that `text` names, by its name or by "#" and its record number; 0 when there is no
+/// such point. Throws Failure with the job's path when the text is the name of one point and the
+/// number of another, and UsageError when it is empty or not UTF-8.
 [[nodiscard]] CqHandle FindPoint(const CqSurveyDB& db, const std::string& job,
                                  const std::string& text);
 
-/// As FindPoint, but a point that is not there is a Failure too.
+/// As FindPoint, but throws Failure also when there is no such point.
 [[nodiscard]] CqHandle RequirePoint(const CqSurveyDB& db, const std::string& job,
                                     const std::string& text);
 

@@ -14,7 +14,7 @@ PointDetails::PointDetails(CqSurveyDB& db, CqHandle pointHandle, CqCoordRec poin
         try {
             group = ToUtf8(db.GetGroupName(record.GetGroup()));
         } catch (const CqSurveyException&) {
-            // A point may carry the number of a group that never was.
+            // A point may have the number of a group that does not exist.
             group = fmt::format("#{}", record.GetGroup());
         }
     }

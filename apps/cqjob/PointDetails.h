@@ -9,7 +9,7 @@
 
 namespace cqsurvey::cqjob {
 
-/// Everything about a point, fit for an answer.
+/// Everything about a point, ready to be shown.
 struct PointDetails {
     CqHandle handle = 0;
     CqCoordRec record;
@@ -17,7 +17,8 @@ struct PointDetails {
     std::string group;               ///< "#" and the number when there is no such group
     std::string description;
 
-    /// Adds what `record`, which was read from point `handle` of `db`, does not tell.
+    /// Completes `record`, which was read from point `handle` of `db`, with what else the job knows
+    /// about the point.
     PointDetails(CqSurveyDB& db, CqHandle handle, CqCoordRec record);
 
     /// Writes the point as a JSON object.

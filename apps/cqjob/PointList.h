@@ -9,15 +9,15 @@
 
 namespace cqsurvey::cqjob {
 
-/// What points are listed by: names in natural order (P2 before P10), feature codes, or nothing.
+/// What points are sorted by: names in natural order (P2 before P10), feature codes, or nothing.
 enum class PointOrder : std::uint16_t { Name = 0, Code = 1, Record = 2 };
 
-/// The points of a job that a filter admits, in the order of a view; without a filter all points,
-/// the ones of data origin 0, which no view admits, after the others in record order.
+/// The points of a job that a filter admits, in the order of a view. Without a filter, all points:
+/// those of data origin 0, which no view admits, follow the others in record order.
 class PointList {
  public:
-    /// Sets the view of `db`, which must outlive the list and not be changed meanwhile. Throws
-    /// Failure when the job's points cannot be walked through.
+    /// Sets the view of `db`. The job must outlive the list, and must not change while the list is
+    /// used. Throws Failure when the job's points cannot be read one after the other.
     explicit PointList(CqSurveyDB& db, PointOrder order = PointOrder::Name, bool descending = false,
                        const std::optional<COORDFILTER>& filter = {});
 

@@ -24,7 +24,7 @@ class PointsCommand : public Command {
         AddJob(command, "The job; it is not changed");
         AddJson(command);
         m_view.AddTo(command);
-        command.Add("--limit", m_limit, "List at most so many points, on each page")
+        command.Add("--limit", m_limit, "List at most this many points, on each page")
             .Placeholder("N")
             .InRange(1, std::numeric_limits<int>::max());
         command.Add("--page", m_page, "Which page to list, from 1; of 50 points or --limit")

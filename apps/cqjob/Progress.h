@@ -10,8 +10,8 @@
 
 namespace cqsurvey::cqjob {
 
-/// The line that shows how far work of more than a second has come: how many, how fast, how much of
-/// the whole and how long still. On a terminal only.
+/// The line that shows the progress of work that takes more than a second: how many, how fast,
+/// which part of the whole, and the time left. It is shown only on a terminal.
 class Progress {
  public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
@@ -22,7 +22,8 @@ class Progress {
     Progress& operator=(const Progress&) = delete;
     ~Progress();
 
-    /// `count` things are done, `done` parts of `whole`. Cheap enough to be called for each.
+    /// Tells that `count` things are done, and `done` of `whole` parts. It is fast enough to be
+    /// called for each thing.
     void Update(std::uint64_t count, std::uint64_t done, std::optional<std::uint64_t> whole);
 
     /// The line for work that has been going on for `seconds`.

@@ -11,9 +11,10 @@ namespace cqsurvey::cqjob {
 void AddSeparator(CommandLine& command, std::string& word, bool automatic) {
     command
         .Add("--separator", word,
-             automatic ? "What stands between fields: comma, semicolon, tab, blank, or auto: the "
-                         "one that makes most points of the first lines"
-                       : "What stands between fields: comma, semicolon, tab or blank")
+             automatic
+                 ? "What separates the fields: comma, semicolon, tab, blank, or auto: the one "
+                   "with which most of the first lines are points"
+                 : "What separates the fields: comma, semicolon, tab or blank")
         .Placeholder("WORD")
         .ShowDefault();
 }

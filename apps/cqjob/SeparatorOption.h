@@ -8,10 +8,10 @@
 
 namespace cqsurvey::cqjob {
 
-/// Adds --separator, whose word goes into `word`; "auto" is a choice only where it may be guessed.
+/// Adds --separator, whose value goes into `word`. With `automatic`, "auto" is a choice, too.
 void AddSeparator(CommandLine& command, std::string& word, bool automatic);
 
-/// The separator that a word of that option means. Throws UsageError for any other word.
+/// The separator that a value of this option means. Throws UsageError for any other word.
 [[nodiscard]] exchange::Separator ReadSeparator(const std::string& word);
 
 }  // namespace cqsurvey::cqjob

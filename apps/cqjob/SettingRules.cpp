@@ -78,7 +78,7 @@ std::string SettingRules::FindFault(std::string_view section, std::string_view k
                                     std::string_view value) {
     if (const Rule* rule = FindRule(section, key)) {
         if (rule->kind == Kind::Fixed) {
-            return fmt::format("{} is the job's own and stays as it is", rule->key);
+            return fmt::format("{} belongs to the job and cannot be changed", rule->key);
         }
         if (rule->kind == Kind::Length) {
             const ParsedNumber number = ParseNumber(value);
@@ -88,27 +88,28 @@ std::string SettingRules::FindFault(std::string_view section, std::string_view k
         }
         const std::optional<std::int64_t> whole = ReadWhole(value);
         if (!whole || *whole < rule->low || *whole > rule->high) {
-            return fmt::format("{} is a whole number from {} to {}, not {}", rule->key, rule->low,
-                               rule->high, Quoted(value));
+            return fmt::format("{} must be a whole number from {} to {}, not {}", rule->key,
+                               rule->low, rule->high, Quoted(value));
         }
         return {};
     }
     if (section.empty() || IsPadded(section) || HasBreak(section) ||
         section.find_first_of("[]") != std::string_view::npos) {
         return fmt::format(
-            "{} is no name for a section: it is one line without brackets and "
+            "{} is not a name for a section: it must be one line without brackets and "
             "without blanks at its ends",
             Quoted(section));
     }
     if (key.empty() || IsPadded(key) || HasBreak(key) || key.find('=') != std::string_view::npos) {
         return fmt::format(
-            "{} is no name for a key: it is one line without = and without blanks "
-            "at its ends",
+            "{} is not a name for a key: it must be one line without = and without "
+            "blanks at its ends",
             Quoted(key));
     }
     if (IsPadded(value) || HasBreak(value)) {
-        return fmt::format("{} cannot be stored: a value is one line without blanks at its ends",
-                           Quoted(value));
+        return fmt::format(
+            "{} cannot be stored: a value must be one line without blanks at its ends",
+            Quoted(value));
     }
     const auto holds = [&](char bracket) {
         return key.find(bracket) != std::string_view::npos ||
@@ -130,7 +131,7 @@ std::string SettingRules::Normalise(std::string_view section, std::string_view k
     if (rule->kind == Kind::Length) {
         return FormatNumber(ParseNumber(value).value, 3);
     }
-    // Colours fill 32 bits and are written as a signed number.
+    // A colour fills 32 bits and is written as a signed number.
     return fmt::format("{}", static_cast<std::int32_t>(ReadWhole(value).value_or(0)));
 }
 

@@ -5,18 +5,19 @@
 
 namespace cqsurvey::cqjob {
 
-/// What a setting of a job may be set to.
+/// The values that a setting of a job may have.
 ///
-/// The keys that every job has take what the library would take on an import; any other key takes
-/// any text that the settings file can hold on one line.
+/// The keys that every job has take the values that the library accepts in an import. Any other key
+/// takes any text that fits on one line of the settings file.
 class SettingRules {
  public:
     /// Why `value` cannot be stored under `section` and `key`, as a sentence; empty when it can. An
-    /// empty value removes a key; the keys that every job has stay.
+    /// empty value removes a key, but not one that every job has.
     [[nodiscard]] static std::string FindFault(std::string_view section, std::string_view key,
                                                std::string_view value);
 
-    /// `value`, which FindFault found good, as the library writes it: "5" for a length is "5.000".
+    /// `value` as the library writes it: "5" for a length is "5.000". FindFault must have accepted
+    /// it.
     [[nodiscard]] static std::string Normalise(std::string_view section, std::string_view key,
                                                std::string_view value);
 };

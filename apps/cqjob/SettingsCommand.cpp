@@ -20,13 +20,13 @@ class SettingsCommand : public Command {
             program.AddCommand("settings", "List, get, set, import and export settings");
         command.RequireCommand();
         command.SetFooter(
-            "Sections and keys are found without regard to case.\n"
+            "Sections and keys are compared without regard to case.\n"
             "\n"
             "Example:\n"
             "  cqjob settings list site.job\n"
             "  cqjob settings set site.job SETTINGS Mapscale 250");
 
-        m_list = &command.AddCommand("list", "Show every setting");
+        m_list = &command.AddCommand("list", "List every setting");
         AddJob(*m_list, "The job; it is not changed");
         AddJson(*m_list);
         m_list->SetFooter("Example:\n  cqjob settings list site.job");
@@ -40,30 +40,31 @@ class SettingsCommand : public Command {
         m_set = &command.AddCommand("set", "Change one setting");
         AddJob(*m_set, "The job");
         AddNames(*m_set);
-        m_set->Add("VALUE", m_value, "The value; an empty one removes a key of your own")
+        m_set->Add("VALUE", m_value, "The value; an empty one removes a key that you added")
             .Required()
             .Placeholder("");
         AddJson(*m_set);
         m_set->SetFooter(
-            "A section that is not there is made, so that programs can keep settings of their own\n"
-            "with the job.\n"
+            "A section that does not exist is added, so programs can keep settings of their own "
+            "in\n"
+            "the job.\n"
             "\n"
             "Example:\n"
             "  cqjob settings set site.job SETTINGS Mapscale 250\n"
             "  cqjob settings set site.job MyOffice Crew \"A. Berg, T. Lund\"");
 
-        m_import = &command.AddCommand("import", "Replace every setting by those of a file");
+        m_import = &command.AddCommand("import", "Replace all settings by those of a file");
         AddJob(*m_import, "The job");
         m_import->Add("FILE", m_file, "The settings file").Required().Placeholder("");
         AddJson(*m_import);
         m_import->SetFooter(kSettingsImportHelp);
 
-        m_export = &command.AddCommand("export", "Write every setting into a file");
+        m_export = &command.AddCommand("export", "Write all settings to a file");
         AddJob(*m_export, "The job; it is not changed");
         m_export->Add("FILE", m_file, "The file to write, - for standard output")
             .Required()
             .Placeholder("");
-        m_export->AddFlag("--force", m_force, "Replace a file that is there");
+        m_export->AddFlag("--force", m_force, "Replace an existing file");
         AddJson(*m_export);
         m_export->SetFooter("Example:\n  cqjob settings export site.job office.ini");
         return command;
@@ -173,7 +174,7 @@ class SettingsCommand : public Command {
         CqSurveyDB db;
         OpenToWrite(db, m_job);
         CqBatch batch(db);
-        // 0 when the section is there already.
+        // It returns 0 when the section already exists.
         db.AddSettingsSection(section);
         if (db.WriteSettingsString(
                 section, key, FromUtf8(SettingRules::Normalise(m_section, m_key, m_value))) == 0) {

@@ -18,7 +18,7 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
-/// A new folder among the system's temporary files, removed with what is in it.
+/// A new folder among the system's temporary files. It is removed with everything in it.
 class TemporaryFolder {
  public:
     TemporaryFolder() {
@@ -52,8 +52,8 @@ void ImportSettings(const std::string& job, const std::string& path) {
     OpenToWrite(db, job);
     if (db.ImportSettingsFile(hostPath) == 0) {
         throw Failure(
-            fmt::format("{}: {} is no settings file with every key of a job in its range, so no "
-                        "setting was changed; cqjob settings import --help tells the ranges",
+            fmt::format("{}: {} is not a settings file with every key of a job in its range, so no "
+                        "setting was changed; cqjob settings import --help lists the ranges",
                         Printable(job), Printable(path)));
     }
     db.Close();
@@ -64,7 +64,7 @@ void ExportSettings(Console& console, const std::string& job, const std::string&
     RequireOtherFile(path, job);
     CqSurveyDB db;
     OpenToRead(db, job);
-    // The library writes over what is there, so it does not write to the path itself.
+    // The library overwrites an existing file, so it writes elsewhere first.
     const TemporaryFolder folder;
     const std::string copy = folder.GetPath("settings");
     if (db.ExportSettingsFile(ToJobPath(copy)) == 0) {

@@ -11,8 +11,8 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
-/// How many places on a terminal the text, which is UTF-8, takes: two for a character of the East
-/// Asian scripts, nothing for an accent.
+/// How many columns of a terminal the UTF-8 text takes: two for a character of an East Asian
+/// script, none for an accent.
 std::size_t DisplayWidth(const std::string& text) {
     std::size_t width = 0;
     const char* const end = text.data() + text.size();

@@ -8,23 +8,24 @@
 
 namespace cqsurvey::cqjob {
 
-/// A table of text on the console, columns as wide as the first rows need. Memory holds a bounded
-/// number of rows.
+/// A table on the console. Its columns are as wide as the first rows need, so only those are kept
+/// in memory.
 class TextTable {
  public:
     struct Heading {
         std::string text;
-        bool right = false;  ///< the column is set to the right, as numbers are
+        bool right = false;  ///< the column is aligned to the right, as numbers are
     };
 
     TextTable(Console& console, std::vector<Heading> headings);
     TextTable(const TextTable&) = delete;
     TextTable& operator=(const TextTable&) = delete;
 
-    /// A row with one cell for each heading; control characters are shown as such.
+    /// Adds a row with one cell for each heading. Control characters are shown as \n, \t and the
+    /// like.
     void Add(std::vector<std::string> cells);
 
-    /// Writes what is still held back.
+    /// Writes the rows that are still in memory.
     void Finish();
 
  private:

@@ -18,8 +18,7 @@ namespace {
 constexpr std::uint16_t kEveryOrigin = 0xFFFF;
 constexpr const char* kRange = "..";
 
-/// How many points have no data origin, so that no view of any filter holds them. Leaves the view
-/// changed.
+/// How many points have no data origin, so no filter admits them. Changes the view.
 std::int32_t CountWithoutOrigin(CqSurveyDB& db) {
     COORDFILTER everyOrigin;
     everyOrigin.originMask = kEveryOrigin;
@@ -27,8 +26,8 @@ std::int32_t CountWithoutOrigin(CqSurveyDB& db) {
            db.SetSortCoordSetting(static_cast<std::uint16_t>(PointOrder::Record), 0, everyOrigin);
 }
 
-/// The number of a group that no point is in, so that a filter on it and the ungrouped points
-/// admits these alone.
+/// A group number that no point has. A filter for it and the ungrouped points admits only the
+/// ungrouped points.
 std::uint16_t FindUnusedGroup(const CqSurveyDB& db, const std::string& job) {
     std::vector<bool> used(std::numeric_limits<std::uint16_t>::max() + 1U);
     used[0] = true;
@@ -57,7 +56,7 @@ NameBounds::NameBounds(const std::string& word) {
         fault = Quoted(word) + " is not UTF-8";
     } else if (star != std::string::npos) {
         if (star + 1 != word.size() || range != std::string::npos) {
-            fault = Quoted(word) + " holds a * that is not the end of a prefix such as P*";
+            fault = Quoted(word) + " has a * that is not the end of a prefix such as P*";
         }
         from = word;
     } else if (range == std::string::npos) {
@@ -68,18 +67,21 @@ NameBounds::NameBounds(const std::string& word) {
         to = word.substr(range + std::char_traits<char>::length(kRange));
     }
     if (fault.empty() && from.empty() && to.empty()) {
-        fault = Quoted(word) + " is no range of names such as P5..P20, and no prefix such as P*";
+        fault =
+            Quoted(word) + " is neither a range of names such as P5..P20 nor a prefix such as P*";
     }
 }
 
 void ViewOptions::AddTo(CommandLine& command) {
     m_command = &command;
-    command.Add("--sort", m_sort, "Sort by name in natural order (P2, P10), by code or not: record")
+    command
+        .Add("--sort", m_sort,
+             "Sort by name in natural order (P2 before P10), by code, or by record number")
         .Placeholder("KEY")
         .OneOf({"name", "code", "record"})
         .ShowDefault();
-    command.AddFlag("--descending", m_descending, "The other way round");
-    command.Add("--name", m_name, "Only names from one to another, or of a prefix")
+    command.AddFlag("--descending", m_descending, "Sort in descending order");
+    command.Add("--name", m_name, "Only names in a range or with a prefix")
         .Placeholder("FROM..TO|PREFIX*")
         .Check(FindBoundsFault);
     command.Add("--code", m_codes, "Only points of this feature code; may be given several times")
@@ -88,8 +90,8 @@ void ViewOptions::AddTo(CommandLine& command) {
         .Check(FindWholeNumberFault);
     command.Add("--group", m_group, "Only points of this group").Placeholder("NAME");
     command.AddFlag("--ungrouped", m_ungrouped,
-                    "Points in no group, beside those of --group if that is given");
-    command.Add("--origin", m_origin, "Only points whose data origin meets this mask")
+                    "Points in no group, in addition to those of --group");
+    command.Add("--origin", m_origin, "Only points with one of these bits in their data origin")
         .Placeholder("MASK")
         .InRange(1, static_cast<int>(kEveryOrigin));
 }

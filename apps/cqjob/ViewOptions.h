@@ -10,35 +10,34 @@
 
 namespace cqsurvey::cqjob {
 
-/// The bounds of a view on point names as a word says them: "P5..P20", "P5..", "..P20", "P*" or one
+/// A range of point names as the command line gives it: "P5..P20", "P5..", "..P20", "P*" or one
 /// name.
 struct NameBounds {
     std::string from;  ///< as COORDFILTER::nameFrom
     std::string to;    ///< as COORDFILTER::nameTo
-    /// Empty, or why the word says no bounds.
+    /// Why the text is not a range; empty when it is.
     std::string fault;
 
     explicit NameBounds(const std::string& word);
 };
 
-/// The options that say which points a command works on and in which order.
+/// The options that choose the points for a command and their order.
 class ViewOptions {
  public:
-    /// Adds the options; their values are kept here, so this must outlive the command.
+    /// Adds the options. Their values are kept in this object, which must outlive the parsing.
     void AddTo(CommandLine& command);
 
-    /// The points of the job that was opened from the path `job`, as asked for. Says on the console
-    /// when points could not be taken into account. Throws Failure when a group is not there.
+    /// The chosen points of the job that was opened from the path `job`. Says on the console when
+    /// points could not be considered. Throws Failure when a group does not exist.
     [[nodiscard]] PointList MakeList(CqSurveyDB& db, const std::string& job,
                                      Console& console) const;
 
     /// The paragraph of the help that explains the options.
     static constexpr const char* kHelp =
-        "A range of names takes the ends in and knows natural order: P5..P20 holds P5, P7 and "
-        "P20;\n"
-        "either end may be left away. P* is every name that begins with P. A mask admits the "
-        "points\n"
-        "whose data origin has one of its bits. Points must pass every filter that is given.\n";
+        "A range of names includes its ends and follows natural order: P5..P20 has P5, P7 and "
+        "P20.\n"
+        "Either end may be omitted. P* is every name that begins with P. Points must pass every\n"
+        "filter that is given.\n";
 
  private:
     [[nodiscard]] bool IsFiltered() const;

@@ -10,7 +10,7 @@
 
 namespace cqsurvey {
 
-/// A failure on a file inside the job: of a settings import or export while it copies.
+/// A file inside the job failed while the settings were imported or exported.
 class CQSURVEY_API CQrfsFileException : public CException {
  public:
     static const CRuntimeClass classCQrfsFileException;
@@ -19,12 +19,13 @@ class CQSURVEY_API CQrfsFileException : public CException {
 
     [[nodiscard]] const CRuntimeClass* GetRuntimeClass() const noexcept override;
 
-    /// "Qrfs file error:%08lx" with its terminator, 25 code units, whatever `maxChars` says:
-    /// `buffer` must hold them. `*helpContext`, when given, becomes 0xFFFFFFFF. Returns 1.
+    /// Writes "Qrfs file error:%08lx" and its terminator, 25 code units in all, whatever `maxChars`
+    /// says: `buffer` must have room for them. `*helpContext`, when given, becomes 0xFFFFFFFF.
+    /// Returns 1.
     int GetErrorMessage(char16_t* buffer, unsigned int maxChars,
                         unsigned int* helpContext = nullptr) const override;
 
-    /// The code in eight hexadecimal digits, its sentence and the file.
+    /// The code in eight hexadecimal digits, the sentence for it (ErrorText) and the file.
     [[nodiscard]] const char* what() const noexcept override;
 
     std::int32_t m_code;

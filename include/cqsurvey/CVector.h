@@ -4,7 +4,7 @@
 
 namespace cqsurvey {
 
-/// A vector or position in the plan; x is the easting, y the northing.
+/// A position or a difference of two in the plan: x is the easting, y the northing.
 class CQSURVEY_API CVector {
  public:
     constexpr CVector() noexcept = default;
@@ -22,12 +22,13 @@ class CQSURVEY_API CVector {
         return {m_x - other.m_x, m_y - other.m_y};
     }
 
-    /// The length, without overflow or underflow on the way.
+    /// The length. Intermediate results neither overflow nor underflow.
     [[nodiscard]] double UNorm() const noexcept;
 
-    /// The centre of the arc that runs from p to q through the included angle (radians), counter-
-    /// clockwise when it is positive, so that a positive bulge bends to the right of the chord.
-    /// p when the points coincide; not finite for an angle of 0, whose arc is a straight line.
+    /// The centre of the arc that runs from p to q through the included angle, in radians. A
+    /// positive angle runs counter-clockwise, so the arc lies to the right of its chord. Returns p
+    /// when the points coincide, and a centre that is not finite for an angle of 0, whose arc is a
+    /// straight line.
     [[nodiscard]] static CVector CalcArcCenter(const CVector& p, const CVector& q,
                                                double angle) noexcept;
 

@@ -15,21 +15,22 @@ struct Job;
 ///     ... any operations of db ...
 ///     batch.Commit();
 ///
-/// Until Commit returns nothing of the batch is in the job after a crash; after it everything is.
-/// Leaving the scope without Commit undoes the batch in the file and in memory, the current layer,
-/// colour, group, view and extents included. One batch a job at a time; `db` must outlive it.
+/// After a crash the job holds nothing of a batch whose Commit had not returned, and all of one
+/// whose Commit had. Leaving the scope without Commit undoes the batch in the file and in memory;
+/// that includes the current layer, colour and group, the view and the extents. A job has one batch
+/// at a time. `db` must outlive the batch.
 class CQSURVEY_API CqBatch {
  public:
-    /// Throws CqSurveyException error::kNoMount when no job is open,
-    /// error::kInvalidArgument when a batch is.
+    /// Throws CqSurveyException with error::kNoMount when no job is open, and with
+    /// error::kInvalidArgument when the job already has a batch.
     explicit CqBatch(CqSurveyDB& db);
     CqBatch(const CqBatch&) = delete;
     CqBatch& operator=(const CqBatch&) = delete;
     ~CqBatch();
 
-    /// Writes the batch. On failure it throws CqSurveyException, and job and memory are as they
-    /// were before the batch began. A second call, and one after the job was closed, throws
-    /// error::kInvalidArgument.
+    /// Writes the batch. When that fails, throws CqSurveyException, and the file and memory are as
+    /// they were before the batch began. A second call throws error::kInvalidArgument, and so does
+    /// a call after the job was closed.
     void Commit();
 
  private:

@@ -7,7 +7,8 @@
 
 namespace cqsurvey {
 
-/// A picture placed at a point and named by a resource. Its size along y is not kept by the job.
+/// A picture with its lower left corner at a point, named by a resource. The size is in the job's
+/// unit of length; the job keeps only the one along x.
 class CQSURVEY_API CqBitmapCadEntity : public CqCadEntity {
  public:
     CqBitmapCadEntity() = default;

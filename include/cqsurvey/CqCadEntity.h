@@ -11,7 +11,7 @@ namespace cqsurvey {
 
 struct Job;
 
-/// The kinds of drawing entity, as an entity record's "ObjectType" holds them; 3 is not used.
+/// The kinds of drawing entity, as stored in the "ObjectType" of an entity's record; 3 is not used.
 enum EntType : std::int32_t {
     EntSiPnt = 0,
     EntPline = 1,
@@ -21,9 +21,10 @@ enum EntType : std::int32_t {
     EntBitmap = 6,
 };
 
-/// One entity of the drawing as it was read from the job: a snapshot whose changes never reach the
-/// job. Every attribute of every kind can be asked of every entity; where it does not apply, a
-/// getter gives 0, an empty string or a zero vector, and a setter changes nothing and returns 0.
+/// One entity of the drawing as it was read from the job: a snapshot, whose changes never reach the
+/// job. Every entity has the getters and setters of all kinds. Where an attribute does not apply,
+/// its getter returns 0, an empty string or a zero vector, and its setter changes nothing and
+/// returns 0; otherwise a setter returns 1.
 class CQSURVEY_API CqCadEntity {
  public:
     static const CString m_sEmpty;
@@ -33,7 +34,7 @@ class CQSURVEY_API CqCadEntity {
     void GetPoint(double* out) const;
     int SetPoint(const double* in);
     [[nodiscard]] const CString& GetLayer() const { return m_layer; }
-    /// Refuses an empty name with 0.
+    /// Returns 0, with the layer unchanged, for an empty name.
     int SetLayer(const CString& layer);
     [[nodiscard]] int GetColor() const { return m_color; }
     int SetColor(int color);
@@ -51,28 +52,28 @@ class CQSURVEY_API CqCadEntity {
     [[nodiscard]] virtual int GetMcadNumVertex() const;
     /// The tied vertex at `index`, 0 outside 0 to GetMcadNumVertex() - 1.
     [[nodiscard]] virtual CqHandle GetMcadVertexHandle(int index) const;
-    /// The polyline's stored bound; leaves both as they are for other kinds.
+    /// The polyline's stored bound. Other kinds leave both arguments unchanged.
     virtual void GetBound(CVector& min, CVector& max) const;
-    /// Widens the polyline's bound to hold v; a coordinate that is not a number changes nothing.
+    /// Widens the polyline's bound to hold v. A coordinate that is not a number changes nothing.
     virtual void UpdateBound(const CVector& v);
-    /// The bulge of the segment that starts at the vertex: the tangent of a quarter of its included
-    /// angle, positive counter-clockwise, 0 for a straight segment.
+    /// The bulge of the segment that starts at the vertex: the tangent of a quarter of the arc's
+    /// included angle. It is positive for a counter-clockwise arc and 0 for a straight line.
     [[nodiscard]] virtual double GetBulge() const;
     virtual int SetBulge(double bulge);
     /// The entity handle of the vertex's polyline.
     [[nodiscard]] virtual CqHandle GetPlineHandle() const;
-    /// The previous entity of the chain: for a first vertex the polyline itself.
+    /// The previous entity of the drawing, which for the first vertex is the polyline itself.
     [[nodiscard]] virtual CqHandle GetPrevVertexHandle() const;
     /// The next vertex, 0 after the last.
     [[nodiscard]] virtual CqHandle GetNextVertexHandle() const;
-    /// The survey-point entity the vertex is tied to, 0 for none.
+    /// The survey-point entity to which the vertex is tied, 0 when it is free.
     [[nodiscard]] virtual CqHandle GetMcadSiPointHandle() const;
-    /// Widens the bound of `pline` by this vertex and by the segment from it to `nextVertex`, which
-    /// may be null.
+    /// Widens the bound of `pline` to hold this vertex and the segment from it to `nextVertex`,
+    /// which may be null: then there is no segment.
     virtual void UpdateExtent(CqCadEntity* pline, const CqCadEntity* nextVertex);
     [[nodiscard]] virtual const CString& GetText() const;
     virtual int SetText(const CString& text);
-    /// The two 16-bit alignment values, the first in the low half.
+    /// A text's two 16-bit alignments: along the line in the low half, across it in the high half.
     [[nodiscard]] virtual int GetAlign() const;
     virtual int SetAlign(int align);
     [[nodiscard]] virtual const CString& GetStyle() const;

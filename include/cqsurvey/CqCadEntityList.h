@@ -10,7 +10,7 @@
 namespace cqsurvey {
 
 /// A polyline while it is being built: its head first, then its vertices in order. StartPline hands
-/// it out, EndPline and CancelPline destroy it with the objects it holds.
+/// the list out; EndPline and CancelPline destroy it together with its objects.
 class CQSURVEY_API CqCadEntityList {
  public:
     CqCadEntityList() = default;

@@ -7,12 +7,12 @@
 
 namespace cqsurvey {
 
-/// Gives an entity object back to the library.
+/// Returns an entity object to the library.
 struct CqCadEntityDeleter {
     void operator()(CqCadEntity* entity) const { CqSurveyDB::DeleteCqCadEntityObject(entity); }
 };
 
-/// An entity object that was handed out by the library and goes back to it by itself:
+/// Owns an entity object that the library handed out, and returns it to the library at the end:
 ///
 ///     CqCadEntity* object = nullptr;
 ///     if (db.GetNextCadEntity(handle, object) != 0) {

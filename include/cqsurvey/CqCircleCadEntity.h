@@ -8,7 +8,7 @@
 
 namespace cqsurvey {
 
-/// A circle about its point.
+/// A circle; its point is the centre. The radius is in the job's unit of length.
 class CQSURVEY_API CqCircleCadEntity : public CqCadEntity {
  public:
     CqCircleCadEntity() = default;

@@ -10,12 +10,12 @@ namespace cqsurvey {
 
 struct Job;
 
-/// How a point came to be: single bits, of which the point filter admits the lowest five unless
-/// told otherwise. The values mean what the application lets them mean.
+/// How a point came to be: one bit, whose meaning the application chooses. Unless told otherwise,
+/// the point filter (COORDFILTER) admits the five lowest bits.
 enum SurveyCoordType : std::int32_t {};
 
-/// One named survey point as it was read from the job. Filled by GetNextCoordRec and GetSortCoordAt
-/// of CqSurveyDB; changing the job later does not change it.
+/// One survey point as it was read from the job, by GetCoordRec, GetNextCoordRec or GetSortCoordAt
+/// of CqSurveyDB. Later changes of the job do not change it.
 class CQSURVEY_API CqCoordRec {
  public:
     CqCoordRec() = default;

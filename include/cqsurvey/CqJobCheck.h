@@ -14,23 +14,24 @@ namespace cqsurvey {
 class CqSurveyDB;
 struct Job;
 
-/// One thing in a job that is not as it must be.
+/// One fault in a job.
 struct CqJobFinding {
     std::string table;  ///< the job table concerned, such as "_EntityData"
-    CqHandle record;    ///< its record, 0 when none in particular
+    CqHandle record;    ///< the record concerned, 0 when it is not a single one
     std::string text;   ///< what is wrong, one English sentence
 };
 
-/// Looks through a whole open job for what its operations rely on: points and survey-point entities
-/// name each other; the chain runs both ways through every entity once, between the head and the
-/// tail that its header names; every entity has its type's record to itself, and a layer; vertices
-/// follow their polyline; links tie survey points to vertices; texts can be read; names are unique;
-/// the extents hold every entity. What the operations leave behind by design, such as the link of a
-/// deleted point, is no finding. Reads only; a damaged job makes it neither fail nor run on.
+/// Checks in a whole open job everything that its operations rely on. Points and survey-point
+/// entities name each other. The chain runs through every entity once in both directions, between
+/// the head and the tail that its header names. Every entity has a layer, and a record of its type
+/// that no other entity has. Vertices follow their polyline. Links tie survey points to vertices.
+/// Texts can be read. Names are unique. The extents hold every entity. What the operations leave
+/// behind by design, such as the link of a deleted point, is not a finding. The check only reads.
+/// With a damaged job, too, it comes to an end and does not throw.
 class CQSURVEY_API CqJobCheck {
  public:
-    /// Is told with each look at a record how many there were and about how many there will be; a
-    /// record may need more than one.
+    /// Called for each look at a record, with the number of looks so far and about how many there
+    /// will be. A record may need several.
     using Progress = std::function<void(std::uint64_t done, std::uint64_t whole)>;
 
     /// Keeps at most `maxFindings` findings and counts the rest.
@@ -39,10 +40,10 @@ class CQSURVEY_API CqJobCheck {
 
     [[nodiscard]] const std::vector<CqJobFinding>& GetFindings() const { return m_findings; }
 
-    /// All findings, the ones not kept included.
+    /// The number of all findings, including those that were not kept.
     [[nodiscard]] std::size_t GetCount() const { return m_count; }
 
-    /// How many single conditions were looked at.
+    /// How many single conditions were checked.
     [[nodiscard]] std::uint64_t GetChecks() const { return m_checks; }
 
  private:

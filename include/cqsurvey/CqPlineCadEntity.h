@@ -9,10 +9,11 @@
 
 namespace cqsurvey {
 
-/// The head of a polyline; its vertices follow it in the drawing.
+/// The head of a polyline: its line type, its feature code and the bound of its vertices and arcs.
+/// The vertices are entities of their own, which follow it in the drawing.
 class CQSURVEY_API CqPlineCadEntity : public CqCadEntity {
  public:
-    /// With a bound that any point widens: minimum above maximum.
+    /// Begins with an empty bound, its minimum above its maximum, which any point widens.
     CqPlineCadEntity();
     CqPlineCadEntity(const CqPlineCadEntity&) = default;
     CqPlineCadEntity& operator=(const CqPlineCadEntity&) = default;

@@ -10,7 +10,8 @@
 
 namespace cqsurvey {
 
-/// The symbol of a surveyed point.
+/// The symbol of a surveyed point in the drawing. Its name, code and origin are those of the
+/// point's record; the vertices are those that links tie to it.
 class CQSURVEY_API CqSiPntCadEntity : public CqCadEntity {
  public:
     CqSiPntCadEntity() = default;

@@ -19,22 +19,26 @@ struct Job;
 
 /// One surveying job: its points, its drawing and its settings, in one file.
 ///
-/// Coordinates are arrays of three doubles: easting (the drawing's x), northing (y), height. All
-/// three, and every radius and size in the drawing, are in the job's unit of length; the job does
-/// not say which that is. A height that was not measured is a quiet not-a-number by convention.
+/// Coordinates are arrays of three doubles: easting (the drawing's x), northing (y), height. They
+/// and every radius and size in the drawing are in the job's unit of length; the job does not say
+/// which unit that is. By convention a height that was not measured is a quiet not-a-number.
 ///
-/// Results: an operation that refuses what it was asked to do returns 0 and changes nothing unless
-/// it says otherwise. A failure of the store throws CqSurveyException, whose m_code is one of
-/// ErrorCodes.h. A handle of 0 is refused with 0, and so is entity handle 1, which is the header of
-/// the entity chain and never an entity; a handle whose record is gone throws error::kNoRecord
-/// unless the operation says otherwise.
+/// Points, entities and layers are named by handles, the numbers of their records. Handle 0 names
+/// nothing. Entity handle 1 is the header of the entity chain and never an entity.
 ///
-/// Every operation is one atomic step on disk: after a crash all of it is in the job, or nothing.
-/// When its commit fails the exception is thrown, and job and memory are as before the operation.
-/// CqBatch makes one step of many operations.
+/// Results: unless its comment says otherwise, an operation that returns int returns 1 when it did
+/// what it was asked to do, and 0, with nothing changed, when it refuses. Handle 0 is refused, and
+/// so is entity handle 1. A handle whose record was deleted throws error::kNoRecord unless the
+/// operation says otherwise. A failure of the store throws CqSurveyException, whose m_code is one
+/// of ErrorCodes.h.
+///
+/// Every operation is one atomic step on disk: after a crash the job holds all of it or nothing.
+/// When the step cannot be written, the operation throws, and the file and the object are as they
+/// were before it; error::kReadWriteFailed also when the job's file was removed, renamed, replaced
+/// or cut off while it was open. CqBatch makes one step of many operations.
 ///
 /// All operations but CreateNew, Open, OpenReadOnly, Close, IsOpen and GetDBInformation need an
-/// open job. An object stays with one thread at a time; different objects may be used by different
+/// open job. Use an object from one thread at a time; different objects may be used by different
 /// threads.
 class CQSURVEY_API CqSurveyDB {
  public:
@@ -46,141 +50,156 @@ class CQSURVEY_API CqSurveyDB {
     static const std::array<CString, 4> m_SettingsKey;
     static const std::array<CString, 11> m_BGSettingsKey;
 
-    /// No job is open afterwards.
+    /// Opens no job.
     CqSurveyDB();
-    /// Opens the job at `path`; when that throws nothing stays mounted.
+    /// Opens the job at `path` as Open does. When that fails, the file is unlocked and the
+    /// exception thrown.
     explicit CqSurveyDB(const CString& path);
     CqSurveyDB(const CqSurveyDB&) = delete;
     CqSurveyDB& operator=(const CqSurveyDB&) = delete;
-    /// Closes a job that is still open; a failure to do so is lost.
+    /// Closes a job that is still open, and hides a failure to do so.
     ~CqSurveyDB();
 
     // ---- The job's life ----
 
     /// Closes the open job, resets the current colour, group and pending polyline attributes, and
-    /// creates a job at `path`. Throws error::kFileExists, and touches nothing, when anything
-    /// exists there. When it fails later on, the file that it has made goes when the object is
-    /// closed.
+    /// creates a job at `path`. Throws error::kFileExists when anything exists there, and leaves
+    /// that alone. The job is made under another name in the same folder, and gets its path when it
+    /// is complete; a failure leaves nothing at `path`.
     void CreateNew(const CString& path);
-    /// Closes the open job and opens the one at `path`, read-only when the system does not let it
-    /// be written. Throws error::kNoVolume when nothing is there, error::kDamaged when it is no job
-    /// or is damaged, error::kVolumeMounted when it is open already, here or in another process,
-    /// error::kNewerVersion when a newer version wrote it. Layer "0" is current and no group
-    /// afterwards. A failure that comes after the file was locked leaves the object open, as one of
-    /// CreateNew does: Close gives the file up, and so does the next CreateNew or Open.
+    /// Closes the open job and opens the one at `path`; read-only when the system does not allow
+    /// writing. Afterwards layer "0" is current, and no group. Throws error::kNoVolume when there
+    /// is no such file, error::kDamaged when it is not a job or is damaged, error::kVolumeMounted
+    /// when it is already open, here or in another process, and error::kNewerVersion when a newer
+    /// version wrote it. After a failure the object may still hold the file locked; Close gives it
+    /// up, and so does the next CreateNew or Open.
     void Open(const CString& path);
-    /// As Open, but the job is not written: every change throws error::kAccessDenied.
+    /// As Open, but never writes to the job: every change throws error::kAccessDenied.
     void OpenReadOnly(const CString& path);
-    /// Closes the job; one file is left. Does nothing when none is open. Always ends closed, also
-    /// when it throws.
+    /// Closes the job, of which exactly one file is left. Does nothing when no job is open. No job
+    /// is open afterwards, even when it throws.
     void Close();
     [[nodiscard]] bool IsOpen() const;
 
-    /// The inside of the job, for the classes of the library that work on it.
+    /// The inside of the job, for the library's own classes.
     [[nodiscard]] Job& GetJob() const noexcept { return *m_job; }
 
-    /// Fills the fields of `info` that `mask` asks for from the job at `path` without loading it;
-    /// from `db`, when it is not null, if the job is open or `path` is empty. 0 when neither can
-    /// answer; never throws for a job that cannot be mounted.
+    /// Fills the fields of `info` that `mask` asks for, from the job at `path` without loading it.
+    /// Asks `db` instead, unless it is null, when that job is open or `path` is empty. Returns 0
+    /// when neither can answer; a job that cannot be mounted is not thrown.
     static int GetDBInformation(std::uint32_t mask, const CString& path, SVDB_INFORMATION& info,
                                 CqSurveyDB* db);
 
     // ---- Coordinate records ----
 
-    /// Adds a point on the current layer, in the current colour and group; a name is cut to its
-    /// first 19 code units, an empty one is allowed any number of times. `code` is the feature
-    /// code, `origin` one bit that says how the point came to be, `flags` is stored as it is.
-    /// Returns the point's handle. Throws error::kDuplicatePointName, with nothing written, when a
-    /// point is named `name` already.
+    /// Adds a point on the current layer, in the current colour and group, and returns its handle.
+    /// A name is cut to its first 19 code units; any number of points may have an empty name.
+    /// `code` is the feature code, `origin` one bit that says how the point came to be, `flags` is
+    /// stored as it is. Throws error::kDuplicatePointName, with nothing written, when a point has
+    /// the name already.
     CqHandle AddCoordRec(const double* coords, const CString& name, int code,
                          SurveyCoordType origin, std::uint32_t flags);
     [[nodiscard]] int GetNumCoordRecs() const;
-    /// The first point in record order, 0 when there is none.
+    /// The first point in record order, 0 when there are no points.
     [[nodiscard]] CqHandle GetFirstCoordRecHandle() const;
-    /// Reads the point `handle` into `rec`. Returns 1; 0, with `rec` unchanged, when there is no
-    /// such point or its entity is no survey point. Throws error::kNoRecord when the point is there
-    /// and its entity is gone, which only a damaged job shows.
+    /// Reads the point `handle` into `rec`. Returns 0, with `rec` unchanged, when there is no such
+    /// point or its entity is not a survey point. Throws error::kNoRecord when the point has lost
+    /// its entity, which happens only in a damaged job.
     [[nodiscard]] int GetCoordRec(CqHandle handle, CqCoordRec& rec) const;
-    /// GetCoordRec, which also sets `handle` to the next point in record order, 0 after the last;
-    /// `handle` stays where the result is 0. Points(db) of Ranges.h walks over all in a range-for.
+    /// As GetCoordRec, and then sets `handle` to the next point in record order, 0 after the last.
+    /// When it returns 0, `handle` is unchanged. Points(db) of Ranges.h does the same as a range.
     int GetNextCoordRec(CqHandle& handle, CqCoordRec& rec) const;
-    /// The point of exactly that name, 0 if there is none.
+    /// The point of exactly this name, 0 when there is none.
     [[nodiscard]] CqHandle GetCoordRecHandleByPtName(const CString& name) const;
     /// The point that a survey-point entity shows, 0 for an entity of another kind.
     [[nodiscard]] CqHandle GetCoordRecHandleByCadEntityHandle(CqHandle entity) const;
-    /// The point's survey-point entity.
+    /// The survey-point entity that shows the point.
     [[nodiscard]] CqHandle GetCadEntityHandleByCoordRecHandle(CqHandle handle) const;
-    /// The named point's survey-point entity, 0 if there is none.
+    /// The survey-point entity of the named point, 0 when there is no such point.
     [[nodiscard]] CqHandle GetCadEntityHandleByPtName(const CString& name) const;
-    /// New coordinates and feature code. 0, and nothing changed, when no point has the name or the
-    /// point and its entity do not name each other.
+    /// Gives the point new coordinates and a new feature code. Returns 0 when no point has the
+    /// name, or when the point and its entity do not name each other.
     [[nodiscard]] int EditCoordRec(const CString& name, const double* coords, int code);
-    /// New name (empty: unnamed), coordinates and feature code. 0, and nothing changed, when
-    /// another point has the name or the point and its entity do not name each other.
+    /// Gives the point a new name (empty: no name), new coordinates and a new feature code. Returns
+    /// 0 when another point has the name, or when the point and its entity do not name each other.
     [[nodiscard]] int EditCoordRec(CqHandle handle, const CString& newName, const double* coords,
                                    int code);
-    /// Deletes the point, its entity and its description; polylines through it stay. Vertices tied
-    /// to it are free until the job is opened again, and from then on tied to the entity that is
-    /// gone; UnlinkSiPntAndVertex with point 0 removes such a tie.
+    /// Deletes the point, its entity and its description; polylines through it stay. Vertices that
+    /// were tied to it count as free until the job is opened again. From then on they are tied to
+    /// the deleted entity; UnlinkSiPntAndVertex with point 0 removes such a tie.
     int DelCoordRec(const CString& name) const;
     int DelCoordRec(CqHandle handle) const;
     int EditCoordRecFlags(const CString& name, std::uint32_t flags) const;
     int EditCoordRecFlags(CqHandle handle, std::uint32_t flags) const;
 
-    // ---- Point groups; names are compared without case ----
+    // ---- Point groups ----
+    //
+    // A group has a name and an ID: the number of its record, cut to 16 bits. ID 0 is no group.
+    // Names are compared without regard to letter case.
 
-    /// Fills `list` with the group names in record order; 0 when there are none.
+    /// Replaces `list` by the group names in record order; returns 0 when there are no groups.
     int GetGroupList(CStringList& list) const;
-    /// 0 for an empty name and for one that a group has; a name is cut to its first 19 code units.
+    /// Returns 0 for an empty name and for the name of a group. A name is cut to its first 19 code
+    /// units.
     int AddGroup(const CString& name) const;
-    /// 0 for an unknown group and when a group has the new name, the group itself included, so that
-    /// letter case alone cannot be changed. An empty new name is accepted.
+    /// Returns 0 for an unknown group, and when a group has the new name. That may be the group
+    /// itself, so the letter case alone cannot be changed. An empty new name is accepted.
     int EditGroup(const CString& oldName, const CString& newName) const;
     int EditGroup(std::uint16_t id, const CString& newName) const;
-    /// Deletes the group; its points are in no group afterwards.
+    /// Deletes the group; its points are then in no group.
     int DelGroup(const CString& name);
     int DelGroup(std::uint16_t id);
-    /// The group of points added from now on. An empty name clears it; an unknown one clears it too
-    /// and returns 0.
+    /// Chooses the group of the points that are added from now on. An empty name chooses no group;
+    /// so does an unknown one, which also returns 0.
     int SetCurrentGroup(const CString& name);
     CString GetCurrentGroup();
-    /// The group's record number cut to 16 bits, 0 for an unknown name.
+    /// The group's ID, 0 for an unknown name.
     [[nodiscard]] std::uint16_t GetGroupID(const CString& name) const;
     CString GetGroupName(std::uint16_t id);
-    /// Stores any ID; the sorted view does not follow until it is set again.
+    /// Puts the point into group `id`, whether or not there is such a group. The sorted view does
+    /// not follow until SetSortCoordSetting is called again.
     int EditCoordRecGroup(const CString& pointName, std::uint16_t id) const;
     int EditCoordRecGroup(CqHandle handle, std::uint16_t id) const;
 
-    // ---- Point descriptions, kept in the narrow code page of Text.h ----
+    // ---- Point descriptions ----
+    //
+    // One text for each point, kept in the narrow code page of Text.h.
 
-    /// 0 for an empty text or when the handle has a description; the point need not exist.
+    /// Returns 0 for an empty text, and when the handle has a description. There need not be a
+    /// point of that handle.
     [[nodiscard]] int AddCoordDescription(CqHandle handle, const CString& text) const;
-    /// 0, and `text` unchanged, when there is none.
+    /// Returns 0, with `text` unchanged, when the handle has no description.
     int GetCoordDescription(CqHandle handle, CString& text) const;
-    /// 0 for an empty text or when the handle has no description.
+    /// Returns 0 for an empty text, and when the handle has no description.
     [[nodiscard]] int EditCoordDescription(CqHandle handle, const CString& text) const;
     int DelCoordDescription(CqHandle handle) const;
 
     // ---- The sorted and filtered view ----
+    //
+    // A list of points kept in memory, for an application that shows them by index. It follows
+    // every point that is added, edited or deleted. An opened job's view holds the points whose
+    // origin has one of its five lowest bits set, by name.
 
-    /// Key 0 sorts by name in natural order, 1 by feature code, any other keeps record order; order
-    /// 1 is descending (record order: any but 0). Returns the number of points in the view.
+    /// Builds the view anew and returns the number of its points. Key 0 sorts by name in natural
+    /// order (P2 before P10), 1 by feature code; any other key keeps record order. Order 1 is
+    /// descending; record order is reversed by any order but 0.
     std::int32_t SetSortCoordSetting(std::uint16_t key, std::uint16_t order,
                                      const COORDFILTER& filter);
-    /// Replaces what the three held by the setting in force; returns the number of points.
+    /// Replaces all three arguments by the setting in force; returns the number of points.
     std::int32_t GetSortCoordSetting(std::uint16_t& key, std::uint16_t& order, COORDFILTER& filter);
     std::int32_t GetSortCoordRecs();
-    /// Reads the point at `index` (from 0) and returns its handle; 0 outside the view. A point that
-    /// left the filter by an edit of its group and was deleted then stays in the view until that is
-    /// set again: its handle is returned, and `rec` is left unchanged.
+    /// Reads the point at `index` (from 0) into `rec` and returns its handle; 0 outside the view.
+    /// Changing a point's group can make it fail the filter while it is in the view. If it is then
+    /// deleted, it stays in the view until the view is built anew: its handle is returned, and
+    /// `rec` is unchanged.
     CqHandle GetSortCoordAt(int index, CqCoordRec& rec);
 
     // ---- Feature codes in use; survey points and the view ----
 
-    /// Fills `codes` with each code of a point, polyline or text once, in an order that is the same
-    /// for the same job. Returns 1.
+    /// Replaces `codes` by every feature code of a point, polyline or text, each once. The order is
+    /// fixed, but not sorted. Returns 1.
     int GetUsedCode(CList<int, int>& codes);
-    /// 1 when the entity is the survey point of a point in the view.
+    /// Returns 1 when the entity is the survey point of a point in the view.
     [[nodiscard]] int IsMatchSiPoint(CqHandle entity) const;
 
     // ---- Layers; names are compared exactly ----
@@ -192,80 +211,95 @@ class CQSURVEY_API CqSurveyDB {
     // solid, 1 dashed, 2 dotted, 3 dash-dot, 4 dash-dot-dot, 5 long dashes, 6 short dashes, 7 long
     // and short dashes. The job stores any number; these are the meanings that the plan draws.
 
-    /// 0 when the layer exists; a name is cut to its first 51 code units, the line to 16 bits.
+    /// Returns 0 when there is a layer of that name, and when the layer numbers are used up. A name
+    /// is cut to its first 51 code units, `line` to 16 bits.
     int AddLayer(const CString& name, int color, int line);
-    /// Deletes the layer's record; its entities keep its number.
+    /// Deletes the layer's record. Its entities stay, and keep the number of the deleted layer.
     int DeleteLayer(const CString& name);
     int GetNumLayers();
     CqHandle GetFirstLayerHandle();
-    /// Reads layer `h` and sets `h` to the next in record order, 0 after the last.
+    /// Reads layer `h` and sets `h` to the next layer in record order, 0 after the last.
     int GetNextLayer(CqHandle& h, CString& name, int& color);
+    /// Sets the sign of the layer's colour; 0 hides the layer. A layer of colour 0 cannot be
+    /// hidden.
     int ShowLayer(const CString& name, int show);
+    /// The layer's colour with its sign, 0 when there is no such layer.
     int GetLayerColor(const CString& name);
+    /// The layer's line number, 0 when there is no such layer.
     int GetLayerLine(const CString& name);
     int EditLayerColor(const CString& name, int color);
     int EditLayerLine(const CString& name, int line);
     /// Puts one entity on the layer, which is added when there is none of that name. The vertices
     /// of a polyline do not follow.
     int EditLayer(CqHandle entity, const CString& name);
+    /// Chooses the layer of the entities that are added from now on.
     int SetCurrentLayer(const CString& name);
     [[nodiscard]] const CString& GetCurrentLayer() const;
-    /// 0 unless -256 to 256.
+    /// Chooses the colour of the entities that are added from now on. Returns 0 unless it is -256
+    /// to 256.
     int SetCurrentColor(int color);
     [[nodiscard]] int GetCurrentColor() const;
 
     // ---- The entity chain ----
+    //
+    // The drawing is a chain: each entity names the one before it and the one after it, and a
+    // header names both ends. New entities go to the end. Walking along the chain is walking in
+    // drawing order; a polyline is followed by its vertices.
 
     int GetNumCadEntities() const;
     /// The first entity of the drawing, 0 when it is empty.
     [[nodiscard]] CqHandle GetFirstCadEntityHandle() const;
     /// Reads entity `h` into a new object and sets `h` to the next entity of the drawing, 0 after
-    /// the last. `e` must be null; give the object back with DeleteCqCadEntityObject. 0 with both
-    /// unchanged when there is no such entity. Throws error::kUnknown for a record of unknown type.
-    /// Entities(db) of Ranges.h walks over all in a range-for.
+    /// the last. `e` must be null; return the object with DeleteCqCadEntityObject. Returns 0, with
+    /// both unchanged, when there is no such entity. Throws error::kUnknown for a record of unknown
+    /// type. Entities(db) of Ranges.h does the same as a range.
     int GetNextCadEntity(CqHandle& h, CqCadEntity*& e) const;
     /// Destroys an object that GetNextCadEntity handed out and sets `e` to null. CqCadEntityPtr
-    /// does it by itself.
+    /// does so at the end of its scope.
     static void DeleteCqCadEntityObject(CqCadEntity*& e);
-    /// Moves the entity, and the vertices of a polyline that follow it in record order; 0 when
-    /// there is no such layer.
+    /// Puts the entity on the layer, and with a polyline the vertices that follow it in record
+    /// order. Returns 0 when there is no such layer.
     int EditCadEntityLayer(CqHandle h, const CString& layer);
-    /// As EditCadEntityLayer; 0 unless the colour is -256 to 256.
+    /// Gives the entity the colour, and with a polyline the vertices that follow it in record
+    /// order. Returns 0 unless the colour is -256 to 256.
     int EditCadEntityColor(CqHandle h, int color);
 
     // ---- Polylines ----
     //
-    // A polyline has no mark that closes it: one whose last vertex is at the place of its first is
-    // closed. A vertex's bulge is the tangent of a quarter of the included angle of the arc from it
-    // to the next vertex: 0 is straight, 1 a half circle, and a positive arc turns
-    // counter-clockwise and so lies to the right of its chord.
+    // A polyline has no mark that closes it: it is closed when its last vertex lies where its first
+    // one does. A vertex's bulge says how the segment from it to the next vertex is curved. It is
+    // the tangent of a quarter of the arc's included angle: 0 is a straight line, 1 a half circle.
+    // A positive arc turns counter-clockwise, and so lies to the right of its chord.
 
-    /// Begins a polyline and returns the list that it is built in: hand it to AddVertex, then to
-    /// EndPline or CancelPline, either of which destroys it.
+    /// Begins a polyline and returns the list in which it is built. Hand the list to AddVertex, and
+    /// at the end to EndPline or CancelPline; either destroys it.
     [[nodiscard]] CqCadEntityList* StartPline(int line, int code);
     int AddVertex(CqCadEntityList* list, const double* coords, double bulge);
-    /// Commits the polyline on the current layer and in the current colour and destroys the list,
-    /// also when it refuses or throws. Returns its entity handle; 0, with nothing written, for
-    /// fewer than 2 vertices.
+    /// Adds the polyline on the current layer and in the current colour, and returns its entity
+    /// handle. Returns 0, with nothing written, when it has fewer than 2 vertices. Destroys the
+    /// list in any case, even when it throws.
     [[nodiscard]] CqHandle EndPline(CqCadEntityList* list);
     int CancelPline(CqCadEntityList* list);
     int EditPline(CqHandle h, int line, int code);
-    /// Inserts a vertex after entity `h`, a polyline or a vertex. The polyline's stored bound does
-    /// not follow this nor the next two.
+    /// Inserts a vertex after entity `h`, a polyline or a vertex. Like MoveVertex and DeleteVertex,
+    /// it leaves the polyline's stored bound as it was.
     int InsertVertex(CqHandle h, const double* coords, double bulge);
-    /// Moves a vertex; the bulge whose bits are 0x36A00001262D4AB6 (1.4013e-45) keeps the stored
-    /// one.
+    /// Moves a vertex and gives it a new bulge. A bulge with the bits 0x36A00001262D4AB6 (about
+    /// 1.4013e-45) keeps the old one.
     int MoveVertex(CqHandle h, const double* coords, double bulge);
     int DeleteVertex(CqHandle h);
     int DeletePline(CqHandle h);
 
-    // ---- Ties between survey points and vertices ----
+    // ---- Links ----
+    //
+    // A link ties a vertex to the survey point that it runs through. A vertex has at most one link,
+    // a survey point any number.
 
-    /// Ties a vertex to a survey-point entity. 0 when either is of another kind or the vertex is
-    /// tied already.
+    /// Ties the vertex to the survey-point entity. Returns 0 when either is of another kind or the
+    /// vertex is tied already.
     int LinkSiPntAndVertex(CqHandle point, CqHandle vertex);
-    /// Point 0 means any. With a wrong point it returns 0, and the vertex's tie is forgotten until
-    /// the job is opened again.
+    /// Removes the link of the vertex to `point`; point 0 stands for any. When the vertex is tied
+    /// to another point, it returns 0 and forgets the tie until the job is opened again.
     int UnlinkSiPntAndVertex(CqHandle point, CqHandle vertex);
 
     // ---- Texts, circles, bitmaps ----
@@ -285,70 +319,79 @@ class CQSURVEY_API CqSurveyDB {
     CqHandle AddCircle(const double* coords, double radius, int line, int code);
     int EditCircle(CqHandle h, const double* coords, double radius, int line, int code);
     int DeleteCircle(CqHandle h);
-    /// A picture named by a resource, its lower left corner at the point. Only the size along x is
-    /// kept.
+    /// Adds a picture that is named by a resource, its lower left corner at the point. Only the
+    /// size along x is kept.
     CqHandle AddBitmap(const double* coords, const CString& resName, const CVector& size);
     int EditBitmap(CqHandle h, const double* coords, const CString& resName, const CVector& size);
     int DeleteBitmap(CqHandle h);
 
     // ---- Extents ----
 
-    /// The drawing's extents as they were widened since the job was opened; 0 and two zero vectors
-    /// when the drawing is empty.
+    /// A box that holds the drawing. Operations widen it, and only opening the job again narrows
+    /// it. Returns 0 and two zero vectors when the drawing is empty.
     int GetEntityBound(CVector& min, CVector& max);
 
-    // ---- Settings; sections and keys are compared without case ----
+    // ---- Settings; sections and keys are compared without regard to letter case ----
 
     int GetSettingsSectionList(CStringList& list);
     int GetSettingsKeyList(const CString& section, CStringList& list);
+    /// Returns 0 when there is such a section, and when the settings would become longer than
+    /// limits::kSettingsText.
     int AddSettingsSection(const CString& section);
-    /// 0 for the two fixed sections and for an unknown one.
+    /// Returns 0 for the two fixed sections and for an unknown one.
     int DeleteSettingsSection(const CString& section);
-    /// 1 and the value, or 0 and the default.
+    /// Returns 1 and the value, or 0 and the default when the key is absent.
     int GetSettingsString(const CString& section, const CString& key, CString& value,
                           const CString& defaultValue);
     int GetSettingsInt(const CString& section, const CString& key, int& value, int defaultValue);
-    /// 0 when there is no such section. An empty value removes the key.
+    /// Returns 0 when there is no such section, and when the settings would become longer than
+    /// limits::kSettingsText. An empty value removes the key.
     [[nodiscard]] int WriteSettingsString(const CString& section, const CString& key,
                                           const CString& value);
     [[nodiscard]] int WriteSettingsInt(const CString& section, const CString& key, int value);
-    /// Replaces the job's settings by a file of the host when it has every fixed key in its range;
-    /// 0, with the previous settings in force, otherwise. May throw CQrfsFileException.
+    /// Replaces the job's settings by a host file, if that has every fixed key with a value in its
+    /// range. Otherwise returns 0, and the previous settings stay in force. May throw
+    /// CQrfsFileException.
     [[nodiscard]] int ImportSettingsFile(const CString& hostPath);
-    /// Copies the job's settings to a file of the host, over one that is there. May throw
+    /// Copies the job's settings to a host file, replacing an existing one. May throw
     /// CQrfsFileException.
     [[nodiscard]] int ExportSettingsFile(const CString& hostPath);
     /// The size of survey-point symbols on paper, in points of 1/72 inch.
     double GetSiPointSize();
     void SetSiPointSize(double size);
     int GetJCoordDivision();
-    /// The number of the plane coordinate system that the job is in; 0 unless 1 to 19.
+    /// The number of the plane coordinate system that the job is in. Returns 0 unless it is 1 to
+    /// 19.
     int SetJCoordDivision(int division);
-    /// -1 for none, else the colour 0 to 255 to draw everything in.
+    /// Sets the colour, 0 to 255, in which everything is drawn; -1 for each entity's own. Returns 0
+    /// for any other number.
     int SetDrawingForceMonotone(int color);
+    /// Reads that colour; returns 0 when it is -1.
     int IsDrawingForceMonotone(int& color);
 
     // ---- Background image ----
 
-    /// Copies the host's file into the job and saves its placement. The bytes may be an image of
-    /// any format: the library does not look into them, and `type` is a number of the application's
-    /// own (the plan recognises PNG, JPEG and BMP by their bytes). `centre` and `size` are in the
-    /// job's unit of length, `rotation` degrees counter-clockwise. 0, with the settings unchanged,
-    /// when the file cannot be read, and also when the job's medium fails, which is not thrown
-    /// here: the image that was there stays then, and a batch around it can no longer be committed.
+    /// Copies a host file into the job and saves its placement. The library does not look into the
+    /// bytes, so any image format will do, and `type` is a number of the application's own. (The
+    /// plan recognises PNG, JPEG and BMP by their bytes.) `centre` and `size` are in the job's unit
+    /// of length, `rotation` in degrees counter-clockwise. Returns 0, with the settings unchanged,
+    /// when the host file cannot be read. Also returns 0, instead of throwing, when the job's
+    /// medium fails: the previous image stays then, and a batch around the call can no longer be
+    /// committed.
     [[nodiscard]] int StoreBackgroundImageFile(const CString& sourcePath, int type,
                                                const CVector& centre, const CVector& size,
                                                double rotation);
-    /// `data` comes from malloc, the caller frees it; ignore it when the result is 0.
+    /// Reads the image and its placement. `data` is allocated with malloc, and the caller frees it.
+    /// Ignore the arguments when the result is 0.
     int ReadBackgroundImageFile(std::uint8_t*& data, std::uint32_t& length, int& type,
                                 CVector& centre, CVector& size, double& rotation);
     int DeleteBackgroundImageFile();
     int IsBackgroundImageFile();
-    /// Brightness is added to each part of a colour, contrast is a percentage, and monotone other
-    /// than 0 makes the image grey. 0 unless brightness is -255 to 255 and contrast 0 to 65000.
+    /// Brightness is added to each part of a colour, contrast is a percentage, and any monotone but
+    /// 0 makes the image grey. Returns 0 unless brightness is -255 to 255 and contrast 0 to 65000.
     int SetBackgroundImageSettings(int brightness, int contrast, int monotone);
     void GetBackgroundImageSettings(int& brightness, int& contrast, int& monotone);
-    /// Red in the lowest byte, then green and blue.
+    /// The colour has red in its lowest byte, then green and blue.
     void SetBackgroundColor(std::uint32_t color);
     std::uint32_t GetBackgroundColor();
 

@@ -9,7 +9,7 @@
 
 namespace cqsurvey {
 
-/// A failure of the store, or one of the library's own codes (ErrorCodes.h).
+/// A failure of the store or of the library; `m_code` is one of ErrorCodes.h.
 class CQSURVEY_API CqSurveyException : public CException {
  public:
     static const CRuntimeClass classCqSurveyException;
@@ -25,13 +25,13 @@ class CQSURVEY_API CqSurveyException : public CException {
     // NOLINTNEXTLINE(bugprone-reserved-identifier)
     [[nodiscard]] static const CRuntimeClass* _GetBaseClass() noexcept;
 
-    /// "QRFS/QRDB error:%08x" cut to `maxChars` - 1 code units and terminated, the rest of the
-    /// buffer filled with zeros; `*helpContext`, when given, becomes 0xFFFFFFFF. Returns 1.
-    /// `buffer` must hold `maxChars` code units, at least 1.
+    /// Writes "QRFS/QRDB error:%08x", cut to `maxChars` - 1 code units, and fills the rest of the
+    /// buffer with zeros; `*helpContext`, when given, becomes 0xFFFFFFFF. Returns 1. `buffer` must
+    /// hold `maxChars` code units, at least 1.
     int GetErrorMessage(char16_t* buffer, unsigned int maxChars,
                         unsigned int* helpContext = nullptr) const override;
 
-    /// The code in eight hexadecimal digits, its sentence and the detail.
+    /// The code in eight hexadecimal digits, the sentence for it (ErrorText) and the detail.
     [[nodiscard]] const char* what() const noexcept override;
 
     std::int32_t m_code;

@@ -8,8 +8,7 @@
 
 namespace cqsurvey {
 
-/// A text with its insertion point. What its alignments, style bits, interval and thickness mean is
-/// the application's.
+/// A text at its insertion point. CqSurveyDB::AddText says what its numbers mean.
 class CQSURVEY_API CqTextCadEntity : public CqCadEntity {
  public:
     CqTextCadEntity() = default;

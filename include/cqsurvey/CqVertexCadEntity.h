@@ -6,7 +6,8 @@
 
 namespace cqsurvey {
 
-/// One vertex of a polyline.
+/// One vertex of a polyline, with the bulge of the segment that starts at it. The vertex names its
+/// polyline, its neighbours in the drawing and the survey point to which a link ties it.
 class CQSURVEY_API CqVertexCadEntity : public CqCadEntity {
  public:
     CqVertexCadEntity() = default;

@@ -4,7 +4,8 @@
 
 #include "cqsurvey/Export.h"
 
-/// What the store and the library report; 0x3000xxxx is the volume's, 0x3100xxxx the tables'.
+/// The codes of failures. 0x3000xxxx come from the volume (the job's file), 0x3100xxxx from its
+/// tables. ErrorText has a sentence for each.
 namespace cqsurvey::error {
 
 inline constexpr std::int32_t kNone = 0;
@@ -28,14 +29,14 @@ inline constexpr std::int32_t kNoRecord = 0x31000003;
 inline constexpr std::int32_t kDuplicatePointName = 0x31000004;
 inline constexpr std::int32_t kBadTableDescription = 0x31000005;
 
-/// A failure that named no reason, and an entity record of unknown type.
+/// A failure without a stated reason, and an entity record of unknown type.
 inline constexpr std::int32_t kUnknown = -1;
 
 }  // namespace cqsurvey::error
 
 namespace cqsurvey {
 
-/// One sentence in English for a code of the list above, or for any other code that it is unknown.
+/// One English sentence for a code of this list; for any other code, that it is unknown.
 CQSURVEY_API const char* ErrorText(std::int32_t code) noexcept;
 
 }  // namespace cqsurvey

@@ -4,10 +4,11 @@
 #include <cstdint>
 #include <limits>
 
-/// How long texts and how large numbers of a job may be. Lengths of texts are in UTF-16 code units.
+/// How long the texts of a job may be, and how large its numbers. Lengths of texts are in UTF-16
+/// code units.
 namespace cqsurvey::limits {
 
-// Names are cut where they are given, see the operations of CqSurveyDB.
+// Longer names are cut when they are stored.
 inline constexpr std::size_t kPointName = 19;
 inline constexpr std::size_t kGroupName = 19;
 inline constexpr std::size_t kLayerName = 51;
@@ -16,11 +17,12 @@ inline constexpr std::size_t kTextStyle = 23;
 /// The highest number of a layer: an entity names its layer in 16 bits.
 inline constexpr std::uint32_t kHighestLayer = 0xFFFF;
 
-/// What a reader gets of an annotation's text or a bitmap's resource name. The job keeps the whole.
+/// How much of an annotation's text or a bitmap's resource name can be read. The job keeps all of
+/// it.
 inline constexpr std::size_t kReadableText = 255;
 
-/// The colour of an entity or a layer. An entity of colour 256 takes its layer's, and one of a
-/// negative colour is hidden.
+/// The colour of an entity. An entity of colour 256 has that of its layer, and one of a negative
+/// colour is hidden.
 inline constexpr std::int32_t kLowestColor = -256;
 inline constexpr std::int32_t kHighestColor = 256;
 
@@ -29,7 +31,7 @@ inline constexpr std::int32_t kLowestDivision = 1;
 inline constexpr std::int32_t kHighestDivision = 19;
 inline constexpr std::int32_t kNoDivision = 0;
 
-/// The colour that everything is drawn in: 0 to 255, or none.
+/// The colour in which everything is drawn: 0 to 255, or none.
 inline constexpr std::int32_t kNoForcedColor = -1;
 inline constexpr std::int32_t kHighestForcedColor = 255;
 
@@ -39,12 +41,12 @@ inline constexpr std::int32_t kHighestBrightness = 255;
 inline constexpr std::int32_t kLowestContrast = 0;
 inline constexpr std::int32_t kHighestContrast = 65000;
 
-/// The bytes of a settings file that is read, from the host or at the opening of a job; and the
-/// characters that a job's settings may have in all, which fit into it in any code page.
+/// The most bytes of a settings file that is read, from the host or when a job is opened.
 inline constexpr std::uint32_t kSettingsBytes = 1U << 22;
+/// The most code units of all settings of a job. In any code page they fit into kSettingsBytes.
 inline constexpr std::uint32_t kSettingsText = 1U << 20;
 
-/// The bytes of a file inside a job: the settings, the descriptions, the background image.
+/// The most bytes of a file inside a job: the settings, the descriptions, the background image.
 inline constexpr std::uint32_t kFileBytes = std::numeric_limits<std::int32_t>::max();
 
 }  // namespace cqsurvey::limits

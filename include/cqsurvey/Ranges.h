@@ -13,21 +13,21 @@ namespace cqsurvey {
 
 /// A walk by handles as an input range. `Step` says what it walks over:
 ///
-///     using Item = ...;                                        what the walk gives
+///     using Item = ...;                                        what the walk yields
 ///     static int Count(const CqSurveyDB& db);                  how many there are
 ///     static CqHandle First(const CqSurveyDB& db);             0 when there is none
 ///     static bool Read(const CqSurveyDB& db, CqHandle& next, Item& item);
 ///
 /// Read fills `item` from the record `next` and sets `next` to the one after it, or returns false.
 ///
-/// Each begin() starts a walk of its own, and walks may be interleaved. As with handles, the item
-/// after the current one is settled when the current one is read: the current one may be edited or
-/// deleted during the walk; when the one after it is deleted the walk ends there, and what is added
-/// may be left out.
+/// Each begin() starts a walk of its own, and several walks may run at a time. Reading an item
+/// already settles which one comes after it. So the current item may be edited or deleted during
+/// the walk; when the one after it is deleted, the walk ends there, and an item that is added may
+/// be left out.
 ///
-/// A walk gives at most as many items as there were when it began, and it ends where the job
-/// refuses to read on, so that it ends for a damaged job too: a walk over an unchanged job that
-/// gives fewer items than Count said is the sign of one. What the job throws comes through.
+/// A walk yields at most as many items as there were when it began, and ends where the job refuses
+/// to read on. So it ends in a damaged job, too. If a walk over an unchanged job yields fewer items
+/// than Count, the job is damaged. Exceptions of the job pass through.
 template <class Step>
 class HandleRange {
  public:
@@ -39,8 +39,8 @@ class HandleRange {
 
         Iterator() = default;
 
-        /// The current item. It is the iterator's own until it moves on; an item that can be moved
-        /// may be taken away.
+        /// The current item, which the iterator owns until it moves on. The caller may move the
+        /// item away.
         [[nodiscard]] value_type& operator*() const { return m_item; }
         [[nodiscard]] value_type* operator->() const { return &m_item; }
 
@@ -123,7 +123,7 @@ struct CqEntityStep {
 }
 
 /// The entities of an open job in drawing order, a polyline before its vertices; `db` must outlive
-/// the range. Each entity goes back to the library by itself; move it away to keep it.
+/// the range. The range returns each entity to the library; move an entity away to keep it.
 ///
 ///     for (const CqCadEntityPtr& entity : Entities(db)) ...
 [[nodiscard]] inline HandleRange<CqEntityStep> Entities(const CqSurveyDB& db) {
@@ -132,6 +132,6 @@ struct CqEntityStep {
 
 }  // namespace cqsurvey
 
-/// A range is a pointer and owns nothing, so that std::views take it by value.
+/// A range is only a pointer, so std::views may copy it.
 template <class Step>
 inline constexpr bool std::ranges::enable_view<cqsurvey::HandleRange<Step>> = true;

@@ -6,12 +6,12 @@
 
 namespace cqsurvey {
 
-/// Which points a view admits.
+/// The filter of the sorted view: a point is admitted when it meets every condition.
 struct COORDFILTER {
-    /// Without a "*": the lowest name admitted in natural order; with a "*": names that start with
-    /// what stands before it; empty: no lower bound.
+    /// Without a "*": the lowest name admitted, in natural order. With a "*": only names that start
+    /// with the text before it are admitted. Empty: no lower bound.
     CString nameFrom;
-    /// The highest name admitted; empty: no upper bound; not used when nameFrom holds a "*".
+    /// The highest name admitted. Empty: no upper bound. Not used when nameFrom holds a "*".
     CString nameTo;
     /// The feature codes admitted; empty: every code.
     CList<std::int32_t, std::int32_t> codes;
@@ -19,11 +19,11 @@ struct COORDFILTER {
     std::uint16_t originMask = 31;
     /// The group ID admitted; 0: every group.
     std::uint16_t group = 0;
-    /// Not 0: points of no group are admitted beside those of `group`.
+    /// Not 0: points of no group are admitted as well as those of `group`.
     std::int32_t withUngrouped = 0;
 };
 
-/// A job's contents; each field is filled when its mask bit is asked for.
+/// What a job holds. Each field is filled when its bit of the mask is set.
 struct SVDB_INFORMATION {
     std::int32_t numEntities = 0;       ///< 0x1
     std::int32_t numLayers = 0;         ///< 0x1 of a closed job, 0x2 of an open one

@@ -10,7 +10,7 @@
 
 namespace cqsurvey {
 
-/// U+FFFD, which stands where text could not be read.
+/// U+FFFD, which replaces what could not be read as text.
 inline constexpr char16_t kReplacementCharacter = 0xFFFD;
 
 /// The text as UTF-8. A surrogate without its partner becomes U+FFFD.
@@ -19,10 +19,10 @@ CQSURVEY_API std::string ToUtf8(std::u16string_view text);
 /// The UTF-8 text as UTF-16. Each ill-formed sequence becomes one U+FFFD.
 CQSURVEY_API CString FromUtf8(std::string_view bytes);
 
-/// Chooses the narrow code page of settings files and descriptions for the whole process:
-/// 65001 (UTF-8, the default), 1252, 932 or any other page whose encoding keeps ASCII and that
-/// the system's iconv knows (CqCodePage). Returns 1; 0 when the page is not known (the page in
-/// force stays). Call it before a job is opened: texts already stored are not converted.
+/// Chooses the narrow code page of settings files and descriptions for the whole process: 65001
+/// (UTF-8, the default), 1252, 932 or any other page that CqCodePage knows and that keeps ASCII.
+/// Returns 1, or 0 for any other page, and the page in force stays. Call it before a job is opened:
+/// texts that are already stored are not converted.
 CQSURVEY_API int SetAnsiCodePage(int codePage);
 
 /// The narrow code page in force.
@@ -40,8 +40,8 @@ constexpr bool IsSurrogate(char32_t unit) noexcept {
     return (unit & 0xFFFFF800U) == 0xD800;
 }
 
-/// Returns the code point that begins at text[index] and moves `index` past it. A surrogate without
-/// its partner is returned as it is. `index` must be less than the text's length.
+/// Returns the code point at text[index] and moves `index` past it. A surrogate without its partner
+/// is returned as it is. `index` must be less than the text's length.
 constexpr char32_t NextCodePoint(std::u16string_view text, std::size_t& index) noexcept {
     const char16_t unit = text[index++];
     if (IsHighSurrogate(unit) && index < text.size() && IsLowSurrogate(text[index])) {
@@ -52,15 +52,15 @@ constexpr char32_t NextCodePoint(std::u16string_view text, std::size_t& index) n
 
 /// Appends a code point of at most U+10FFFF.
 CQSURVEY_API void AppendCodePoint(CString& text, char32_t codePoint);
-/// Appends a code point of at most U+10FFFF that is no surrogate.
+/// Appends a code point of at most U+10FFFF that is not a surrogate.
 CQSURVEY_API void AppendCodePoint(std::string& utf8, char32_t codePoint);
 
-/// What stands at the beginning of UTF-8 bytes.
+/// The first character of some UTF-8 bytes.
 struct Utf8Step {
     enum class Kind : std::uint8_t {
         Character,
-        IllFormed,  ///< bytes that are no character, to be replaced as one
-        Incomplete  ///< all the bytes there are: the beginning of a character
+        IllFormed,  ///< bytes that are not a character, to be replaced together
+        Incomplete  ///< all the bytes, which are the beginning of a character
     };
 
     Kind kind;
@@ -68,13 +68,13 @@ struct Utf8Step {
     char32_t codePoint;  ///< of a character, else 0
 };
 
-/// Reads the first character of UTF-8 bytes, of which there must be at least one. Overlong forms,
-/// surrogates and numbers above U+10FFFF are ill-formed; an ill-formed sequence is as long as it
-/// could have begun a character.
+/// Reads the first character of at least one UTF-8 byte. Overlong forms, surrogates and numbers
+/// above U+10FFFF are ill-formed. An ill-formed sequence ends where it could no longer have become
+/// a character.
 CQSURVEY_API Utf8Step NextUtf8Step(std::string_view bytes) noexcept;
 
-/// The length of the longest prefix that does not end inside a character: less than the whole only
-/// when the rest is the beginning of a character.
+/// The length of the longest prefix that does not end inside a character. It is less than all the
+/// bytes only when the rest is the beginning of a character.
 CQSURVEY_API std::size_t WholeUtf8Prefix(std::string_view bytes) noexcept;
 
 /// The length of the longest prefix of at most `maxUnits` code units that does not end between the

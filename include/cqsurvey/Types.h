@@ -6,7 +6,7 @@
 
 namespace cqsurvey {
 
-/// A wide string: UTF-16 code units, never checked for well-formed pairs.
+/// A wide string of UTF-16 code units. Surrogate pairs are not checked.
 using CString = std::u16string;
 
 using CStringList = std::vector<CString>;
@@ -15,7 +15,8 @@ using CStringList = std::vector<CString>;
 template <class T, class ARG = const T&>
 using CList = std::vector<T>;
 
-/// The number of a record in its table. 0 names no record; numbers are never used again.
+/// The number of a record in its table. 0 names no record. The number of a deleted record is never
+/// used again.
 using CqHandle = std::uint32_t;
 
 }  // namespace cqsurvey

@@ -14,7 +14,7 @@ std::int32_t PackAlign(int align1, int align2) {
     return static_cast<std::int32_t>(low | high);
 }
 
-/// Deletes an entity and the record of its kind's own data.
+/// Deletes an entity and its record in the table of its kind.
 template <class Table>
 int DeleteEntity(Job& job, CqHandle handle, EntType type, Table& table) {
     const std::byte* entity = job.entities.FindEntity(handle, type);

@@ -19,7 +19,7 @@ CVector PlanPoint(const CqCadEntity& entity) {
     return {point[0], point[1]};
 }
 
-/// Counted counter-clockwise from the positive x axis, which closes quadrant 3.
+/// The quadrant of v, 0 to 3 counter-clockwise. The positive x axis belongs to quadrant 3.
 int Quadrant(const CVector& v) {
     if (v.GetX() > 0.0) {
         return v.GetY() > 0.0 ? 0 : 3;
@@ -75,8 +75,8 @@ void CqVertexCadEntity::UpdateExtent(CqCadEntity* pline, const CqCadEntity* next
     const CVector b = q - c;
     const double r = a.UNorm();
 
-    // The arc now runs counter-clockwise from a to b; on entering a quadrant it passes the extreme
-    // of the circle that lies on the axis between.
+    // The arc now runs counter-clockwise from a to b. Whenever it enters a quadrant, it passes the
+    // extreme point of the circle on the axis between the two.
     const int start = Quadrant(a);
     int end = Quadrant(b);
     if (end < start) {

@@ -165,7 +165,7 @@ void CqSurveyDB::DeleteCqCadEntityObject(CqCadEntity*& e) {
 }
 
 int CqSurveyDB::EditCadEntityLayer(CqHandle h, const CString& layer) {
-    // A layer whose number an entity cannot name is none.
+    // An entity cannot name a layer whose number is higher.
     if (h <= CqEntityTable::kHeader || !m_job->layers.FindByName(layer) ||
         m_job->layers.GetCurrentHandle() > limits::kHighestLayer) {
         return 0;

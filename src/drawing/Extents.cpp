@@ -21,7 +21,7 @@ int Job::MakeBoundData() {
     }
     extents.InitBoundData();
     CqHandle handle = entities.GetHead();
-    // A damaged chain may run in a circle.
+    // The count ends the walk along a damaged chain that runs in a circle.
     for (std::int32_t step = 0; step < count && handle > CqEntityTable::kHeader; ++step) {
         const std::byte* entity = entities.RecordAt(handle);
         const auto n = EntityLayout::Get<"N">(entity);

@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::int32_t kNewLayerColor = 1;
 
-/// The colour with the sign that shows or hides its layer; the one value without a positive partner
-/// stays as it is.
+/// The colour with the sign that shows or hides its layer. The lowest integer has no positive
+/// partner and stays as it is.
 std::int32_t WithVisibility(std::int32_t color, bool show) {
     const auto bits = static_cast<std::uint32_t>(color);
     const bool flip = show ? color < 0 : color > 0;

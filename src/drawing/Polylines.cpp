@@ -16,11 +16,11 @@ namespace cqsurvey {
 
 namespace {
 
-/// The bulge that tells MoveVertex to keep the stored one. Its bits are compared, so that no bulge
-/// that merely equals it after rounding is taken for it.
+/// The bulge that tells MoveVertex to keep the stored one. Its bits are compared, so only this one
+/// number has that meaning.
 constexpr std::uint64_t kKeepBulgeBits = 0x36A00001262D4AB6;
 
-/// Gives the head of the list the bound of its vertices and of the arcs between them.
+/// Widens the bound of the list's head to hold its vertices and the arcs between them.
 void ComputeBound(const CqCadEntityList& list) {
     for (std::size_t i = 1; i < list.GetCount(); ++i) {
         list.GetAt(i)->UpdateExtent(list.GetAt(0), list.GetAt(i + 1));
@@ -70,7 +70,8 @@ CqHandle CqSurveyDB::EndPline(CqCadEntityList* list) {
             job.plines.AppendPline(defaults.plineLine, defaults.plineCode, min, max);
         const CqHandle pline =
             job.entities.AppendEntity({EntPline, data, layer, defaults.color, 0.0, 0.0, 0.0});
-        // Record numbers are consecutive, so every link is known before its record is written.
+        // Record numbers are consecutive, so the numbers of the neighbours are known before they
+        // exist.
         job.entities.SetNext(pline, pline + 1);
         const auto count = static_cast<CqHandle>(list->GetCount() - 1);
         for (CqHandle i = 1; i <= count; ++i) {

@@ -27,8 +27,8 @@ bool IsAccent(std::string_view text) {
 
 /// Lower case, without accents, blanks and punctuation: "Elevação " and "ELEVACAO" are one heading.
 std::string Normalise(std::string_view heading) {
-    // Decomposed, an accent is a character of its own after its letter. Text that is no UTF-8
-    // cannot be decomposed and stays as it is.
+    // In decomposed text, an accent is a character of its own after its letter. Text that is not
+    // UTF-8 cannot be decomposed and stays as it is.
     const std::unique_ptr<char, decltype(&g_free)> decomposed(
         g_utf8_normalize(heading.data(), static_cast<gssize>(heading.size()), G_NORMALIZE_NFD),
         &g_free);
@@ -162,8 +162,8 @@ Column ReadWord(std::string_view word) {
         return Column::Code;
     }
     throw OptionError(
-        fmt::format("{} is no column; there are name, northing, easting, height, code, desc and - "
-                    "for a column that is not wanted",
+        fmt::format("{} is not a column; use name, northing, easting, height, code, desc, or - for "
+                    "a column that is not wanted",
                     Quoted(word)));
 }
 
@@ -221,9 +221,9 @@ ColumnOrder ColumnOrder::FromLetters(std::string_view letters, std::string_view 
             order.Set(kColumns[letter], i);
         } else if (letters[i] != '-') {
             throw OptionError(
-                fmt::format("the order {} holds the letter {}; there are p point name, n "
-                            "northing, e easting, z height, c code, d description and - for a "
-                            "column that is not wanted",
+                fmt::format("the order {} has the letter {}; use p point name, n northing, e "
+                            "easting, z height, c code, d description, or - for a column "
+                            "that is not wanted",
                             Quoted(letters), Quoted(letters.substr(i, 1))));
         }
     }
@@ -232,7 +232,7 @@ ColumnOrder ColumnOrder::FromLetters(std::string_view letters, std::string_view 
     if (const auto description = order.Find(Column::Description)) {
         if (*description + 1 != letters.size()) {
             throw OptionError(fmt::format(
-                "the order {} goes on behind d, which takes the rest of the line; name single "
+                "the order {} goes on after d, which takes the rest of the line; name single "
                 "columns with {}columns",
                 Quoted(letters), optionPrefix));
         }
@@ -267,8 +267,8 @@ std::map<Column, std::string> ColumnOrder::ReadAssignments(std::string_view word
         const std::size_t sign = part.find('=');
         if (sign == std::string_view::npos || Trim(part.substr(sign + 1)).empty()) {
             throw OptionError(
-                fmt::format("{} assigns no column; write a column, = and a heading or "
-                            "a column number",
+                fmt::format("{} does not assign a column; write a column, =, and a "
+                            "heading or a column number",
                             Quoted(part)));
         }
         const Column column = ReadWord(Trim(part.substr(0, sign)));
@@ -294,7 +294,7 @@ ColumnOrder ColumnOrder::FromHeadings(const std::vector<std::string>& headings,
             }
             if (const std::optional<std::size_t> first = order.Find(column)) {
                 throw OptionError(fmt::format(
-                    "columns {} {} and {} {} could both be the {}; choose one by its number with "
+                    "columns {} {} and {} {} could both be the {}; choose one by its number: "
                     "{}columns {}={}",
                     *first + 1, Quoted(headings[*first]), i + 1, Quoted(headings[i]),
                     ColumnWord(column), optionPrefix, ColumnWord(column), *first + 1));

@@ -11,7 +11,7 @@ bool IsBlankOrTab(char c) {
     return c == ' ' || c == '\t';
 }
 
-/// Blanks, tabs and the end mark that old systems put after a text.
+/// True when the line has nothing but blanks, tabs and the end mark of old systems.
 bool IsNothing(std::string_view line) {
     return std::all_of(line.begin(), line.end(),
                        [](char c) { return IsBlankOrTab(c) || c == '\x1A'; });
@@ -45,8 +45,8 @@ std::string_view CsvReader::Peek(std::size_t size) {
     return std::string_view(m_buffer).substr(m_position);
 }
 
-/// Finds the end of the line that begins at `from`, reading on as far as kLongest bytes. False when
-/// there is no line; a line that is longer ends where the memory ends, without a line end.
+/// Finds the end of the line that begins at `from`, and reads up to kLongest bytes for it. False
+/// when there is no line. A longer line ends at the end of the buffer, without a line end.
 bool CsvReader::FindLine(std::size_t from, Line& line) {
     std::size_t i = from;
     for (;;) {
@@ -178,8 +178,8 @@ void CsvReader::SplitRecord(CsvRecord& record, std::size_t begin, Line& line) {
     }
 }
 
-/// Reads the quoted field whose mark stands at `open`, and with it the lines that it takes. False,
-/// with nothing changed, when the mark opens no quoted field.
+/// Reads the quoted field whose mark is at `open`, and the lines that it takes. False, with nothing
+/// changed, when the mark does not open a quoted field.
 bool CsvReader::ReadQuoted(std::size_t open, CsvRecord& record, Line& line, Piece& piece) {
     Line current = line;
     std::uint64_t breaks = 0;

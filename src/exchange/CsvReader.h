@@ -14,23 +14,23 @@ namespace cqsurvey::exchange {
 
 struct CsvFormat {
     Separator separator = Separator::Comma;
-    /// A line that begins with this is a comment; empty: no line is.
+    /// A line that begins with this is a comment. Empty: there are no comments.
     std::string comment = "#";
 };
 
-/// A field of a record. The views hold until the next record is read.
+/// A field of a record. The view is valid until the next record is read.
 struct CsvField {
-    /// The field's text: unquoted without the blanks around it, quoted exactly what the quotation
-    /// marks enclose, with doubled marks made single.
+    /// The field's text. Of an unquoted field, this is the text without the blanks around it; of a
+    /// quoted one, exactly what the quotation marks enclose, with doubled marks made single.
     std::string_view text;
-    /// The field as it stands in the record, quotation marks included, blanks around it not.
+    /// Where the field is in the record, with its quotation marks, without the blanks around it.
     std::size_t begin = 0;
     std::size_t end = 0;
     bool quoted = false;
 };
 
-/// A line of the file, or the several lines that one record with line breaks inside quotation marks
-/// takes. The views hold until the next one is read.
+/// A line of the file; or several lines, when a quoted field has line breaks. The views are valid
+/// until the next record is read.
 struct CsvRecord {
     enum class Kind {
         Data,
@@ -43,23 +43,23 @@ struct CsvRecord {
     std::uint64_t lines = 0;  ///< how many lines it takes
     std::string_view raw;     ///< its bytes without the last line end
     std::vector<CsvField> fields;
-    /// A field begins with a quotation mark but is no quoted field: the mark is a character like
+    /// A field begins with a quotation mark but is not a quoted field. The mark is a character like
     /// any other.
     bool strayQuote = false;
 };
 
-/// Reads separated fields as surveyors' files hold them. Beyond RFC 4180:
+/// Splits a text into records and fields, as surveyors' files have them. Beyond RFC 4180:
 ///
 /// - a line ends with CR LF, LF or CR;
 /// - a quotation mark opens a quoted field only at the front of a field, and only when its partner
-///   stands directly before a separator or line end (blanks aside); every other mark is a plain
-///   character, so that an inch mark never swallows what follows it;
-/// - a quoted field may hold line breaks, but not a line that is a record by itself: then the
-///   opening mark is a plain character too;
+///   is directly before a separator or a line end (blanks do not count); every other mark is a
+///   plain character, so an inch mark never swallows what follows it;
+/// - a quoted field may have line breaks, but when one of its lines is a record by itself, the
+///   opening mark is a plain character as well;
 /// - blanks around an unquoted field are not part of it.
 ///
-/// Every byte of the text belongs to exactly one record, so that the records' lines add up to the
-/// lines of the text. Memory is bounded by the longest record, at most kLongest bytes.
+/// Every byte of the text belongs to exactly one record, so the records' lines add up to the lines
+/// of the text. The memory needed is that of the longest record, at most kLongest bytes.
 class CsvReader {
  public:
     /// The longest record in bytes.
@@ -68,24 +68,25 @@ class CsvReader {
     /// The source must outlive the reader.
     CsvReader(TextSource& source, CsvFormat format);
 
-    /// Before the first record is read.
+    /// Call it before the first record is read.
     void SetSeparator(Separator separator) { m_format.separator = separator; }
 
-    /// Tells lines that are records by themselves, to be asked about lines inside quotation marks.
+    /// `isRecord` says whether a line is a record by itself. It is asked about lines inside
+    /// quotation marks.
     void SetRecordTest(std::function<bool(std::string_view)> isRecord);
 
-    /// The next record; false at the end. Throws ExchangeError when the text cannot be read.
+    /// Reads the next record; false at the end. Throws ExchangeError when the text cannot be read.
     bool Next(CsvRecord& record);
 
-    /// The next line as it is, whatever it holds, as a record without fields; false at the end.
+    /// Reads the next line, whatever it holds, as a record without fields; false at the end.
     bool NextLine(CsvRecord& record);
 
     /// Splits one line without regard to quotation marks.
     static void Split(std::string_view line, Separator separator,
                       std::vector<std::string_view>& fields);
 
-    /// The text ahead as far as it is in memory, at least `size` bytes if there are as many. Holds
-    /// until something is read.
+    /// The text ahead that is in memory: at least `size` bytes, unless the text ends before. The
+    /// view is valid until something is read.
     std::string_view Peek(std::size_t size);
 
  private:
@@ -99,7 +100,7 @@ class CsvReader {
         std::size_t textBegin = 0;
         std::size_t textEnd = 0;
         bool quoted = false;
-        bool unescaped = false;  // the text stands in m_unescaped
+        bool unescaped = false;  // the text is in m_unescaped
     };
 
     bool Load();

@@ -12,8 +12,8 @@ bool CsvWriter::NeedsQuotes(std::string_view field) const {
         return blanks;
     }
     const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
-    // At the front of a line a comment mark, a byte-order mark or an old end mark would be taken
-    // for one.
+    // At the front of a line, a reader would take these for a comment, a byte-order mark or the end
+    // mark of old systems.
     const bool misread = !m_begun && (field.front() == '#' || field.front() == '\x1A' ||
                                       field.starts_with("\xEF\xBB\xBF"));
     return misread || isBlank(field.front()) || isBlank(field.back()) ||

@@ -7,16 +7,16 @@
 
 namespace cqsurvey::exchange {
 
-/// Builds separated lines that CsvReader reads back as exactly the fields that were put in, and any
-/// reader of RFC 4180 too where the separator is the comma.
+/// Builds separated lines from which CsvReader reads exactly the same fields. With the comma as
+/// separator, any reader of RFC 4180 does, too.
 class CsvWriter {
  public:
     explicit CsvWriter(Separator separator);
 
-    /// Adds a field to the line; `quote` encloses it also when nothing asks for it.
+    /// Adds a field to the line. `quote` encloses it in quotation marks even when it needs none.
     void Add(std::string_view field, bool quote = false);
 
-    /// The line, ended by CR LF; the next one begins.
+    /// Returns the line, ended by CR LF, and begins the next one.
     [[nodiscard]] std::string TakeLine();
 
  private:

@@ -18,7 +18,7 @@ namespace cqsurvey::exchange {
 
 namespace {
 
-/// True for what a heading may be and a damaged number is not.
+/// True for a text that may be a heading, and cannot be a damaged number.
 bool IsWord(std::string_view text) {
     text = Trim(text);
     if (text.empty() ||
@@ -39,7 +39,7 @@ FieldTextFile::FieldTextFile(TextSource& source, FieldTextReadOptions options)
       m_codePage(RequireNarrowPage(m_options.codePage)),
       m_reader(source, {.comment = m_options.comment}) {
     if (!m_options.order && m_options.headerLines == 0U) {
-        throw OptionError("the columns cannot come from a header when there is none");
+        throw OptionError("the columns cannot come from a header when the file has none");
     }
     for (const std::string& text : m_options.noHeight) {
         ParsedNumber number = ParseNumber(text, m_options.decimalComma);
@@ -57,8 +57,8 @@ FieldTextFile::FieldTextFile(TextSource& source, FieldTextReadOptions options)
     m_reader.SetRecordTest([this](std::string_view line) { return HasNumbers(line); });
 }
 
-/// The separator with which the start of the file holds the most points; if none of them makes a
-/// point, the one that is there most often.
+/// The separator with which the start of the file has the most points. When none of them makes a
+/// point, the one that occurs most often.
 Separator FieldTextFile::GuessSeparator() {
     constexpr std::size_t kSample = 65536;
     constexpr int kLines = 500;
@@ -133,7 +133,7 @@ void FieldTextFile::ReadHeader(const std::vector<std::string_view>& texts) {
         if (const auto index = m_options.order->FindContradiction(headings)) {
             throw OptionError(fmt::format(
                 "{}the heading of column {} is {}, but the order given takes {}; {}header {} reads "
-                "the file as told",
+                "the file with that order",
                 place, *index + 1, Quoted(headings[*index]), m_options.order->Describe(),
                 m_options.optionPrefix, m_record.line));
         }
@@ -157,8 +157,8 @@ void FieldTextFile::ReadHeader(const std::vector<std::string_view>& texts) {
     }
 }
 
-/// A line of a header whose length was given: the last one names the columns where the order does
-/// not, and may be a comment.
+/// Reads a line of a header whose length was given. Without an order, the last of these lines names
+/// the columns; it may be a comment.
 void FieldTextFile::ReadHeaderLine(FieldTextLine& line) {
     line.kind = FieldTextLine::Kind::Header;
     if (m_headerLinesRead < *m_options.headerLines || m_options.order) {
@@ -299,8 +299,9 @@ bool FieldTextFile::ReadTexts(FieldTextLine& line) {
     }
     if (textColumn && *textColumn < fields.size()) {
         std::size_t first = *textColumn;
-        // Among blanks every word is a column of its own: a number with more words after it is
-        // their first word, unless quotation marks hold them together.
+        // With blanks as separator every word is a column of its own. A number with more words
+        // after it is the first word of the description, unless quotation marks hold those
+        // together.
         const bool alone = first + 1 >= fields.size() || !order.TakesRest() ||
                            GetSeparator() != Separator::Blank || fields[first + 1].quoted;
         if (!codeColumn && alone) {
@@ -321,7 +322,7 @@ bool FieldTextFile::ReadTexts(FieldTextLine& line) {
            Decode("description", text, line.description, line);
 }
 
-/// The fields from `first` to the last that holds anything, with what stands between them.
+/// The fields from `first` to the last one that is not empty, with the text between them.
 std::string FieldTextFile::JoinRest(std::size_t first) const {
     const std::vector<CsvField>& fields = m_record.fields;
     std::size_t end = fields.size();
@@ -343,14 +344,15 @@ bool FieldTextFile::Decode(const char* what, std::string_view bytes, CString& te
     std::optional<CString> decoded = m_codePage.TryDecode(bytes);
     if (!decoded) {
         line.reason = fmt::format(
-            "the {} {} is no text of code page {}{}", what, Quoted(bytes), m_codePage.GetNumber(),
+            "the {} {} is not a text of code page {}{}", what, Quoted(bytes),
+            m_codePage.GetNumber(),
             m_codePage.GetNumber() == CqCodePage::kUtf8
-                ? fmt::format(" (UTF-8); {}code-page names another", m_options.optionPrefix)
+                ? fmt::format(" (UTF-8); choose another with {}code-page", m_options.optionPrefix)
                 : "");
         return false;
     }
     if (decoded->find(u'\0') != CString::npos) {
-        line.reason = fmt::format("the {} {} holds a zero byte", what, Quoted(bytes));
+        line.reason = fmt::format("the {} {} has a zero byte", what, Quoted(bytes));
         return false;
     }
     text = std::move(*decoded);

@@ -13,25 +13,25 @@
 
 namespace cqsurvey::exchange {
 
-/// A field text file line by line, as FieldTextReader promises. CsvReader finds the fields; this
-/// class says what they mean, which takes the order of the columns, from the options or from the
-/// header, and the separator, from the options or from the front of the file.
+/// Reads a field text file line by line, as FieldTextReader promises. CsvReader finds the fields;
+/// this class knows what they mean. For that it needs the order of the columns, which the options
+/// or the header say, and the separator, which the options or the first lines of the file say.
 class FieldTextFile {
  public:
-    /// The source must outlive the file. Throws OptionError when the separator cannot be what was
-    /// asked for, ExchangeError when the text cannot be read.
+    /// The source must outlive this object. Throws OptionError when the options contradict each
+    /// other, ExchangeError when the text cannot be read.
     FieldTextFile(TextSource& source, FieldTextReadOptions options);
 
-    /// The next line; false at the end. Throws OptionError when the header does not give the
-    /// columns or plainly contradicts the order given, ExchangeError when the text cannot be read.
+    /// Reads the next line; false at the end. Throws OptionError when the header does not say the
+    /// columns or plainly contradicts the order, ExchangeError when the text cannot be read.
     bool Next(FieldTextLine& line);
 
     [[nodiscard]] Separator GetSeparator() const { return *m_options.separator; }
 
-    /// The columns in use; nothing before the header was read that says them.
+    /// The columns in use; nothing when they come from a header that has not been read yet.
     [[nodiscard]] const std::optional<ColumnOrder>& GetOrder() const { return m_options.order; }
 
-    /// The header's columns that are not taken, each like 5 "SIGMA_E".
+    /// The header's columns that are not used, each as its number and heading: 5 "SIGMA_E".
     [[nodiscard]] const std::vector<std::string>& GetUntaken() const { return m_untaken; }
 
  private:

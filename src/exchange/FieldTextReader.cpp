@@ -33,9 +33,9 @@ FieldTextReader::FieldTextReader(TextSource& source, FieldTextReadOptions option
     const int codePage = options.codePage;
     m_file = std::make_unique<FieldTextFile>(source, std::move(options));
     if (source.HasMark() && codePage != CqCodePage::kUtf8) {
-        throw OptionError(
-            fmt::format("{}: begins with the mark of UTF-8, so it is not in code page {}",
-                        Printable(source.GetName()), codePage));
+        throw OptionError(fmt::format(
+            "{}: begins with the byte-order mark of UTF-8, so it is not in code page {}",
+            Printable(source.GetName()), codePage));
     }
 }
 

@@ -63,7 +63,7 @@ std::string FieldTextRow::Make(const PointTexts& point) const {
     return writer.TakeLine();
 }
 
-/// The description's column of an order without one for the code.
+/// Adds the description's column of an order that has no code column.
 void FieldTextRow::AddRest(CsvWriter& writer, const PointTexts& point) const {
     const bool plain = !ParseWholeNumber(point.description).has_value();
     if (point.code == 0 && plain) {

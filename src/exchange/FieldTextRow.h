@@ -10,7 +10,7 @@
 
 namespace cqsurvey::exchange {
 
-/// A point as it is written: texts in the bytes of the file.
+/// A point to be written, its texts in the code page of the file.
 struct PointTexts {
     std::string name;
     std::array<double, 3> coords{};  ///< easting, northing, height
@@ -18,11 +18,11 @@ struct PointTexts {
     std::string description;
 };
 
-/// Makes the lines of a field text file, such that FieldTextFile with the same order reads the same
-/// points.
+/// Makes the lines of a field text file. FieldTextFile with the same order reads the same points
+/// back.
 class FieldTextRow {
  public:
-    /// Without `decimals` numbers are as long as it takes to read them back exactly.
+    /// Without `decimals`, numbers have as many digits as it takes to read them back exactly.
     FieldTextRow(ColumnOrder order, Separator separator, std::optional<int> decimals,
                  bool decimalComma);
 

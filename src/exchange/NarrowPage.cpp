@@ -10,7 +10,7 @@ CqCodePage RequireNarrowPage(int number) {
     CqCodePage page(number);
     if (!page.KeepsAscii()) {
         throw OptionError(
-            fmt::format("{} is no narrow code page that this system knows; 65001 is UTF-8, 1252 "
+            fmt::format("{} is not a narrow code page that this system knows; 65001 is UTF-8, 1252 "
                         "Western Europe, 1251 Cyrillic, 932 Japan",
                         number));
     }

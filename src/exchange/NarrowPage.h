@@ -5,8 +5,8 @@
 namespace cqsurvey::exchange {
 
 /// The code page of a text file by its number. Throws OptionError for a page that the system does
-/// not know or whose bytes below 0x80 are not ASCII: separators and digits could not be found in
-/// it.
+/// not know, and for one whose bytes below 0x80 are not ASCII: in its bytes, separators and digits
+/// could not be found.
 [[nodiscard]] CqCodePage RequireNarrowPage(int number);
 
 }  // namespace cqsurvey::exchange

@@ -82,8 +82,8 @@ void PointImport::Record(const FieldTextLine& line) {
     bool renamed = false;
     if (!name.empty() && IsTaken(name)) {
         const std::string taken =
-            cut ? cutText + ", which the job has already"
-                : fmt::format("the job has a point {} already", Quoted(ToUtf8(name)));
+            cut ? cutText + ", which the job already has"
+                : fmt::format("the job already has a point {}", Quoted(ToUtf8(name)));
         if (m_duplicates != Duplicates::Rename) {
             const bool skip = m_duplicates == Duplicates::Skip;
             m_report.Count(skip ? Fate::Skipped : Fate::Refused, line.lines);
@@ -113,7 +113,7 @@ void PointImport::Record(const FieldTextLine& line) {
     if (line.strayQuote) {
         ++m_report.strayQuotes;
         m_report.Note({line.line, line.lines, kNote,
-                       "a quotation mark that encloses no field is kept as it stands"});
+                       "a quotation mark that encloses no field is kept as it is"});
     }
 }
 

@@ -11,21 +11,21 @@
 
 namespace cqsurvey::exchange {
 
-/// Records the points of a file in an open job and reports every line. The job need not take them:
-/// names that are too long are cut, and a name that the job has already is refused, skipped or
-/// changed. It makes no step of its own, so that the caller can undo it all.
+/// Records the points of a file in an open job and reports every line. A name that is too long is
+/// cut. A point whose name the job already has is refused, skipped or renamed. The class begins no
+/// step of its own, so the caller can undo the whole import.
 class PointImport {
  public:
     using Progress = decltype(ImportOptions::progress);
 
-    /// All must outlive it. `origin` is the data origin of the points.
+    /// The job and the report must outlive this object. `origin` is the data origin of the points.
     PointImport(CqSurveyDB& db, ImportReport& report, Duplicates duplicates,
                 SurveyCoordType origin);
 
-    /// Records every line of `file` that is a point; `source` is what the file reads. Throws
+    /// Records every line of `file` that is a point; `source` is the source of `file`. Throws
     /// ExchangeError, with the file and the line, when a point cannot be recorded, when the text
-    /// cannot be read, and when the report does not account for every line of the source; and what
-    /// `progress` throws.
+    /// cannot be read, and when the report does not account for every line of the source. Throws
+    /// what `progress` throws.
     void Run(FieldTextFile& file, const TextSource& source, const Progress& progress);
 
  private:

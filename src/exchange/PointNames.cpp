@@ -15,7 +15,7 @@ CString CutName(const CString& name, std::size_t length) {
 PointNames::PointNames(std::function<bool(const CString&)> taken) : m_taken(std::move(taken)) {}
 
 CString PointNames::MakeUnique(const CString& name) {
-    // Long names that begin alike meet in the same numbered names, so they count together.
+    // Long names with the same beginning yield the same numbered names, so they share a count.
     constexpr std::size_t kAlike = 14;
     std::uint64_t& next = m_next.try_emplace(CutName(name, kAlike), 2).first->second;
     for (;; ++next) {

@@ -12,11 +12,11 @@ namespace cqsurvey::exchange {
 /// The most UTF-16 code units of a point's or a group's name.
 inline constexpr std::size_t kLongestName = 19;
 
-/// The front of `name` that a job can hold, at most `length` code units; a character of two units
-/// is never halved.
+/// The longest beginning of `name` that has at most `length` code units and does not cut a
+/// character of two units in half.
 [[nodiscard]] CString CutName(const CString& name, std::size_t length = kLongestName);
 
-/// Makes names that are not taken yet, by a number at the end: P1_2, P1_3 ...
+/// Makes names that are not in use by adding a number: P1_2, P1_3 ...
 class PointNames {
  public:
     /// `taken` tells whether a name is in use.

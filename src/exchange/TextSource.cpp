@@ -18,7 +18,7 @@ bool TextSource::Read(std::string& buffer) {
     const std::size_t before = buffer.size();
     if (!m_started) {
         m_started = true;
-        // A pipe may give the mark one byte at a time.
+        // A pipe may deliver the mark one byte at a time.
         for (std::size_t last = before + 1; last != buffer.size() && buffer.size() < before + 3;) {
             last = buffer.size();
             ReadSome(buffer);

@@ -7,7 +7,7 @@
 namespace cqsurvey::plan {
 
 void Bitmap::ExpectSize(std::uint64_t width, std::uint64_t height) {
-    // Of cairo, which is also far below where the product below would overflow.
+    // The limit of cairo. It is small enough that the product below cannot overflow.
     constexpr std::uint64_t kLongestSide = 32767;
     if (width == 0 || height == 0) {
         throw ImageFault("is damaged");
@@ -43,7 +43,7 @@ int Bitmap::GetStride() const {
 }
 
 std::span<std::uint32_t> Bitmap::GetRow(int y) {
-    // A row of cairo's begins at a multiple of four bytes.
+    // In cairo, a row begins at a multiple of four bytes.
     unsigned char* row = cairo_image_surface_get_data(m_surface.get()) +
                          static_cast<std::ptrdiff_t>(y) * GetStride();
     return {static_cast<std::uint32_t*>(static_cast<void*>(row)),

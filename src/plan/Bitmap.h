@@ -13,13 +13,13 @@ class Bitmap {
  public:
     static constexpr std::uint64_t kMostPixels = 100'000'000;
 
-    /// Transparent all over. Throws ImageFault as ExpectSize does, and when memory runs out.
+    /// All pixels are transparent. Throws ImageFault as ExpectSize does, and when memory runs out.
     Bitmap(std::uint64_t width, std::uint64_t height);
 
     /// Takes what cairo has drawn, in the format above.
     explicit Bitmap(CairoSurfacePtr surface);
 
-    /// Throws ImageFault when the size is that of no image or of one that is too large. Call it
+    /// Throws ImageFault when no image can have this size or the image would be too large. Call it
     /// before anything is decoded.
     static void ExpectSize(std::uint64_t width, std::uint64_t height);
 
@@ -30,7 +30,7 @@ class Bitmap {
     /// The pixels of a row, the topmost is 0.
     [[nodiscard]] std::span<std::uint32_t> GetRow(int y);
 
-    /// The surface with all that was written to the rows.
+    /// Returns the surface with everything that was written to the rows.
     [[nodiscard]] CairoSurfacePtr Finish();
 
  private:

@@ -13,7 +13,8 @@ namespace cqsurvey::plan {
 namespace {
 
 constexpr std::uint32_t kOpaque = 0xFF000000U;
-/// The file's header, the same for all kinds; the image's follows, its own length first.
+/// The file's header is the same for all kinds. The image's header follows and begins with its
+/// length.
 constexpr std::size_t kFileHeader = 14;
 constexpr std::size_t kPixelsAt = 10;
 constexpr std::uint32_t kCoreHeader = 12;
@@ -29,7 +30,7 @@ enum class Packing : std::uint32_t {
     MasksWithAlpha = 6
 };
 
-/// Bytes of an image; what is read beyond their end is damage.
+/// The bytes of an image. Reading beyond their end throws ImageFault: the image is damaged.
 class Bytes {
  public:
     explicit Bytes(std::span<const std::uint8_t> bytes) : m_bytes(bytes) {}
@@ -54,7 +55,7 @@ class Bytes {
     std::span<const std::uint8_t> m_bytes;
 };
 
-/// Red, green or blue within a pixel.
+/// The bits of red, green or blue within a pixel.
 class Channel {
  public:
     explicit Channel(std::uint32_t mask)
@@ -83,7 +84,7 @@ class BmpReader {
             DecodeRuns(bitmap);
             return bitmap;
         }
-        // Before there is memory for it, all of it must be there.
+        // No memory is allocated for pixels that the file does not have.
         const std::uint64_t stride = (m_width * m_bits + 31) / 32 * 4;
         static_cast<void>(m_bytes.Get(m_pixels, stride * m_height));
         Bitmap bitmap(m_width, m_height);
@@ -143,8 +144,8 @@ class BmpReader {
         }
     }
 
-    /// The colours end where the pixels begin or, at the latest, after as many as can be told
-    /// apart.
+    /// The palette ends where the pixels begin, and has at most as many colours as a pixel has
+    /// values.
     void ReadPalette(std::uint64_t at, std::uint64_t length) {
         const std::uint64_t end = std::min(m_pixels, m_bytes.GetSize());
         const std::uint64_t room = end > at ? (end - at) / length : 0;
@@ -177,7 +178,8 @@ class BmpReader {
         }
     }
 
-    /// Pairs of bytes: how many pixels, and of what colours; after a zero there is something else.
+    /// The runs are pairs of bytes: how many pixels, and of which colours. A zero begins something
+    /// else.
     void DecodeRuns(Bitmap& bitmap) const {
         for (int y = 0; y < bitmap.GetHeight(); ++y) {
             const std::span<std::uint32_t> row = bitmap.GetRow(y);
@@ -200,7 +202,7 @@ class BmpReader {
             ++x;
         };
         const bool half = m_packing == Packing::Runs4;
-        // The colour of the pixel `i` of those that the bytes from `from` on hold.
+        // The colour of pixel `i` of those that begin at byte `from`.
         const auto color = [&](std::uint64_t from, std::uint32_t i) -> std::size_t {
             const std::uint32_t byte = m_bytes.GetNumber(from + (half ? i / 2 : i), 1);
             return !half ? byte : i % 2 == 0 ? byte >> 4U : byte & 0x0FU;
@@ -226,7 +228,7 @@ class BmpReader {
                 for (std::uint32_t i = 0; i < what; ++i) {
                     put(color(at, i));
                 }
-                // Whole words.
+                // Literal pixels take a whole number of 16-bit words.
                 const std::uint64_t length = half ? (what + 1) / 2 : what;
                 at += length + length % 2;
             }
@@ -240,7 +242,7 @@ class BmpReader {
     bool m_fromTop = false;
     std::uint32_t m_bits = 0;
     Packing m_packing = Packing::None;
-    /// Red, green and blue; those of 24 bits and usually of 32.
+    /// Red, green and blue, as in all images of 24 bits and most of 32.
     std::array<Channel, 3> m_channels{Channel(0xFF0000), Channel(0x00FF00), Channel(0x0000FF)};
     std::array<std::uint32_t, 256> m_palette{};
 };

@@ -14,17 +14,17 @@ namespace cqsurvey::plan {
 
 namespace {
 
-/// How far left of its place a text begins.
+/// How far to the left of its position a text begins.
 double LeftOf(HorizontalAlign align, double width) {
     return align == HorizontalAlign::Left     ? 0.0
            : align == HorizontalAlign::Centre ? -width / 2
                                               : -width;
 }
 
-/// How far below its place the first baseline of a text is, for capitals of `height` and rows that
-/// are `block` high in all.
+/// How far below its position the first baseline of a text is. Its capitals are `height` high, all
+/// its rows together `block`.
 double FirstBaseline(VerticalAlign align, double height, double block) {
-    // What letters such as g have below the baseline.
+    // The part of letters such as g that is below the baseline.
     constexpr double kBelow = 0.3;
     switch (align) {
         case VerticalAlign::Bottom:
@@ -58,7 +58,8 @@ void EntityPainter::Draw(const PlanItem& item) {
 void EntityPainter::Draw(const PlanPoint& point) {
     const CVector at = m_page.ToPage(point.at);
     const double half = m_symbolSize / 2;
-    // Points come in crowds: those of one colour that follow each other are one path.
+    // There are many points, so neighbours in the drawing that have the same colour are drawn as
+    // one path.
     constexpr std::size_t kMostSymbols = 256;
     if (m_symbols > 0 && (m_symbolColor != point.color || m_symbols == kMostSymbols)) {
         Flush();
@@ -70,7 +71,7 @@ void EntityPainter::Draw(const PlanPoint& point) {
     cairo_line_to(context, at.GetX() + half, at.GetY());
     cairo_move_to(context, at.GetX(), at.GetY() - half);
     cairo_line_to(context, at.GetX(), at.GetY() + half);
-    // A label may come as close as the arms of the cross let it.
+    // A label may touch the ends of the arms, so only the middle of the cross is taken.
     Box box;
     box.Add(at);
     m_room.Take(box.Grow(half * 0.6));
@@ -87,7 +88,7 @@ void EntityPainter::Flush() {
 }
 
 void EntityPainter::Draw(const PlanLine& line) {
-    // An arc that strays less from a straight line is drawn as one.
+    // An arc that is closer than this to a straight line is drawn as one.
     constexpr double kFlat = 0.02;
     m_page.SetColor(line.color);
     m_page.SetLine(line.line, kLineWidth);

@@ -9,18 +9,19 @@
 
 namespace cqsurvey::plan {
 
-/// Draws the items of a plan, one kind of item by each Draw. What labels must keep clear of is
-/// noted in their room.
+/// Draws the items of a plan, each kind in a Draw of its own, and tells the label room where labels
+/// may not stand.
 class EntityPainter {
  public:
-    /// `symbolSize` is that of a point's symbol in points of 1/72 inch, `textHeight` that of texts
-    /// without a height of their own, in millimetres. Page and room must outlive the painter.
+    /// `symbolSize` is the size of a point's symbol in points of 1/72 inch, `textHeight` the height
+    /// of texts that have none of their own, in millimetres. Page and room must outlive the
+    /// painter.
     EntityPainter(Page& page, LabelRoom& room, double symbolSize, double textHeight);
 
-    /// Draws an item. Points may wait for Flush.
+    /// Draws an item. A point may be drawn only by the next Flush.
     void Draw(const PlanItem& item);
 
-    /// Draws the points that wait.
+    /// Draws the points that are still to be drawn.
     void Flush();
 
  private:

@@ -11,8 +11,8 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 
-/// `angle` moved by whole turns to where it is reached from `start` in the direction of `sweep`:
-/// at most one turn away, 0 away included.
+/// How far `angle` is from `start` in the direction of `sweep`: from 0 to a whole turn, negative
+/// when `sweep` is.
 double Along(double start, double sweep, double angle) {
     const double turn = sweep < 0.0 ? -2 * kPi : 2 * kPi;
     double away = std::fmod(angle - start, 2 * kPi);
@@ -43,7 +43,7 @@ Box Arc::GetBox() const {
 }
 
 std::optional<Arc> FindArc(const CVector& p, const CVector& q, double bulge, double flat) {
-    // What the extents of a polyline take for straight.
+    // A flatter arc counts as straight, as it does in the extents of a polyline.
     constexpr double kStraight = 1e-8;
     constexpr double kTooLarge = 1e12;
     const double chord = (q - p).UNorm();
@@ -64,7 +64,7 @@ std::optional<Arc> FindArc(const CVector& p, const CVector& q, double bulge, dou
 }
 
 std::vector<Arc> Clip(const Arc& arc, const Box& window) {
-    // The arc is cut where its circle crosses the lines of the window's sides.
+    // Cut the arc where its circle crosses the lines of the window's sides.
     std::vector<double> cuts{0.0, std::fabs(arc.sweep)};
     const auto cut = [&](double angle) {
         const double away = std::fabs(Along(arc.start, arc.sweep, angle));
@@ -104,7 +104,7 @@ bool Clip(CVector& p, CVector& q, const Box& window) {
     const CVector d = q - p;
     double from = 0.0;
     double to = 1.0;
-    // Where the line crosses one side's line; `along` grows towards the outside.
+    // Cuts where the line crosses the line of one side. `along` grows towards the outside.
     const auto cut = [&](double along, double room) {
         if (along == 0.0) {
             return room >= 0.0;

@@ -8,8 +8,8 @@
 
 namespace cqsurvey::plan {
 
-/// Part of a circle: from the angle `start` (radians, counter-clockwise from east) through `sweep`,
-/// clockwise when that is negative.
+/// Part of a circle. It begins at the angle `start` (radians, counter-clockwise from east) and runs
+/// through the angle `sweep`, clockwise when that is negative.
 struct Arc {
     CVector centre;
     double radius = 0.0;
@@ -23,9 +23,9 @@ struct Arc {
     [[nodiscard]] Box GetBox() const;
 };
 
-/// The arc from `p` to `q` whose quarter angle has the tangent `bulge`; nothing when that is a
-/// straight line, or so nearly one that it strays from it by less than `flat`, or when the arc is
-/// too large for numbers.
+/// The arc from `p` to `q` of that bulge, the tangent of a quarter of its angle. Returns nothing
+/// when it is a straight line or closer to one than `flat`, and when it is too large to compute
+/// with.
 [[nodiscard]] std::optional<Arc> FindArc(const CVector& p, const CVector& q, double bulge,
                                          double flat = 0.0);
 

@@ -10,7 +10,7 @@
 namespace cqsurvey::plan {
 
 void GridPainter::Draw() {
-    // About how far apart the lines are on paper, in millimetres.
+    // The approximate distance of the lines on paper, in millimetres.
     constexpr double kDistance = 60.0;
     const double step = RoundDistance(kDistance * m_page.GetSheet().GetScale() / 1000.0);
     m_columns = FindLines(Axis::East, step);
@@ -31,12 +31,12 @@ std::vector<GridPainter::Line> GridPainter::FindLines(Axis axis, double step) co
     const double first = std::ceil((east ? window.minX : window.minY) / step);
     const double last = std::floor((east ? window.maxX : window.maxY) / step);
     std::vector<Line> lines;
-    // Very far from the origin the next number is no other.
+    // Very far from the origin, adding a step does not change the number.
     if (!(last - first < kMostLines) || !(first + 1.0 > first)) {
         return lines;
     }
     for (double i = first; i <= last; ++i) {
-        // The sum takes the sign off a negative zero.
+        // Adding 0 removes the sign of a negative zero.
         const double value = i * step + 0.0;
         const CVector at =
             m_page.ToPage(east ? CVector(value, window.minY) : CVector(window.minX, value));
@@ -94,7 +94,7 @@ void GridPainter::DrawNumbers(double step) {
     TextPainter& text = m_page.GetText();
     text.SetFont(kHeight);
     const int decimals = std::max(0, static_cast<int>(std::ceil(-std::log10(step) - 1e-9)));
-    // A number stands in the middle of its line, but never beyond the map's ends.
+    // A number is centred on its line, but does not go beyond the ends of the map.
     for (const Line& column : m_columns) {
         const std::string number = FormatNumber(column.value, decimals);
         const double width = text.GetWidth(number);

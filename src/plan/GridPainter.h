@@ -6,9 +6,9 @@
 
 namespace cqsurvey::plan {
 
-/// Draws the grid of round coordinates over the map: pale crosses where its lines meet, and, on a
-/// sheet with a title block, ticks and numbers at the frame. The eastings stand below the map, the
-/// northings to its left, read from the right.
+/// Draws the grid of round coordinates over the map: pale crosses where its lines meet. A sheet
+/// with a title block also has ticks and numbers at the frame: the eastings below the map, the
+/// northings to its left, to be read from the right.
 class GridPainter {
  public:
     /// `page` must outlive the painter.

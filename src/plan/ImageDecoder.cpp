@@ -16,7 +16,7 @@ namespace cqsurvey::plan {
 namespace {
 
 constexpr std::array<std::uint8_t, 8> kPngSignature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-/// After the signature: the length and the word of the first chunk, then width and height.
+/// After the signature come the length and the name of the first chunk, then width and height.
 constexpr std::size_t kWidthAt = 16;
 constexpr std::size_t kHeightAt = 20;
 constexpr std::size_t kHeaderEnd = 24;
@@ -36,7 +36,7 @@ std::uint32_t BigEndian(std::span<const std::uint8_t> bytes, std::size_t at) {
            (std::uint32_t{bytes[at + 2]} << 8U) | bytes[at + 3];
 }
 
-/// Brightness and contrast, applied to the parts of a colour from 0 to 255.
+/// Applies brightness and contrast to a part of a colour, 0 to 255.
 class Look {
  public:
     explicit Look(const PlanImage& image) : m_grey(image.grey) {
@@ -90,8 +90,8 @@ Bitmap DecodePng(std::span<const std::uint8_t> bytes) {
     if (cairo_image_surface_get_format(decoded.get()) == CAIRO_FORMAT_ARGB32) {
         return Bitmap(std::move(decoded));
     }
-    // An image without opacity is asked for in the format with it, so that there is one to deal
-    // with.
+    // An image without opacity is converted to the format with it, so that only one need be
+    // handled.
     Bitmap bitmap(static_cast<std::uint64_t>(cairo_image_surface_get_width(decoded.get())),
                   static_cast<std::uint64_t>(cairo_image_surface_get_height(decoded.get())));
     CairoSurfacePtr surface = bitmap.Finish();

@@ -7,8 +7,9 @@
 
 namespace cqsurvey::plan {
 
-/// Decodes an image of a job (PNG, JPEG or BMP, which its bytes tell) and gives it the brightness,
-/// contrast and greyness asked for. Null, with the reason in `fault`, when that is not possible.
+/// Decodes an image of a job and applies its brightness, contrast and monotone settings. The bytes
+/// tell whether it is a PNG, JPEG or BMP. Returns null, with the reason in `fault`, when it cannot
+/// be decoded.
 [[nodiscard]] CairoSurfacePtr DecodeImage(const PlanImage& image, std::string& fault);
 
 }  // namespace cqsurvey::plan

@@ -4,7 +4,7 @@
 
 namespace cqsurvey::plan {
 
-/// An image cannot be decoded. The text is the end of a sentence that begins with the image.
+/// An image cannot be decoded. The text completes a sentence that begins "The image".
 class ImageFault : public std::runtime_error {
  public:
     using std::runtime_error::runtime_error;

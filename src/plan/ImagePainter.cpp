@@ -13,8 +13,8 @@ namespace cqsurvey::plan {
 
 namespace {
 
-/// The size of an image on the page. One of which the job knows the width alone keeps its shape,
-/// and is a square when its shape is not known either.
+/// The size of an image on the page. If the job knows only its width, it keeps its proportions; if
+/// those are not known either, it is a square.
 CVector FindSize(double width, double height, cairo_surface_t* surface) {
     if (height == 0.0 && surface != nullptr) {
         height = width * cairo_image_surface_get_height(surface) /
@@ -58,7 +58,7 @@ void ImagePainter::DrawPixels(cairo_surface_t* surface, const CVector& centre, c
     cairo_translate(context, -0.5 * width, -0.5 * height);
     cairo_set_source_surface(context, surface, 0.0, 0.0);
     if (cairo_surface_get_type(cairo_get_target(context)) == CAIRO_SURFACE_TYPE_IMAGE) {
-        // Without this the outermost pixels fade into nothing.
+        // Without this the pixels at the edges fade out.
         cairo_pattern_set_extend(cairo_get_source(context), CAIRO_EXTEND_PAD);
     }
     cairo_rectangle(context, 0.0, 0.0, width, height);

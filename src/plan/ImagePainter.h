@@ -7,8 +7,8 @@
 
 namespace cqsurvey::plan {
 
-/// Draws the image behind the drawing where the job places it: moved, scaled and turned. An image
-/// that cannot be drawn is a dashed frame, and a note says why.
+/// Draws the background image where the job places it: moved, scaled and rotated. For an image that
+/// cannot be drawn there is a dashed frame instead, and a note says why.
 class ImagePainter {
  public:
     /// Both must outlive the painter.

@@ -20,10 +20,10 @@ struct HandleDeleter {
     void operator()(void* handle) const { tjDestroy(handle); }
 };
 
-/// A progressive image goes over its pixels again and again, as often as its few bytes ask for it:
-/// true when that is out of all proportion.
+/// A progressive image goes over its pixels several times, and a few bytes are enough to ask for
+/// very many times. True when there are far too many.
 bool HasTooManyScans(std::span<const std::uint8_t> bytes, std::uint64_t pixels) {
-    // A good ten is usual.
+    // Usual images need about ten.
     constexpr std::uint64_t kMostPasses = 16 * Bitmap::kMostPixels;
     constexpr std::array<std::uint8_t, 2> kStartOfScan{0xFF, 0xDA};
     std::uint64_t scans = 0;
@@ -36,14 +36,15 @@ bool HasTooManyScans(std::span<const std::uint8_t> bytes, std::uint64_t pixels) 
     }
 }
 
-/// All decoded, and then there was something before the end: cameras do that, and it shows nowhere.
+/// True when everything was decoded, and the only fault is something extra before the end. Some
+/// cameras write such files.
 bool IsHarmless(void* handle) {
     constexpr std::string_view kBeforeEnd = "extraneous bytes before marker 0xd9";
     return tjGetErrorCode(handle) == TJERR_WARNING &&
            std::string_view(tjGetErrorStr2(handle)).find(kBeforeEnd) != std::string_view::npos;
 }
 
-/// As it is used in print, the inks stored inverted.
+/// Converts four inks, as they are used in print, to red, green and blue. They are stored inverted.
 void ConvertCmyk(Bitmap& bitmap) {
     for (int y = 0; y < bitmap.GetHeight(); ++y) {
         for (std::uint32_t& pixel : bitmap.GetRow(y)) {

@@ -12,16 +12,16 @@
 
 namespace cqsurvey::plan {
 
-/// Draws names, heights and codes beside the points, in the points' colours. Each label has eight
-/// places about its point and takes the first one that is free, off the lines where there is such a
-/// place. The points come in drawing order, so that a job is always labelled the same.
+/// Draws names, heights and codes beside the points, in the points' colours. A label tries eight
+/// places around its point. It takes the first that is free and has no line through it, or else the
+/// first that is free. The points come in drawing order, so a job is always labelled the same way.
 class LabelPainter {
  public:
-    /// The three must outlive the painter. `room` knows what has been drawn.
+    /// All three must outlive the painter. `room` knows what has been drawn.
     LabelPainter(Page& page, LabelRoom& room, const PlotOptions& options);
 
-    /// Draws the labels of the points that lie in the map; `symbolSize` is that of a point's symbol
-    /// in points of 1/72 inch.
+    /// Draws the labels of the points that lie in the map. `symbolSize` is the size of a point's
+    /// symbol in points of 1/72 inch.
     void Draw(const std::vector<PlanItem>& items, double symbolSize);
 
     /// How many labels found no room.
@@ -30,10 +30,11 @@ class LabelPainter {
  private:
     using Corners = std::array<CVector, 8>;
 
-    /// What stands beside the point, from the top.
+    /// The lines of the point's label, from the top.
     [[nodiscard]] std::vector<std::string> FindRows(const PlanPoint& point) const;
     void DrawLabel(const PlanPoint& point, const CVector& at, double symbolSize);
-    /// The first of the corners at which a label of that size finds room; null when there is none.
+    /// The first of the corners at which there is room for a label of that size; null when there is
+    /// none.
     [[nodiscard]] const CVector* FindRoom(const Corners& corners, const CVector& size) const;
 
     Page& m_page;

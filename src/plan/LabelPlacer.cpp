@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::int64_t kMostCells = 4096;
 
-// A cell with so much in it counts as full, so that a look stays short.
+// A cell with so many boxes counts as full, so that searching one is never slow.
 constexpr std::size_t kCrowd = 64;
 
 std::uint64_t KeyOf(std::int32_t x, std::int32_t y) {

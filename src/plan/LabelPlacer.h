@@ -8,18 +8,19 @@
 
 namespace cqsurvey::plan {
 
-/// Knows which room on paper is taken. The boxes are sorted into the cells of a square grid, so
-/// that to look for room takes no longer the more boxes there are.
+/// Knows which parts of the page are taken. The boxes are sorted into the cells of a square grid,
+/// so the time to look for room does not grow with the number of boxes.
 class LabelPlacer {
  public:
-    /// `cell` is the side of a cell, about the size of what is taken.
+    /// `cell` is the side of a cell, about as large as a usual box.
     explicit LabelPlacer(double cell) : m_cell(cell) {}
 
-    /// Takes the room of `box`, free or not. A box of more than some thousand cells is ignored.
+    /// Takes the room of `box`, whether it is free or not. A box of more than some thousand cells
+    /// is ignored.
     void Take(const Box& box);
 
-    /// True when nothing that was taken meets `box`. Also false in a cell where very much was
-    /// taken, and for a box of more than some thousand cells.
+    /// True when `box` meets no box that was taken. Also false where very many boxes were taken,
+    /// and for a box of more than some thousand cells.
     [[nodiscard]] bool IsFree(const Box& box) const;
 
  private:

@@ -4,7 +4,7 @@
 
 namespace cqsurvey::plan {
 
-/// The line type that stands for that of the layer.
+/// The number of an entity's line type that means the line type of its layer.
 inline constexpr int kLineOfLayer = 256;
 
 /// Lengths of dashes and gaps in millimetres on paper, a dash first; empty for a continuous line.

@@ -10,7 +10,7 @@ namespace cqsurvey::plan {
 
 namespace {
 
-/// A box on paper, which is in millimetres. An empty one stays empty.
+/// Converts a box on paper, in millimetres, to the page. An empty one stays empty.
 Box FromPaper(const Box& paper) {
     return {paper.minX * kMillimetre, paper.minY * kMillimetre, paper.maxX * kMillimetre,
             paper.maxY * kMillimetre};

@@ -15,16 +15,16 @@
 
 namespace cqsurvey::plan {
 
-/// Widths of lines and the distance of rows of text, wherever on the page they are drawn.
+/// Widths of lines and distances of rows of text, everywhere on the page.
 inline constexpr double kLineWidth = 0.25 * kMillimetre;
 inline constexpr double kThinWidth = 0.13 * kMillimetre;
 /// From baseline to baseline, for capitals of height 1.
 inline constexpr double kLeading = 1.6;
 
-/// A sheet as cairo draws on it. Each painter draws one part of the plan, and all share the page:
-/// it knows where on it a place of the job stands, sets colours and line types, writes texts, and
-/// collects what is to be said about the picture. Its unit is a point of 1/72 inch, x to the right
-/// and y down from the upper left corner.
+/// The page that cairo draws. Each painter draws one part of the plan, and all of them share the
+/// page. It knows where on it a position of the job is, sets colours and line types, writes texts,
+/// and collects notes about the picture. Its unit is a point of 1/72 inch; x goes right and y down
+/// from the upper left corner.
 class Page {
  public:
     /// Draws to `context`. It and `sheet` must outlive the page.
@@ -33,7 +33,7 @@ class Page {
     [[nodiscard]] cairo_t* GetContext() const { return m_context; }
     [[nodiscard]] const Sheet& GetSheet() const { return m_sheet; }
     [[nodiscard]] Rgb GetBackground() const { return m_background; }
-    /// The colour of all that is no part of the drawing.
+    /// The colour of everything that is not part of the drawing.
     [[nodiscard]] Rgb GetInk() const { return m_ink; }
     /// The map's frame.
     [[nodiscard]] const Box& GetMap() const { return m_map; }
@@ -41,7 +41,7 @@ class Page {
     [[nodiscard]] const Box& GetTitle() const { return m_title; }
     [[nodiscard]] TextPainter& GetText() { return m_text; }
 
-    /// Where a place of the job stands.
+    /// Where a position of the job is on the page.
     [[nodiscard]] CVector ToPage(const CVector& place) const;
     /// The length on the page of a length in the job.
     [[nodiscard]] double ToPage(double length) const;
@@ -54,12 +54,12 @@ class Page {
     /// Adds the rectangle to the path.
     void AddRectangle(const Box& box);
 
-    /// Writes a line of text that is at most `width` long: smaller than `height` where it must be.
-    /// `at` is its lower left corner.
+    /// Writes a line of text, with capitals of `height` or as much smaller as it takes to be at
+    /// most `width` long. `at` is its lower left corner.
     void WriteFitting(const std::string& text, const CVector& at, double height, double width,
                       bool bold = false);
 
-    /// Adds a sentence on what could not be drawn as it is.
+    /// Adds a sentence about something that could not be drawn as it is.
     void AddNote(std::string note) { m_notes.push_back(std::move(note)); }
     [[nodiscard]] const std::vector<std::string>& GetNotes() const { return m_notes; }
 

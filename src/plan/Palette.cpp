@@ -26,8 +26,8 @@ constexpr std::array<Rgb, 10> kPure{{{0, 0, 0},
                                      {192, 192, 192}}};
 constexpr int kInk = 7;
 
-/// A part of the full hue at `step` of the wheel from 0, falling from 255 to 0 over four steps.
-/// Each part is at its most for 8 steps of the 24, rises for 4 and falls for 4.
+/// Red, green or blue of a full hue, `step` steps of the wheel from its own hue. It is 255 up to 4
+/// steps away, and falls to 0 over the next 4.
 int Part(int step) {
     step = (step % kHues + kHues) % kHues;
     const int away = std::min(step, kHues - step);
@@ -39,7 +39,8 @@ std::uint8_t ToByte(int value) {
 }
 
 Rgb OnTheWheel(int index) {
-    // Of the ten shades of a hue each pair is as bright as the other; the second is half grey.
+    // The ten shades of a hue are five pairs. Both of a pair are equally bright; the second is
+    // mixed with grey.
     constexpr std::array<int, 5> kBrightness{255, 165, 127, 76, 38};
     const int hue = (index - kFirstHue) / 10;
     const int shade = index % 10;
@@ -52,7 +53,7 @@ Rgb OnTheWheel(int index) {
     return {part(0), part(8), part(16)};
 }
 
-/// From 51 to 255 in five steps.
+/// The greys go from 51 to 255 in five steps.
 Rgb Grey(int index) {
     const std::uint8_t level = ToByte(51 + (index - kFirstGrey) * 204 / (kLast - kFirstGrey));
     return {level, level, level};

@@ -15,20 +15,20 @@ struct Rgb {
 inline constexpr Rgb kWhite{255, 255, 255};
 inline constexpr Rgb kBlack{0, 0, 0};
 
-/// The colour of whatever has no other: black, or white on a dark background.
+/// The colour of everything without a colour of its own: black, or white on a dark background.
 [[nodiscard]] Rgb InkOn(Rgb background);
 
-/// The colour of the drawing palette that `index` names: 1 to 9 the pure colours and two greys, 10
-/// to 249 a wheel of 24 hues in ten shades each, 250 to 255 greys from dark to white.
+/// The colour of the drawing palette that `index` names: 1 to 9 are the pure colours and two greys,
+/// 10 to 249 a wheel of 24 hues in ten shades each, 250 to 255 greys from dark to white.
 ///
-/// 7 and every number without a colour of its own (0 too) are the ink, and so is a colour that
-/// cannot be told from the background.
+/// 7, 0 and every number outside the palette are the ink. So is a colour that cannot be told from
+/// the background.
 [[nodiscard]] Rgb PaletteColor(int index, Rgb background);
 
 /// The background colour of a job's settings: red in the lowest byte, green and blue above it.
 [[nodiscard]] Rgb BackgroundColor(std::uint32_t setting);
 
-/// `color` made paler: `part` (0 to 1) of it, the rest of `background`.
+/// `color` mixed with `background`: `part` (0 to 1) of the result is `color`.
 [[nodiscard]] Rgb Mix(Rgb color, Rgb background, double part);
 
 }  // namespace cqsurvey::plan

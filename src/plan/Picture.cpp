@@ -39,7 +39,7 @@ Picture::Picture(PictureFormat format, const PaperSize& paper, double dots, cons
 }
 
 Picture::~Picture() {
-    // What is not finished is not written.
+    // A picture that was not finished is not written.
     m_context.reset();
     m_givenUp = true;
     cairo_surface_finish(m_surface.get());

@@ -10,14 +10,14 @@
 
 namespace cqsurvey::plan {
 
-/// A picture of one page. cairo draws it, and its bytes are handed to a sink piece by piece.
+/// A picture of one page. cairo draws it and hands its bytes to a sink, piece by piece.
 class Picture {
  public:
     using Sink = std::function<void(std::string_view bytes)>;
 
-    /// PNG has `dots` pixels a millimetre, rounded to whole pixels for the page. `sink` must
-    /// outlive the picture. Throws PlanFailure, error::kGeneralFailure, when there is no memory for
-    /// it.
+    /// A PNG has `dots` pixels per millimetre, and a whole number of pixels on each side. `sink`
+    /// must outlive the picture. Throws PlanFailure with error::kGeneralFailure when there is not
+    /// enough memory.
     Picture(PictureFormat format, const PaperSize& paper, double dots, const Sink& sink);
     Picture(const Picture&) = delete;
     Picture& operator=(const Picture&) = delete;
@@ -26,8 +26,8 @@ class Picture {
     /// Where to draw, in points of 1/72 inch from the upper left corner.
     [[nodiscard]] cairo_t* GetContext() const { return m_context.get(); }
 
-    /// Writes what is not written yet. Throws PlanFailure, error::kGeneralFailure, when the picture
-    /// could not be drawn, and what the sink threw.
+    /// Writes the rest. Throws PlanFailure with error::kGeneralFailure when the picture could not
+    /// be drawn, and what the sink threw.
     void Finish();
 
  private:

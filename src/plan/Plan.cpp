@@ -12,7 +12,7 @@ namespace cqsurvey::plan {
 
 namespace {
 
-/// The corners of a rectangle that was moved to `at` and then turned about it.
+/// The corners of a rectangle that was moved to `at` and then rotated about it.
 Box Turned(const CVector& at, const Box& box, double degrees) {
     const double angle = degrees * std::numbers::pi / 180.0;
     const double c = std::cos(angle);
@@ -52,7 +52,7 @@ Box BoxOf(const PlanCircle& circle) {
     return box.Grow(circle.radius);
 }
 
-/// Letters are taken for three quarters as wide as capitals are high.
+/// Estimates letters as three quarters as wide as capitals are high.
 Box BoxOf(const PlanText& text) {
     constexpr double kLetter = 0.75;
     constexpr double kLeading = 1.6;

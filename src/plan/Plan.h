@@ -13,11 +13,11 @@
 
 namespace cqsurvey::plan {
 
-/// A survey point. Colours here and below are numbers of the palette, those of layers and of the
-/// job's settings already put in.
+/// A survey point. Colours here and below are numbers of the palette, in which the colours of
+/// layers and of the settings have been resolved.
 struct PlanPoint {
     CVector at;
-    double height = 0.0;  ///< not a number when it was not measured
+    double height = 0.0;  ///< not-a-number when it was not measured
     std::string name;
     int code = 0;
     int color = 0;
@@ -54,7 +54,7 @@ struct PlanText {
     int color = 0;
 };
 
-/// A bitmap: a square with its lower left corner at a place.
+/// A bitmap: a square with its lower left corner at a position.
 struct PlanFrame {
     CVector at;
     double width = 0.0;  ///< greater than 0
@@ -64,19 +64,19 @@ struct PlanFrame {
 
 using PlanItem = std::variant<PlanPoint, PlanLine, PlanCircle, PlanText, PlanFrame>;
 
-/// The image that lies under the drawing.
+/// The background image, under the drawing.
 struct PlanImage {
     std::vector<std::uint8_t> bytes;
     CVector centre;
     CVector size;
     double rotation = 0.0;  ///< degrees, counter-clockwise
-    int brightness = 0;     ///< -255 to 255 more on each part of a colour
+    int brightness = 0;     ///< -255 to 255, added to each part of a colour
     int contrast = 100;     ///< percent
     bool grey = false;
 };
 
-/// What there is to draw of a job, in job coordinates and in drawing order. It is read once, and
-/// then nothing more is asked of the job.
+/// Everything to draw of a job, in job coordinates and in drawing order. Once it has been read, the
+/// job is no longer needed.
 struct Plan {
     std::vector<PlanItem> items;
     std::optional<PlanImage> image;
@@ -85,11 +85,11 @@ struct Plan {
     double mapScale = 500.0;   ///< of the job's settings, greater than 0
     double symbolSize = 5.0;   ///< of the job's settings, in points of 1/72 inch
     std::size_t points = 0;    ///< how many of the items are points
-    std::size_t unplaced = 0;  ///< left out: no finite place, radius or width
+    std::size_t unplaced = 0;  ///< left out: position, radius or width not finite
     std::size_t hidden = 0;    ///< left out: hidden by their own colour or their layer's
 
-    /// The box of all items without what has its size on paper, such as the points' symbols.
-    /// Without items, the box of the image; empty when there is no image either.
+    /// The box of all items. It leaves out what has a fixed size on paper, such as the points'
+    /// symbols. Without items, the box of the image; empty when there is no image either.
     [[nodiscard]] Box FindExtents() const;
 };
 

@@ -56,7 +56,7 @@ void PlanPainter::Paint(const std::function<void(std::size_t)>& progress) {
 
 void PlanPainter::PaintItems(const std::function<void(std::size_t)>& progress) {
     EntityPainter entities(m_page, m_room, m_plan.symbolSize, m_options.labelHeight);
-    // What is drawn larger than its box, such as symbols, reaches in from outside.
+    // Symbols and the like are larger than their box, so they may reach in from outside.
     const Box window = m_page.GetSheet().GetWindow();
     const Box near = window.Grow((window.GetWidth() + window.GetHeight()) / 8);
     std::size_t done = 0;

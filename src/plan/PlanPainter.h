@@ -15,24 +15,24 @@
 
 namespace cqsurvey::plan {
 
-/// Draws a plan on a sheet. Each part has a painter of its own; this one puts them in order: the
+/// Draws a plan on a sheet. Each part has a painter of its own. This class calls them in order: the
 /// image, the grid, the drawing, the labels, the map's frame and the title block.
 class PlanPainter {
  public:
     /// Draws to `context`, whose unit is a point of 1/72 inch. All four must outlive the painter.
     PlanPainter(cairo_t* context, const Plan& plan, const Sheet& sheet, const PlotOptions& options);
 
-    /// `progress` is told how many items of the plan have been drawn.
+    /// Calls `progress` with the number of items that have been drawn.
     void Paint(const std::function<void(std::size_t)>& progress = {});
 
     /// How many labels found no room.
     [[nodiscard]] std::size_t GetLostLabels() const { return m_lostLabels; }
 
-    /// What could not be drawn as it is, a sentence each.
+    /// Sentences, one for each thing that could not be drawn as it is.
     [[nodiscard]] const std::vector<std::string>& GetNotes() const { return m_page.GetNotes(); }
 
  private:
-    /// Until cairo_restore nothing is drawn outside the map's frame.
+    /// Prevents drawing outside the map's frame until cairo_restore.
     void SaveAndClip();
     void PaintItems(const std::function<void(std::size_t)>& progress);
 

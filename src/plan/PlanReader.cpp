@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kColorOfLayer = 256;
 
-/// A coordinate or a length that leaves room for arithmetic.
+/// True for a coordinate or a length small enough to compute with.
 bool IsUsable(double value) {
     return std::fabs(value) <= kFarthest;
 }

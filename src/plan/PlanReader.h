@@ -10,21 +10,20 @@
 
 namespace cqsurvey::plan {
 
-/// Reads from a job what there is to draw, and settles what the job leaves to its layers and
+/// Reads from a job everything to draw, and resolves what the job leaves to its layers and
 /// settings: colours, line types, what is hidden.
 ///
-/// A layer or an entity with a negative colour is hidden. Colour and line 256 are those of the
-/// layer. A polyline is made of the vertices that follow it in the drawing; it has a gap at one
-/// without a finite place. The two alignments of a text are 0 left, 1 centre, 2 right, and 0
-/// baseline, 1 bottom, 2 middle, 3 top; rotations are degrees.
+/// A layer or an entity with a negative colour is hidden. Colour 256 and line type 256 are those of
+/// the layer. A polyline is made of the vertices that follow it in the drawing. A vertex whose
+/// position is not finite leaves a gap.
 class PlanReader {
  public:
-    /// `db` must be open and outlive the reader. With `layers`, nothing else is read. Throws
-    /// PlanFailure, error::kInvalidArgument, when there is no such layer.
+    /// `db` must be open and outlive the reader. With `layers`, only those are read. Throws
+    /// PlanFailure with error::kInvalidArgument when one of them does not exist.
     explicit PlanReader(CqSurveyDB& db, const std::optional<CStringList>& layers = std::nullopt);
 
-    /// `progress` is told how many entities have been read. Throws PlanFailure, error::kDamaged,
-    /// when not every entity can be reached.
+    /// Calls `progress` with the number of entities that have been read. Throws PlanFailure with
+    /// error::kDamaged when not every entity can be reached.
     [[nodiscard]] Plan Read(const std::function<void(std::size_t)>& progress = {});
 
  private:
@@ -34,7 +33,8 @@ class PlanReader {
         bool wanted = true;
     };
 
-    /// The colour in which the entity is drawn; nothing when it is hidden or not asked for.
+    /// The colour in which the entity is drawn; nothing when it is hidden or on a layer that is not
+    /// read.
     std::optional<int> FindColor(const CqCadEntity& entity);
     [[nodiscard]] int FindLine(const CqCadEntity& entity) const;
     const Layer& FindLayer(const CString& name) const;

@@ -14,7 +14,7 @@ namespace cqsurvey::plan {
 
 namespace {
 
-/// Also false for what is not a number.
+/// False for a not-a-number, too.
 bool IsWithin(double value, double least, double largest) {
     return value >= least && value <= largest;
 }
@@ -25,7 +25,7 @@ std::string FindPixelFault(const PlotOptions& options) {
     constexpr double kMostPixelsInAll = 400e6;
     const double width = options.paper.width * (options.dotsPerInch / kMillimetresInInch);
     const double height = options.paper.height * (options.dotsPerInch / kMillimetresInInch);
-    // Half a pixel is what rounding to whole ones adds at most.
+    // Rounding to whole pixels adds at most half a pixel.
     if (std::max(width, height) <= kMostPixels + 0.5 && width * height <= kMostPixelsInAll) {
         return {};
     }

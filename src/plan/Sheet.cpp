@@ -8,10 +8,11 @@ namespace cqsurvey::plan {
 
 namespace {
 
-/// What stays free between the extents and the frame, for symbols and labels.
+/// The margin between the extents and the frame, for symbols and labels.
 constexpr double kRoom = 6.0;
 
-/// The power of ten below or at `value`; exact also where the logarithm is a hair off.
+/// The largest power of ten that is at most `value`. It is exact even when the logarithm is
+/// slightly off.
 double PowerOfTen(double value) {
     double power = std::pow(10.0, std::floor(std::log10(value)));
     if (power > value) {
@@ -27,7 +28,7 @@ double PowerOfTen(double value) {
 double RoundScale(double scale) {
     const double power = PowerOfTen(scale);
     for (const double step : {1.0, 1.25, 1.5, 2.0, 2.5, 4.0, 5.0, 7.5}) {
-        // A scale that rounding made a hair too large is still that scale.
+        // A scale that rounding made slightly too large is still that scale.
         if (step * power >= scale * (1.0 - 1e-12)) {
             return step * power;
         }
@@ -102,7 +103,7 @@ Box Sheet::GetWindow() const {
 }
 
 CVector Sheet::ToPaper(const CVector& place) const {
-    // The middle is taken off first: what is left is small, however far from the origin the job is.
+    // Subtract the middle first: the difference is small, however far from the origin the job is.
     const CVector away = place - m_middle;
     return {std::midpoint(m_map.minX, m_map.maxX) + ToPaper(away.GetX()),
             std::midpoint(m_map.minY, m_map.maxY) - ToPaper(away.GetY())};

@@ -16,23 +16,25 @@ namespace cqsurvey::plan {
 /// `distance` is greater than 0.
 [[nodiscard]] double RoundDistance(double distance);
 
-/// Which sheet is asked for.
+/// The sheet that is asked for.
 struct SheetRequest {
     PaperSize paper{210.0, 297.0};
-    /// Turn the paper by a quarter if the plan fits better that way.
+    /// Turn the paper by a quarter turn if the plan fits better that way.
     bool turns = true;
-    /// The 500 of 1 : 500. Without it the job's scale, or the next round one at which the plan
-    /// fits.
+    /// The 500 of 1 : 500. Without a scale, that of the job, or the next round one at which the
+    /// plan fits.
     std::optional<double> scale;
-    /// Without `scale`: take the smallest round one at which the plan fits, whatever the job's.
+    /// Without `scale`: take the smallest round one at which the plan fits, whatever that of the
+    /// job is.
     bool fits = false;
 };
 
-/// One sheet of paper with a map on it: where on paper things stand, and which place of the job is
-/// where. On paper x goes right and y down, in millimetres.
+/// One sheet of paper with a map on it. The sheet knows where on the paper the map and the title
+/// block are, and where on it each position of the job is. On paper x goes right and y down, in
+/// millimetres.
 class Sheet {
  public:
-    /// Puts `extents` into the middle of the map. An empty box is taken for the origin.
+    /// Centres `extents` on the map. An empty box counts as the origin.
     Sheet(const SheetRequest& request, const Box& extents, double jobScale);
 
     [[nodiscard]] const PaperSize& GetPaper() const { return m_paper; }
@@ -46,7 +48,7 @@ class Sheet {
     /// True when all of the extents lie in the frame.
     [[nodiscard]] bool HoldsAll() const { return m_holdsAll; }
 
-    /// Where a place of the job stands on paper.
+    /// Where a position of the job is on paper.
     [[nodiscard]] CVector ToPaper(const CVector& place) const;
     /// The length on paper of a length in the job.
     [[nodiscard]] double ToPaper(double length) const { return length * 1000.0 / m_scale; }

@@ -7,12 +7,12 @@ namespace cqsurvey::plan {
 
 namespace {
 
-/// Every text is laid out in one size and drawn scaled: its shape is the same in any size, and a
-/// thousand different sizes are still one font.
+/// Every text is laid out in one size and drawn scaled. So it has the same shape in any size, and
+/// any number of sizes needs only one font.
 constexpr double kSize = 16.0;
 
-/// More would be metres on paper. Pango reckons in whole numbers of 1/1024: these characters fit
-/// even when each is a dozen times as wide as high.
+/// A longer text would be metres long on paper. Pango counts in whole numbers of 1/1024; so many
+/// characters fit even if each is a dozen times as wide as high.
 constexpr std::size_t kMostCharacters = 10'000;
 
 bool IsPlain(std::string_view text) {
@@ -31,10 +31,10 @@ bool BreaksLine(gunichar c) {
     }
 }
 
-/// The text as one line that Pango takes without complaint.
+/// The text as one line that Pango accepts.
 std::string MakeLine(std::string text) {
     constexpr std::string_view kEllipsis = "\xE2\x80\xA6";
-    // To GLib a zero byte is the end of the text.
+    // GLib takes a zero byte for the end of the text.
     std::replace(text.begin(), text.end(), '\0', ' ');
     const std::unique_ptr<char, decltype(&g_free)> valid(
         g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), &g_free);
@@ -67,7 +67,7 @@ TextPainter::FontPtr TextPainter::MakeFont(PangoWeight weight) {
 TextPainter::TextPainter(cairo_t* context)
     : m_context(context), m_fonts{MakeFont(PANGO_WEIGHT_NORMAL), MakeFont(PANGO_WEIGHT_BOLD)} {
     PangoContext* pango = pango_font_map_create_context(pango_cairo_font_map_get_default());
-    // The picture must not depend on what the screen likes.
+    // The picture must not depend on the settings of the screen.
     cairo_font_options_t* options = cairo_font_options_create();
     cairo_font_options_set_antialias(options, CAIRO_ANTIALIAS_GRAY);
     cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
@@ -75,8 +75,8 @@ TextPainter::TextPainter(cairo_t* context)
     pango_cairo_context_set_font_options(pango, options);
     cairo_font_options_destroy(options);
     pango_context_set_round_glyph_positions(pango, FALSE);
-    // Digits alone would otherwise be in the font of the user's language, and those among letters
-    // in the letters'.
+    // Otherwise a number alone would be in the font of the user's language, and one among letters
+    // in the font of the letters.
     pango_context_set_language(pango, pango_language_from_string("en"));
     m_layout.reset(pango_layout_new(pango));
     g_object_unref(pango);
@@ -99,7 +99,7 @@ void TextPainter::SetFont(double height, bool bold) {
 }
 
 PangoLayoutLine* TextPainter::LayOut(std::string_view text) {
-    // What is written has mostly been measured just before.
+    // A text that is written has usually been measured just before.
     if (text != m_text) {
         const std::string line = IsPlain(text) ? std::string(text) : MakeLine(std::string(text));
         pango_layout_set_text(m_layout.get(), line.data(), static_cast<int>(line.size()));
@@ -115,7 +115,7 @@ double TextPainter::GetWidth(std::string_view text) {
 }
 
 void TextPainter::Write(std::string_view text, const CVector& at) {
-    // Where there is no room at all; cairo would draw nothing more after a scale of 0.
+    // There is no room at all, and after a scale of 0 cairo would draw nothing more.
     constexpr double kLeastScale = 1e-6;
     if (!(m_scale >= kLeastScale)) {
         return;

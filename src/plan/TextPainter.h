@@ -12,27 +12,27 @@
 
 namespace cqsurvey::plan {
 
-/// Writes lines of text into a picture, sans serif. A character that the font lacks comes from
-/// another font that is installed; one that is in none is drawn as a box. Texts may hold anything:
-/// what is not UTF-8 becomes U+FFFD, control characters and ends of lines become blanks, and what
-/// is beyond the first 10,000 characters is left out.
+/// Writes lines of text into a picture, sans serif. A character that the font lacks is taken from
+/// another installed font; if no font has it, it is drawn as a box. Texts may hold anything: bytes
+/// that are not UTF-8 become U+FFFD, control characters and line ends become blanks, and only the
+/// first 10,000 characters are written.
 class TextPainter {
  public:
     /// Draws to `context`, which must outlive the painter.
     explicit TextPainter(cairo_t* context);
 
-    /// The size from now on: that of a font whose capitals are `height` high.
+    /// Sets the font for the following texts; its capitals are `height` high.
     void SetFont(double height, bool bold = false);
 
-    /// How far the text reaches along its baseline. It is in proportion to the font's size.
+    /// The length of the text along its baseline, proportional to the size of the font.
     [[nodiscard]] double GetWidth(std::string_view text);
 
-    /// Draws the text in the context's colour; `at` is the left end of its baseline, whichever way
-    /// it is read. Nothing is drawn at a height of 0 or below. The context has no current point and
-    /// no path afterwards.
+    /// Draws the text in the context's colour. `at` is the left end of its baseline, even for a
+    /// text that is read from the right. Draws nothing when the height is 0 or less. Afterwards the
+    /// context has no current point and no path.
     void Write(std::string_view text, const CVector& at);
 
-    /// How many of the characters drawn are in no font.
+    /// How many of the characters drawn are missing in all fonts.
     [[nodiscard]] std::size_t GetUnknown() const { return m_unknown; }
 
  private:
@@ -48,7 +48,7 @@ class TextPainter {
     cairo_t* m_context;
     std::array<FontPtr, 2> m_fonts;  ///< normal and bold
     std::unique_ptr<PangoLayout, PangoDeleter> m_layout;
-    std::string m_text;       ///< what is laid out
+    std::string m_text;       ///< the text that is laid out
     bool m_bold = false;      ///< how
     double m_capitals = 1.0;  ///< their height in the layout
     double m_scale = 1.0;     ///< from the layout to the picture

@@ -14,12 +14,12 @@ namespace {
 /// Heights of capitals.
 constexpr double kLarge = 3.2 * kMillimetre;
 constexpr double kSmall = 1.75 * kMillimetre;
-/// The baseline of the first row, from the block's upper side.
+/// The baseline of the first row, below the block's upper side.
 constexpr double kFirstRow = 6.2 * kMillimetre;
-/// What stays free beside the lines of the block.
+/// The margin beside the lines of the block.
 constexpr double kPad = 3.0 * kMillimetre;
 
-/// A job may hold numbers that no millimetre means anything to.
+/// A job may hold numbers so large that millimetres mean nothing.
 std::string Coordinate(double value) {
     return std::fabs(value) <= kFarthest ? FormatNumber(value, 3) : FormatNumber(value);
 }
@@ -29,7 +29,7 @@ std::string Range(const char* axis, double from, double to) {
     return std::string(axis) + " " + Coordinate(from) + " \xE2\x80\x93 " + Coordinate(to);
 }
 
-/// What the block says of the job below the heading.
+/// The lines about the job below the heading.
 std::array<std::string, 3> Describe(const Plan& plan) {
     const Box& extents = plan.jobExtents;
     if (extents.IsEmpty()) {
@@ -80,7 +80,7 @@ void TitlePainter::DrawHeading(const Plan& plan, const std::string& heading, con
 void TitlePainter::DrawScale(const CVector& at, double width) {
     constexpr int kParts = 4;
     constexpr double kThick = 1.6 * kMillimetre;
-    // Room for half a number at either end.
+    // Leaves room for half a number at either end.
     constexpr double kEnds = 8.0 * kMillimetre;
     const double scale = m_page.GetSheet().GetScale();
     const double part = RoundDistance((width - kEnds) / kMillimetre / kParts * scale / 1000.0);

@@ -8,7 +8,7 @@
 
 namespace cqsurvey::plan {
 
-/// Draws the title block below the map: from the left the heading with the job's extents and
+/// Draws the title block below the map. From the left it has the heading with the job's extents and
 /// counts, the scale with its bar, and the north arrow.
 class TitlePainter {
  public:
@@ -19,7 +19,7 @@ class TitlePainter {
 
  private:
     void DrawHeading(const Plan& plan, const std::string& heading, const CVector& at, double width);
-    /// The scale and its bar in a space of that width whose upper left corner is `at`.
+    /// Draws the scale and its bar into a space of that width, whose upper left corner is `at`.
     void DrawScale(const CVector& at, double width);
     void DrawNorthArrow(const CVector& middle, double height);
 

@@ -10,7 +10,7 @@ namespace cqsurvey::plan {
 
 namespace {
 
-/// A control character as it is written in a program.
+/// A control character as it is written in source code.
 std::string Escape(gunichar c) {
     switch (c) {
         case '\n':
@@ -32,7 +32,7 @@ std::string FormatNumber(double value) {
     if (std::isnan(value)) {
         return {};
     }
-    // People read these numbers: no exponent in the range where there are coordinates.
+    // People read these numbers, so there is no exponent in the range of coordinates.
     const double size = std::fabs(value);
     const bool plain = size == 0.0 || (size >= 1e-7 && size < 1e16);
     std::array<char, 64> buffer{};

@@ -15,8 +15,8 @@ namespace cqsurvey::plan {
 /// "1 point", "2 points".
 [[nodiscard]] std::string Count(std::size_t number, std::string_view noun);
 
-/// UTF-8 text in quotation marks for a message of one line: shortened to about 60 bytes, control
-/// characters as \n, \t, \x1b and the like.
+/// UTF-8 text in quotation marks for a message of one line, shortened to about 60 bytes. Control
+/// characters become \n, \t, \x1b and the like.
 [[nodiscard]] std::string Quoted(std::string_view text);
 
 }  // namespace cqsurvey::plan

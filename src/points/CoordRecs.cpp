@@ -120,7 +120,8 @@ int CqSurveyDB::EditCoordRec(CqHandle handle, const CString& newName, const doub
     const bool sameName = job.points.GetAt<"PointName">(handle) == name;
     if (!name.empty()) {
         if (sameName) {
-            // Of two points whose names are alike once cut, this is the one found by the name.
+            // Two names may be alike once they are cut. Editing by name changes the point that the
+            // name finds.
             return EditCoordRec(newName, coords, code);
         }
         if (job.pointIndex.FindByName(name) != 0) {
@@ -174,9 +175,10 @@ int CqSurveyDB::DelCoordRec(CqHandle handle) const {
         return 0;
     }
     return Atomically(job, [&] {
-        // The links name the entity, and the unlink is asked for the coordinate record: it forgets
-        // the vertex's tie and, unless both have the same number, leaves the link in the table.
-        // The vertices are taken first: a link that goes may be another one of the same vertex.
+        // A link names the point's entity, but Unlink is given the number of the point's record. So
+        // it forgets the vertex's tie and leaves the link in the table, unless the two numbers
+        // happen to be equal. The vertices are collected first, because the link that is removed
+        // may be another one of the same vertex.
         std::vector<CqHandle> vertices;
         for (const CqHandle link : job.linkIndex.ListByPoint(entity)) {
             vertices.push_back(job.links.GetAt<"VertexDataID">(link));

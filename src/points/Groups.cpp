@@ -28,7 +28,7 @@ int CqSurveyDB::EditGroup(const CString& oldName, const CString& newName) const 
 }
 
 int CqSurveyDB::EditGroup(std::uint16_t id, const CString& newName) const {
-    // The search meets the group itself, too, so letter case alone cannot be changed.
+    // The search finds the group itself as well, so the letter case alone cannot be changed.
     if (id == 0 || m_job->groups.GetName(id).empty() || m_job->groups.FindByName(newName)) {
         return 0;
     }
@@ -57,7 +57,7 @@ int Job::DeleteGroup(std::uint16_t id) {
 }
 
 int Job::CnvInvalidGroup(std::uint16_t id) {
-    // By the table's own order: a point whose entity is damaged leaves the group like the others.
+    // Walks the table, not the drawing, so points with a damaged entity leave the group as well.
     for (int found = points.First(kRecordOrder); found != 0; found = points.Next()) {
         if (points.Get<"GroupIndex">() == id) {
             points.Set<"GroupIndex">(std::uint16_t{0});

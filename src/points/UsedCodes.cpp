@@ -11,8 +11,8 @@ namespace cqsurvey {
 
 namespace {
 
-/// Collects codes and lists them in the order that callers have always got: that of a hash map of
-/// 17 chains in which a new code is put at the head of its chain.
+/// Collects codes, each once, and lists them in a fixed order on which callers rely: that of a hash
+/// map with 17 chains, in which a new code is put at the head of its chain.
 class CodeCollector {
  public:
     template <class Table>

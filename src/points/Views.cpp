@@ -6,7 +6,8 @@ namespace cqsurvey {
 
 std::int32_t CqSurveyDB::SetSortCoordSetting(std::uint16_t key, std::uint16_t order,
                                              const COORDFILTER& filter) {
-    // A step of its own, though nothing is written: a batch around it takes the view back, too.
+    // A step of its own although nothing is written, so that undoing a batch restores the view as
+    // well.
     return Atomically(*m_job, [&] { return m_job->pointIndex.SetSetting(key, order, filter); });
 }
 

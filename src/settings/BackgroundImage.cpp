@@ -22,7 +22,7 @@ constexpr int kModeRead = 1;
 constexpr int kModeWrite = 2;
 constexpr std::uint16_t kNoAttributes = 0xFFFF;
 
-/// Copies the source over the volume's file. False when either fails.
+/// Copies the source over the file in the job. False when reading or writing fails.
 bool CopyImage(HostFile& source, std::int32_t image) {
     std::array<std::byte, 1024> block;
     std::uint32_t length = 0;
@@ -38,8 +38,8 @@ bool CopyImage(HostFile& source, std::int32_t image) {
         }
     }
     const bool done = written && count.has_value();
-    // Opening does not cut the file, so a larger image's end would stay. A source that cannot be
-    // read at all leaves the image that is there.
+    // Opening does not shorten the file, so the end of a larger image would stay. When nothing at
+    // all can be read from the source, the previous image stays.
     if (done || length > 0) {
         return QrfsSetLength(image, length) != 0 && done;
     }
@@ -54,7 +54,7 @@ int CqSurveyDB::StoreBackgroundImageFile(const CString& sourcePath, int type, co
         const CString imagePath = m_job->mountName + m_BGName;
         HostFile source;
         if (StoreIsMountedVolume(sourcePath) == 0) {
-            // A source that cannot be opened fails at its first read.
+            // If it cannot be opened, its first read fails.
             static_cast<void>(source.OpenToRead(sourcePath));
         }
         if (QrfsCreateFile(imagePath, 0) == 0) {
@@ -105,7 +105,7 @@ int CqSurveyDB::ReadBackgroundImageFile(std::uint8_t*& data, std::uint32_t& leng
     }
     const std::int32_t fileLength = QrfsGetLength(image);
     if (fileLength == 0) {
-        // The file stays open, in place of the one that was found empty before.
+        // The file stays open, and one that was found empty earlier is closed.
         QrfsCloseFile(std::exchange(m_job->emptyImage, image));
         return 0;
     }

@@ -23,8 +23,8 @@ enum BackgroundKey : std::size_t {
     kBKColor
 };
 
-// What a new job's settings say, and what a getter returns whose key is absent. The keys that are
-// not here begin with 0.
+// The settings of a new job, which are also what a getter returns when the key is absent. All other
+// keys begin with 0.
 inline constexpr double kDefaultSiPointSize = 5.0;
 inline constexpr std::int32_t kDefaultMapscale = 500;
 inline constexpr std::int32_t kDefaultContrast = 100;

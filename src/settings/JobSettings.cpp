@@ -26,7 +26,7 @@ namespace {
 
 constexpr const char16_t* kBackupPath = u":/Settings.bak";
 
-/// True when `key` is in `keys`, but for letter case.
+/// True when `key` is in `keys`, without regard to letter case.
 template <class Keys>
 bool Holds(const Keys& keys, const CString& key) {
     return std::any_of(keys.begin(), keys.end(),
@@ -196,7 +196,7 @@ int Job::WriteSettingsIniFile() {
     if (settings.Write(mountName + CqSurveyDB::m_SettingsPath) != 0) {
         return 1;
     }
-    // A job that can only be read must not seem changed until it is closed.
+    // A job that is only readable must not look changed until it is closed.
     if (QrfsGetLastError() == error::kAccessDenied) {
         settings.UndoStep();
         ThrowStorageError(error::kAccessDenied);

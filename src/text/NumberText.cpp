@@ -13,7 +13,7 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-constexpr const char* kNoNumber = "is no number";
+constexpr const char* kNoNumber = "is not a number";
 
 }  // namespace
 
@@ -33,12 +33,12 @@ ParsedNumber ParseNumber(std::string_view text, bool decimalComma) {
         return {.fault = "is empty"};
     }
     if (!decimalComma && text.find(',') != std::string_view::npos) {
-        return {.fault = "is no number: it holds a comma"};
+        return {.fault = "is not a number: it holds a comma"};
     }
     std::string pointed;
     if (decimalComma) {
         if (text.find('.') != std::string_view::npos) {
-            return {.fault = "is no number: it holds a point where decimal commas are used"};
+            return {.fault = "is not a number: it holds a point where decimal commas are used"};
         }
         if (const std::size_t comma = text.find(','); comma != std::string_view::npos) {
             pointed = text;
@@ -86,7 +86,7 @@ std::string FormatNumber(double value) {
     if (std::isnan(value)) {
         return {};
     }
-    // Coordinates are read by people: no exponent in the range where there are any.
+    // People read coordinates, so numbers in their range have no exponent.
     const double size = std::fabs(value);
     const bool plain = size == 0.0 || (size >= 1e-7 && size < 1e16);
     std::array<char, 64> buffer{};

@@ -12,7 +12,7 @@ namespace {
 std::size_t CharacterLength(std::string_view text) {
     constexpr gunichar kMost = 0x10FFFF;
     if (text.front() == '\0') {
-        // GLib takes it for the end of the text.
+        // GLib takes a zero byte for the end of the text.
         return 1;
     }
     const gunichar character =
@@ -28,7 +28,7 @@ bool IsUtf8(std::string_view text) {
         if (*end != '\0') {
             return false;
         }
-        // GLib takes a zero for a fault.
+        // GLib takes a zero byte for a fault.
         text.remove_prefix(static_cast<std::size_t>(end - text.data()) + 1);
     }
     return true;

@@ -9,14 +9,14 @@ namespace cqsurvey {
 /// True when `text` is well-formed UTF-8.
 [[nodiscard]] bool IsUtf8(std::string_view text);
 
-/// `text` fit for a terminal and for one line: control characters and bytes that are no UTF-8 as
-/// \n, \t, \x1b and the like.
+/// `text` made fit for one line on a terminal: control characters and bytes that are not UTF-8
+/// become \n, \t, \x1b and the like.
 [[nodiscard]] std::string Printable(std::string_view text);
 
 /// Printable text in quotation marks for a message, shortened to about 60 bytes.
 [[nodiscard]] std::string Quoted(std::string_view text);
 
-/// The name of a thing and ": ", with which a message about it begins; nothing for an empty name.
+/// The beginning of a message about something: its name and ": ". Empty for an empty name.
 [[nodiscard]] std::string NamePrefix(std::string_view name);
 
 /// "1 point", "2 points".

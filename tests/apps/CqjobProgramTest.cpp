@@ -103,8 +103,8 @@ TEST_F(CqjobProgram, ImportsAndTellsEveryLine) {
                   "\n  columns: name 1, northing 2, easting 3, height 4, description from 5; "
                   "separator: comma\n  9 lines = 1 header + 1 comment + 1 blank + 4 recorded + 0 "
                   "continued + 0 skipped + 2 refused\n  2 without height\n  1 without name\n");
-    EXPECT_EQ(run.err, points + ":6: refused: the job has a point \"P1\" already\n" + points +
-                           ":8: refused: the northing \"x\" is no number\n");
+    EXPECT_EQ(run.err, points + ":6: refused: the job already has a point \"P1\"\n" + points +
+                           ":8: refused: the northing \"x\" is not a number\n");
     const CqjobRun list = Run({"points", job});
     EXPECT_EQ(list.out,
               "Name  Easting  Northing  Height  Code  Group  Description\n"
@@ -182,7 +182,7 @@ TEST_F(CqjobProgram, ReportsAnImportAsJson) {
         Run({"import", job, "-", "--order", "pnezd", "--json"}, 0, "A,1,2,3\nB,\"x\",2,3\n");
     EXPECT_EQ(run.err, "");
     EXPECT_TRUE(Holds(run.out, "\"recorded\": 1,"));
-    EXPECT_TRUE(Holds(run.out, "\"text\": \"the northing \\\"x\\\" is no number\""));
+    EXPECT_TRUE(Holds(run.out, "\"text\": \"the northing \\\"x\\\" is not a number\""));
 }
 
 TEST_F(CqjobProgram, ListsPointsPageByPageAndSorted) {

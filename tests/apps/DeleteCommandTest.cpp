@@ -43,7 +43,7 @@ TEST_F(DeleteCommandTest, DeletesTheOthersWhenToldToIgnoreMissingOnes) {
 TEST_F(DeleteCommandTest, RefusesToGuessAndWrongUsage) {
     Run({"import", job, "-", "--order", "pnezd", "--comment", ""}, 0, "#2,1,2,3\n");
     const std::string before = ReadFile(job);
-    EXPECT_TRUE(Holds(Run({"delete", job, "#2"}, 1).err, "which \"#5\" stands for"));
+    EXPECT_TRUE(Holds(Run({"delete", job, "#2"}, 1).err, "use \"#5\" for that one"));
     Run({"delete", job, "#2", "--ignore-missing"}, 1);
     Run({"delete", job}, 2);
     Run({"delete", job, ""}, 2);

@@ -41,7 +41,7 @@ TEST_F(EditCommandTest, ChangesAllPointsOrNone) {
     EXPECT_EQ(Run({"edit", job, "A", "Q", "--code", "1"}, 1).err,
               "cqjob: " + job + ": there is no point \"Q\"\n");
     EXPECT_EQ(Run({"edit", job, "A", "--code", "1", "--name", "B"}, 1).err,
-              "cqjob: " + job + ": the job has a point \"B\" already\n");
+              "cqjob: " + job + ": the job already has a point \"B\"\n");
     EXPECT_TRUE(Holds(Run({"edit", job, "A", "--code", "1", "--group", "Rail"}, 1).err,
                       job + ": there is no group \"Rail\""));
     EXPECT_EQ(Export(), before);

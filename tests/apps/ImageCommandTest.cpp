@@ -73,7 +73,7 @@ TEST_F(ImageCommandTest, ReplacesNothingUnlessForced) {
     const std::string first = WriteFile("a.jpg", "abc");
     const std::string second = WriteFile("b.jpg", "defgh");
     Store(first);
-    EXPECT_TRUE(Holds(Store(second, {}, 1).err, job + ": has an image already"));
+    EXPECT_TRUE(Holds(Store(second, {}, 1).err, job + ": already has an image"));
     EXPECT_EQ(Run({"image", "fetch", job, "-"}).out, "abc");
     EXPECT_TRUE(Holds(Run({"image", "fetch", job, second}, 1).err, "--force"));
     EXPECT_EQ(ReadFile(second), "defgh");

@@ -14,8 +14,8 @@ TEST_F(ImportCommand, NotesNameTheFileAndItsLines) {
     const CqjobRun run =
         Run({"import", job, "-", "--order", "pnezd"}, 0, "A,1,2,3\nB,x,2,3,\"a\nb\nc\"\nA,1,2,3\n");
     EXPECT_EQ(run.err,
-              "standard input:2-4: refused: the northing \"x\" is no number\n"
-              "standard input:5: refused: the job has a point \"A\" already\n");
+              "standard input:2-4: refused: the northing \"x\" is not a number\n"
+              "standard input:5: refused: the job already has a point \"A\"\n");
 }
 
 TEST_F(ImportCommand, NotesStandInTheJsonInstead) {
@@ -27,7 +27,7 @@ TEST_F(ImportCommand, NotesStandInTheJsonInstead) {
     EXPECT_TRUE(Holds(run.out, "\"continued\": 1,"));
     EXPECT_TRUE(Holds(run.out,
                       "\"line\": 2,\n      \"lines\": 2,\n      \"what\": \"refused\",\n      "
-                      "\"text\": \"the northing \\\"a\\\" is no number\""));
+                      "\"text\": \"the northing \\\"a\\\" is not a number\""));
 }
 
 TEST_F(ImportCommand, EastAsianPagesGoInAndOutAgain) {

@@ -344,7 +344,7 @@ TEST_F(PlotCommand, ASinglePointIsInTheMiddle) {
 TEST_F(PlotCommand, SaysWhatHasNoPlace) {
     DrawPoint(db, u"A", kNaN, kNaN);
     DrawPoint(db, u"B", 1, 1);
-    EXPECT_TRUE(Has(Plot("a.svg").err, "1 object without a finite place")) << "err";
+    EXPECT_TRUE(Has(Plot("a.svg").err, "1 object without a finite position")) << "err";
 }
 
 TEST_F(PlotCommand, TheTitleTellsTheJobsExtentsAndNotTheRoomOfItsTexts) {

@@ -137,10 +137,10 @@ TEST(FieldTextFile, ALineWithoutItsCoordinatesIsRefusedWithTheReason) {
     EXPECT_EQ(reason("1,2"), "there is no easting: it would be column 3, and there are 2");
     EXPECT_EQ(reason("1,2,3"), "there is no height: it would be column 4, and there are 3");
     EXPECT_EQ(reason("1,,3,4"), "the northing is empty");
-    EXPECT_EQ(reason("1,2,12abc,4"), "the easting \"12abc\" is no number");
-    EXPECT_EQ(reason("1,nan,inf,4"), "the northing \"nan\" is no number");
+    EXPECT_EQ(reason("1,2,12abc,4"), "the easting \"12abc\" is not a number");
+    EXPECT_EQ(reason("1,nan,inf,4"), "the northing \"nan\" is not a number");
     EXPECT_EQ(reason("1,\"1,234.5\",3,4"),
-              "the northing \"1,234.5\" is no number: it holds a comma");
+              "the northing \"1,234.5\" is not a number: it holds a comma");
 }
 
 TEST(FieldTextFile, EmptyNamesAreNames) {
@@ -265,7 +265,7 @@ TEST(FieldTextFile, TextOfAnotherCodePageIsRefusedNotDamaged) {
         "e\n",
         Order("pnezd"));
     EXPECT_EQ(line.kind, Kind::Refused);
-    EXPECT_NE(line.reason.find("code-page names another"), std::string::npos);
+    EXPECT_NE(line.reason.find("choose another with code-page"), std::string::npos);
     EXPECT_EQ(ReadOne("\xFF,1,2,3\n", Order("pnezd")).kind, Kind::Refused);
     EXPECT_EQ(ReadOne(std::string_view("1,1,2,3,a\0b\n", 12), Order("pnezd")).kind, Kind::Refused);
 }

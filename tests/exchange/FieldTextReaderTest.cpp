@@ -62,7 +62,7 @@ TEST_F(FieldTextReaderTest, RecordsTheFileAndReportsEveryLine) {
     EXPECT_EQ(report.missingHeights, 1U);
     ASSERT_EQ(report.GetNotes().size(), 1U);
     EXPECT_EQ(report.GetNotes()[0].line, 3U);
-    EXPECT_EQ(report.GetNotes()[0].text, "the easting \"x\" is no number");
+    EXPECT_EQ(report.GetNotes()[0].text, "the easting \"x\" is not a number");
     db.Close();
     db.Open(folder.Path(u"a.job"));
     EXPECT_EQ(db.GetNumCoordRecs(), 2);
@@ -187,21 +187,23 @@ TEST_F(FieldTextReaderTest, TheMarkOfUtf8ContradictsAnotherCodePage) {
                         options),
               "text: begins with the mark of UTF-8, so it is not in code page 1252");
     options.codePage = 37;
-    EXPECT_NE(FindFault("A,1,2,3\n", options).find("37 is no narrow code page"), std::string::npos);
+    EXPECT_NE(FindFault("A,1,2,3\n", options).find("37 is not a narrow code page"),
+              std::string::npos);
 }
 
 TEST_F(FieldTextReaderTest, AdviceNamesTheOptionsAsTheCallerDoes) {
     FieldTextReadOptions options = Order("pnezd");
     EXPECT_EQ(FindFault("\xFF,1,2,3\n", options),
-              "the name \"\\xff\" is no text of code page 65001 (UTF-8); code-page names another");
+              "the name \"\\xff\" is not a text of code page 65001 (UTF-8); choose another with "
+              "code-page");
     options.optionPrefix = "--";
-    EXPECT_EQ(
-        FindFault("\xFF,1,2,3\n", options),
-        "the name \"\\xff\" is no text of code page 65001 (UTF-8); --code-page names another");
+    EXPECT_EQ(FindFault("\xFF,1,2,3\n", options),
+              "the name \"\\xff\" is not a text of code page 65001 (UTF-8); choose another with "
+              "--code-page");
     EXPECT_EQ(
         FindFault("P,E,N,Z\n1,2,3,4\n", options),
         "text:1: the heading of column 2 is \"E\", but the order given takes name 1, northing "
-        "2, easting 3, height 4, description from 5; --header 1 reads the file as told");
+        "2, easting 3, height 4, description from 5; --header 1 reads the file with that order");
     options.order.reset();
     options.recognise = true;
     EXPECT_EQ(FindFault("P,E,N\n1,2,3\n", options),

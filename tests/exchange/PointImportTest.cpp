@@ -62,7 +62,7 @@ TEST_F(PointImportTest, RecordsPointsAndAccountsForEveryLine) {
     EXPECT_EQ(Describe(u"A"), u"wall, \"old\"\r\nhigh");
     EXPECT_EQ(Find(u"B").GetCode(), 50);
     EXPECT_EQ(Describe(u"B"), u"");
-    EXPECT_EQ(notes, "a.csv:7: refused: the northing \"x\" is no number\n");
+    EXPECT_EQ(notes, "a.csv:7: refused: the northing \"x\" is not a number\n");
 }
 
 TEST_F(PointImportTest, RefusesOrSkipsDuplicatesAsAsked) {
@@ -73,16 +73,16 @@ TEST_F(PointImportTest, RefusesOrSkipsDuplicatesAsAsked) {
               "1 lines = 0 header + 0 comment + 0 blank + 0 recorded + 0 continued + 1 skipped + 0 "
               "refused");
     EXPECT_EQ(notes,
-              "a.csv:2: refused: the job has a point \"A\" already\n"
-              "a.csv:1: skipped: the job has a point \"A\" already\n");
+              "a.csv:2: refused: the job already has a point \"A\"\n"
+              "a.csv:1: skipped: the job already has a point \"A\"\n");
     EXPECT_EQ(db.GetNumCoordRecs(), 1);
 }
 
 TEST_F(PointImportTest, RenamesDuplicatesWhenAsked) {
     Import("A,1,2,3\nA_2,4,5,6\nA,7,8,9\nA,10,11,12\n", Duplicates::Rename);
     EXPECT_EQ(notes,
-              "a.csv:3: note: the job has a point \"A\" already; recorded as \"A_3\"\n"
-              "a.csv:4: note: the job has a point \"A\" already; recorded as \"A_4\"\n");
+              "a.csv:3: note: the job already has a point \"A\"; recorded as \"A_3\"\n"
+              "a.csv:4: note: the job already has a point \"A\"; recorded as \"A_4\"\n");
     EXPECT_EQ(db.GetNumCoordRecs(), 4);
     EXPECT_NE(db.GetCoordRecHandleByPtName(u"A_4"), 0U);
 }
@@ -94,7 +94,7 @@ TEST_F(PointImportTest, ReportsNamesThatAreCutAndTheDuplicatesThatArise) {
               "a.csv:1: note: the name \"12345678901234567890\" is longer than 19 characters, cut "
               "to \"1234567890123456789\"\n"
               "a.csv:2: refused: the name \"1234567890123456789x\" is longer than 19 characters, "
-              "cut to \"1234567890123456789\", which the job has already\n");
+              "cut to \"1234567890123456789\", which the job already has\n");
     Import("1234567890123456789y,1,2,3\n", Duplicates::Rename);
     EXPECT_NE(db.GetCoordRecHandleByPtName(u"12345678901234567_2"), 0U);
 }
@@ -108,8 +108,7 @@ TEST_F(PointImportTest, SaysWhichMarkItKept) {
     Import("1,1,2,3,\"A\" frame\n2,1,2,3,12\"\n");
     EXPECT_EQ(Describe(u"1"), u"\"A\" frame");
     EXPECT_EQ(Describe(u"2"), u"12\"");
-    EXPECT_EQ(notes,
-              "a.csv:1: note: a quotation mark that encloses no field is kept as it stands\n");
+    EXPECT_EQ(notes, "a.csv:1: note: a quotation mark that encloses no field is kept as it is\n");
 }
 
 TEST_F(PointImportTest, ABatchThatIsNotCommittedLeavesNothing) {

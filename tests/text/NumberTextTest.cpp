@@ -53,8 +53,8 @@ TEST(NumberText, RefusesEverythingElse) {
 TEST(NumberText, SaysWhyANumberIsRefused) {
     EXPECT_STREQ(ParseNumber("").fault, "is empty");
     EXPECT_STREQ(ParseNumber(" \t").fault, "is empty");
-    EXPECT_STREQ(ParseNumber("12abc").fault, "is no number");
-    EXPECT_STREQ(ParseNumber("12,5").fault, "is no number: it holds a comma");
+    EXPECT_STREQ(ParseNumber("12abc").fault, "is not a number");
+    EXPECT_STREQ(ParseNumber("12,5").fault, "is not a number: it holds a comma");
     EXPECT_STREQ(ParseNumber("1e999").fault, "is too large or too small a number to be kept");
     EXPECT_STREQ(ParseNumber("1e-999").fault, "is too large or too small a number to be kept");
 }

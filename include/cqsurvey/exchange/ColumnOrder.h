@@ -17,17 +17,17 @@ enum class Column : std::size_t { Name, Northing, Easting, Height, Code, Descrip
 
 inline constexpr std::size_t kColumnCount = 6;
 
-/// The word for a column in messages and options: "name", "northing" ...
+/// The word for a column in messages and options, such as "northing".
 [[nodiscard]] CQSURVEY_EXCHANGE_API const char* ColumnWord(Column column);
 
-/// Which column of a field text file holds what. Always as the user or a header said: two numbers
-/// give no hint at which of them is the northing. Where a message advises an option, `optionPrefix`
-/// stands before the option's name: "--" for a command line.
+/// Which column of a field text file holds what. The user or the file's header says so; it is never
+/// guessed, because two numbers do not show which of them is the northing.
 class CQSURVEY_EXCHANGE_API ColumnOrder {
  public:
     /// Columns by letters, such as "pnezd": p point name, n northing, e easting, z height, c code,
     /// d description, - a column that is not wanted. d comes last and takes the rest of the line.
-    /// Throws OptionError unless each letter is there at most once, n and e exactly once.
+    /// Throws OptionError unless n and e occur once and the other letters at most once. Messages
+    /// that name an option of the program put `optionPrefix` before it: "--" for a command line.
     [[nodiscard]] static ColumnOrder FromLetters(std::string_view letters,
                                                  std::string_view optionPrefix = {});
 
@@ -35,50 +35,52 @@ class CQSURVEY_EXCHANGE_API ColumnOrder {
     /// description that comes last takes the rest of the line. Throws as FromLetters.
     [[nodiscard]] static ColumnOrder FromWords(std::string_view words);
 
-    /// True when the text assigns columns ("easting=EASTING,name=3") and does not list them.
+    /// True when the text assigns columns ("easting=EASTING,name=3") instead of listing them.
     [[nodiscard]] static bool IsAssignment(std::string_view words);
 
-    /// The pairs of a list of assignments: to each column the text of its heading, its number from
-    /// 1, or "-" for none. Throws OptionError for anything else.
+    /// Reads a list of assignments. A column is assigned the text of its heading, its number from
+    /// 1, or "-" for no column. Throws OptionError for anything else.
     [[nodiscard]] static std::map<Column, std::string> ReadAssignments(std::string_view words);
 
-    /// Columns by a file's headings (UTF-8). What `assigned` names is taken from there; with
-    /// `recognise` the rest by its usual names in English, Spanish, Portuguese and German, x being
-    /// the easting and y the northing. A description in the last column takes the rest of the line.
-    /// Throws OptionError when a heading is not there or fits twice, and unless northing and
-    /// easting
-    /// - with `recognise` name and height too - are found or set to "-".
+    /// Columns by a file's headings (UTF-8). `assigned` chooses columns by heading or number. With
+    /// `recognise`, the other columns are found by their usual headings in English, Spanish,
+    /// Portuguese and German; x is the easting and y the northing. A description in the last column
+    /// takes the rest of the line. Throws OptionError when a heading is missing or fits two
+    /// columns, and unless both northing and easting are found. With `recognise`, name and height
+    /// must be found as well, or be assigned "-".
     [[nodiscard]] static ColumnOrder FromHeadings(const std::vector<std::string>& headings,
                                                   const std::map<Column, std::string>& assigned,
                                                   bool recognise,
                                                   std::string_view optionPrefix = {});
 
-    /// What a heading usually means, if it is a usual one.
+    /// What the heading means, or nothing when it is not one of the usual ones.
     [[nodiscard]] static std::optional<Column> Recognise(std::string_view heading);
 
-    /// The first of `headings` that says plainly that its column holds another coordinate than this
-    /// order takes from it, from 0. "x" and "y" say nothing plainly.
+    /// The index (from 0) of the first heading that contradicts this order: it plainly names
+    /// another coordinate than the order takes from its column. "x" and "y" do not name one
+    /// plainly.
     [[nodiscard]] std::optional<std::size_t> FindContradiction(
         const std::vector<std::string>& headings) const;
 
-    /// Where a column is, from 0.
+    /// The index of a column, from 0; nothing when the file does not have it.
     [[nodiscard]] std::optional<std::size_t> Find(Column column) const {
         return m_columns[static_cast<std::size_t>(column)];
     }
     [[nodiscard]] std::size_t GetEasting() const { return *Find(Column::Easting); }
     [[nodiscard]] std::size_t GetNorthing() const { return *Find(Column::Northing); }
 
-    /// True when the description is its column and everything after it.
+    /// True when the description takes its column and everything after it.
     [[nodiscard]] bool TakesRest() const { return m_takesRest; }
 
-    /// True when a list of columns ends with one that is not wanted, so that what follows it is not
+    /// True when a list of columns ends with one that is not wanted. Then nothing after it is
     /// wanted either.
     [[nodiscard]] bool LeavesRest() const { return m_leavesRest; }
 
-    /// The number of columns up to the last one taken or passed over.
+    /// The number of columns up to the last one that the order names, wanted or not.
     [[nodiscard]] std::size_t GetWidth() const { return m_width; }
 
-    /// "name 1, northing 2, easting 3, height 4, description from 5", numbers from 1.
+    /// Names the columns and their numbers from 1: "name 1, northing 2, easting 3, height 4,
+    /// description from 5".
     [[nodiscard]] std::string Describe() const;
 
  private:

@@ -4,7 +4,7 @@
 
 namespace cqsurvey::exchange {
 
-/// What stands between the fields of a line. Blank: any run of blanks and tabs.
+/// What separates the fields of a line. Blank: any run of blanks and tabs.
 enum class Separator : char { Comma = ',', Semicolon = ';', Tab = '\t', Blank = ' ' };
 
 /// "comma", "semicolon", "tab" or "blank".

@@ -26,22 +26,22 @@ class FieldTextFile;
 
 /// How a field text file is to be read.
 struct FieldTextReadOptions {
-    /// Which column holds what; without it the header says so.
+    /// Which column holds what. Without an order, the header says so.
     std::optional<ColumnOrder> order;
 
-    /// Without an order: columns chosen by heading or number (ColumnOrder::ReadAssignments), and
-    /// whether the rest is recognised by the usual headings.
+    /// Used without an order: columns chosen by heading or number (ColumnOrder::ReadAssignments),
+    /// and whether the usual headings of other columns are recognised.
     std::map<Column, std::string> assigned;
     bool recognise = false;
 
-    /// Without it: the one that makes points of the most of the first lines.
+    /// Without a separator: the one with which most of the first lines are points.
     std::optional<Separator> separator;
 
-    /// What a comment line begins with; empty: the file has no comments.
+    /// What a comment line begins with. Empty: the file has no comments.
     std::string comment = "#";
 
-    /// How many lines of header there are; without it the first line is one when its northing and
-    /// its easting are both words.
+    /// How many lines of header there are. Without a number, the first line is a header when its
+    /// northing and its easting are both words.
     std::optional<std::uint64_t> headerLines;
 
     /// The decimal sign is the comma, not the point.
@@ -50,16 +50,15 @@ struct FieldTextReadOptions {
     /// The encoding of the file, by the number of a code page that keeps ASCII.
     int codePage = CqCodePage::kUtf8;
 
-    /// What stands for a missing height beside an empty column: numbers are compared as numbers,
-    /// other texts as texts.
+    /// Texts that mean a missing height, in addition to an empty column. Numbers are compared as
+    /// numbers, other texts as texts.
     std::vector<std::string> noHeight;
 
-    /// What stands before the name of an option where a message advises one: "--" for a command
-    /// line.
+    /// Messages that name an option of the program put this before it: "--" for a command line.
     std::string optionPrefix;
 };
 
-/// What one line of a field text file, or several that belong together, came to.
+/// One line of a field text file, or several that belong together, and what it was read as.
 struct FieldTextLine {
     enum class Kind { Header, Comment, Blank, Point, Refused };
     Kind kind = Kind::Blank;
@@ -78,9 +77,9 @@ struct FieldTextLine {
     bool moreColumns = false;  ///< there was text after the last column of the order
 };
 
-/// Reads a field text file: one point a line, its fields in columns. Surveying has no standard for
-/// these files, so nearly everything can be told and what can be found out safely is found out; but
-/// which number is the northing is never guessed.
+/// Reads a field text file: one point on each line, its fields in columns. Surveying has no
+/// standard for these files. So nearly everything about a file can be told, and the reader finds
+/// out by itself only what it can find out safely. It never guesses which number is the northing.
 ///
 ///     exchange::FileSource source("points.csv");
 ///     exchange::FieldTextReadOptions options;
@@ -88,51 +87,52 @@ struct FieldTextLine {
 ///     exchange::FieldTextReader reader(source, options);
 ///     const exchange::ImportReport report = reader.Import(db, {});
 ///
-/// The text after the coordinates is the description, as it stands in the file. A whole number is
-/// the feature code instead, with what follows it as the description. Where the order names a code
-/// column of its own, a description stays one whatever it is, and text in the code column goes in
-/// front of it.
+/// The text after the coordinates is the description, exactly as in the file. If it begins with a
+/// whole number in a field of its own, that is the feature code, and the description is what
+/// follows. When the order has a code column, the description is never taken for a code, and text
+/// in the code column goes in front of the description.
 ///
 /// Fields may be quoted. A quotation mark that does not enclose a whole field, such as the sign for
-/// inches, is a character like any other and never swallows the lines that follow.
+/// inches, is a character like any other, and never swallows the following lines.
 ///
-/// Every line of the file is accounted for: one that makes no point is refused, with the reason.
+/// Every line of the file is accounted for: one that should be a point and is not is refused, with
+/// the reason.
 class CQSURVEY_EXCHANGE_API FieldTextReader {
  public:
-    /// The source must outlive the reader; nothing else may read it. May read the front of it.
-    /// Throws OptionError when the code page is not known or contradicts the file's byte-order
-    /// mark, or when there is neither an order nor a header; ExchangeError when the text cannot be
-    /// read.
+    /// The source must outlive the reader, and nothing else may read it. The constructor may read
+    /// its first bytes. Throws OptionError when the code page is not known or contradicts the
+    /// file's byte-order mark, or when there is neither an order nor a header; ExchangeError when
+    /// the text cannot be read.
     FieldTextReader(TextSource& source, FieldTextReadOptions options);
     FieldTextReader(const FieldTextReader&) = delete;
     FieldTextReader& operator=(const FieldTextReader&) = delete;
     ~FieldTextReader();
 
-    /// The next line, for a look at a file without a job; false at the end. Throws OptionError when
-    /// the header does not give the columns or plainly contradicts the order given, ExchangeError
-    /// when the text cannot be read.
+    /// Reads the next line, to look at a file without a job. Returns false at the end. Throws
+    /// OptionError when the header does not say the columns or plainly contradicts the order,
+    /// ExchangeError when the text cannot be read.
     bool Next(FieldTextLine& line);
 
-    /// Records all points of the file in an open job, in one step. It is undone when any point is
-    /// refused and `strict` asks for it (the report calls the points withheld then), and when lines
-    /// were refused and no point is left.
+    /// Records all points of the file in an open job, in one step. The step is undone when any line
+    /// is refused and options.strict is set; the report then counts the points as withheld. It is
+    /// also undone when lines were refused and no point could be recorded.
     ///
     /// A name of more than 19 code units is cut. A point without a name is never a duplicate. Call
-    /// it once, before any Next.
+    /// Import once, and not after Next.
     ///
-    /// When it throws, the job is as it was: OptionError and ExchangeError as Next, ExchangeError
-    /// also when the job does not take a point or the group, CqSurveyException
-    /// error::kInvalidArgument when a CqBatch is open on the job and error::kNoMount when no job
-    /// is, and what else CqBatch::Commit, `note` and `progress` throw.
+    /// Throws OptionError and ExchangeError as Next does; ExchangeError also when the job does not
+    /// accept a point or the group; CqSurveyException with error::kInvalidArgument when the job has
+    /// an open CqBatch, with error::kNoMount when no job is open; and whatever CqBatch::Commit,
+    /// `note` and `progress` throw. The job is then as it was before.
     [[nodiscard]] ImportReport Import(CqSurveyDB& db, const ImportOptions& options);
 
     /// The separator in use.
     [[nodiscard]] Separator GetSeparator() const;
 
-    /// The columns in use; nothing before the header was read that says them.
+    /// The columns in use; nothing when they come from a header that has not been read yet.
     [[nodiscard]] const std::optional<ColumnOrder>& GetOrder() const;
 
-    /// The header's columns that are not taken, each like 5 "SIGMA_E".
+    /// The header's columns that are not used, each as its number and heading: 5 "SIGMA_E".
     [[nodiscard]] const std::vector<std::string>& GetUntaken() const;
 
  private:

@@ -23,7 +23,7 @@ struct FieldTextWriteOptions {
     ColumnOrder order = ColumnOrder::FromLetters("penzcd");
     Separator separator = Separator::Comma;
 
-    /// Decimal places, 0 to 17; without it as many as it takes to read the same number back.
+    /// Decimal places, 0 to 17. Without a number, as many as it takes to read the same number back.
     std::optional<int> decimals;
 
     /// The decimal sign is the comma, not the point.
@@ -32,13 +32,13 @@ struct FieldTextWriteOptions {
     /// The encoding of the file, by the number of a code page that keeps ASCII.
     int codePage = CqCodePage::kUtf8;
 
-    /// What messages call the job; empty: they do not name it. UTF-8 is shown as it is, other bytes
+    /// What messages call the job. Empty: they do not name it. UTF-8 is shown as it is, other bytes
     /// as \x and their number.
     std::string jobName;
 };
 
-/// Makes the lines of a field text file, such that FieldTextReader with the same order reads the
-/// same points. Where they go is the caller's business.
+/// Makes the lines of a field text file. FieldTextReader with the same order reads the same points
+/// back. The caller decides where the lines go.
 ///
 ///     exchange::FieldTextWriter writer({});
 ///     file << writer.MakeHeader();
@@ -46,13 +46,13 @@ struct FieldTextWriteOptions {
 ///         file << writer.MakeLine(db, handle, point);
 ///     }
 ///
-/// A missing height is an empty column. Without a code column the description's column holds the
-/// description or the feature code; where a point has both, the code comes first and the
+/// A missing height is an empty column. When the order has no code column, the description's column
+/// holds the description or the feature code. If a point has both, the code comes first, and the
 /// description in a column of its own after it.
 class CQSURVEY_EXCHANGE_API FieldTextWriter {
  public:
-    /// Throws OptionError when the code page is not known, and when the order has a description
-    /// that is not the last column but no code column.
+    /// Throws OptionError when the code page is not known, and when the order has no code column
+    /// and a description that is not the last column.
     explicit FieldTextWriter(const FieldTextWriteOptions& options);
     FieldTextWriter(const FieldTextWriter&) = delete;
     FieldTextWriter& operator=(const FieldTextWriter&) = delete;
@@ -61,13 +61,13 @@ class CQSURVEY_EXCHANGE_API FieldTextWriter {
     /// The line that names the columns, in English, ended by CR LF.
     [[nodiscard]] std::string MakeHeader() const;
 
-    /// The line of `point`, which was read from record `handle` of `db`, ended by CR LF. Throws
-    /// ExchangeError when the code page lacks a character of the name or the description, and what
-    /// CqSurveyDB::GetCoordDescription throws.
+    /// The line of `point`, ended by CR LF. `handle` is the point's handle in `db`. Throws
+    /// ExchangeError when the code page lacks a character of the name or the description, and
+    /// whatever CqSurveyDB::GetCoordDescription throws.
     [[nodiscard]] std::string MakeLine(CqSurveyDB& db, CqHandle handle, const CqCoordRec& point);
 
-    /// How many of the lines made so far FieldTextReader would refuse, because a coordinate is not
-    /// a finite number.
+    /// How many of the lines made so far have a coordinate that is not a finite number.
+    /// FieldTextReader would refuse them.
     [[nodiscard]] std::size_t GetNotFinite() const;
 
  private:

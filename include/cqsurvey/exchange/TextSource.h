@@ -12,9 +12,9 @@
 
 namespace cqsurvey::exchange {
 
-/// The bytes of a text file, one after the other, without a UTF-8 byte-order mark at the front.
-/// Counts the lines that go by. Whoever makes sense of the lines counts them too, and when both
-/// agree no line was lost. A source of another kind derives from it and defines ReadSome.
+/// The bytes of a text file in order, without a UTF-8 byte-order mark at the front. The source
+/// counts the lines as it hands them out. The reader of the lines counts them as well, and when
+/// both agree, no line was lost. To read from elsewhere, derive a class and define ReadSome.
 class CQSURVEY_EXCHANGE_API TextSource {
  public:
     /// `name` is what messages call it. UTF-8 is shown as it is, other bytes as \x and their
@@ -27,19 +27,21 @@ class CQSURVEY_EXCHANGE_API TextSource {
     [[nodiscard]] const std::string& GetName() const { return m_name; }
 
     /// Appends more bytes to `buffer`; false at the end of the text. Throws ExchangeError when they
-    /// cannot be read, or are UTF-16 by their byte-order mark; what was appended then is of no use.
+    /// cannot be read, or when their byte-order mark is that of UTF-16; do not use what was
+    /// appended then.
     bool Read(std::string& buffer);
 
-    /// The lines read so far, ended by CR LF, LF or CR, and what follows the last line end.
+    /// The number of lines read so far. A line ends with CR LF, LF or CR; what follows the last
+    /// line end counts as a line.
     [[nodiscard]] std::uint64_t GetLines() const { return m_lines + (m_openLine ? 1U : 0U); }
 
     /// The bytes read so far.
     [[nodiscard]] std::uint64_t GetBytes() const { return m_bytes; }
 
-    /// The bytes of the whole text, where that is known.
+    /// The size of the whole text in bytes, when it is known.
     [[nodiscard]] virtual std::optional<std::uint64_t> GetSize() const { return std::nullopt; }
 
-    /// True when the first bytes were the UTF-8 byte-order mark. To be asked after the first Read.
+    /// True when the first bytes were the UTF-8 byte-order mark. Call it after the first Read.
     [[nodiscard]] bool HasMark() const { return m_hasMark; }
 
  private:
@@ -61,9 +63,9 @@ class CQSURVEY_EXCHANGE_API TextSource {
 /// A file of the host, or standard input.
 class CQSURVEY_EXCHANGE_API FileSource : public TextSource {
  public:
-    /// "-" names standard input. `check` is called before each wait for bytes, also when a signal
-    /// ended the wait; what it throws comes through Read. Throws ExchangeError when the file cannot
-    /// be opened; a folder fails at the first Read.
+    /// "-" is standard input. `check` is called before each wait for bytes, and again when a signal
+    /// ended the wait; what it throws, Read throws. Throws ExchangeError when the file cannot be
+    /// opened. A folder can be opened, but its first Read throws.
     explicit FileSource(const std::string& path, std::function<void()> check = {});
     FileSource(const FileSource&) = delete;
     FileSource& operator=(const FileSource&) = delete;
@@ -79,7 +81,8 @@ class CQSURVEY_EXCHANGE_API FileSource : public TextSource {
     int m_descriptor = -1;
 };
 
-/// A text in memory, handed out in pieces of at most `piece` bytes. The text must outlive it.
+/// A text in memory, handed out in pieces of at most `piece` bytes. The text must outlive the
+/// source.
 class CQSURVEY_EXCHANGE_API StringSource : public TextSource {
  public:
     explicit StringSource(std::string_view text, std::size_t piece = 65536);

@@ -1,9 +1,9 @@
 #pragma once
 
-/// Other formats in and out of a job: everything an application needs.
+/// Reads and writes other formats than the job's own: everything an application needs.
 ///
-/// So far field text files, the lists of points that surveyors pass on as CSV and the like.
-/// FieldTextReader reads one into an open job, FieldTextWriter makes the lines of one.
+/// So far these are field text files, the lists of points that surveyors exchange as CSV and the
+/// like. FieldTextReader reads a file into an open job, FieldTextWriter makes the lines of a file.
 
 #include "cqsurvey/exchange/ColumnOrder.h"
 #include "cqsurvey/exchange/ExchangeError.h"

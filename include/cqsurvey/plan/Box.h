@@ -7,7 +7,7 @@
 
 namespace cqsurvey::plan {
 
-/// A rectangle along the axes, its sides included. It is empty until something was added.
+/// A rectangle with sides along the axes, which belong to it. It is empty until something is added.
 struct Box {
     double minX = std::numeric_limits<double>::infinity();
     double minY = std::numeric_limits<double>::infinity();

@@ -15,8 +15,8 @@ struct PaperSize {
     bool operator==(const PaperSize&) const = default;
 };
 
-/// The upright paper of that name, in any letter case: A0 to A6, Letter, Legal, Tabloid. Nothing
-/// for any other name.
+/// The upright paper of that name, in any letter case: A0 to A6, Letter, Legal, Tabloid. Returns
+/// nothing for any other name.
 [[nodiscard]] CQSURVEY_PLAN_API std::optional<PaperSize> FindPaper(std::string_view name);
 
 /// The names that FindPaper knows, with commas between them, for a message.

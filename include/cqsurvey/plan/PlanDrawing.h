@@ -21,35 +21,33 @@ namespace cqsurvey::plan {
 
 struct Plan;
 
-/// How drawing a picture went.
+/// What there is to say about a picture that was drawn.
 struct PlotReport {
     double scale = 0.0;          ///< the 500 of 1 : 500
-    bool holdsAll = true;        ///< false: part of what was to be drawn lies outside the frame
+    bool holdsAll = true;        ///< false: part of the drawing lies outside the frame
     std::size_t lostLabels = 0;  ///< labels that found no room
-    /// What could not be drawn as the job has it, one sentence in English each.
+    /// English sentences, one for each thing that could not be drawn as it is in the job.
     std::vector<std::string> notes;
 };
 
-/// What there is to draw of a job: read once, drawn any number of times. A picture is one page with
-/// north up: the map in its frame with a grid, and below it a title block with the heading, the
-/// job's extents, a scale bar and a north arrow. Paper of less than 100 x 80 mm has the map alone.
+/// The drawing of a job: read once, drawn any number of times. A picture is one page with north up.
+/// It has the map in its frame with a grid, and below it a title block with the heading, the job's
+/// extents, a scale bar and a north arrow. Paper smaller than 100 x 80 mm has only the map.
 ///
-/// A layer or an entity with a negative colour is hidden. Colours are numbers of the usual palette
-/// of 255, line types 0 continuous, 1 dashed, 2 dotted, 3 dash and dot, 4 dash and two dots, 5
-/// long, 6 short, 7 long and short dashes; 256 is that of the layer. The alignments of a text are 0
-/// left, 1 centre, 2 right, and 0 baseline, 1 bottom, 2 middle, 3 top; rotations are degrees. The
-/// settings' Mapscale is the scale, SiPointSize the size of a point's symbol in 1/72 inch.
+/// CqSurveyDB.h says what the numbers of colours, line types and alignments mean; line type 256,
+/// like colour 256, is that of the layer. A layer or an entity with a negative colour is hidden. Of
+/// the settings, Mapscale is the scale, and SiPointSize the size of a point's symbol in 1/72 inch.
 class CQSURVEY_PLAN_API PlanDrawing {
  public:
-    /// Is told how many entities have been read so far, or how many objects drawn.
+    /// Called with the number of entities read so far, or of objects drawn so far.
     using Progress = std::function<void(std::size_t done)>;
-    /// Takes the bytes of a picture, piece by piece.
+    /// Receives the bytes of a picture, piece by piece.
     using Sink = std::function<void(std::string_view bytes)>;
 
-    /// Reads an open job. The job is not changed, and may be closed afterwards. With `layers` only
-    /// what is on those layers is read. Throws PlanFailure with error::kInvalidArgument when one of
-    /// them does not exist, and with error::kDamaged when not every entity can be reached. What the
-    /// job and `progress` throw comes through.
+    /// Reads an open job, of all layers or only of `layers`. The job is not changed, and may be
+    /// closed afterwards. Throws PlanFailure with error::kInvalidArgument when one of the layers
+    /// does not exist, and with error::kDamaged when not every entity can be reached. Throws what
+    /// the job and `progress` throw.
     explicit PlanDrawing(CqSurveyDB& db, const std::optional<CStringList>& layers = std::nullopt,
                          const Progress& progress = {});
     PlanDrawing(PlanDrawing&& other) noexcept;
@@ -59,21 +57,20 @@ class CQSURVEY_PLAN_API PlanDrawing {
     /// How many objects there are to draw; a polyline counts as one.
     [[nodiscard]] std::size_t GetCount() const;
 
-    /// How many entities were left out because their own colour or their layer's hides them.
+    /// How many entities were left out because their own colour or that of their layer hides them.
     [[nodiscard]] std::size_t GetHidden() const;
 
-    /// How many entities were left out because they have no finite place, radius or width.
+    /// How many entities were left out because their position, radius or width is not finite.
     [[nodiscard]] std::size_t GetUnplaced() const;
 
-    /// The box of all objects in job coordinates, that of texts estimated. Without objects, the box
-    /// of the background image; empty when there is no image either.
+    /// The box of all objects in job coordinates; the size of texts is estimated. Without objects,
+    /// the box of the background image; empty when there is no image either.
     [[nodiscard]] Box GetExtents() const;
 
     /// Draws the plan and hands the picture to `sink`. Throws PlanFailure with
-    /// error::kInvalidArgument when FindFault finds one in the options, before `sink` is called,
-    /// and with error::kGeneralFailure when the picture could not be drawn. What `sink` and
-    /// `progress` throw comes through. After a failure the bytes that `sink` was given are of no
-    /// use.
+    /// error::kInvalidArgument, before `sink` is called, when FindFault finds a fault in the
+    /// options, and with error::kGeneralFailure when the picture could not be drawn. Throws what
+    /// `sink` and `progress` throw. After a failure, do not use the bytes that `sink` received.
     PlotReport Draw(const PlotOptions& options, const Sink& sink,
                     const Progress& progress = {}) const;
 
