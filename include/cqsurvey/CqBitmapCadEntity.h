@@ -16,11 +16,11 @@ class CQSURVEY_API CqBitmapCadEntity : public CqCadEntity {
     CqBitmapCadEntity& operator=(const CqBitmapCadEntity&) = default;
     ~CqBitmapCadEntity() override;
 
-    [[nodiscard]] EntType GetType() const override;
-    [[nodiscard]] double GetHeight() const override;
-    [[nodiscard]] const CVector& GetSize() const override;
+    [[nodiscard]] EntType GetType() const override { return EntBitmap; }
+    [[nodiscard]] double GetHeight() const override { return m_size.GetY(); }
+    [[nodiscard]] const CVector& GetSize() const override { return m_size; }
     int SetSize(const CVector& size) override;
-    [[nodiscard]] const CString& GetResName() const override;
+    [[nodiscard]] const CString& GetResName() const override { return m_resName; }
     int SetResName(const CString& resName) override;
 
  private:

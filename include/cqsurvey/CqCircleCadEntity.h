@@ -16,12 +16,12 @@ class CQSURVEY_API CqCircleCadEntity : public CqCadEntity {
     CqCircleCadEntity& operator=(const CqCircleCadEntity&) = default;
     ~CqCircleCadEntity() override;
 
-    [[nodiscard]] EntType GetType() const override;
-    [[nodiscard]] int GetCode() const override;
+    [[nodiscard]] EntType GetType() const override { return EntCircle; }
+    [[nodiscard]] int GetCode() const override { return m_code; }
     int SetCode(int code) override;
-    [[nodiscard]] double GetRadius() const override;
+    [[nodiscard]] double GetRadius() const override { return m_radius; }
     int SetRadius(double radius) override;
-    [[nodiscard]] int GetLine() const override;
+    [[nodiscard]] int GetLine() const override { return m_line; }
 
  private:
     friend struct Job;

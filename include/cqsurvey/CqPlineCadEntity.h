@@ -19,12 +19,12 @@ class CQSURVEY_API CqPlineCadEntity : public CqCadEntity {
     CqPlineCadEntity& operator=(const CqPlineCadEntity&) = default;
     ~CqPlineCadEntity() override;
 
-    [[nodiscard]] EntType GetType() const override;
-    [[nodiscard]] int GetCode() const override;
+    [[nodiscard]] EntType GetType() const override { return EntPline; }
+    [[nodiscard]] int GetCode() const override { return m_code; }
     int SetCode(int code) override;
     void GetBound(CVector& min, CVector& max) const override;
     void UpdateBound(const CVector& v) override;
-    [[nodiscard]] int GetLine() const override;
+    [[nodiscard]] int GetLine() const override { return m_line; }
 
  private:
     friend struct Job;

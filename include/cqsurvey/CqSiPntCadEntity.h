@@ -21,12 +21,14 @@ class CQSURVEY_API CqSiPntCadEntity : public CqCadEntity {
 
     [[nodiscard]] SurveyCoordType GetDataOrigin() const { return m_dataOrigin; }
 
-    [[nodiscard]] EntType GetType() const override;
-    [[nodiscard]] const CString& GetName() const override;
+    [[nodiscard]] EntType GetType() const override { return EntSiPnt; }
+    [[nodiscard]] const CString& GetName() const override { return m_name; }
     int SetName(const CString& name) override;
-    [[nodiscard]] int GetCode() const override;
+    [[nodiscard]] int GetCode() const override { return m_code; }
     int SetCode(int code) override;
-    [[nodiscard]] int GetMcadNumVertex() const override;
+    [[nodiscard]] int GetMcadNumVertex() const override {
+        return static_cast<int>(m_vertexHandles.size());
+    }
     [[nodiscard]] CqHandle GetMcadVertexHandle(int index) const override;
 
  private:

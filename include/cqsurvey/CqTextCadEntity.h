@@ -16,22 +16,22 @@ class CQSURVEY_API CqTextCadEntity : public CqCadEntity {
     CqTextCadEntity& operator=(const CqTextCadEntity&) = default;
     ~CqTextCadEntity() override;
 
-    [[nodiscard]] EntType GetType() const override;
-    [[nodiscard]] int GetCode() const override;
+    [[nodiscard]] EntType GetType() const override { return EntText; }
+    [[nodiscard]] int GetCode() const override { return m_code; }
     int SetCode(int code) override;
-    [[nodiscard]] const CString& GetText() const override;
+    [[nodiscard]] const CString& GetText() const override { return m_text; }
     int SetText(const CString& text) override;
-    [[nodiscard]] int GetAlign() const override;
+    [[nodiscard]] int GetAlign() const override { return m_align; }
     int SetAlign(int align) override;
-    [[nodiscard]] const CString& GetStyle() const override;
+    [[nodiscard]] const CString& GetStyle() const override { return m_style; }
     int SetStyle(const CString& style) override;
-    [[nodiscard]] double GetHeight() const override;
+    [[nodiscard]] double GetHeight() const override { return m_height; }
     int SetHeight(double height) override;
-    [[nodiscard]] double GetRot() const override;
+    [[nodiscard]] double GetRot() const override { return m_rotation; }
     int SetRot(double rot) override;
-    [[nodiscard]] std::uint32_t GetOptionStyle() const override;
-    [[nodiscard]] int GetInterval() const override;
-    [[nodiscard]] int GetThickness() const override;
+    [[nodiscard]] std::uint32_t GetOptionStyle() const override { return m_optionStyle; }
+    [[nodiscard]] int GetInterval() const override { return m_interval; }
+    [[nodiscard]] int GetThickness() const override { return m_thickness; }
 
  private:
     friend struct Job;

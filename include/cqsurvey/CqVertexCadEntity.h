@@ -15,13 +15,13 @@ class CQSURVEY_API CqVertexCadEntity : public CqCadEntity {
     CqVertexCadEntity& operator=(const CqVertexCadEntity&) = default;
     ~CqVertexCadEntity() override;
 
-    [[nodiscard]] EntType GetType() const override;
-    [[nodiscard]] double GetBulge() const override;
+    [[nodiscard]] EntType GetType() const override { return EntVertex; }
+    [[nodiscard]] double GetBulge() const override { return m_bulge; }
     int SetBulge(double bulge) override;
-    [[nodiscard]] CqHandle GetPlineHandle() const override;
-    [[nodiscard]] CqHandle GetPrevVertexHandle() const override;
-    [[nodiscard]] CqHandle GetNextVertexHandle() const override;
-    [[nodiscard]] CqHandle GetMcadSiPointHandle() const override;
+    [[nodiscard]] CqHandle GetPlineHandle() const override { return m_plineHandle; }
+    [[nodiscard]] CqHandle GetPrevVertexHandle() const override { return m_prevVertexHandle; }
+    [[nodiscard]] CqHandle GetNextVertexHandle() const override { return m_nextVertexHandle; }
+    [[nodiscard]] CqHandle GetMcadSiPointHandle() const override { return m_siPointHandle; }
     void UpdateExtent(CqCadEntity* pline, const CqCadEntity* nextVertex) override;
 
  private:

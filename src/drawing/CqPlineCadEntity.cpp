@@ -15,14 +15,6 @@ CqPlineCadEntity::CqPlineCadEntity()
 
 CqPlineCadEntity::~CqPlineCadEntity() = default;
 
-EntType CqPlineCadEntity::GetType() const {
-    return EntPline;
-}
-
-int CqPlineCadEntity::GetCode() const {
-    return m_code;
-}
-
 int CqPlineCadEntity::SetCode(int code) {
     m_code = code;
     return 1;
@@ -46,10 +38,6 @@ void CqPlineCadEntity::UpdateBound(const CVector& v) {
     if (v.GetY() > m_boundMax.GetY()) {
         m_boundMax.SetY(v.GetY());
     }
-}
-
-int CqPlineCadEntity::GetLine() const {
-    return m_line;
 }
 
 }  // namespace cqsurvey

@@ -6,30 +6,14 @@ namespace cqsurvey {
 
 CqSiPntCadEntity::~CqSiPntCadEntity() = default;
 
-EntType CqSiPntCadEntity::GetType() const {
-    return EntSiPnt;
-}
-
-const CString& CqSiPntCadEntity::GetName() const {
-    return m_name;
-}
-
 int CqSiPntCadEntity::SetName(const CString& name) {
     m_name = name;
     return 1;
 }
 
-int CqSiPntCadEntity::GetCode() const {
-    return m_code;
-}
-
 int CqSiPntCadEntity::SetCode(int code) {
     m_code = code;
     return 1;
-}
-
-int CqSiPntCadEntity::GetMcadNumVertex() const {
-    return static_cast<int>(m_vertexHandles.size());
 }
 
 CqHandle CqSiPntCadEntity::GetMcadVertexHandle(int index) const {

@@ -31,33 +31,9 @@ int Quadrant(const CVector& v) {
 
 CqVertexCadEntity::~CqVertexCadEntity() = default;
 
-EntType CqVertexCadEntity::GetType() const {
-    return EntVertex;
-}
-
-double CqVertexCadEntity::GetBulge() const {
-    return m_bulge;
-}
-
 int CqVertexCadEntity::SetBulge(double bulge) {
     m_bulge = bulge;
     return 1;
-}
-
-CqHandle CqVertexCadEntity::GetPlineHandle() const {
-    return m_plineHandle;
-}
-
-CqHandle CqVertexCadEntity::GetPrevVertexHandle() const {
-    return m_prevVertexHandle;
-}
-
-CqHandle CqVertexCadEntity::GetNextVertexHandle() const {
-    return m_nextVertexHandle;
-}
-
-CqHandle CqVertexCadEntity::GetMcadSiPointHandle() const {
-    return m_siPointHandle;
 }
 
 void CqVertexCadEntity::UpdateExtent(CqCadEntity* pline, const CqCadEntity* nextVertex) {
