@@ -131,7 +131,7 @@ class GroupsCommand : public Command {
     }
 
     [[noreturn]] void ThrowSameName(const std::string& name) const {
-        throw Failure(fmt::format("{}: there is already a group {}, perhaps in other letter case",
+        throw Failure(fmt::format("{}: there is already a group {}, perhaps in another letter case",
                                   Printable(m_job), Quoted(name)));
     }
 

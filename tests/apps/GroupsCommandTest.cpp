@@ -33,7 +33,7 @@ TEST_F(GroupsCommandTest, ListsGroupsWithTheirPoints) {
 TEST_F(GroupsCommandTest, AddsAllGroupsOrNone) {
     Run({"groups", "add", job, "Road"});
     const CqjobRun run = Run({"groups", "add", job, "Rail", "ROAD"}, 1);
-    EXPECT_TRUE(Holds(run.err, job + ": there is a group \"ROAD\" already"));
+    EXPECT_TRUE(Holds(run.err, job + ": there is already a group \"ROAD\""));
     EXPECT_EQ(List().find("Rail"), std::string::npos);
     Run({"groups", "add", job, ""}, 2);
     Run({"groups", "add", job, "a name of twenty char"}, 2);

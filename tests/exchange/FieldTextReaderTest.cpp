@@ -185,7 +185,7 @@ TEST_F(FieldTextReaderTest, TheMarkOfUtf8ContradictsAnotherCodePage) {
     EXPECT_EQ(FindFault("\xEF\xBB\xBF"
                         "A,1,2,3\n",
                         options),
-              "text: begins with the mark of UTF-8, so it is not in code page 1252");
+              "text: begins with the byte-order mark of UTF-8, so it is not in code page 1252");
     options.codePage = 37;
     EXPECT_NE(FindFault("A,1,2,3\n", options).find("37 is not a narrow code page"),
               std::string::npos);
@@ -211,7 +211,7 @@ TEST_F(FieldTextReaderTest, AdviceNamesTheOptionsAsTheCallerDoes) {
               "(height=- for none)");
     EXPECT_EQ(FindFault("P,E,N,East\n1,2,3,4\n", options),
               "text:1: columns 2 \"E\" and 4 \"East\" could both be the easting; choose one by its "
-              "number with --columns easting=2");
+              "number: --columns easting=2");
 }
 
 }  // namespace
