@@ -6,8 +6,8 @@
 #include <numbers>
 #include <string>
 
-#include "plan/ImageDecoder.h"
 #include "plan/Pen.h"
+#include "plan/images/ImageDecoder.h"
 
 namespace cqsurvey::plan {
 

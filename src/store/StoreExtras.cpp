@@ -2,6 +2,7 @@
 
 #include "cqsurvey/Text.h"
 #include "store/Registry.h"
+#include "store/VolumePath.h"
 
 namespace cqsurvey {
 
@@ -15,7 +16,7 @@ int StoreMountReadOnly(const CString& path, const CString& mountName) {
 int StoreDraftVolume(const CString& path, CString& draft) {
     return Registry::Run(0, [&](Registry& open) {
         const std::string host = RequireHostPath(path);
-        const CString name = FromUtf8(VolumeDatabase::DraftPath(host));
+        const CString name = FromUtf8(VolumeDraftPath(host));
         if (open.IsMounted(name)) {
             throw StoreFailure(error::kVolumeMounted, host + " is being created");
         }

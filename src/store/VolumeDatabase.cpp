@@ -7,8 +7,8 @@
 #include <string_view>
 #include <system_error>
 
-#include "platform/HexCode.h"
 #include "platform/System.h"
+#include "store/VolumePath.h"
 
 namespace cqsurvey {
 
@@ -56,10 +56,6 @@ std::string SystemTableName(const std::string& sql) {
     return sql.substr(from, sql.find(' ', from) - from);
 }
 
-[[noreturn]] void ThrowSystem(const std::error_code& failure, const std::string& path) {
-    throw StoreFailure(system::ErrorCode(failure), path + ": " + failure.message());
-}
-
 /// Reads the database header of a file that is not mounted, so that a file of another kind is never
 /// opened as a database: SQLite might change it, by rolling back a journal that lies beside it.
 /// Returns true when another tool has switched the file to a write-ahead log.
@@ -92,38 +88,6 @@ bool CheckHeader(const std::string& path) {
                            path + " has format version " + std::to_string(number(kUserVersion)));
     }
     return header[kWriteVersion] == kLogged || header[kWriteVersion + 1] == kLogged;
-}
-
-[[noreturn]] void ThrowTooLong(const std::string& path, const char* what, std::size_t length,
-                               std::size_t longest) {
-    throw StoreFailure(error::kInvalidArgument, path + ": the " + what + " has " +
-                                                    std::to_string(length) + " bytes, at most " +
-                                                    std::to_string(longest) + " are possible");
-}
-
-/// Throws error::kInvalidArgument for a path that is too long for SQLite or for the host. The files
-/// that SQLite keeps beside its own have longer names and must fit, too: a job whose journal cannot
-/// be created could be opened but never changed.
-void RequireShortEnough(const std::string& path) {
-    constexpr std::size_t kLongestEnd = std::string_view("-journal").size();
-    constexpr std::size_t kZeros = 2;  // after the path and after its journal's
-    const std::string absolute = system::AbsolutePath(path);
-    if (const sqlite3_vfs* vfs = sqlite3_vfs_find(nullptr); vfs != nullptr) {
-        const std::size_t longest =
-            static_cast<std::size_t>(vfs->mxPathname) - kLongestEnd - kZeros;
-        if (absolute.size() > longest) {
-            ThrowTooLong(path, "path", absolute.size(), longest);
-        }
-    }
-    const std::size_t longest = system::LongestNameBeside(absolute);
-    for (std::size_t begin = 0; begin <= absolute.size();) {
-        const std::size_t end = std::min(absolute.find('/', begin), absolute.size());
-        const std::size_t added = end == absolute.size() ? kLongestEnd : 0;
-        if (end - begin + added > longest) {
-            ThrowTooLong(path, "name", end - begin, longest - added);
-        }
-        begin = end + 1;
-    }
 }
 
 /// Runs `body` and puts the path before the text of what it throws. SQLite's own texts do not name
@@ -194,22 +158,6 @@ SqlConnection OpenChecked(const std::string& path, bool readOnly) {
     return connection;
 }
 
-/// Throws error::kFileExists when anything is at the path, error::kInvalidArgument when the path
-/// can only be that of a folder.
-void RequireFree(const std::string& path) {
-    std::error_code failure;
-    const auto status = system::IdentifyLink(path, failure);
-    if (status) {
-        throw StoreFailure(
-            error::kFileExists,
-            path + (status->kind == system::FileStatus::Kind::Folder ? ": a folder is there"
-                                                                     : ": a file is there"));
-    }
-    if (path.ends_with('/')) {
-        throw StoreFailure(error::kInvalidArgument, path + ": this names a folder, not a file");
-    }
-}
-
 /// Turns an empty file into an empty volume and makes it durable.
 void FillNew(const std::string& path) {
     // An absolute path is never mistaken for a URI.
@@ -233,22 +181,6 @@ void FillNew(const std::string& path) {
     SqlRun(connection.get(), sql + "COMMIT;");
     connection.reset();
     system::SyncFolderOf(absolute);
-}
-
-/// The database keeps unfinished work in files beside its own, such as "a.job-journal" for "a.job",
-/// and deletes them when it is done. So a new volume must not have such a name, and no such file
-/// may lie where a new volume is to be created.
-void RequireNoneBeside(const std::string& path) {
-    for (const char* end : {"-journal", "-wal", "-shm"}) {
-        if (path.ends_with(end)) {
-            throw StoreFailure(error::kInvalidArgument,
-                               path + ": a name with this ending belongs to the volume beside it");
-        }
-        if (system::IsTaken(path + end)) {
-            throw StoreFailure(error::kFileExists,
-                               path + end + " exists and would be mistaken for a part of the job");
-        }
-    }
 }
 
 /// Makes the file of an empty volume. Failures speak of `path`, under which people know it.
@@ -278,23 +210,11 @@ void VolumeDatabase::Create(const std::string& path) {
     MakeFile(path, path);
 }
 
-std::string VolumeDatabase::DraftPath(const std::string& path) {
-    const std::size_t slash = path.find_last_of('/');
-    const std::size_t name = slash == std::string::npos ? 0 : slash + 1;
-    // FNV-1a, so that it is the same in every process.
-    std::uint64_t hash = 0xCBF29CE484222325U;
-    for (const char byte : path.substr(name)) {
-        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3U;
-    }
-    return path.substr(0, name) + ".cq" + HexCode(static_cast<std::int32_t>(hash >> 32)) +
-           HexCode(static_cast<std::int32_t>(hash & 0xFFFFFFFFU));
-}
-
 void VolumeDatabase::CreateDraft(const std::string& path) {
     RequireShortEnough(path);
     RequireFree(path);
     RequireNoneBeside(path);
-    const std::string draft = DraftPath(path);
+    const std::string draft = VolumeDraftPath(path);
     if (system::IsTaken(draft)) {
         try {
             const SqlConnection left =
@@ -314,7 +234,7 @@ void VolumeDatabase::CreateDraft(const std::string& path) {
 
 void VolumeDatabase::Publish(const std::string& path) {
     std::error_code failure;
-    const std::string draft = DraftPath(path);
+    const std::string draft = VolumeDraftPath(path);
     // Its last step was committed, so a journal that could not be removed at the close is inert.
     system::Remove(draft + "-journal");
     system::RenameNew(draft, path, failure);

@@ -47,11 +47,7 @@ class VolumeDatabase {
     /// other than a plain file.
     [[nodiscard]] static Identity Identify(const std::string& path);
 
-    /// The name under which a volume for `path` is made before it gets that path: in the same
-    /// folder, and always the same for the same path.
-    [[nodiscard]] static std::string DraftPath(const std::string& path);
-
-    /// Creates an empty volume under the draft's name. Fails as Create does when anything is at
+    /// Creates an empty volume at VolumeDraftPath(path). Fails as Create does when anything is at
     /// `path`. What an earlier try left under that name is removed, unless someone holds it:
     /// error::kVolumeMounted.
     static void CreateDraft(const std::string& path);

@@ -1,4 +1,4 @@
-#include "plan/ImageDecoder.h"
+#include "plan/images/ImageDecoder.h"
 
 #include <gtest/gtest.h>
 #include <turbojpeg.h>

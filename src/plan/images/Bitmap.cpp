@@ -1,8 +1,8 @@
-#include "plan/Bitmap.h"
+#include "plan/images/Bitmap.h"
 
 #include <utility>
 
-#include "plan/ImageFault.h"
+#include "plan/images/ImageFault.h"
 
 namespace cqsurvey::plan {
 

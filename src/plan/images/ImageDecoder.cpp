@@ -1,4 +1,4 @@
-#include "plan/ImageDecoder.h"
+#include "plan/images/ImageDecoder.h"
 
 #include <algorithm>
 #include <array>
@@ -6,10 +6,10 @@
 #include <span>
 #include <utility>
 
-#include "plan/Bitmap.h"
-#include "plan/BmpDecoder.h"
-#include "plan/ImageFault.h"
-#include "plan/JpegDecoder.h"
+#include "plan/images/Bitmap.h"
+#include "plan/images/BmpDecoder.h"
+#include "plan/images/ImageFault.h"
+#include "plan/images/JpegDecoder.h"
 
 namespace cqsurvey::plan {
 

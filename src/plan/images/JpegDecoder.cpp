@@ -1,4 +1,4 @@
-#include "plan/JpegDecoder.h"
+#include "plan/images/JpegDecoder.h"
 
 #include <turbojpeg.h>
 
@@ -8,7 +8,7 @@
 #include <memory>
 #include <string_view>
 
-#include "plan/ImageFault.h"
+#include "plan/images/ImageFault.h"
 
 namespace cqsurvey::plan {
 

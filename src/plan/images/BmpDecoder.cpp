@@ -1,4 +1,4 @@
-#include "plan/BmpDecoder.h"
+#include "plan/images/BmpDecoder.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <initializer_list>
 
-#include "plan/ImageFault.h"
+#include "plan/images/ImageFault.h"
 
 namespace cqsurvey::plan {
 

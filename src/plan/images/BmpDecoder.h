@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "plan/Bitmap.h"
+#include "plan/images/Bitmap.h"
 
 namespace cqsurvey::plan {
 
