@@ -1,6 +1,7 @@
 #include "store/Volume.h"
 
 #include <array>
+#include <chrono>
 
 #include "store/Failure.h"
 
@@ -33,6 +34,8 @@ Volume::Volume(const std::string& path, VolumeDatabase::Identity identity, bool 
         m_begin = SqlStatement(m_database.Get(), "BEGIN");
         m_commit = SqlStatement(m_database.Get(), "COMMIT");
         m_rollback = SqlStatement(m_database.Get(), "ROLLBACK");
+        m_pageCount = SqlStatement(m_database.Get(), "PRAGMA page_count");
+        m_pageSize = static_cast<std::uint64_t>(SqlNumber(m_database.Get(), "PRAGMA page_size"));
         m_path = m_database.GetPath();
         NoteSize();
     });
@@ -179,8 +182,15 @@ void Volume::Commit() {
 }
 
 /// What a step writes into a file that has no name any more, or another, is lost without a word
-/// when the job is closed. So each step looks whether the path still leads to the open file.
-void Volume::RequireInPlace() const {
+/// when the job is closed. So a step looks whether the path still leads to the open file, unless
+/// one has looked a moment ago: to ask for a file that was just written takes some systems nearly
+/// as long as to write it.
+void Volume::RequireInPlace() {
+    const auto now = std::chrono::steady_clock::now();
+    if (now < m_nextLook) {
+        return;
+    }
+    m_nextLook = now + kBetweenLooks;
     std::error_code failure;
     const auto status = system::Identify(m_path, failure);
     const char* what = !status                             ? "was removed or renamed"
@@ -188,6 +198,7 @@ void Volume::RequireInPlace() const {
                        : status->size < m_size             ? "was cut off"
                                                            : nullptr;
     if (what != nullptr) {
+        m_nextLook = {};
         throw StoreFailure(error::kReadWriteFailed,
                            m_path + " " + what +
                                " while the job was open; the change is not recorded. Put the file "
@@ -196,9 +207,11 @@ void Volume::RequireInPlace() const {
 }
 
 void Volume::NoteSize() noexcept {
-    std::error_code failure;
-    const auto status = system::Identify(m_path, failure);
-    m_size = status ? status->size : 0;
+    const SqlUse use(m_pageCount);
+    if (sqlite3_step(m_pageCount.Get()) == SQLITE_ROW) {
+        m_size =
+            static_cast<std::uint64_t>(sqlite3_column_int64(m_pageCount.Get(), 0)) * m_pageSize;
+    }
 }
 
 void Volume::CommitStep() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -159,7 +160,8 @@ class Volume {
     static SpillLimits s_limits;
 
     void RequireWritable() const;
-    void RequireInPlace() const;
+    static constexpr std::chrono::milliseconds kBetweenLooks{200};
+    void RequireInPlace();
     void NoteSize() noexcept;
     void RequireFreeName(const std::string& name);
     [[nodiscard]] bool IsTransactionLost() const;
@@ -179,6 +181,9 @@ class Volume {
     std::string m_path;
     /// The bytes of the file after the last step.
     std::uint64_t m_size = 0;
+    std::uint64_t m_pageSize = 0;
+    /// Until then no step looks whether the file is still in its place.
+    std::chrono::steady_clock::time_point m_nextLook;
     bool m_discarded = false;
     bool m_stepOpen = false;
     bool m_transactionOpen = false;
@@ -187,6 +192,7 @@ class Volume {
     SqlStatement m_begin;
     SqlStatement m_commit;
     SqlStatement m_rollback;
+    SqlStatement m_pageCount;
     /// Why the open step can only be undone; 0 while it can be committed.
     std::int32_t m_stepFailure = 0;
     std::string m_stepFailureDetail;

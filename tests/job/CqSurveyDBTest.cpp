@@ -1,12 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <set>
 #include <string>
+#include <thread>
 
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqCadEntityPtr.h"
@@ -374,6 +376,8 @@ TEST_F(SurveyDB, ABackslashSeparatesFoldersToo) {
 TEST_F(SurveyDB, AJobWhoseFileIsTakenAwayRecordsNothingAndSaysSo) {
     namespace fs = std::filesystem;
     const auto code = [](CqSurveyDB& db) {
+        // A step looks at most five times in a second.
+        std::this_thread::sleep_for(std::chrono::milliseconds(210));
         try {
             AddPoint(db, u"", 1, 2);
         } catch (const CqSurveyException& failure) {
