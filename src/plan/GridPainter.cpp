@@ -5,7 +5,7 @@
 #include <numbers>
 #include <string>
 
-#include "plan/Wording.h"
+#include "text/NumberText.h"
 
 namespace cqsurvey::plan {
 

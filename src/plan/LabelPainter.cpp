@@ -4,7 +4,7 @@
 #include <cmath>
 #include <variant>
 
-#include "plan/Wording.h"
+#include "text/NumberText.h"
 
 namespace cqsurvey::plan {
 

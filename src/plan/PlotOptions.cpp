@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "plan/Units.h"
-#include "plan/Wording.h"
+#include "text/NumberText.h"
 
 namespace cqsurvey::plan {
 

@@ -6,6 +6,7 @@
 
 #include "cqsurvey/plan/PlotOptions.h"
 #include "plan/Wording.h"
+#include "text/NumberText.h"
 
 namespace cqsurvey::plan {
 

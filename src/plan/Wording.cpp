@@ -2,10 +2,6 @@
 
 #include <glib.h>
 
-#include <array>
-#include <charconv>
-#include <cmath>
-
 namespace cqsurvey::plan {
 
 namespace {
@@ -27,31 +23,6 @@ std::string Escape(gunichar c) {
 }
 
 }  // namespace
-
-std::string FormatNumber(double value) {
-    if (std::isnan(value)) {
-        return {};
-    }
-    // People read these numbers, so there is no exponent in the range of coordinates.
-    const double size = std::fabs(value);
-    const bool plain = size == 0.0 || (size >= 1e-7 && size < 1e16);
-    std::array<char, 64> buffer{};
-    const auto [end, error] =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                      plain ? std::chars_format::fixed : std::chars_format::scientific);
-    return {buffer.data(), end};
-}
-
-std::string FormatNumber(double value, int decimals) {
-    if (std::isnan(value)) {
-        return {};
-    }
-    // The largest double has 309 digits before the point.
-    std::array<char, 340> buffer{};
-    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                            std::chars_format::fixed, decimals);
-    return {buffer.data(), end};
-}
 
 std::string Count(std::size_t number, std::string_view noun) {
     std::string text = std::to_string(number) + ' ';

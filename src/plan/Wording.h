@@ -6,12 +6,6 @@
 
 namespace cqsurvey::plan {
 
-/// The shortest decimal number that reads back as exactly `value`; empty for not-a-number.
-[[nodiscard]] std::string FormatNumber(double value);
-
-/// `value` rounded to `decimals` (0 to 17) places; empty for not-a-number.
-[[nodiscard]] std::string FormatNumber(double value, int decimals);
-
 /// "1 point", "2 points".
 [[nodiscard]] std::string Count(std::size_t number, std::string_view noun);
 

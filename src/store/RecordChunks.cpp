@@ -70,10 +70,6 @@ std::byte* RecordChunks::PlaceNew(Chunk& chunk, std::uint32_t at) {
     return bytes;
 }
 
-void RecordChunks::Put(std::uint32_t number, const std::byte* bytes) {
-    std::memcpy(Place(number), bytes, m_width);
-}
-
 void RecordChunks::PutMarked(std::uint32_t number, const std::byte* bytes) {
     Chunk& chunk = GetChunk(number >> kShift);
     const std::uint32_t at = number & kMask;

@@ -48,11 +48,8 @@ class RecordChunks {
         return chunk == nullptr ? nullptr : chunk->Find(number & kMask, m_width);
     }
 
-    /// Inserts or replaces a record.
-    void Put(std::uint32_t number, const std::byte* bytes);
-
-    /// The same, and sets both marks. They are set first, since that may need memory: a changed
-    /// record without its marks would be lost.
+    /// Inserts or replaces a record and sets both marks. They are set first, since that may need
+    /// memory: a changed record without its marks would be lost.
     void PutMarked(std::uint32_t number, const std::byte* bytes);
 
     /// Inserts a record, unless it exists, and returns its bytes for the caller to fill. The bytes

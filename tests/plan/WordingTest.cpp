@@ -2,25 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 namespace cqsurvey::plan {
 namespace {
-
-TEST(Wording, NumbersAreAsShortAsTheyCanBe) {
-    EXPECT_EQ(FormatNumber(500.0), "500");
-    EXPECT_EQ(FormatNumber(0.1), "0.1");
-    EXPECT_EQ(FormatNumber(-7654321.125), "-7654321.125");
-    EXPECT_EQ(FormatNumber(1e300), "1e+300");
-    EXPECT_EQ(FormatNumber(std::nan("")), "");
-}
-
-TEST(Wording, NumbersAreRoundedToDecimals) {
-    EXPECT_EQ(FormatNumber(312.125, 2), "312.12");
-    EXPECT_EQ(FormatNumber(2.0, 3), "2.000");
-    EXPECT_EQ(FormatNumber(1e300, 0).size(), 301U);
-    EXPECT_EQ(FormatNumber(std::nan(""), 2), "");
-}
 
 TEST(Wording, CountsOneAndMore) {
     EXPECT_EQ(Count(0, "point"), "0 points");

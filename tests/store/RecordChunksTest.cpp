@@ -29,6 +29,10 @@ Bytes Filled(std::uint32_t seed) {
     return bytes;
 }
 
+void Put(RecordChunks& chunks, std::uint32_t number, const std::byte* bytes) {
+    std::copy_n(bytes, kWidth, chunks.Place(number));
+}
+
 Bytes At(const RecordChunks& chunks, std::uint32_t number) {
     Bytes bytes{};
     const std::byte* found = chunks.Find(number);
@@ -64,8 +68,8 @@ TEST(RecordChunksTest, AnEmptyOneHasNothing) {
 
 TEST(RecordChunksTest, TheHighestAndLowestNumbersAreNumbersLikeAnyOther) {
     RecordChunks chunks(kWidth);
-    chunks.Put(0xFFFFFFFF, Filled(1).data());
-    chunks.Put(1, Filled(2).data());
+    Put(chunks, 0xFFFFFFFF, Filled(1).data());
+    Put(chunks, 1, Filled(2).data());
     EXPECT_EQ(At(chunks, 0xFFFFFFFF), Filled(1));
     EXPECT_EQ(chunks.Next(1), 0xFFFFFFFF);
     EXPECT_EQ(chunks.Next(0xFFFFFFFE), 0xFFFFFFFF);
@@ -77,19 +81,19 @@ TEST(RecordChunksTest, TheHighestAndLowestNumbersAreNumbersLikeAnyOther) {
 
 TEST(RecordChunksTest, BytesStayInPlaceWhileOtherChunksChange) {
     RecordChunks chunks(kWidth);
-    chunks.Put(300, Filled(300).data());
+    Put(chunks, 300, Filled(300).data());
     const std::byte* place = chunks.Find(300);
     for (std::uint32_t number = 1000; number < 3000; ++number) {
-        chunks.Put(number, Filled(number).data());
+        Put(chunks, number, Filled(number).data());
     }
-    chunks.Put(1, Filled(1).data());
+    Put(chunks, 1, Filled(1).data());
     EXPECT_EQ(chunks.Find(300), place);
     EXPECT_EQ(At(chunks, 300), Filled(300));
 }
 
 TEST(RecordChunksTest, MarksAreTakenInOrderAndMayBeOnNumbersWithoutARecord) {
     RecordChunks chunks(kWidth);
-    chunks.Put(5, Filled(5).data());
+    Put(chunks, 5, Filled(5).data());
     for (const std::uint32_t number : {4000000000U, 5U, 70U, 5U, 1U}) {
         chunks.SetMark(number, Mark::Dirty);
     }
@@ -117,13 +121,13 @@ TEST(RecordChunksTest, AVisitThatThrowsLeavesTheMarks) {
 
 TEST(RecordChunksTest, ClearForgetsRecordsAndMarks) {
     RecordChunks chunks(kWidth);
-    chunks.Put(7, Filled(7).data());
+    Put(chunks, 7, Filled(7).data());
     chunks.SetMark(7, Mark::Dirty);
     chunks.Clear();
     EXPECT_EQ(chunks.GetCount(), 0U);
     EXPECT_EQ(chunks.Next(0), 0U);
     EXPECT_TRUE(Taken(chunks, Mark::Dirty).empty());
-    chunks.Put(7, Filled(8).data());
+    Put(chunks, 7, Filled(8).data());
     EXPECT_EQ(At(chunks, 7), Filled(8));
 }
 
@@ -157,7 +161,7 @@ TEST(RecordChunksTest, BehavesAsAMapUnderAnySequenceOfChanges) {
                 case 3:
                 case 4: {
                     const Bytes bytes = Filled(random.Number());
-                    chunks.Put(at, bytes.data());
+                    Put(chunks, at, bytes.data());
                     model[at] = bytes;
                     break;
                 }
@@ -217,7 +221,7 @@ TEST(RecordChunksTest, BehavesAsAMapUnderAnySequenceOfChanges) {
 TEST(RecordChunksTest, AVisitMayEraseAndRewriteWhatItIsGiven) {
     RecordChunks chunks(kWidth);
     for (std::uint32_t number = 1; number <= 1000; ++number) {
-        chunks.Put(number, Filled(number).data());
+        Put(chunks, number, Filled(number).data());
         chunks.SetMark(number, Mark::Touched);
     }
     chunks.TakeMarked(Mark::Touched, [&](std::uint32_t number, const std::byte* record) {
@@ -225,7 +229,7 @@ TEST(RecordChunksTest, AVisitMayEraseAndRewriteWhatItIsGiven) {
         if (number % 2 == 0) {
             chunks.Erase(number);
         } else {
-            chunks.Put(number, Filled(number + 1).data());
+            Put(chunks, number, Filled(number + 1).data());
         }
     });
     EXPECT_EQ(chunks.GetCount(), 500U);
@@ -249,13 +253,13 @@ TEST(RecordChunksTest, MemoryIsInProportionToTheRecordsHoweverFarApartTheyAre) {
     RecordChunks sparse(64);
     const std::array<std::byte, 64> record{};
     for (std::uint32_t i = 1; i <= kRecords; ++i) {
-        sparse.Put(i * 400000U, record.data());
+        Put(sparse, i * 400000U, record.data());
     }
     EXPECT_LT(InUse() - before, std::size_t{kRecords} * 1000);
     const std::size_t between = InUse();
     RecordChunks dense(64);
     for (std::uint32_t i = 1; i <= kRecords; ++i) {
-        dense.Put(i, record.data());
+        Put(dense, i, record.data());
     }
     EXPECT_LT(InUse() - between, std::size_t{kRecords} * 70);
 }
