@@ -16,8 +16,10 @@ struct Job;
 
 /// One fault in a job.
 struct CqJobFinding {
-    std::string table;  ///< the job table concerned, such as "_EntityData"
-    CqHandle record;    ///< the record concerned, 0 when it is not a single one
+    /// The job table concerned, such as "_EntityData"; empty for a page of the file.
+    std::string table;
+    /// The record or page concerned, 0 when it is not a single one.
+    CqHandle record;
     std::string text;   ///< what is wrong, one English sentence
 };
 
@@ -25,7 +27,8 @@ struct CqJobFinding {
 /// entities name each other. The chain runs through every entity once in both directions, between
 /// the head and the tail that its header names. Every entity has a layer, and a record of its type
 /// that no other entity has. Vertices follow their polyline. Links tie survey points to vertices.
-/// Texts can be read. Names are unique. The extents hold every entity. What the operations leave
+/// Texts can be read. Names are unique. The extents hold every entity. Every page of
+/// the file holds what was written to it. What the operations leave
 /// behind by design, such as the link of a deleted point, is not a finding. The check only reads.
 /// With a damaged job, too, it comes to an end and does not throw.
 class CQSURVEY_API CqJobCheck {
@@ -54,6 +57,7 @@ class CQSURVEY_API CqJobCheck {
     void CheckLinks(Job& job);
     void CheckLayersAndGroups(Job& job);
     void CheckExtents(Job& job);
+    void CheckPages(Job& job);
 
     /// Calls `visit` for the number and the bytes of each record in record order.
     template <class Table, class Visit>

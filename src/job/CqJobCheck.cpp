@@ -72,6 +72,7 @@ CqJobCheck::CqJobCheck(CqSurveyDB& db, std::size_t maxFindings, const Progress& 
     CheckLinks(job);
     CheckLayersAndGroups(job);
     CheckExtents(job);
+    CheckPages(job);
     m_progress = nullptr;
 }
 
@@ -87,6 +88,17 @@ void CqJobCheck::ForEach(Table& table, Visit&& visit) {
         Look();
         visit(table.GetCurrentHandle(), table.Record());
     }
+}
+
+void CqJobCheck::CheckPages(Job& job) {
+    std::uint32_t page = 0;
+    do {
+        page = StoreFindWrongPage(job.mountName, page);
+        Expect(page == 0, "", page, [&] {
+            return "page " + Number(page) +
+                   " of the file does not match its sum: the medium has changed it";
+        });
+    } while (page != 0);
 }
 
 template <class Text>

@@ -3,6 +3,7 @@
 #include <system_error>
 
 #include "platform/System.h"
+#include "store/CheckedVfs.h"
 
 namespace cqsurvey {
 
@@ -27,6 +28,9 @@ std::int32_t CodeOfCantOpen(sqlite3* connection) {
 }
 
 std::int32_t CodeOf(sqlite3* connection, int result) {
+    if (result == SQLITE_IOERR_DATA) {
+        return error::kDamaged;
+    }
     switch (result & 0xFF) {
         case SQLITE_NOMEM:
             return error::kOutOfMemory;
@@ -60,6 +64,10 @@ std::int32_t CodeOf(sqlite3* connection, int result) {
 std::string DetailOf(sqlite3* connection, int result) {
     if (result == SQLITE_READONLY_ROLLBACK || result == SQLITE_READONLY_RECOVERY) {
         return "a change was cut short; open the file once where it can be written";
+    }
+    if (result == SQLITE_IOERR_DATA && connection != nullptr) {
+        return "page " + std::to_string(CheckedVfs::GetWrongPage(connection)) +
+               " does not match its sum: the medium has changed it";
     }
     if ((result & 0xFF) == SQLITE_INTERRUPT) {
         return "the pages of the database name each other in a circle";

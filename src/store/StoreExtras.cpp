@@ -114,6 +114,11 @@ const std::byte* StorePeekRecord(std::uint32_t table, std::uint32_t record) {
     });
 }
 
+std::uint32_t StoreFindWrongPage(const CString& mountName, std::uint32_t after) {
+    return Registry::Run(std::uint32_t{0},
+                         [&](Registry& open) { return open.Find(mountName).FindWrongPage(after); });
+}
+
 int StoreCreateView(const CString& path, const char* sql) {
     return Registry::Run(0, [&](Registry& open) {
         const auto [volume, name] = open.Resolve(path);

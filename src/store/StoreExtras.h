@@ -79,6 +79,12 @@ const std::byte* StorePeekRecord(std::uint32_t table, std::uint32_t record);
 
 // ---- Other ----
 
+/// Reads the whole file of a mounted volume, from the page after `after`, for the check of a job:
+/// damage in a page that nothing needs is found, too. Returns the number of the first page that
+/// does not hold what was written, 0 when there is none; 0 also on failure, with the last error
+/// set. Pages count from 1.
+std::uint32_t StoreFindWrongPage(const CString& mountName, std::uint32_t after);
+
 /// Adds a view for people who open the volume with other tools; the store never reads it. `sql` is
 /// the part of the statement after "CREATE VIEW name AS". 0 on failure, as QrdbCreateTable.
 int StoreCreateView(const CString& path, const char* sql);

@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "store/Failure.h"
+#include "store/VolumeSchema.h"
 
 namespace cqsurvey {
 
@@ -26,7 +27,7 @@ Volume::Volume(const std::string& path, VolumeDatabase::Identity identity, bool 
       m_memos(m_database.Get()),
       m_directory(m_database.Get()) {
     m_database.Examine([&] {
-        for (auto& [name, format] : m_database.ListTables()) {
+        for (auto& [name, format] : VolumeSchema::ListTables(m_database.Get())) {
             m_tables.emplace(name, std::make_shared<RecordTable>(m_database.Get(), m_memos, name,
                                                                  std::move(format)));
         }
@@ -34,6 +35,9 @@ Volume::Volume(const std::string& path, VolumeDatabase::Identity identity, bool 
         m_begin = SqlStatement(m_database.Get(), "BEGIN");
         m_commit = SqlStatement(m_database.Get(), "COMMIT");
         m_rollback = SqlStatement(m_database.Get(), "ROLLBACK");
+        m_touchFirstPage =
+            SqlStatement(m_database.Get(),
+                         "PRAGMA user_version=" + std::to_string(VolumeDatabase::kFormatVersion));
         m_pageCount = SqlStatement(m_database.Get(), "PRAGMA page_count");
         m_pageSize = static_cast<std::uint64_t>(SqlNumber(m_database.Get(), "PRAGMA page_size"));
         m_path = m_database.GetPath();
@@ -103,8 +107,12 @@ void Volume::BeginStep() {
 
 void Volume::BeginTransaction() {
     if (!m_transactionOpen) {
+        if (m_database.MakePageSums()) {
+            NoteSize();
+        }
         m_begin.Run();
         m_transactionOpen = true;
+        m_touchFirstPage.Run();
     }
 }
 
@@ -169,8 +177,7 @@ void Volume::Commit() {
     const StoreFailure failure = SqlFailure(connection, result);
     try {
         if (DatabaseHoldsStep()) {
-            SqlRun(connection,
-                   "PRAGMA user_version=" + std::to_string(VolumeDatabase::kFormatVersion));
+            m_touchFirstPage.Run();
             m_inDoubt = false;
             return;
         }

@@ -126,6 +126,11 @@ class Volume {
     void CreateTable(const std::string& name, RecordFormat format);
     void CreateView(const std::string& name, const std::string& sql);
 
+    /// As VolumeDatabase::FindWrongPage.
+    [[nodiscard]] std::uint32_t FindWrongPage(std::uint32_t after) const {
+        return m_database.FindWrongPage(after);
+    }
+
     [[nodiscard]] MemoStore& GetMemos() {
         RequireCertain();
         return m_memos;
@@ -192,6 +197,9 @@ class Volume {
     SqlStatement m_begin;
     SqlStatement m_commit;
     SqlStatement m_rollback;
+    /// Writes the format version into page 1, which must be the first page that a step changes
+    /// (CheckedVfs). It also raises the version of a file of an earlier one.
+    SqlStatement m_touchFirstPage;
     SqlStatement m_pageCount;
     /// Why the open step can only be undone; 0 while it can be committed.
     std::int32_t m_stepFailure = 0;

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <set>
-#include <string_view>
 #include <system_error>
 
 #include "platform/System.h"
+#include "store/CheckedVfs.h"
+#include "store/DatabasePage.h"
 #include "store/VolumePath.h"
+#include "store/VolumeSchema.h"
 
 namespace cqsurvey {
 
@@ -20,74 +21,38 @@ constexpr std::uint32_t kApplicationId = 0x43715376;
 /// A memo, the largest single value, may have this many bytes.
 constexpr int kMostValueBytes = 64 << 20;
 
-constexpr std::array<const char*, 4> kSystemTables{
-    "CREATE TABLE Volume_File (\n"
-    "  File INTEGER PRIMARY KEY,\n"
-    "  Name TEXT NOT NULL UNIQUE,\n"
-    "  Length INTEGER NOT NULL,\n"
-    "  Attributes INTEGER NOT NULL\n"
-    ") STRICT",
-    "CREATE TABLE Volume_Block (\n"
-    "  Position INTEGER PRIMARY KEY,\n"
-    "  Bytes BLOB NOT NULL\n"
-    ") STRICT",
-    "CREATE TABLE Volume_Memo (\n"
-    "  Reference INTEGER PRIMARY KEY,\n"
-    "  Text TEXT NOT NULL\n"
-    ") STRICT",
-    "CREATE TABLE Volume_Number (\n"
-    "  Name TEXT PRIMARY KEY,\n"
-    "  Highest INTEGER NOT NULL\n"
-    ") STRICT, WITHOUT ROWID"};
-
-/// The index that keeps the file names unique.
-constexpr std::array<const char*, 1> kSystemIndexes{"sqlite_autoindex_Volume_File_1"};
-/// What AUTOINCREMENT and ANALYZE leave in a database.
-constexpr std::array<const char*, 3> kHarmlessTables{"sqlite_sequence", "sqlite_stat1",
-                                                     "sqlite_stat4"};
-
-template <std::size_t N>
-bool Contains(const std::array<const char*, N>& names, const std::string& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-std::string SystemTableName(const std::string& sql) {
-    const std::size_t from = std::strlen("CREATE TABLE ");
-    return sql.substr(from, sql.find(' ', from) - from);
+/// Reads the first bytes of a file, up to `Size`; the rest is zero. Returns how many there were.
+template <std::size_t Size>
+std::size_t ReadStart(const std::string& path, std::array<std::byte, Size>& bytes,
+                      std::error_code& failure) {
+    system::Descriptor file(path, system::Descriptor::Mode::Read, failure);
+    std::size_t size = 0;
+    for (std::size_t got = 1; !failure && got > 0 && size < Size; size += got) {
+        got = file.Read(bytes.data() + size, Size - size, failure);
+    }
+    return size;
 }
 
 /// Reads the database header of a file that is not mounted, so that a file of another kind is never
 /// opened as a database: SQLite might change it, by rolling back a journal that lies beside it.
 /// Returns true when another tool has switched the file to a write-ahead log.
 bool CheckHeader(const std::string& path) {
-    constexpr std::size_t kHeader = 100;
-    constexpr std::size_t kWriteVersion = 18;
-    constexpr unsigned char kLogged = 2;
-    constexpr std::size_t kUserVersion = 60;
-    constexpr std::size_t kApplication = 68;
     std::error_code failure;
-    system::Descriptor file(path, system::Descriptor::Mode::Read, failure);
-    std::array<unsigned char, kHeader> header{};
-    std::size_t size = 0;
-    for (std::size_t got = 1; !failure && got > 0 && size < kHeader; size += got) {
-        got = file.Read(header.data() + size, kHeader - size, failure);
-    }
+    std::array<std::byte, DatabaseHeader::kSize> bytes{};
+    const std::size_t size = ReadStart(path, bytes, failure);
     if (failure) {
         ThrowSystem(failure, path);
     }
-    const auto number = [&](std::size_t at) {
-        return (std::uint32_t{header[at]} << 24) | (std::uint32_t{header[at + 1]} << 16) |
-               (std::uint32_t{header[at + 2]} << 8) | std::uint32_t{header[at + 3]};
-    };
-    if (size < kHeader || std::memcmp(header.data(), "SQLite format 3", 16) != 0 ||
-        number(kApplication) != kApplicationId || number(kUserVersion) == 0) {
+    const DatabaseHeader header(bytes.data());
+    if (size < bytes.size() || !header.IsDatabase() || header.GetApplication() != kApplicationId ||
+        header.GetFormatVersion() == 0) {
         throw StoreFailure(error::kDamaged, path + " is not a job");
     }
-    if (number(kUserVersion) > VolumeDatabase::kFormatVersion) {
-        throw StoreFailure(error::kNewerVersion,
-                           path + " has format version " + std::to_string(number(kUserVersion)));
+    if (header.GetFormatVersion() > VolumeDatabase::kFormatVersion) {
+        throw StoreFailure(error::kNewerVersion, path + " has format version " +
+                                                     std::to_string(header.GetFormatVersion()));
     }
-    return header[kWriteVersion] == kLogged || header[kWriteVersion + 1] == kLogged;
+    return header.IsLogged();
 }
 
 /// Runs `body` and puts the path before the text of what it throws. SQLite's own texts do not name
@@ -103,8 +68,9 @@ auto NamingPath(const std::string& path, Body body) {
 
 SqlConnection OpenDatabase(const std::string& name, int flags) {
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(
-        name.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+    const int result =
+        sqlite3_open_v2(name.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE,
+                        CheckedVfs::GetName());
     SqlConnection connection(opened);
     if (result != SQLITE_OK) {
         ThrowSql(opened, result);
@@ -158,13 +124,53 @@ SqlConnection OpenChecked(const std::string& path, bool readOnly) {
     return connection;
 }
 
+/// Lets pages that are written from now on have their sums.
+void ReservePageSums(sqlite3* connection) {
+    int bytes = kPageSumBytes;
+    if (sqlite3_file_control(connection, "main", SQLITE_FCNTL_RESERVE_BYTES, &bytes) != SQLITE_OK) {
+        throw StoreFailure(error::kGeneralFailure, "pages have no room for their sums");
+    }
+    CheckedVfs::SetSums(connection, CheckedVfs::Sums::Made);
+}
+
+const char* JournalOf(sqlite3* connection) {
+    return sqlite3_filename_journal(sqlite3_db_filename(connection, "main"));
+}
+
+/// Throws error::kDamaged when the journal beside the file leads back to another state of it, or to
+/// another job. SQLite would play it back and leave a file that is half one and half the other.
+void RequireOwnJournal(sqlite3* connection) {
+    std::error_code failure;
+    std::array<std::byte, JournalStamp::kHeader> header{};
+    if (ReadStart(JournalOf(connection), header, failure) < header.size() || failure) {
+        return;
+    }
+    const auto stamp = JournalStamp::Read(header.data());
+    const std::vector<std::byte> page = CheckedVfs::ReadFirstPage(connection);
+    if (!stamp || page.empty() || stamp->Fits(page.data(), page.size())) {
+        return;
+    }
+    // While another process holds the job, file and journal change between one look and the next.
+    sqlite3_file* file = nullptr;
+    int held = 0;
+    if (sqlite3_file_control(connection, "main", SQLITE_FCNTL_FILE_POINTER,
+                             static_cast<void*>(&file)) == SQLITE_OK &&
+        file->pMethods->xCheckReservedLock(file, &held) == SQLITE_OK && held == 0) {
+        throw StoreFailure(error::kDamaged,
+                           std::string("the file beside it, ") + JournalOf(connection) +
+                               ", belongs to another state of the job. If the job is a copy that "
+                               "was put in the place of another, move that file away");
+    }
+}
+
 /// Turns an empty file into an empty volume and makes it durable.
 void FillNew(const std::string& path) {
     // An absolute path is never mistaken for a URI.
     const std::string absolute = system::AbsolutePath(path);
     SqlConnection connection = OpenDatabase(absolute, SQLITE_OPEN_READWRITE);
+    SqlRun(connection.get(), "PRAGMA page_size=4096");
+    ReservePageSums(connection.get());
     std::string sql =
-        "PRAGMA page_size=4096;"
         "PRAGMA encoding='UTF-16le';"
         "PRAGMA journal_mode=DELETE;"
         "PRAGMA synchronous=FULL;"
@@ -174,11 +180,7 @@ void FillNew(const std::string& path) {
         ";"
         "PRAGMA user_version=" +
         std::to_string(VolumeDatabase::kFormatVersion) + ";";
-    for (const char* table : kSystemTables) {
-        sql += table;
-        sql += ";";
-    }
-    SqlRun(connection.get(), sql + "COMMIT;");
+    SqlRun(connection.get(), sql + VolumeSchema::CreateSql() + "COMMIT;");
     connection.reset();
     system::SyncFolderOf(absolute);
 }
@@ -260,11 +262,20 @@ VolumeDatabase::Identity VolumeDatabase::Identify(const std::string& path) {
 
 VolumeDatabase::VolumeDatabase(const std::string& path, bool readOnly)
     : m_connection(OpenChecked(path, readOnly)), m_path(path) {
-    // The switches come first, because they must hold whenever the database is read. The length
-    // comes last, because it means something only when nobody else can change it.
     Examine([&] {
+        // Each of these first steps is safe before the next: the switches hold whenever the
+        // database is read, the lock is the first to play a journal back, and pages are believed
+        // only when it is known whether they have their sums. The length means something only when
+        // nobody else can change it.
         Configure();
+        RequireOwnJournal(Get());
         Lock();
+        CheckPageSums();
+        Tune();
+        if (!m_readOnly) {
+            EndLog();
+            RemoveInertJournal();
+        }
         CheckLength();
     });
 }
@@ -306,8 +317,12 @@ void VolumeDatabase::Configure() {
     sqlite3_limit(connection, SQLITE_LIMIT_EXPR_DEPTH, 200);
     sqlite3_limit(connection, SQLITE_LIMIT_TRIGGER_DEPTH, 1);
     sqlite3_limit(connection, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 100);
-    SqlRun(connection,
-           "PRAGMA locking_mode=EXCLUSIVE;"
+    SqlRun(connection, "PRAGMA locking_mode=EXCLUSIVE");
+}
+
+/// What needs the schema, whose pages are read for it.
+void VolumeDatabase::Tune() {
+    SqlRun(m_connection.get(),
            "PRAGMA mmap_size=0;"
            "PRAGMA cell_size_check=ON;"
            "PRAGMA foreign_keys=OFF;"
@@ -322,15 +337,73 @@ void VolumeDatabase::Lock() {
     if (m_readOnly) {
         // In exclusive locking mode the shared lock of this read is never released, and it keeps
         // every writer out.
-        (void)SqlNumber(connection, "SELECT count(*) FROM sqlite_schema");
+        (void)SqlNumber(connection, "PRAGMA user_version");
         return;
     }
     SqlRun(connection, "BEGIN EXCLUSIVE; COMMIT;");
+}
+
+/// Finds out whether the pages have their sums, which is known only when a crashed step has been
+/// undone. Nothing but page 1 has been read then.
+void VolumeDatabase::CheckPageSums() {
+    sqlite3* connection = m_connection.get();
+    const std::vector<std::byte> page = CheckedVfs::ReadFirstPage(connection);
+    if (page.empty()) {
+        throw StoreFailure(error::kDamaged, "the file ends in its first page");
+    }
+    const DatabaseHeader header(page.data());
+    if (header.HasPageSums()) {
+        if (!HasItsSum(page.data(), page.size())) {
+            throw StoreFailure(error::kDamaged, "page 1 does not match its sum");
+        }
+        if (!header.IsStepWhole()) {
+            throw StoreFailure(error::kDamaged,
+                               "a change was cut short, and the file that would undo it is "
+                               "missing. If the job was renamed or moved, give the file whose name "
+                               "ends in \"-journal\" the name of the job and \"-journal\"");
+        }
+        CheckedVfs::SetSums(connection, CheckedVfs::Sums::Kept);
+        return;
+    }
+    if (header.GetFormatVersion() >= kFirstVersionWithSums) {
+        // Another tool wrote last. What SQLite can find wrong without sums is looked for at once.
+        const std::string found = SqlText(connection, "PRAGMA integrity_check(1)");
+        if (found != "ok") {
+            throw StoreFailure(error::kDamaged, found);
+        }
+    }
+}
+
+bool VolumeDatabase::MakePageSums() {
+    sqlite3* connection = m_connection.get();
+    if (CheckedVfs::GetSums(connection) == CheckedVfs::Sums::Kept) {
+        return false;
+    }
+    // SQLite writes the new file into a database that it attaches, and then page by page over the
+    // old one, as one change.
+    const int attached = sqlite3_limit(connection, SQLITE_LIMIT_ATTACHED, 1);
+    try {
+        ReservePageSums(connection);
+        SqlRun(connection, "VACUUM");
+        CheckedVfs::SetSums(connection, CheckedVfs::Sums::Kept);
+    } catch (...) {
+        sqlite3_limit(connection, SQLITE_LIMIT_ATTACHED, attached);
+        throw;
+    }
+    sqlite3_limit(connection, SQLITE_LIMIT_ATTACHED, attached);
+    return true;
+}
+
+std::uint32_t VolumeDatabase::FindWrongPage(std::uint32_t after) const {
+    return CheckedVfs::FindWrongPage(m_connection.get(), after);
+}
+
+/// A job is one file: when another tool has switched it to a write-ahead log, this switches back.
+void VolumeDatabase::EndLog() {
+    sqlite3* connection = m_connection.get();
     if (SqlText(connection, "PRAGMA journal_mode") != "delete") {
-        // Another tool has switched the file to a write-ahead log. A job is one file: switch back.
         (void)SqlText(connection, "PRAGMA journal_mode=DELETE");
     }
-    RemoveInertJournal();
 }
 
 /// Removes a journal without content, which is left when the medium failed at the very end of a
@@ -341,7 +414,7 @@ void VolumeDatabase::RemoveInertJournal() {
     if (sqlite3_file_control(m_connection.get(), "main", SQLITE_FCNTL_JOURNAL_POINTER,
                              static_cast<void*>(&journal)) == SQLITE_OK &&
         journal != nullptr && journal->pMethods == nullptr) {
-        system::Remove(sqlite3_filename_journal(sqlite3_db_filename(m_connection.get(), "main")));
+        system::Remove(JournalOf(Get()));
     }
 }
 
@@ -358,62 +431,6 @@ void VolumeDatabase::CheckLength() const {
                                                 " bytes and should have " +
                                                 std::to_string(expected));
     }
-}
-
-std::vector<VolumeDatabase::Table> VolumeDatabase::ListTables() const {
-    sqlite3* connection = m_connection.get();
-    if (SqlText(connection, "PRAGMA encoding") != "UTF-16le") {
-        throw StoreFailure(error::kDamaged, "the texts are not stored as UTF-16le");
-    }
-    std::vector<Table> tables;
-    std::set<std::string> system;
-    for (const char* sql : kSystemTables) {
-        system.insert(sql);
-    }
-    std::set<std::string> indexes(kSystemIndexes.begin(), kSystemIndexes.end());
-    // Two tables on the same pages would change each other's rows.
-    std::set<std::int64_t> roots;
-    SqlStatement rows(connection, "SELECT type, name, tbl_name, sql, rootpage FROM sqlite_schema");
-    while (rows.Step()) {
-        const std::string type = rows.GetUtf8(0);
-        const std::string name = rows.GetUtf8(1);
-        const std::string table = rows.GetUtf8(2);
-        const std::string sql = rows.GetUtf8(3);
-        if (type == "view" && sql.starts_with("CREATE VIEW ")) {
-            continue;
-        }
-        const bool own = type == "index" && sql.empty() && indexes.erase(name) != 0;
-        if (type != "table" && !own) {
-            throw StoreFailure(error::kDamaged,
-                               "the file holds a foreign " + type + " \"" + name + "\"");
-        }
-        const std::int64_t root = sqlite3_column_int64(rows.Get(), 4);
-        if (root < 2 || !roots.insert(root).second) {
-            throw StoreFailure(error::kDamaged,
-                               type + " \"" + name + "\" begins at page " + std::to_string(root));
-        }
-        if (own) {
-            continue;
-        }
-        if (Contains(kHarmlessTables, name)) {
-            continue;
-        }
-        if (system.erase(sql) != 0 && name == SystemTableName(sql)) {
-            continue;
-        }
-        if (!RecordFormat::IsName(name) || name != table) {
-            throw StoreFailure(error::kDamaged, "the file holds a foreign table \"" + name + "\"");
-        }
-        tables.push_back({name, RecordFormat(name, sql)});
-    }
-    if (!system.empty()) {
-        throw StoreFailure(error::kDamaged,
-                           "table " + SystemTableName(*system.begin()) + " is missing");
-    }
-    if (!indexes.empty()) {
-        throw StoreFailure(error::kDamaged, "index " + *indexes.begin() + " is missing");
-    }
-    return tables;
 }
 
 }  // namespace cqsurvey

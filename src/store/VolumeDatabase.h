@@ -2,11 +2,9 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "platform/System.h"
 #include "store/Failure.h"
-#include "store/RecordFormat.h"
 #include "store/Sql.h"
 
 namespace cqsurvey {
@@ -22,10 +20,13 @@ namespace cqsurvey {
 ///     an expression or a value takes all memory   bounded (Configure)
 ///     another process writes meanwhile            locked as long as the object lives (Lock)
 ///     the file was cut off                        its length is compared with its pages
+///     the medium changed a byte                   each page has its sum (CheckedVfs)
+///     file and journal do not belong together     a mark in one, a stamp in the other (CheckedVfs)
 ///     pages that name each other keep a           SqlBudget ends work that the file's size does
 ///     statement busy for ever                     not justify (Examine)
 ///     tables have other columns than records do   their statements must be exactly ours
-///     two tables share pages                      each must begin at a page of its own
+///     (VolumeSchema) two tables share pages                      each must begin at a page of its
+///     own (VolumeSchema)
 ///
 /// The values in the rows are checked later, when a table is loaded (RecordFormat::Read).
 ///
@@ -33,7 +34,8 @@ namespace cqsurvey {
 /// one that is too long for the host or for SQLite, and its text tells the length and the limit.
 class VolumeDatabase {
  public:
-    static constexpr std::uint32_t kFormatVersion = 1;
+    /// Files of this version and of earlier ones can be opened.
+    static constexpr std::uint32_t kFormatVersion = 2;
 
     /// Which file of the host a volume is, however its path was written.
     using Identity = system::FileIdentity;
@@ -87,19 +89,27 @@ class VolumeDatabase {
         }
     }
 
-    struct Table {
-        std::string name;
-        RecordFormat format;
-    };
-    /// The tables of records. Throws error::kDamaged when the file holds anything except those, the
-    /// volume's own tables, and what does no harm (views, statistics of other tools).
-    [[nodiscard]] std::vector<Table> ListTables() const;
+    /// To be called before a transaction that changes the file, and outside of one. Gives every
+    /// page its sum if an earlier version or another tool has written the file: the file is written
+    /// anew in one change, and keeps its content. Returns whether that was necessary. On failure
+    /// the file is as before.
+    bool MakePageSums();
+
+    /// Reads the file from the page after `after` to its end. Returns the number of the first page
+    /// that does not match its sum, 0 when there is none. Pages are counted from 1. A file whose
+    /// pages do not have sums yet is not read.
+    [[nodiscard]] std::uint32_t FindWrongPage(std::uint32_t after) const;
 
  private:
     void Configure();
+    void Tune();
     void Lock();
+    void CheckPageSums();
+    void EndLog();
     void RemoveInertJournal();
     void CheckLength() const;
+
+    static constexpr std::uint32_t kFirstVersionWithSums = 2;
 
     SqlConnection m_connection;
     std::string m_path;

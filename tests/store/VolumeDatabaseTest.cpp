@@ -1,4 +1,5 @@
 #include "store/VolumeDatabase.h"
+#include "store/VolumeSchema.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -35,7 +36,7 @@ class VolumeDatabaseTest : public testing::Test {
 TEST_F(VolumeDatabaseTest, ANewVolumeHasNoTableOfRecords) {
     const VolumeDatabase database(m_path, false);
     EXPECT_FALSE(database.IsReadOnly());
-    EXPECT_TRUE(database.ListTables().empty());
+    EXPECT_TRUE(VolumeSchema::ListTables(database.Get()).empty());
     EXPECT_EQ(database.GetPath(), m_path);
 }
 
@@ -45,7 +46,7 @@ TEST_F(VolumeDatabaseTest, TablesOfRecordsAreListedWithTheirFields) {
            "CREATE TABLE \"Numbers\" (\n  Record INTEGER PRIMARY KEY,\n"
            "  \"One\" INTEGER NOT NULL /* DWORD */,\n  \"Two\" INTEGER NOT NULL /* WORD */\n"
            ") STRICT");
-    const auto tables = database.ListTables();
+    const auto tables = VolumeSchema::ListTables(database.Get());
     ASSERT_EQ(tables.size(), 1U);
     EXPECT_EQ(tables[0].name, "Numbers");
     EXPECT_EQ(tables[0].format.GetWidth(), 6U);
@@ -54,7 +55,8 @@ TEST_F(VolumeDatabaseTest, TablesOfRecordsAreListedWithTheirFields) {
 TEST_F(VolumeDatabaseTest, AForeignTableIsDamage) {
     const VolumeDatabase database(m_path, false);
     SqlRun(database.Get(), "CREATE TABLE Foreigners (a, b)");
-    EXPECT_EQ(Thrown([&] { (void)database.ListTables(); }).substr(0, 10), Hex(error::kDamaged));
+    EXPECT_EQ(Thrown([&] { (void)VolumeSchema::ListTables(database.Get()); }).substr(0, 10),
+              Hex(error::kDamaged));
 }
 
 TEST_F(VolumeDatabaseTest, AFileIsTheSameByWhateverPath) {
