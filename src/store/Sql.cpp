@@ -31,6 +31,9 @@ std::int32_t CodeOf(sqlite3* connection, int result) {
     if (result == SQLITE_IOERR_DATA) {
         return error::kDamaged;
     }
+    if (result == SQLITE_IOERR_NOMEM) {
+        return error::kOutOfMemory;
+    }
     switch (result & 0xFF) {
         case SQLITE_NOMEM:
             return error::kOutOfMemory;

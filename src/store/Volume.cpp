@@ -31,6 +31,7 @@ Volume::Volume(const std::string& path, VolumeDatabase::Identity identity, bool 
             m_tables.emplace(name, std::make_shared<RecordTable>(m_database.Get(), m_memos, name,
                                                                  std::move(format)));
         }
+        m_database.CheckWritingOfOthers();
         m_directory.Load();
         m_begin = SqlStatement(m_database.Get(), "BEGIN");
         m_commit = SqlStatement(m_database.Get(), "COMMIT");

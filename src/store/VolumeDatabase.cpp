@@ -365,9 +365,12 @@ void VolumeDatabase::CheckPageSums() {
         CheckedVfs::SetSums(connection, CheckedVfs::Sums::Kept);
         return;
     }
-    if (header.GetFormatVersion() >= kFirstVersionWithSums) {
-        // Another tool wrote last. What SQLite can find wrong without sums is looked for at once.
-        const std::string found = SqlText(connection, "PRAGMA integrity_check(1)");
+    m_writtenByOthers = header.GetFormatVersion() >= kFirstVersionWithSums;
+}
+
+void VolumeDatabase::CheckWritingOfOthers() const {
+    if (m_writtenByOthers) {
+        const std::string found = SqlText(m_connection.get(), "PRAGMA integrity_check(1)");
         if (found != "ok") {
             throw StoreFailure(error::kDamaged, found);
         }
@@ -380,9 +383,10 @@ bool VolumeDatabase::MakePageSums() {
         return false;
     }
     // SQLite writes the new file into a database that it attaches, and then page by page over the
-    // old one, as one change.
+    // old one, as one change. A file of strangers may hold tables without an end.
     const int attached = sqlite3_limit(connection, SQLITE_LIMIT_ATTACHED, 1);
     try {
+        const SqlBudget budget(connection);
         ReservePageSums(connection);
         SqlRun(connection, "VACUUM");
         CheckedVfs::SetSums(connection, CheckedVfs::Sums::Kept);

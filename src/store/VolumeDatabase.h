@@ -89,6 +89,11 @@ class VolumeDatabase {
         }
     }
 
+    /// To be called when the tables are known to be those of a volume. If another tool was the last
+    /// to write the file, so that its sums cannot be relied on, everything that SQLite can find
+    /// wrong is looked for at once. Throws error::kDamaged.
+    void CheckWritingOfOthers() const;
+
     /// To be called before a transaction that changes the file, and outside of one. Gives every
     /// page its sum if an earlier version or another tool has written the file: the file is written
     /// anew in one change, and keeps its content. Returns whether that was necessary. On failure
@@ -114,6 +119,7 @@ class VolumeDatabase {
     SqlConnection m_connection;
     std::string m_path;
     bool m_readOnly = false;
+    bool m_writtenByOthers = false;
 };
 
 }  // namespace cqsurvey

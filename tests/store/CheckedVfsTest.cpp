@@ -29,36 +29,6 @@ std::size_t WrongPage(const std::string& file) {
     return 0;
 }
 
-/// Makes a volume into one of the format's first version, which has no sums: a database of the same
-/// tables and rows that another tool fills.
-void MakeFirstVersion(const std::string& path) {
-    std::filesystem::rename(path, path + ".new");
-    { const std::ofstream empty(path, std::ios::binary); }
-    // The encoding is written with the first table.
-    RunSql(path,
-           "PRAGMA encoding='UTF-16le'; PRAGMA application_id=0x43715376;"
-           "PRAGMA user_version=1; CREATE TABLE a(b); DROP TABLE a");
-    sqlite3* connection = nullptr;
-    ASSERT_EQ(sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE, "unix"), SQLITE_OK);
-    const auto run = [&](const std::string& sql) {
-        ASSERT_EQ(sqlite3_exec(connection, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
-            << sql << ": " << sqlite3_errmsg(connection);
-    };
-    run("ATTACH '" + path + ".new' AS new");
-    std::string sql;
-    SqlStatement tables(connection, "SELECT name, sql FROM new.sqlite_schema WHERE sql <> ''");
-    while (tables.Step()) {
-        const std::string name = "\"" + tables.GetUtf8(0) + "\"";
-        sql +=
-            tables.GetUtf8(1) + "; INSERT INTO main." + name + " SELECT * FROM new." + name + ";";
-    }
-    tables = {};
-    run(sql);
-    ASSERT_EQ(sqlite3_close(connection), SQLITE_OK);
-    std::filesystem::remove(path + ".new");
-    ASSERT_EQ(ReadHostFile(path)[20], '\0');
-}
-
 /// Steps so long that pages reach the file before they end.
 class SmallSpills {
  public:

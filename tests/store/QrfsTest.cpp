@@ -193,9 +193,9 @@ TEST_F(QrfsVolumeTest, WhatIsNoVolumeIsNotMountedAndNotTouched) {
 
 TEST_F(QrfsVolumeTest, AVolumeOfANewerVersionSaysSo) {
     ASSERT_DONE(QrfsCreateVolume(m_path));
-    RunSql(m_host, "PRAGMA user_version=2");
+    RunSql(m_host, "PRAGMA user_version=3");
     EXPECT_FAILS(0, error::kNewerVersion, QrfsMount(m_path, u"A"));
-    EXPECT_NE(std::string(StoreErrorDetail()).find("version 2"), std::string::npos);
+    EXPECT_NE(std::string(StoreErrorDetail()).find("version 3"), std::string::npos);
     RunSql(m_host, "PRAGMA user_version=-1");
     EXPECT_FAILS(0, error::kNewerVersion, QrfsMount(m_path, u"A"));
     RunSql(m_host, "PRAGMA user_version=0");

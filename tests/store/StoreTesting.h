@@ -22,6 +22,7 @@
 #include "store/Qrdb.h"
 #include "store/Qrfs.h"
 #include "store/Registry.h"
+#include "store/Sql.h"
 #include "store/StoreExtras.h"
 #include "support/FaultVfs.h"
 #include "support/TempDir.h"
@@ -127,6 +128,39 @@ inline void RunSql(const std::string& path, const std::string& sql) {
     if (result != SQLITE_OK) {
         throw std::runtime_error(sql + ": " + text);
     }
+}
+
+/// Makes a volume into one of the format's first version, which has no sums: a database of the same
+/// tables and rows that another tool fills.
+inline void MakeFirstVersion(const std::string& path) {
+    std::filesystem::rename(path, path + ".new");
+    { const std::ofstream empty(path, std::ios::binary); }
+    // The encoding is written with the first table.
+    RunSql(path,
+           "PRAGMA encoding='UTF-16le'; PRAGMA application_id=0x43715376;"
+           "PRAGMA user_version=1; CREATE TABLE a(b); DROP TABLE a");
+    sqlite3* connection = nullptr;
+    ASSERT_EQ(sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE, "unix"), SQLITE_OK);
+    const auto run = [&](const std::string& sql) {
+        ASSERT_EQ(sqlite3_exec(connection, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+            << sql << ": " << sqlite3_errmsg(connection);
+    };
+    run("ATTACH '" + path + ".new' AS new");
+    std::string sql;
+    SqlStatement tables(connection,
+                        "SELECT name, sql, type FROM new.sqlite_schema WHERE sql <> ''");
+    while (tables.Step()) {
+        const std::string name = "\"" + tables.GetUtf8(0) + "\"";
+        sql += tables.GetUtf8(1) + ";";
+        if (tables.GetUtf8(2) == "table") {
+            sql += "INSERT INTO main." + name + " SELECT * FROM new." + name + ";";
+        }
+    }
+    tables = {};
+    run(sql);
+    ASSERT_EQ(sqlite3_close(connection), SQLITE_OK);
+    std::filesystem::remove(path + ".new");
+    ASSERT_EQ(ReadHostFile(path)[20], '\0');
 }
 
 template <class Layout>
