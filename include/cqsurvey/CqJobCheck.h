@@ -20,17 +20,17 @@ struct CqJobFinding {
     std::string table;
     /// The record or page concerned, 0 when it is not a single one.
     CqHandle record;
-    std::string text;   ///< what is wrong, one English sentence
+    std::string text;  ///< what is wrong, one English sentence
 };
 
 /// Checks in a whole open job everything that its operations rely on. Points and survey-point
 /// entities name each other. The chain runs through every entity once in both directions, between
 /// the head and the tail that its header names. Every entity has a layer, and a record of its type
 /// that no other entity has. Vertices follow their polyline. Links tie survey points to vertices.
-/// Texts can be read. Names are unique. The extents hold every entity. Every page of
-/// the file holds what was written to it. What the operations leave
-/// behind by design, such as the link of a deleted point, is not a finding. The check only reads.
-/// With a damaged job, too, it comes to an end and does not throw.
+/// Texts can be read. Names are unique. The extents hold every entity. Every page of the file holds
+/// what was written to it. What the operations leave behind by design, such as the link of a deleted
+/// point, is not a finding. The check only reads. With a damaged job, too, it comes to an end and
+/// does not throw.
 class CQSURVEY_API CqJobCheck {
  public:
     /// Called for each look at a record, with the number of looks so far and about how many there

@@ -4,11 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/Text.h"
 #include "store/Qrfs.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
@@ -266,6 +269,31 @@ TEST_F(JobCheck, CountsTheFindingsThatItDoesNotKeep) {
     const CqJobCheck check(db, 2);
     EXPECT_EQ(check.GetFindings().size(), 2U);
     EXPECT_EQ(check.GetCount(), 9U);
+}
+
+TEST_F(JobCheck, FindsAChangedByteInAPageThatNothingElseReads) {
+    ASSERT_NE(QrfsMount(m_path, u"RAW"), 0);
+    ASSERT_NE(QrfsCreateFile(u"RAW:/Other", 0), 0);
+    const std::int32_t file = QrfsOpenFile(u"RAW:/Other", 2);
+    const std::string bytes(20000, 'x');
+    std::uint32_t written = 0;
+    ASSERT_NE(QrfsWrite(file, bytes.data(), 20000, written), 0);
+    ASSERT_NE(QrfsCloseFile(file), 0);
+    ASSERT_NE(QrfsUnmount(u"RAW"), 0);
+    std::fstream job(ToUtf8(m_path), std::ios::in | std::ios::out | std::ios::binary);
+    const std::string before{std::istreambuf_iterator<char>(job), {}};
+    // A page that continues a long row has a number of 4 bytes, and else the row alone.
+    std::size_t at = 2000;
+    while (before.substr(at - 1996, 3600) != std::string(3600, 'x')) {
+        at += 4096;
+        ASSERT_LT(at + 2000, before.size());
+    }
+    job.seekp(static_cast<std::streamoff>(at));
+    job.put('y');
+    job.close();
+    const std::string page = std::to_string(at / 4096 + 1);
+    EXPECT_EQ(Findings(), " " + page + ": page " + page +
+                              " of the file does not match its sum: the medium has changed it\n");
 }
 
 }  // namespace
