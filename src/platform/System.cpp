@@ -53,11 +53,6 @@ std::optional<FileStatus> StatusBy(Look look, const std::string& path,
                                                 : Kind::Other};
 }
 
-std::string FolderOf(const std::string& path) {
-    const std::size_t slash = path.find_last_of('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
-}
-
 int OpenFlags(Descriptor::Mode mode) noexcept {
     switch (mode) {
         case Descriptor::Mode::Replace:
@@ -83,6 +78,26 @@ std::optional<FileStatus> IdentifyLink(const std::string& path, std::error_code&
 bool IsTaken(const std::string& path) noexcept {
     std::error_code failure;
     return IdentifyLink(path, failure).has_value();
+}
+
+std::string EndOfLinks(const std::string& path) {
+    // The system follows no more links than this either.
+    constexpr int kMostLinks = 40;
+    std::filesystem::path end = path;
+    std::error_code failure;
+    for (int links = 0; links < kMostLinks; ++links) {
+        const std::filesystem::path next = std::filesystem::read_symlink(end, failure);
+        if (failure) {
+            break;
+        }
+        end = end.parent_path() / next;
+    }
+    return end.string();
+}
+
+std::string FolderOf(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
 }
 
 void Remove(const std::string& path) noexcept {

@@ -40,6 +40,13 @@ struct FileStatus {
 /// Whether anything has this path, even a symbolic link that leads nowhere.
 [[nodiscard]] bool IsTaken(const std::string& path) noexcept;
 
+/// The path to which the symbolic links lead that stand at `path`, whether or not anything is
+/// there; `path` itself when none stands there.
+[[nodiscard]] std::string EndOfLinks(const std::string& path);
+
+/// The folder part of a path, with its "/"; "." when there is none.
+[[nodiscard]] std::string FolderOf(const std::string& path);
+
 /// Removes a file if it exists and can be removed.
 void Remove(const std::string& path) noexcept;
 

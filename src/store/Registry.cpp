@@ -8,6 +8,7 @@
 #include "platform/HostFile.h"
 #include "store/Qrfs.h"
 #include "store/StoreExtras.h"
+#include "store/VolumePath.h"
 
 namespace cqsurvey {
 
@@ -98,6 +99,19 @@ bool Registry::IsMounted(const CString& hostPath) {
     const std::scoped_lock lock(m_mutex);
     return std::any_of(m_volumes.begin(), m_volumes.end(),
                        [&](const auto& entry) { return entry.second->GetIdentity() == identity; });
+}
+
+bool Registry::IsBesideMounted(const CString& hostPath) {
+    std::string path;
+    try {
+        path = RequireHostPath(hostPath);
+    } catch (const StoreFailure&) {
+        return false;
+    }
+    const std::scoped_lock lock(m_mutex);
+    return std::any_of(m_volumes.begin(), m_volumes.end(), [&](const auto& entry) {
+        return IsBesideVolume(path, entry.second->GetPath());
+    });
 }
 
 Volume& Registry::Find(const CString& mountName) {

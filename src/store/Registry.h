@@ -91,6 +91,8 @@ class Registry {
 
     /// Whether a path of the host leads to the file of a mounted volume.
     [[nodiscard]] bool IsMounted(const CString& hostPath);
+    /// Whether it leads to one that SQLite keeps beside a mounted volume, or would.
+    [[nodiscard]] bool IsBesideMounted(const CString& hostPath);
 
     /// Throws error::kNoMount when nothing is mounted under the name.
     [[nodiscard]] Volume& Find(const CString& mountName);

@@ -1,5 +1,8 @@
 #include "store/StoreExtras.h"
 
+#include <memory>
+#include <vector>
+
 #include "cqsurvey/Text.h"
 #include "store/Registry.h"
 #include "store/VolumePath.h"
@@ -44,6 +47,12 @@ int StoreIsMountedVolume(const CString& hostPath) {
     return Registry::Run(0, [&](Registry& open) { return open.IsMounted(hostPath) ? 1 : 0; });
 }
 
+int StoreIsPartOfMountedVolume(const CString& hostPath) {
+    return Registry::Run(0, [&](Registry& open) {
+        return open.IsMounted(hostPath) || open.IsBesideMounted(hostPath) ? 1 : 0;
+    });
+}
+
 int StoreBeginStep(const CString& mountName) {
     return Registry::Run(0, [&](Registry& open) {
         open.Find(mountName).BeginStep();
@@ -72,6 +81,31 @@ int StoreSpoilStep(const CString& mountName, std::int32_t code) {
                                "a step can be spoilt only with the code of a failure");
         }
         open.Find(mountName).SpoilStep(code, "an operation of the step failed halfway");
+        return 1;
+    });
+}
+
+int StoreSetFileAside(const CString& path, const CString& aside, std::uint32_t most) {
+    return Registry::Run(0, [&](Registry& open) {
+        const auto [volume, name] = open.Resolve(path);
+        const auto [other, asideName] = open.Resolve(aside);
+        if (volume != other) {
+            throw StoreFailure(error::kInvalidArgument, "a file cannot be moved to another volume");
+        }
+        const std::shared_ptr<VolumeFile> file = volume->FindFile(name);
+        if (file == nullptr || file->IsSound()) {
+            volume->Perform(
+                1, [v = volume, &from = name, &to = asideName] { v->RenameFile(from, to); });
+            return 1;
+        }
+        const std::vector<std::byte> bytes = file->Salvage(most);
+        volume->Perform(1 + bytes.size() / VolumeFile::kBlock,
+                        [&, v = volume, &from = name, &to = asideName] {
+                            v->CreateFile(to);
+                            v->WriteFile(*v->FindFile(to), 0, bytes.data(),
+                                         static_cast<std::uint32_t>(bytes.size()));
+                            v->DeleteFile(from);
+                        });
         return 1;
     });
 }

@@ -38,6 +38,12 @@ int StoreDiscardVolume(const CString& mountName);
 /// written.
 int StoreIsMountedVolume(const CString& hostPath);
 
+/// The same, and non-zero also for the files beside such a volume that SQLite keeps its unfinished
+/// work in ("-journal", "-wal", "-shm"), whether they exist or not: written by anybody else, they
+/// would take the last step back, or be taken for a part of the volume. To be asked before a file
+/// of the host is written.
+int StoreIsPartOfMountedVolume(const CString& hostPath);
+
 // ---- Steps: a public operation is on the medium completely or not at all ----
 
 /// Begins a step on a mounted volume: the changes of the file and table operations from now on
@@ -57,6 +63,14 @@ int StoreRollbackStep(const CString& mountName);
 /// fails halfway has this effect without a call. 0 on failure: error::kInvalidArgument when no step
 /// is open.
 int StoreSpoilStep(const CString& mountName, std::int32_t code);
+
+// ---- Files ----
+
+/// Gives a file of a volume another name. When it is damaged, so that it could not be opened under
+/// that name either, a new file gets the name, with all bytes that can still be read of the damaged
+/// one, up to `most`. The settings of a job are set aside in this way before they are replaced. 0
+/// on failure, as QrfsRename.
+int StoreSetFileAside(const CString& path, const CString& aside, std::uint32_t most);
 
 // ---- Records ----
 

@@ -86,6 +86,17 @@ std::uint16_t VolumeDirectory::GetAttributes(const CString& name) const {
     return At(name).attributes;
 }
 
+bool VolumeDirectory::HasBlocks(std::int64_t id) const {
+    if (id > std::numeric_limits<std::int32_t>::max()) {
+        return false;
+    }
+    SqlStatement rows(m_connection,
+                      "SELECT Position >> 32 FROM Volume_Block WHERE Position >= ?1 << 32 "
+                      "ORDER BY Position LIMIT 1");
+    rows.BindInt(1, id);
+    return rows.Step() && sqlite3_column_int64(rows.Get(), 0) == id;
+}
+
 std::shared_ptr<VolumeFile> VolumeDirectory::Create(const CString& name) {
     RequireNone(name);
     Touch();
@@ -95,6 +106,10 @@ std::shared_ptr<VolumeFile> VolumeDirectory::Create(const CString& name) {
         for (const auto& [other, entry] : *entries) {
             id = std::max(id, entry.file->GetId() + 1);
         }
+    }
+    // Neither may blocks be in the way whose file is gone: they may be all that is left of it.
+    while (HasBlocks(id)) {
+        ++id;
     }
     if (id > std::numeric_limits<std::int32_t>::max()) {
         throw StoreFailure(error::kVolumeFull, "the volume has no file number left");
@@ -125,7 +140,7 @@ void VolumeDirectory::Rename(const CString& from, const CString& to) {
 void VolumeDirectory::Delete(const CString& name) {
     const std::shared_ptr<VolumeFile> file = Require(name);
     Touch();
-    file->SetLength(0);
+    file->Erase();
     SqlStatement remove(m_connection, "DELETE FROM Volume_File WHERE File = ?1");
     remove.BindInt(1, file->GetId());
     remove.Run();

@@ -72,6 +72,8 @@ class VolumeDirectory {
 
     [[nodiscard]] std::map<CString, Entry> ReadAll() const;
     [[nodiscard]] const Entry& At(const CString& name) const;
+    /// Whether the database has blocks for a file of this number.
+    [[nodiscard]] bool HasBlocks(std::int64_t id) const;
 
     sqlite3* m_connection;
     bool m_touched = false;

@@ -28,6 +28,35 @@ void VolumeFile::CheckBlocks() {
     }
 }
 
+bool VolumeFile::IsSound() {
+    const SqlBudget budget(m_connection);
+    SqlStatement rows(m_connection,
+                      "SELECT count(*), total(length(Bytes) = min(?3, ?4 - (Position - ?1) * ?3)) "
+                      "FROM Volume_Block WHERE Position >= ?1 AND Position < ?2");
+    rows.BindInt(1, Position(0));
+    rows.BindInt(2, Position(0) + (std::int64_t{1} << 32));
+    rows.BindInt(3, kBlock);
+    rows.BindInt(4, m_savedLength);
+    return rows.Step() && sqlite3_column_int64(rows.Get(), 0) == m_savedBlocks &&
+           sqlite3_column_int64(rows.Get(), 1) == m_savedBlocks;
+}
+
+std::vector<std::byte> VolumeFile::Salvage(std::uint32_t most) {
+    const SqlBudget budget(m_connection);
+    SqlStatement rows(m_connection,
+                      "SELECT Bytes FROM Volume_Block WHERE Position >= ?1 AND Position < ?2 "
+                      "ORDER BY Position");
+    rows.BindInt(1, Position(0));
+    rows.BindInt(2, Position(0) + (std::int64_t{1} << 32));
+    std::vector<std::byte> bytes;
+    while (bytes.size() < most && rows.Step()) {
+        const auto* block = static_cast<const std::byte*>(sqlite3_column_blob(rows.Get(), 0));
+        const auto size = static_cast<std::size_t>(sqlite3_column_bytes(rows.Get(), 0));
+        bytes.insert(bytes.end(), block, block + std::min(size, most - bytes.size()));
+    }
+    return bytes;
+}
+
 void VolumeFile::DropClean() {
     if (m_blocks.size() - m_dirty <= kMostClean) {
         return;
@@ -145,14 +174,23 @@ void VolumeFile::SetLength(std::uint32_t length) {
     }
     m_length = length;
     if (blocks < m_savedBlocks) {
-        const SqlBudget budget(m_connection);
-        SqlStatement remove(m_connection,
-                            "DELETE FROM Volume_Block WHERE Position >= ?1 AND Position < ?2");
-        remove.BindInt(1, Position(blocks));
-        remove.BindInt(2, Position(0) + (std::int64_t{1} << 32));
-        remove.Run();
+        DeleteRows(blocks);
         m_savedBlocks = blocks;
     }
+}
+
+void VolumeFile::DeleteRows(std::uint32_t firstBlock) {
+    const SqlBudget budget(m_connection);
+    SqlStatement remove(m_connection,
+                        "DELETE FROM Volume_Block WHERE Position >= ?1 AND Position < ?2");
+    remove.BindInt(1, Position(firstBlock));
+    remove.BindInt(2, Position(0) + (std::int64_t{1} << 32));
+    remove.Run();
+}
+
+void VolumeFile::Erase() {
+    SetLength(0);
+    DeleteRows(0);
 }
 
 void VolumeFile::Flush() {

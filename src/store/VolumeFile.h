@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "cqsurvey/Limits.h"
 #include "store/Sql.h"
@@ -51,6 +52,12 @@ class VolumeFile {
     /// Throws error::kDamaged when a block is missing or has the wrong size.
     std::uint32_t Read(std::uint32_t position, std::byte* buffer, std::uint32_t count);
 
+    /// Whether the database has every block with its size, so that the whole file can be read.
+    [[nodiscard]] bool IsSound();
+    /// The bytes that the database has of a file that is not sound: its blocks in their order,
+    /// whatever their number and sizes, up to `most` bytes.
+    [[nodiscard]] std::vector<std::byte> Salvage(std::uint32_t most);
+
     // The changes below must be made inside a step of the volume and must not make the file longer
     // than kMostBytes. All that they add to its length is in memory until the next Flush, so Volume
     // calls them with pieces.
@@ -59,6 +66,9 @@ class VolumeFile {
     void Write(std::uint32_t position, const std::byte* bytes, std::uint32_t count);
     /// Cuts the file or lengthens it by zeros. To cut it, the database's transaction must be open.
     void SetLength(std::uint32_t length);
+    /// Cuts the file to nothing, even one that is not sound. The database's transaction must be
+    /// open.
+    void Erase();
 
     /// The number of blocks that wait to be handed to the database.
     [[nodiscard]] std::size_t GetDirty() const { return m_dirty; }
@@ -90,6 +100,7 @@ class VolumeFile {
     [[nodiscard]] Block& Fetch(std::uint32_t block);
     void MarkDirty(Block& block);
     void Grow(std::uint32_t length);
+    void DeleteRows(std::uint32_t firstBlock);
     void DropClean();
 
     /// This many clean blocks, about 1 MB, may stay in memory.

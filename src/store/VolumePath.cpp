@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
+#include "cqsurvey/Text.h"
+#include "platform/CaseFold.h"
 #include "platform/HexCode.h"
 #include "platform/System.h"
 
@@ -18,6 +21,15 @@ namespace {
     throw StoreFailure(error::kInvalidArgument, path + ": the " + what + " has " +
                                                     std::to_string(length) + " bytes, at most " +
                                                     std::to_string(longest) + " are possible");
+}
+
+std::string NameOf(const std::string& path) {
+    return path.substr(path.find_last_of('/') + 1);
+}
+
+bool SameFile(const std::optional<system::FileStatus>& a,
+              const std::optional<system::FileStatus>& b) {
+    return a && b && a->identity == b->identity;
 }
 
 }  // namespace
@@ -63,7 +75,7 @@ void RequireFree(const std::string& path) {
 }
 
 void RequireNoneBeside(const std::string& path) {
-    for (const char* end : {"-journal", "-wal", "-shm"}) {
+    for (const char* end : kBesideVolume) {
         if (path.ends_with(end)) {
             throw StoreFailure(error::kInvalidArgument,
                                path + ": a name with this ending belongs to the volume beside it");
@@ -75,9 +87,22 @@ void RequireNoneBeside(const std::string& path) {
     }
 }
 
+bool IsBesideVolume(const std::string& path, const std::string& volume) {
+    std::error_code failure;
+    const std::string target = system::EndOfLinks(path);
+    const bool together = SameFile(system::Identify(system::FolderOf(target), failure),
+                                   system::Identify(system::FolderOf(volume), failure));
+    const auto found = system::Identify(target, failure);
+    return std::any_of(kBesideVolume.begin(), kBesideVolume.end(), [&](const char* end) {
+        const std::string beside = volume + end;
+        // A file that does not exist yet is known by its folder and name only.
+        return (together && EqualFold(FromUtf8(NameOf(target)), FromUtf8(NameOf(beside)))) ||
+               SameFile(found, system::Identify(beside, failure));
+    });
+}
+
 std::string VolumeDraftPath(const std::string& path) {
-    const std::size_t slash = path.find_last_of('/');
-    const std::size_t name = slash == std::string::npos ? 0 : slash + 1;
+    const std::size_t name = path.find_last_of('/') + 1;
     // FNV-1a, so that it is the same in every process.
     std::uint64_t hash = 0xCBF29CE484222325U;
     for (const char byte : path.substr(name)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 #include <system_error>
 
@@ -10,6 +11,9 @@ namespace cqsurvey {
 // Which paths a volume may have. SQLite keeps unfinished work in files beside its own, whose names
 // follow from it ("-journal", "-wal", "-shm"), so those names count too. Failures throw
 // StoreFailure with the path in the text.
+
+/// The endings of those names.
+inline constexpr std::array<const char*, 3> kBesideVolume{"-journal", "-wal", "-shm"};
 
 /// The system's error as a failure of the store.
 [[noreturn]] void ThrowSystem(const std::error_code& failure, const std::string& path);
@@ -25,6 +29,11 @@ void RequireFree(const std::string& path);
 /// Throws error::kFileExists when a file lies beside the path that would be taken for a part of the
 /// new volume, error::kInvalidArgument for a name that is that of such a file.
 void RequireNoneBeside(const std::string& path);
+
+/// Whether writing to `path` would write to a file that SQLite keeps beside the volume at `volume`,
+/// or would create one: however the path is written, even if it is a symbolic link. `volume` must
+/// be the path that SQLite uses. Letter case does not count, as on the file systems of most cards.
+[[nodiscard]] bool IsBesideVolume(const std::string& path, const std::string& volume);
 
 /// The path at which a volume for `path` is made before it gets that path: in the same folder, and
 /// always the same for the same path.

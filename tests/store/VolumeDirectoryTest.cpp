@@ -125,6 +125,14 @@ TEST_F(VolumeDirectoryTest, AFileOfTheStepNeverGetsTheNumberOfOneThatTheStepDele
     Undo();
 }
 
+TEST_F(VolumeDirectoryTest, AFileNeverGetsTheBlocksOfOneThatIsGone) {
+    SqlRun(m_database->Get(), "INSERT INTO Volume_Block VALUES(1 << 32, x'AA'), (3 << 32, x'BB')");
+    EXPECT_EQ(m_directory->Create(u"One")->GetId(), 2);
+    EXPECT_EQ(m_directory->Create(u"Two")->GetId(), 4);
+    EXPECT_EQ(m_directory->Create(u"Three")->GetId(), 5);
+    Undo();
+}
+
 TEST_F(VolumeDirectoryTest, ItIsKnownWhetherTheDatabaseHoldsTheStep) {
     EXPECT_TRUE(m_directory->DatabaseHoldsStep()) << "nothing was touched";
     const auto file = m_directory->Create(u"One");

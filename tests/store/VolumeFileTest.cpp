@@ -216,5 +216,50 @@ TEST_F(VolumeFileTest, ALargeFileIsNotKeptInMemoryWhole) {
     EXPECT_EQ(Read(3U << 20, 5), "mmmmm");
 }
 
+TEST_F(VolumeFileTest, AFileIsSoundWhenTheDatabaseHasEveryBlockWithItsSize) {
+    for (const std::uint32_t length : {0U, 1U, kBlock, kBlock + 1, 3 * kBlock}) {
+        SCOPED_TRACE(length);
+        Begin();
+        m_file->SetLength(length);
+        EXPECT_EQ(m_file->GetLength(), length);
+        Commit();
+        EXPECT_TRUE(m_file->IsSound());
+    }
+    for (const char* damage :
+         {"DELETE FROM Volume_Block WHERE Position = 3 << 32",
+          "UPDATE Volume_Block SET Bytes = x'00' WHERE Position = (3 << 32) + 1",
+          "UPDATE Volume_Block SET Bytes = zeroblob(4033) WHERE Position = (3 << 32) + 2",
+          "UPDATE Volume_Block SET Position = Position + 5 WHERE Position = (3 << 32) + 2",
+          "INSERT INTO Volume_Block VALUES((3 << 32) + 3, x'')"}) {
+        Begin();
+        SqlRun(m_connection.get(), damage);
+        EXPECT_FALSE(m_file->IsSound()) << damage;
+        SqlRun(m_connection.get(), "ROLLBACK");
+    }
+    EXPECT_TRUE(m_file->IsSound());
+}
+
+TEST_F(VolumeFileTest, WhatIsLeftOfADamagedFileIsSalvagedAndTheFileErased) {
+    SqlRun(m_connection.get(),
+           "INSERT INTO Volume_Block VALUES((3 << 32) + 4, x'6465'), ((3 << 32) + 1, x'616263')");
+    const auto salvaged = [&](std::uint32_t most) {
+        std::string bytes;
+        for (const std::byte byte : m_file->Salvage(most)) {
+            bytes += static_cast<char>(byte);
+        }
+        return bytes;
+    };
+    EXPECT_EQ(salvaged(100), "abcde");
+    EXPECT_EQ(salvaged(4), "abcd");
+    EXPECT_EQ(salvaged(3), "abc");
+    EXPECT_EQ(salvaged(0), "");
+    Begin();
+    m_file->Erase();
+    Commit();
+    EXPECT_EQ(salvaged(100), "");
+    EXPECT_EQ(SqlNumber(m_connection.get(), "SELECT count(*) FROM Volume_Block"), 2)
+        << "the neighbours' blocks";
+}
+
 }  // namespace
 }  // namespace cqsurvey
