@@ -90,6 +90,12 @@ class CQSURVEY_API CqSurveyDB {
     static int GetDBInformation(std::uint32_t mask, const CString& path, SVDB_INFORMATION& info,
                                 CqSurveyDB* db);
 
+    /// Whether the settings of the job at `path` are damaged: gone, unreadable, or without one of
+    /// the two fixed sections. Returns 1 and says in `text` in English what is wrong, or 0, with
+    /// `text` unchanged, when they are sound or the job cannot be mounted. `db` is asked as for
+    /// GetDBInformation.
+    static int GetSettingsDamage(const CString& path, CString& text, CqSurveyDB* db);
+
     // ---- Coordinate records ----
 
     /// Adds a point on the current layer, in the current colour and group, and returns its handle.
@@ -332,6 +338,14 @@ class CQSURVEY_API CqSurveyDB {
     int GetEntityBound(CVector& min, CVector& max);
 
     // ---- Settings; sections and keys are compared without regard to letter case ----
+    //
+    // A job whose settings are damaged (GetSettingsDamage) opens all the same: what is missing has
+    // the values of a new job. The first change of a setting keeps the damaged file, or what can be
+    // read of it, under the name "Settings.damaged" in the job, and then "Settings.damaged2" to
+    // "Settings.damaged9"; an earlier one is never overwritten. CqJobCheck tells of them.
+    //
+    // Bytes of a settings file that the narrow code page does not define are U+FFFD in texts. In a
+    // line that nobody changes they stay as they are.
 
     int GetSettingsSectionList(CStringList& list);
     int GetSettingsKeyList(const CString& section, CStringList& list);
@@ -353,8 +367,10 @@ class CQSURVEY_API CqSurveyDB {
     /// range. Otherwise returns 0, and the previous settings stay in force. May throw
     /// CQrfsFileException.
     [[nodiscard]] int ImportSettingsFile(const CString& hostPath);
-    /// Copies the job's settings to a host file, replacing an existing one. May throw
-    /// CQrfsFileException.
+    /// Copies the job's settings to a host file, replacing an existing one. Returns 0, and leaves
+    /// the file alone, when it is a job that is open in this process or has the name of a file that
+    /// SQLite keeps beside such a job: the job's own with "-journal", "-wal" or "-shm" added. May
+    /// throw CQrfsFileException.
     [[nodiscard]] int ExportSettingsFile(const CString& hostPath);
     /// The size of survey-point symbols on paper, in points of 1/72 inch.
     double GetSiPointSize();

@@ -68,7 +68,7 @@ void Job::OpenMounted() {
     // The group belongs to the job that was open before. The extents come last, because they are
     // computed from the tables.
     defaults.now.group = 0;
-    ReadSettingsIniFile();
+    OpenSettings();
     for (JobPart* part : m_parts) {
         part->OnOpen(Root());
     }

@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "cqsurvey/CqCadEntity.h"
 #include "cqsurvey/CqCoordRec.h"
@@ -26,6 +28,13 @@
 #include "tables/JobPart.h"
 
 namespace cqsurvey {
+
+/// What a check finds in the settings, in English sentences: what is damaged, empty if nothing is,
+/// and what operations left.
+struct SettingsReport {
+    std::string damage;
+    std::vector<std::string> notes;
+};
 
 /// Everything that one job consists of while it is open. CqSurveyDB, the public class, holds one
 /// pointer to it and nothing else, so that applications see none of the internal headers.
@@ -118,7 +127,19 @@ struct Job {
     int SetDefaultSettingsIniFile();
     int CreateSettingsIniFile();
     int ReadSettingsIniFile();
+    /// Sets damaged settings aside first.
     int WriteSettingsIniFile();
+    /// Reads the settings when the job is opened. Where they are damaged, the defaults fill in.
+    void OpenSettings();
+    /// What is wrong with the settings file that was read into `file`, in English; empty when it
+    /// holds settings.
+    [[nodiscard]] static std::string DescribeSettingsDamage(const CqSettingsFile& file);
+    /// Reads the settings file for it.
+    [[nodiscard]] SettingsReport ReportSettings() const;
+    /// At most so many settings files that were damaged are kept.
+    static constexpr int kMostKeptSettings = 9;
+    /// The names of those that are.
+    [[nodiscard]] CStringList ListKeptSettings() const;
     int CheckSettingsIniFile();
     int CheckSettingsIniFileSections();
     int CheckSettingsIniFileKeys();
@@ -166,6 +187,10 @@ struct Job {
     bool batchOpen = false;
 
  private:
+    /// Gives the damaged settings file another name and creates an empty one. False on a failure of
+    /// the volume.
+    bool SetSettingsAside();
+
     void KeepStep() noexcept;
     void UndoStep() noexcept;
 

@@ -1,7 +1,9 @@
 #include <array>
 #include <mutex>
+#include <string>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/Text.h"
 #include "job/Job.h"
 #include "store/Qrfs.h"
 #include "store/StoreExtras.h"
@@ -65,13 +67,16 @@ void ReadGroupNames(CqGroupTable& groups, CStringList& names) {
 }
 
 /// Mounts a closed job for one question and unmounts it at the end of the scope. If another process
-/// has the job open for reading, it is mounted for reading here, too.
+/// has the job open for reading, it is mounted for reading here, too. There is one mount name, so
+/// only one thread at a time can use it; the others wait.
 class TemporaryMount {
  public:
     explicit TemporaryMount(const CString& path)
-        : m_mounted(QrfsMount(path, kTemporaryMount) != 0 ||
+        : m_lock(s_oneAtATime),
+          m_mounted(QrfsMount(path, kTemporaryMount) != 0 ||
                     (QrfsGetLastError() == error::kVolumeMounted &&
-                     StoreMountReadOnly(path, kTemporaryMount) != 0)) {}
+                     StoreMountReadOnly(path, kTemporaryMount) != 0)),
+          m_openElsewhere(!m_mounted && QrfsGetLastError() == error::kVolumeMounted) {}
     TemporaryMount(const TemporaryMount&) = delete;
     TemporaryMount& operator=(const TemporaryMount&) = delete;
     ~TemporaryMount() {
@@ -80,10 +85,17 @@ class TemporaryMount {
         }
     }
     [[nodiscard]] bool IsMounted() const { return m_mounted; }
+    [[nodiscard]] bool IsOpenElsewhere() const { return m_openElsewhere; }
 
  private:
+    static std::mutex s_oneAtATime;
+
+    std::unique_lock<std::mutex> m_lock;
     bool m_mounted;
+    bool m_openElsewhere;
 };
+
+std::mutex TemporaryMount::s_oneAtATime;
 
 /// Fills `info` from the mounted volume; false when a table cannot be read.
 bool ReadMounted(std::uint32_t mask, SVDB_INFORMATION& info) {
@@ -124,16 +136,33 @@ int CqSurveyDB::GetDBInformation(std::uint32_t mask, const CString& path, SVDB_I
     if (path.empty()) {
         return db == nullptr ? 0 : db->GetJob().GetInformation(mask, info);
     }
-    // There is one mount name, so only one thread at a time can use it.
-    static std::mutex oneAtATime;
-    const std::unique_lock lock(oneAtATime);
     const TemporaryMount mount(path);
     if (mount.IsMounted()) {
         return ReadMounted(mask, info) ? 1 : 0;
     }
-    return QrfsGetLastError() == error::kVolumeMounted && db != nullptr
-               ? db->GetJob().GetInformation(mask, info)
-               : 0;
+    return mount.IsOpenElsewhere() && db != nullptr ? db->GetJob().GetInformation(mask, info) : 0;
+}
+
+int CqSurveyDB::GetSettingsDamage(const CString& path, CString& text, CqSurveyDB* db) {
+    const auto look = [&](const CString& mountName) {
+        CqSettingsFile settings;
+        settings.Read(mountName + m_SettingsPath);
+        const std::string damage = Job::DescribeSettingsDamage(settings);
+        if (damage.empty()) {
+            return 0;
+        }
+        text = FromUtf8(damage);
+        return 1;
+    };
+    const bool isOpen = db != nullptr && db->IsOpen();
+    if (path.empty()) {
+        return isOpen ? look(db->GetJob().mountName) : 0;
+    }
+    const TemporaryMount mount(path);
+    if (mount.IsMounted()) {
+        return look(kTemporaryMount);
+    }
+    return mount.IsOpenElsewhere() && isOpen ? look(db->GetJob().mountName) : 0;
 }
 
 int Job::GetInformation(std::uint32_t mask, SVDB_INFORMATION& info) {

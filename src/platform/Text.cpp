@@ -14,6 +14,7 @@ namespace cqsurvey {
 namespace {
 
 constexpr std::u16string_view kWhiteSpace = u" \t\r\n\v\f";
+constexpr std::string_view kNarrowWhiteSpace = " \t\r\n\v\f";
 
 std::atomic<int> g_codePage{CqCodePage::kUtf8};
 
@@ -155,6 +156,12 @@ std::u16string_view Trim(std::u16string_view text) {
     return right.substr(std::min(right.find_first_not_of(kWhiteSpace), right.size()));
 }
 
+std::string_view TrimAnsi(std::string_view bytes) {
+    // No page that keeps ASCII has these bytes inside a character.
+    bytes = bytes.substr(0, bytes.find_last_not_of(kNarrowWhiteSpace) + 1);
+    return bytes.substr(std::min(bytes.find_first_not_of(kNarrowWhiteSpace), bytes.size()));
+}
+
 std::string ToUtf8(std::u16string_view text) {
     std::string bytes = TakeAsciiPrefix<std::string>(text);
     for (std::size_t i = 0; i < text.size();) {
@@ -197,6 +204,20 @@ CString FromAnsi(std::string_view bytes) {
 
 std::size_t WholeAnsiPrefix(std::string_view bytes) {
     return WithPageInForce(g_codePage, [&](CqCodePage& page) { return page.WholePrefix(bytes); });
+}
+
+std::size_t FindAnsi(std::string_view bytes, char mark) {
+    std::size_t begin = 0;
+    for (std::size_t at = bytes.find(mark); at != std::string_view::npos;
+         at = bytes.find(mark, begin)) {
+        // If the byte ends a longer character, the next one begins behind it all the same.
+        const CString text = FromAnsi(bytes.substr(begin, at + 1 - begin));
+        if (!text.empty() && text.back() == static_cast<char16_t>(mark)) {
+            return at;
+        }
+        begin = at + 1;
+    }
+    return std::string_view::npos;
 }
 
 }  // namespace cqsurvey

@@ -25,9 +25,15 @@ namespace cqsurvey {
 /// can be converted in pieces that are cut by this function, with the same result as at once.
 [[nodiscard]] std::size_t WholeAnsiPrefix(std::string_view bytes);
 
+/// Where the first `mark`, an ASCII character, stands among bytes in the narrow code page; npos
+/// when there is none. In some pages its byte may also be the second half of a character.
+[[nodiscard]] std::size_t FindAnsi(std::string_view bytes, char mark);
+
 /// The text without white space (space, tab, carriage return, line feed, vertical tab, form feed)
 /// at its end (TrimRight) or at both ends (Trim).
 [[nodiscard]] std::u16string_view TrimRight(std::u16string_view text);
 [[nodiscard]] std::u16string_view Trim(std::u16string_view text);
+/// The same for bytes in the narrow code page.
+[[nodiscard]] std::string_view TrimAnsi(std::string_view bytes);
 
 }  // namespace cqsurvey

@@ -6,6 +6,7 @@
 #include "job/JobStep.h"
 #include "platform/CaseFold.h"
 #include "settings/FixedKeys.h"
+#include "settings/FixedSettings.h"
 #include "store/Qrfs.h"
 #include "store/ThrowStorageError.h"
 
@@ -94,6 +95,10 @@ int CqSurveyDB::WriteSettingsInt(const CString& section, const CString& key, int
 int CqSurveyDB::ImportSettingsFile(const CString& hostPath) {
     return Atomically(*m_job, [&] {
         const CString backupPath = m_job->mountName + kBackupPath;
+        if (m_job->settings.IsDamaged()) {
+            // A damaged file can be neither copied nor put back.
+            m_job->WriteSettingsIniFile();
+        }
         m_job->settings.Backup(backupPath);
         int result = m_job->settings.ImportFile(hostPath);
         if (result != 0) {
@@ -158,28 +163,7 @@ int CqSurveyDB::IsDrawingForceMonotone(int& color) {
 }
 
 int Job::SetDefaultSettingsIniFile() {
-    settings.Clear();
-    settings.AddSection(CqSurveyDB::m_SettingsSection);
-    settings.AddSection(CqSurveyDB::m_BGSettingsSection);
-    settings.WriteDouble(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kSiPointSize],
-                         kDefaultSiPointSize);
-    settings.WriteInt(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kJCoordDivision],
-                      limits::kNoDivision);
-    settings.WriteString(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kVersion],
-                         CqSurveyDB::m_Version);
-    settings.WriteInt(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey[kMapscale],
-                      kDefaultMapscale);
-    settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[kEntityColor],
-                      limits::kNoForcedColor);
-    for (const BackgroundKey key :
-         {kType, kCenterX, kCenterY, kSizeX, kSizeY, kRotation, kBrightness}) {
-        settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[key], 0);
-    }
-    settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[kContrast],
-                      kDefaultContrast);
-    settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[kMonotone], 0);
-    settings.WriteInt(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey[kBKColor],
-                      static_cast<std::int32_t>(kDefaultBKColor));
+    PutDefaultSettings(settings);
     return 1;
 }
 
@@ -193,7 +177,8 @@ int Job::ReadSettingsIniFile() {
 }
 
 int Job::WriteSettingsIniFile() {
-    if (settings.Write(mountName + CqSurveyDB::m_SettingsPath) != 0) {
+    if ((!settings.IsDamaged() || SetSettingsAside()) &&
+        settings.Write(mountName + CqSurveyDB::m_SettingsPath) != 0) {
         return 1;
     }
     // A job that is only readable must not look changed until it is closed.
@@ -211,42 +196,15 @@ int Job::CheckSettingsIniFile() {
 }
 
 int Job::CheckSettingsIniFileSections() {
-    CStringList sections;
-    settings.GetSectionList(sections);
-    return Holds(sections, CqSurveyDB::m_SettingsSection) &&
-                   Holds(sections, CqSurveyDB::m_BGSettingsSection)
-               ? 1
-               : 0;
+    return FindMissingSections(settings).empty() ? 1 : 0;
 }
 
 int Job::CheckSettingsIniFileKeys() {
-    const auto hasAll = [&](const CString& section, const auto& fixed) {
-        CStringList keys;
-        settings.GetKeyList(section, keys);
-        return std::all_of(fixed.begin(), fixed.end(),
-                           [&](const CString& key) { return Holds(keys, key); });
-    };
-    return hasAll(CqSurveyDB::m_SettingsSection, CqSurveyDB::m_SettingsKey) &&
-                   hasAll(CqSurveyDB::m_BGSettingsSection, CqSurveyDB::m_BGSettingsKey)
-               ? 1
-               : 0;
+    return FindMissingKeys(settings).empty() ? 1 : 0;
 }
 
 int Job::CheckSettingsIniFileValue() {
-    const auto accepts = [&](int (*check)(int), const CString& section, const CString& key) {
-        std::int32_t value = 0;
-        return settings.GetInt(section, key, value) != 0 && check(value) != 0;
-    };
-    return accepts(CheckJCoordDivision, CqSurveyDB::m_SettingsSection,
-                   CqSurveyDB::m_SettingsKey[kJCoordDivision]) &&
-                   accepts(CheckImageBrightness, CqSurveyDB::m_BGSettingsSection,
-                           CqSurveyDB::m_BGSettingsKey[kBrightness]) &&
-                   accepts(CheckImageContrast, CqSurveyDB::m_BGSettingsSection,
-                           CqSurveyDB::m_BGSettingsKey[kContrast]) &&
-                   accepts(CheckImageMonotoneMode, CqSurveyDB::m_BGSettingsSection,
-                           CqSurveyDB::m_BGSettingsKey[kEntityColor])
-               ? 1
-               : 0;
+    return FindKeysOutOfRange(settings).empty() ? 1 : 0;
 }
 
 int Job::CheckJCoordDivision(int value) {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string>
+#include <utility>
 
 #include "platform/Text.h"
 #include "store/Qrfs.h"
@@ -150,6 +151,30 @@ int CQrfsFile::ReadString(CString& text) {
         return 0;
     }
     text = TrimRight(line);
+    return 1;
+}
+
+int CQrfsFile::ReadString(std::string& line) {
+    std::string bytes;
+    for (bool lineGoesOn = true; lineGoesOn;) {
+        std::array<char, kReadPieceBytes> buffer;
+        const std::uint32_t bytesRead = Read(buffer.data(), kReadPieceBytes);
+        if (bytesRead == 0) {
+            break;
+        }
+        std::string_view piece(buffer.data(), bytesRead);
+        const std::size_t lineFeed = piece.find('\n');
+        if (lineFeed != std::string_view::npos) {
+            piece = piece.substr(0, lineFeed + 1);
+            lineGoesOn = false;
+            Seek(static_cast<std::int32_t>(piece.size()) - static_cast<std::int32_t>(bytesRead), 1);
+        }
+        bytes += piece;
+    }
+    if (bytes.empty()) {
+        return 0;
+    }
+    line = std::move(bytes);
     return 1;
 }
 

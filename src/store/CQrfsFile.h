@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "cqsurvey/CQrfsFileException.h"
@@ -41,6 +42,9 @@ class CQrfsFile {
     /// Reads one line in the narrow code page, without its trailing white space. At the end of the
     /// file it returns 0 and leaves `text` unchanged.
     virtual int ReadString(CString& text);
+    /// The same for bytes, which are read without conversion and keep their trailing white space
+    /// and line end.
+    virtual int ReadString(std::string& line);
     [[nodiscard]] virtual std::int32_t GetPosition();
     [[nodiscard]] virtual std::int32_t GetLength();
 

@@ -38,28 +38,17 @@ class ClosingFile {
     CQrfsFile& m_file;
 };
 
-std::u16string_view KeyOf(std::u16string_view line) {
-    return line.substr(0, line.find(u'='));
-}
-
 template <class Sections>
 auto FindSection(Sections& sections, std::u16string_view name) {
     return std::find_if(sections.begin(), sections.end(), [&](const CqSettingsSection& section) {
-        return EqualFold(section.name, name);
+        return EqualFold(section.name.GetText(), name);
     });
 }
 
 template <class Lines>
 auto FindLine(Lines& lines, std::u16string_view key) {
     return std::find_if(lines.begin(), lines.end(),
-                        [&](const CString& line) { return EqualFold(KeyOf(line), key); });
-}
-
-CString KeyLine(std::u16string_view key, std::u16string_view value) {
-    CString line(key);
-    line += u'=';
-    line += value;
-    return line;
+                        [&](const CqSettingsText& line) { return EqualFold(line.GetKey(), key); });
 }
 
 /// The text without leading white space, as bytes, up to the first character that is not ASCII and
@@ -122,20 +111,26 @@ int CqSettingsFile::Create(const CString& path) {
     } catch (const CQrfsFileException&) {
         return 0;
     }
+    SetDamaged(false);
     return 1;
 }
 
 int CqSettingsFile::Read(const CString& path) {
     m_path = path;
+    m_reading = Reading::Whole;
+    m_failure.clear();
     const ClosingFile closing(m_file);
     try {
         m_file.Open(path, kModeRead);
         if (m_file.GetLength() > static_cast<std::int32_t>(limits::kSettingsBytes)) {
+            m_reading = Reading::TooLong;
             return 0;
         }
         Parse();
         m_file.Close();
-    } catch (const CQrfsFileException&) {
+    } catch (const CQrfsFileException& failure) {
+        m_reading = failure.m_code == error::kNoFile ? Reading::NoFile : Reading::Broken;
+        m_failure = StoreErrorDetail();
         return 0;
     }
     return 1;
@@ -143,30 +138,54 @@ int CqSettingsFile::Read(const CString& path) {
 
 void CqSettingsFile::Parse() {
     Clear();
-    CString text;
-    while (m_file.ReadString(text) != 0) {
-        const std::u16string_view line = Trim(text);
-        const std::size_t open = line.find(u'[');
-        const std::size_t close = line.find(u']');
-        if (open != std::u16string_view::npos && close != std::u16string_view::npos) {
+    std::string read;
+    while (m_file.ReadString(read) != 0) {
+        const std::string_view line = TrimAnsi(read);
+        const std::size_t open = FindAnsi(line, '[');
+        const std::size_t close = FindAnsi(line, ']');
+        if (open != std::string_view::npos && close != std::string_view::npos) {
             const std::size_t length = close > open ? close - open - 1 : 0;
-            m_sections.push_back({CString(line.substr(open + 1, length)), {}});
-        } else if (line.find(u'=') != std::u16string_view::npos && !m_sections.empty()) {
-            m_sections.back().lines.emplace_back(line);
+            m_model.sections.push_back(
+                {CqSettingsText::FromBytes(line.substr(open + 1, length)), {}});
+        } else if (!m_model.sections.empty() && FindAnsi(line, '=') != std::string_view::npos) {
+            m_model.sections.back().lines.push_back(CqSettingsText::FromBytes(line));
         }
     }
 }
 
+bool CqSettingsFile::HasForeignBytes() const {
+    const auto foreign = [](const CqSettingsText& text) {
+        return text.HasBytes() && text.GetText().find(kReplacementCharacter) != CString::npos;
+    };
+    return std::any_of(m_model.sections.begin(), m_model.sections.end(),
+                       [&](const CqSettingsSection& section) {
+                           return foreign(section.name) ||
+                                  std::any_of(section.lines.begin(), section.lines.end(), foreign);
+                       });
+}
+
 int CqSettingsFile::Write(const CString& path) {
     m_path = path;
+    if (!FitsIntoFile()) {
+        return 0;
+    }
     const ClosingFile closing(m_file);
     try {
         m_file.Open(path, kModeWrite);
         m_file.SetLength(0);
-        for (const CqSettingsSection& section : m_sections) {
-            m_file.WriteString(u"[" + section.name + u"]");
-            for (const CString& line : section.lines) {
-                m_file.WriteString(line);
+        for (const CqSettingsSection& section : m_model.sections) {
+            const CqSettingsText& name = section.name;
+            if (name.HasBytes()) {
+                m_file.WriteString('[' + name.GetBytes() + ']');
+            } else {
+                m_file.WriteString(u'[' + name.GetText() + u']');
+            }
+            for (const CqSettingsText& line : section.lines) {
+                if (line.HasBytes()) {
+                    m_file.WriteString(line.GetBytes());
+                } else {
+                    m_file.WriteString(line.GetText());
+                }
             }
         }
         m_file.Close();
@@ -178,61 +197,68 @@ int CqSettingsFile::Write(const CString& path) {
 
 void CqSettingsFile::Clear() {
     BeginChange();
-    m_sections.clear();
+    m_model.sections.clear();
+}
+
+void CqSettingsFile::SetDamaged(bool damaged) {
+    if (damaged != m_model.damaged) {
+        BeginChange();
+        m_model.damaged = damaged;
+    }
 }
 
 int CqSettingsFile::GetSectionList(CStringList& list) const {
     list.clear();
-    for (const CqSettingsSection& section : m_sections) {
-        list.push_back(section.name);
+    for (const CqSettingsSection& section : m_model.sections) {
+        list.push_back(section.name.GetText());
     }
     return 1;
 }
 
 int CqSettingsFile::GetKeyList(const CString& section, CStringList& list) const {
     list.clear();
-    const auto found = FindSection(m_sections, section);
-    if (found == m_sections.end()) {
+    const auto found = FindSection(m_model.sections, section);
+    if (found == m_model.sections.end()) {
         return 0;
     }
-    for (const CString& line : found->lines) {
-        list.emplace_back(KeyOf(line));
+    for (const CqSettingsText& line : found->lines) {
+        list.emplace_back(line.GetKey());
     }
     return 1;
 }
 
 int CqSettingsFile::AddSection(const CString& section) {
-    if (FindSection(m_sections, section) != m_sections.end()) {
+    if (FindSection(m_model.sections, section) != m_model.sections.end()) {
         return 0;
     }
     if (!HasRoomFor(section.size() + 2)) {
         return 0;
     }
     BeginChange();
-    m_sections.push_back({section, {}});
+    m_model.sections.push_back({CqSettingsText(section), {}});
     return 1;
 }
 
 int CqSettingsFile::DeleteSection(const CString& section) {
-    const auto found = FindSection(m_sections, section);
-    if (found == m_sections.end()) {
+    const auto found = FindSection(m_model.sections, section);
+    if (found == m_model.sections.end()) {
         return 0;
     }
     BeginChange();
-    m_sections.erase(found);
+    m_model.sections.erase(found);
     return 1;
 }
 
 int CqSettingsFile::GetString(const CString& section, const CString& key, CString& value) const {
-    const auto found = FindSection(m_sections, section);
-    if (found == m_sections.end()) {
+    const auto found = FindSection(m_model.sections, section);
+    if (found == m_model.sections.end()) {
         return 0;
     }
     const auto line = FindLine(found->lines, key);
     if (line == found->lines.end()) {
         return 0;
     }
-    value = line->substr(line->find(u'=') + 1);
+    value = line->GetValue();
     return 1;
 }
 
@@ -255,8 +281,8 @@ int CqSettingsFile::GetDouble(const CString& section, const CString& key, double
 }
 
 int CqSettingsFile::WriteString(const CString& section, const CString& key, const CString& value) {
-    const auto found = FindSection(m_sections, section);
-    if (found == m_sections.end()) {
+    const auto found = FindSection(m_model.sections, section);
+    if (found == m_model.sections.end()) {
         return 0;
     }
     const auto line = FindLine(found->lines, key);
@@ -269,11 +295,11 @@ int CqSettingsFile::WriteString(const CString& section, const CString& key, cons
     }
     BeginChange();
     if (!present) {
-        found->lines.push_back(KeyLine(key, value));
+        found->lines.emplace_back(key + u'=' + value);
     } else if (value.empty()) {
         found->lines.erase(line);
     } else {
-        *line = KeyLine(KeyOf(*line), value);
+        line->SetValue(value);
     }
     return 1;
 }
@@ -289,7 +315,7 @@ int CqSettingsFile::WriteDouble(const CString& section, const CString& key, doub
 int CqSettingsFile::ExportFile(const CString& hostPath) {
     // A mounted job is a file of the host, too. Opening it here would destroy it.
     HostFile target;
-    if (StoreIsMountedVolume(hostPath) != 0 || !target.Create(hostPath)) {
+    if (StoreIsPartOfMountedVolume(hostPath) != 0 || !target.Create(hostPath)) {
         return 0;
     }
     const ClosingFile closing(m_file);
@@ -345,7 +371,7 @@ void CqSettingsFile::KeepStep() noexcept {
 
 void CqSettingsFile::UndoStep() noexcept {
     if (m_beforeStep) {
-        m_sections = std::move(*m_beforeStep);
+        m_model = std::move(*m_beforeStep);
         m_beforeStep.reset();
     }
 }
@@ -353,18 +379,40 @@ void CqSettingsFile::UndoStep() noexcept {
 bool CqSettingsFile::HasRoomFor(std::size_t more) const {
     // Each line ends with CR LF.
     std::size_t size = more + 2;
-    for (const CqSettingsSection& section : m_sections) {
-        size += section.name.size() + 4;
-        for (const CString& line : section.lines) {
-            size += line.size() + 2;
+    for (const CqSettingsSection& section : m_model.sections) {
+        size += section.name.GetText().size() + 4;
+        for (const CqSettingsText& line : section.lines) {
+            size += line.GetText().size() + 2;
         }
     }
     return size <= limits::kSettingsText;
 }
 
+bool CqSettingsFile::FitsIntoFile() const {
+    const auto size = [&](const auto& sizeOf) {
+        std::size_t sum = 0;
+        for (const CqSettingsSection& section : m_model.sections) {
+            sum += sizeOf(section.name) + 4;
+            for (const CqSettingsText& line : section.lines) {
+                sum += sizeOf(line) + 2;
+            }
+        }
+        return sum;
+    };
+    // No page takes more than four bytes for a code unit, so it is seldom that they are counted.
+    constexpr std::size_t kMostOfUnit = 4;
+    return size([](const CqSettingsText& text) {
+               return text.HasBytes() ? text.GetBytes().size()
+                                      : kMostOfUnit * text.GetText().size();
+           }) <= limits::kSettingsBytes ||
+           size([](const CqSettingsText& text) {
+               return text.HasBytes() ? text.GetBytes().size() : ToAnsi(text.GetText()).size();
+           }) <= limits::kSettingsBytes;
+}
+
 void CqSettingsFile::BeginChange() {
     if (!m_beforeStep) {
-        m_beforeStep = m_sections;
+        m_beforeStep = m_model;
     }
 }
 

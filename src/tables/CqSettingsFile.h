@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "cqsurvey/Types.h"
@@ -23,7 +24,8 @@ namespace cqsurvey {
 ///
 /// A line with "[" and "]" begins a section, even if it contains "="; a line with "=" belongs to
 /// the section above it; every other line is dropped. Names of sections and keys are compared
-/// without regard to letter case, and the first match counts.
+/// without regard to letter case, and the first match counts. Lines that nobody changes are written
+/// as they were read, but for white space at their ends, whatever their bytes are (CqSettingsText).
 ///
 /// Functions return 1 when they have done it and 0 when not. Undoing a step restores the model that
 /// the step began with, of which a copy is made before the first change.
@@ -34,10 +36,18 @@ class CqSettingsFile : public JobPart {
     /// Creates an empty file. 0 on a failure of the volume.
     int Create(const CString& path);
     /// Replaces the model by the file's content. 0 on a failure of the volume: if the file could
-    /// not be opened the model is unchanged, otherwise it holds what was read before the failure.
+    /// not be opened or is longer than limits::kSettingsBytes the model is unchanged, otherwise it
+    /// holds what was read before the failure.
     int Read(const CString& path);
+    /// How the last Read ended.
+    enum class Reading : std::uint8_t { Whole, NoFile, TooLong, Broken };
+    [[nodiscard]] Reading GetReading() const { return m_reading; }
+    /// What was in the way of the last Read, in English, as far as the store said.
+    [[nodiscard]] const std::string& GetFailure() const { return m_failure; }
+    /// Whether a line holds bytes that are no text in the code page they were read in.
+    [[nodiscard]] bool HasForeignBytes() const;
     /// Replaces the content of the file, which must exist, by the model. 0 on a failure of the
-    /// volume.
+    /// volume, and, with the file unchanged, when it would be longer than limits::kSettingsBytes.
     int Write(const CString& path);
     /// Removes all sections from the model.
     void Clear();
@@ -88,22 +98,35 @@ class CqSettingsFile : public JobPart {
     /// the volume.
     int Restore(const CString& backupPath);
 
+    // A mark for the owner, which belongs to the model and is undone with it: the file holds what
+    // the model lacks, and must be set aside before it is written. Create removes the mark.
+
+    [[nodiscard]] bool IsDamaged() const { return m_model.damaged; }
+    void SetDamaged(bool damaged);
+
     void KeepStep() noexcept override;
     void UndoStep() noexcept override;
 
  private:
-    using Sections = std::vector<CqSettingsSection>;
+    struct Model {
+        std::vector<CqSettingsSection> sections;
+        bool damaged = false;
+    };
 
     /// Whether the model stays within limits::kSettingsText with so many characters more.
     [[nodiscard]] bool HasRoomFor(std::size_t more) const;
     /// Copies the model, unless the step has done so already. Called before every change.
     void BeginChange();
     void Parse();
+    /// Whether the file of the model is no longer than limits::kSettingsBytes.
+    [[nodiscard]] bool FitsIntoFile() const;
 
     CQrfsFile m_file;
     CString m_path;
-    Sections m_sections;
-    std::optional<Sections> m_beforeStep;  ///< nothing while the step has not changed the model
+    Reading m_reading = Reading::Whole;
+    std::string m_failure;
+    Model m_model;
+    std::optional<Model> m_beforeStep;  ///< nothing while the step has not changed the model
 };
 
 }  // namespace cqsurvey

@@ -309,6 +309,26 @@ TEST(Text, TrimmingTakesTheSixWhiteSpaceCharactersOnly) {
     EXPECT_EQ(Trim(u"\u00a0\u3000a\u0085"), u"\u00a0\u3000a\u0085");
 }
 
+TEST(Text, TrimmingBytesTakesTheSameSix) {
+    EXPECT_EQ(TrimAnsi(" \t\r\n\v\fa b\f\v\n\r\t "), "a b");
+    EXPECT_EQ(TrimAnsi(" \t "), "");
+    EXPECT_EQ(TrimAnsi(""), "");
+    EXPECT_EQ(TrimAnsi("\xa0 a\x85"), "\xa0 a\x85");
+}
+
+TEST(Text, AMarkIsNotTheSecondHalfOfACharacter) {
+    constexpr std::size_t kNone = std::string_view::npos;
+    EXPECT_EQ(FindAnsi("a=b=", '='), 1U);
+    EXPECT_EQ(FindAnsi("\xc3=", '='), 1U) << "after the beginning of a character";
+    EXPECT_EQ(FindAnsi("ab", '='), kNone);
+    EXPECT_EQ(FindAnsi("", '='), kNone);
+    const CodePageScope page(932);
+    EXPECT_EQ(FindAnsi("\x81\x5b[", '['), 2U);
+    EXPECT_EQ(FindAnsi("\x81\x5b\x81\x5b", '['), kNone);
+    EXPECT_EQ(FindAnsi("\x93\xfa\x83\x5bx[", '['), 5U);
+    EXPECT_EQ(FindAnsi("\xfd[", '['), 1U) << "after a byte that is no character";
+}
+
 TEST(Text, LongTextsAreConvertedWhole) {
     const CodePageScope page(932);
     for (std::size_t before = 1020; before < 1030; ++before) {

@@ -300,6 +300,20 @@ TEST(CQrfsFileLines, ReadingGoesThroughPiecesOf255BytesAndGivesTheRestBack) {
     EXPECT_EQ(file.ReadString(text), 0);
 }
 
+TEST(CQrfsFileLines, BytesAreReadAsTheyStandThere) {
+    PieceFile file;
+    file.bytes = std::string(254, '\xff') + "\xc3\r\n \n\n" + std::string(300, '\x81');
+    std::string line = "unchanged";
+    for (const std::string& expected : {std::string(254, '\xff') + "\xc3\r\n", std::string(" \n"),
+                                        std::string("\n"), std::string(300, '\x81')}) {
+        EXPECT_EQ(file.ReadString(line), 1);
+        EXPECT_EQ(line, expected);
+    }
+    line = "unchanged";
+    EXPECT_EQ(file.ReadString(line), 0);
+    EXPECT_EQ(line, "unchanged");
+}
+
 TEST(CQrfsFileLines, ALineEndOnAnyPlaceOfAPieceIsFound) {
     for (std::size_t length = 250; length < 260; ++length) {
         for (const std::string end : {"\n", "\r\n"}) {

@@ -13,7 +13,9 @@
 #include <vector>
 
 #include "cqsurvey/CQrfsFileException.h"
+#include "cqsurvey/Limits.h"
 #include "platform/Text.h"
+#include "settings/SettingsBytes.h"
 #include "settings/SettingsModel.h"
 #include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
@@ -611,7 +613,7 @@ TEST_F(CqSettingsFileTest, LongRandomSequencesAgreeWithTheModel) {
     }
 }
 
-TEST_F(CqSettingsFileTest, WhateverBytesAFileHoldsAreReadAsTheModelReadsThem) {
+TEST_F(CqSettingsFileTest, WhateverBytesAFileHoldsAreReadAndWrittenAsTheModelsDo) {
     const std::string seedFile =
         "[SETTINGS]\r\nSiPointSize=5.000\r\nVersion=1.00\r\n[BACKGROUND]\r\nType=0\r\n"
         "name=\xe6\x97\xa5\xe6\x9c\xac\r\n[\xc3\xa9t\xc3\xa9]\nlong=" +
@@ -622,7 +624,7 @@ TEST_F(CqSettingsFileTest, WhateverBytesAFileHoldsAreReadAsTheModelReadsThem) {
     for (const int number : {65001, 1252, 932}) {
         const CodePageScope page(number);
         std::mt19937 random(static_cast<unsigned>(number));
-        for (int round = 0; round < 1000; ++round) {
+        for (int round = 0; round < 400; ++round) {
             SCOPED_TRACE(testing::Message() << "page " << number << " round " << round);
             std::string bytes = seedFile;
             for (std::size_t changes = 1 + random() % 12; changes > 0; --changes) {
@@ -644,20 +646,90 @@ TEST_F(CqSettingsFileTest, WhateverBytesAFileHoldsAreReadAsTheModelReadsThem) {
             }
             PutVolumeFile(Path(), bytes);
             ASSERT_EQ(m_settings.Read(Path()), 1);
-            const SettingsModel model = SettingsModel::Parse(FromAnsi(bytes));
+            // The texts are those of the whole file, converted at once.
+            SettingsModel model = SettingsModel::Parse(FromAnsi(bytes));
+            CStringList sections;
+            m_settings.GetSectionList(sections);
+            ASSERT_EQ(sections, model.Sections());
+            CStringList keys;
+            for (const CString& section : sections) {
+                m_settings.GetKeyList(section, keys);
+                ASSERT_EQ(keys, model.Keys(section));
+            }
+            SettingsBytes expected(bytes);
             ASSERT_EQ(m_settings.Write(again), 1);
-            const std::string written = VolumeFileBytes(again);
-            ASSERT_EQ(written, ToAnsi(model.Text()));
-            // A second time nothing changes, but for what the page could not hold.
+            ASSERT_EQ(VolumeFileBytes(again), expected.Text());
+            // Each change leaves the bytes of all other lines alone.
+            for (int change = 0; change < 2 && !sections.empty(); ++change) {
+                const CString& section = sections[random() % sections.size()];
+                m_settings.GetKeyList(section, keys);
+                if (!keys.empty()) {
+                    const CString& key = keys[random() % keys.size()];
+                    const CString value = FromUtf8(std::to_string(random() % 100)) + u"\u00e9";
+                    ASSERT_EQ(m_settings.WriteString(section, key, value), 1);
+                    expected.Set(section, key, value);
+                }
+            }
+            ASSERT_EQ(m_settings.Write(again), 1);
+            ASSERT_EQ(VolumeFileBytes(again), expected.Text());
             ASSERT_EQ(m_settings.Read(again), 1);
             ASSERT_EQ(m_settings.Write(again), 1);
-            ASSERT_EQ(VolumeFileBytes(again),
-                      ToAnsi(SettingsModel::Parse(FromAnsi(written)).Text()));
-            if (number == 65001) {
-                ASSERT_EQ(VolumeFileBytes(again), written);
-            }
+            ASSERT_EQ(VolumeFileBytes(again), expected.Text());
         }
     }
+}
+
+TEST_F(CqSettingsFileTest, ALineThatNobodyChangesKeepsBytesThatThePageLacks) {
+    struct {
+        int page;
+        std::string bytes;
+    } const cases[] = {{1252, "\x81\x8d"},
+                       {932, "\xfd\xfe"},
+                       {932, "\x87\x90"},  // a character that has a second spelling
+                       {65001, "\xff\xc3"}};
+    for (const auto& [number, bytes] : cases) {
+        SCOPED_TRACE(number);
+        const CodePageScope page(number);
+        const std::string before = "[" + bytes + "]\r\n" + bytes + "=1\r\nold=" + bytes + "\r\n";
+        Load(before + "k=1\r\n");
+        EXPECT_EQ(m_settings.WriteString(FromAnsi(bytes), u"k", u"2"), 1);
+        EXPECT_EQ(Written(), before + "k=2\r\n");
+        // Even the key of a line that is changed.
+        EXPECT_EQ(m_settings.WriteString(FromAnsi(bytes), FromAnsi(bytes), u"3"), 1);
+        EXPECT_EQ(Written(), "[" + bytes + "]\r\n" + bytes + "=3\r\nold=" + bytes + "\r\nk=2\r\n");
+        ASSERT_DONE(QrfsDeleteFile(m_volume.File(u"written")));
+    }
+}
+
+TEST_F(CqSettingsFileTest, AFileThatWouldBeTooLongToBeReadIsNotWritten) {
+    // Each line gets a carriage return, so the file grows although a line is removed.
+    std::string bytes = "[S]\nk=v\n";
+    while (bytes.size() < limits::kSettingsBytes - 8000) {
+        bytes += "a=" + std::string(8000, 'x') + "\n";
+    }
+    bytes += "a=" + std::string(limits::kSettingsBytes - bytes.size() - 3, 'x') + "\n";
+    Load(bytes);
+    EXPECT_EQ(m_settings.WriteString(u"S", u"k", u""), 1);
+    EXPECT_EQ(m_settings.Write(Path()), 0);
+    EXPECT_EQ(VolumeFileBytes(Path()), bytes);
+    EXPECT_EQ(m_settings.Read(Path()), 1);
+}
+
+TEST_F(CqSettingsFileTest, ReadingTellsHowItEnded) {
+    using Reading = CqSettingsFile::Reading;
+    Load("[S]\r\n");
+    EXPECT_EQ(m_settings.GetReading(), Reading::Whole);
+    EXPECT_EQ(m_settings.Read(m_volume.File(u"none")), 0);
+    EXPECT_EQ(m_settings.GetReading(), Reading::NoFile);
+    PutVolumeFile(Path(), std::string(limits::kSettingsBytes + 1, '\n'));
+    EXPECT_EQ(m_settings.Read(Path()), 0);
+    EXPECT_EQ(m_settings.GetReading(), Reading::TooLong);
+    ASSERT_NE(QrfsUnmount(m_volume.MountName()), 0);
+    RunSql(ToUtf8(m_volume.HostPath()), "DELETE FROM Volume_Block");
+    ASSERT_NE(QrfsMount(m_volume.HostPath(), m_volume.MountName()), 0);
+    EXPECT_EQ(m_settings.Read(Path()), 0);
+    EXPECT_EQ(m_settings.GetReading(), Reading::Broken);
+    EXPECT_NE(m_settings.GetFailure(), "");
 }
 
 }  // namespace
