@@ -17,6 +17,8 @@
 
 namespace cqsurvey {
 
+using Found = CqJobFinding::Kind;
+
 namespace {
 
 constexpr const char* kPoints = "_PointData";
@@ -24,6 +26,10 @@ constexpr const char* kEntities = "_EntityData";
 constexpr const char* kLayers = "_Layer";
 constexpr const char* kGroups = "_GroupData";
 constexpr const char* kLinks = "_PointToVertexLink";
+constexpr const char* kSettings = "Settings.ini";
+
+/// An operation makes no polyline of fewer vertices, but they can be deleted one by one.
+constexpr std::int32_t kFewestVertices = 2;
 
 std::string Number(CqHandle handle) {
     return std::to_string(handle);
@@ -51,6 +57,19 @@ CString NameOf(const std::byte* point) {
     return PointLayout::Get<"PointName">(point);
 }
 
+/// Names are compared before they are cut, so only names of full length can have become equal.
+template <std::size_t Longest>
+Found KindOfTwin(const CString& name) {
+    return name.size() == Longest ? Found::Note : Found::Fault;
+}
+
+/// What it means that a record is gone. Numbers are never used again, so one that was given away
+/// belongs to a deleted record; another was never named by an operation.
+Found KindOfGone(const CqDbTable& table, CqHandle record) {
+    const std::uint32_t next = StoreNextRecord(table.GetTable());
+    return next == 0 || record < next ? Found::Note : Found::Fault;
+}
+
 }  // namespace
 
 CqJobCheck::CqJobCheck(CqSurveyDB& db, std::size_t maxFindings, const Progress& progress)
@@ -73,6 +92,7 @@ CqJobCheck::CqJobCheck(CqSurveyDB& db, std::size_t maxFindings, const Progress& 
     CheckLayersAndGroups(job);
     CheckExtents(job);
     CheckPages(job);
+    CheckSettings(job);
     m_progress = nullptr;
 }
 
@@ -102,15 +122,21 @@ void CqJobCheck::CheckPages(Job& job) {
 }
 
 template <class Text>
-bool CqJobCheck::Expect(bool condition, const char* table, CqHandle record, Text&& text) {
+bool CqJobCheck::ExpectOr(Found kind, bool condition, const char* table, CqHandle record,
+                          Text&& text) {
     ++m_checks;
     if (!condition) {
-        ++m_count;
-        if (m_findings.size() < m_maxFindings) {
-            m_findings.push_back({table, record, std::forward<Text>(text)()});
+        std::size_t& count = kind == Found::Fault ? m_faults : m_notes;
+        if (count++ < m_maxFindings) {
+            m_findings.push_back({kind, table, record, std::forward<Text>(text)()});
         }
     }
     return condition;
+}
+
+template <class Text>
+bool CqJobCheck::Expect(bool condition, const char* table, CqHandle record, Text&& text) {
+    return ExpectOr(Found::Fault, condition, table, record, std::forward<Text>(text));
 }
 
 void CqJobCheck::CheckPoints(Job& job) {
@@ -128,6 +154,10 @@ void CqJobCheck::CheckPoints(Job& job) {
                    return "point " + Quoted(NameOf(point)) + " names entity " + Number(entity) +
                           ", which does not belong to it";
                });
+        const auto group = PointLayout::Get<"GroupIndex">(point);
+        ExpectOr(Found::Note,
+                 group == 0 || StorePeekRecord(job.groups.GetTable(), group) != nullptr, kPoints,
+                 number, [&] { return "its group " + Number(group) + " does not exist"; });
         const CString name = NameOf(point);
         if (!name.empty()) {
             names.emplace_back(HashName(name), number);
@@ -142,10 +172,12 @@ void CqJobCheck::CheckPoints(Job& job) {
             unique = NameOf(StorePeekRecord(points.GetTable(), names[j - 1].second)) !=
                      NameOf(StorePeekRecord(points.GetTable(), names[i].second));
         }
-        Expect(unique, kPoints, names[i].second, [&] {
-            return "an earlier point has the name " +
-                   Quoted(NameOf(StorePeekRecord(points.GetTable(), names[i].second))) + " too";
-        });
+        const auto name = [&] {
+            return NameOf(StorePeekRecord(points.GetTable(), names[i].second));
+        };
+        ExpectOr(unique ? Found::Note : KindOfTwin<limits::kPointName>(name()), unique, kPoints,
+                 names[i].second,
+                 [&] { return "an earlier point has the name " + Quoted(name()) + " too"; });
     }
 }
 
@@ -170,8 +202,10 @@ void CqJobCheck::CheckEntities(Job& job) {
         const auto type = EntityLayout::Get<"ObjectType">(entity);
         const auto object = EntityLayout::Get<"ObjectIndex">(entity);
         const auto layer = EntityLayout::Get<"LayerIndex">(entity);
-        Expect(StorePeekRecord(job.layers.GetTable(), layer) != nullptr, kEntities, number,
-               [&] { return "its layer " + Number(layer) + " is gone"; });
+        // Number 0 is that of an entity which was added while no layer was current.
+        const bool hasLayer = StorePeekRecord(job.layers.GetTable(), layer) != nullptr;
+        ExpectOr(hasLayer ? Found::Note : KindOfGone(job.layers, layer), hasLayer, kEntities,
+                 number, [&] { return "its layer " + Number(layer) + " is gone"; });
         if (!Expect(type < kinds.size() && kinds[type].table != nullptr, kEntities, number,
                     [&] { return "it has the unknown type " + Number(type); })) {
             return;
@@ -221,6 +255,13 @@ void CqJobCheck::CheckChain(Job& job) {
     std::int32_t steps = 0;
     CqHandle previous = 0;
     CqHandle pline = 0;
+    std::int32_t vertices = 0;
+    const auto endPline = [&] {
+        ExpectOr(Found::Note, pline == 0 || vertices >= kFewestVertices, kEntities, pline, [&] {
+            return "the polyline has " + std::to_string(vertices) + " of at least " +
+                   std::to_string(kFewestVertices) + " vertices";
+        });
+    };
     CqHandle at = head;
     while (at != 0 && steps < total) {
         Look();
@@ -237,20 +278,25 @@ void CqJobCheck::CheckChain(Job& job) {
         });
         const auto type = EntityLayout::Get<"ObjectType">(entity);
         if (type == EntPline) {
+            endPline();
             pline = at;
+            vertices = 0;
         } else if (type == EntVertex) {
+            ++vertices;
             const std::byte* vertex =
                 StorePeekRecord(job.vertices.GetTable(), EntityLayout::Get<"ObjectIndex">(entity));
             Expect(
                 vertex != nullptr && pline != 0 && VertexLayout::Get<"PlineIndex">(vertex) == pline,
                 kEntities, at, [] { return "the vertex does not follow its polyline"; });
         } else {
+            endPline();
             pline = 0;
         }
         previous = at;
         at = EntityLayout::Get<"NextEntityIndex">(entity);
         ++steps;
     }
+    endPline();
     Expect(at == 0, kEntities, previous,
            [] { return "the chain goes on after as many steps as there are entities"; });
     Expect(steps == total, kEntities, 0, [&] {
@@ -286,31 +332,38 @@ void CqJobCheck::CheckLinks(Job& job) {
     ForEach(job.links, [&](CqHandle number, const std::byte* record) {
         const auto point = LinkLayout::Get<"PointDataID">(record);
         const auto vertex = LinkLayout::Get<"VertexDataID">(record);
-        // A tie may outlive its point or vertex, so an entity that is gone is no finding.
-        const std::byte* pointEntity = EntityAt(job.entities, point);
-        Expect(pointEntity == nullptr || EntityLayout::Get<"ObjectType">(pointEntity) == EntSiPnt,
-               kLinks, number,
-               [&] { return "entity " + Number(point) + " is tied as a point but is not one"; });
-        const std::byte* vertexEntity = EntityAt(job.entities, vertex);
-        Expect(
-            vertexEntity == nullptr || EntityLayout::Get<"ObjectType">(vertexEntity) == EntVertex,
-            kLinks, number,
-            [&] { return "entity " + Number(vertex) + " is tied as a vertex but is not one"; });
+        CheckTie(job, number, point, EntSiPnt, "a point");
+        CheckTie(job, number, vertex, EntVertex, "a vertex");
     });
+}
+
+void CqJobCheck::CheckTie(Job& job, CqHandle link, CqHandle entity, std::uint16_t type,
+                          const char* what) {
+    const std::byte* record = EntityAt(job.entities, entity);
+    // A tie may outlive its point or vertex.
+    const Found kind =
+        entity <= CqEntityTable::kHeader ? Found::Fault : KindOfGone(job.entities, entity);
+    if (ExpectOr(kind, record != nullptr, kLinks, link,
+                 [&] { return "entity " + Number(entity) + ", tied as " + what + ", is gone"; })) {
+        Expect(EntityLayout::Get<"ObjectType">(record) == type, kLinks, link, [&] {
+            return "entity " + Number(entity) + " is tied as " + what + " but is not one";
+        });
+    }
 }
 
 void CqJobCheck::CheckLayersAndGroups(Job& job) {
     std::set<CString> layers;
     ForEach(job.layers, [&](CqHandle number, const std::byte* record) {
         const CString name = LayerLayout::Get<"Name">(record);
-        Expect(layers.insert(name).second, kLayers, number,
-               [&] { return "an earlier layer has the name " + Quoted(name) + " too"; });
+        ExpectOr(KindOfTwin<limits::kLayerName>(name), layers.insert(name).second, kLayers, number,
+                 [&] { return "an earlier layer has the name " + Quoted(name) + " too"; });
     });
     std::set<std::u32string> groups;
     ForEach(job.groups, [&](CqHandle number, const std::byte* record) {
         const CString name = GroupLayout::Get<"GroupName">(record);
-        Expect(name.empty() || groups.insert(Folded(name)).second, kGroups, number,
-               [&] { return "an earlier group has the name " + Quoted(name) + " too"; });
+        ExpectOr(KindOfTwin<limits::kGroupName>(name),
+                 name.empty() || groups.insert(Folded(name)).second, kGroups, number,
+                 [&] { return "an earlier group has the name " + Quoted(name) + " too"; });
     });
 }
 
@@ -341,6 +394,14 @@ void CqJobCheck::CheckExtents(Job& job) {
         }
         Expect(inside, kEntities, number, [] { return "it lies outside the drawing's extents"; });
     });
+}
+
+void CqJobCheck::CheckSettings(Job& job) {
+    const SettingsReport report = job.ReportSettings();
+    Expect(report.damage.empty(), kSettings, 0, [&] { return report.damage; });
+    for (const std::string& note : report.notes) {
+        ExpectOr(Found::Note, false, kSettings, 0, [&] { return note; });
+    }
 }
 
 }  // namespace cqsurvey

@@ -14,7 +14,7 @@ int CqSurveyDB::GetGroupList(CStringList& list) const {
 }
 
 int CqSurveyDB::AddGroup(const CString& name) const {
-    if (name.empty() || m_job->groups.FindByName(name)) {
+    if (field::UpToZero(name).empty() || m_job->groups.FindByName(name)) {
         return 0;
     }
     return Atomically(*m_job, [&] {

@@ -5,11 +5,12 @@
 namespace cqsurvey {
 
 bool CqGroupTable::FindByName(const CString& name) {
-    if (name.empty()) {
+    const std::u16string_view sought = field::UpToZero(name);
+    if (sought.empty()) {
         return false;
     }
     for (int found = First(kRecordOrder); found != 0; found = Next()) {
-        if (EqualFold(Get<"GroupName">(), name)) {
+        if (EqualFold(Get<"GroupName">(), sought)) {
             return true;
         }
     }

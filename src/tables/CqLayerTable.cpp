@@ -23,7 +23,7 @@ void CqLayerTable::Open(const CString& name) {
 
 bool CqLayerTable::FindByName(const CString& name) {
     for (int found = First(kRecordOrder); found != 0; found = Next()) {
-        if (field::Text52::Equal(Record() + Layout::Offset<"Name">(), name)) {
+        if (field::Text52::Equal(Record() + Layout::Offset<"Name">(), field::UpToZero(name))) {
             return true;
         }
     }

@@ -59,15 +59,22 @@ class JobCheck : public testing::Test {
         ASSERT_NE(QrfsUnmount(u"RAW"), 0);
     }
 
+    /// What the check says of the job, notes marked as such.
     [[nodiscard]] std::string Findings() const {
         CqSurveyDB db(m_path);
         std::string all;
         const CqJobCheck check(db);
         for (const CqJobFinding& finding : check.GetFindings()) {
+            all += finding.kind == CqJobFinding::Kind::Note ? "note " : "";
             all +=
                 finding.table + " " + std::to_string(finding.record) + ": " + finding.text + "\n";
         }
         return all;
+    }
+
+    [[nodiscard]] std::size_t Faults() const {
+        CqSurveyDB db(m_path);
+        return CqJobCheck(db).GetCount();
     }
 
     TempDir m_folder;
@@ -78,6 +85,7 @@ TEST_F(JobCheck, FindsNothingInASoundJob) {
     CqSurveyDB db(m_path);
     const CqJobCheck check(db);
     EXPECT_EQ(check.GetCount(), 0U);
+    EXPECT_EQ(check.GetNoteCount(), 0U);
     EXPECT_GT(check.GetChecks(), 50U);
 }
 
@@ -250,11 +258,87 @@ TEST_F(JobCheck, FindsAnEntityOutsideTheExtentsUnlessItsTypeIsUnknown) {
     EXPECT_THAT(Findings(), Not(HasSubstr("outside")));
 }
 
-TEST_F(JobCheck, DoesNotMindTheLinkOfADeletedPoint) {
+TEST_F(JobCheck, FindsALinkToAnEntityThatNeverWas) {
+    Damage<CqLinkTable>(u"_PointToVertexLink", [](CqLinkTable& links) {
+        links.First(kRecordOrder);
+        links.Set<"PointDataID">(CqHandle{1});
+        links.Set<"VertexDataID">(CqHandle{4000});
+        links.Store();
+    });
+    EXPECT_EQ(Findings(),
+              "_PointToVertexLink 1: entity 1, tied as a point, is gone\n"
+              "_PointToVertexLink 1: entity 4000, tied as a vertex, is gone\n");
+}
+
+TEST_F(JobCheck, NotesTheLinkOfADeletedPoint) {
     CqSurveyDB db(m_path);
     db.DelCoordRec(u"P1");
     db.Close();
+    EXPECT_EQ(Findings(), "note _PointToVertexLink 1: entity 2, tied as a point, is gone\n");
+}
+
+TEST_F(JobCheck, NotesEntitiesOfADeletedLayerEvenOfLayer0) {
+    CqSurveyDB db(m_path);
+    db.AddLayer(u"A", 1, 0);
+    db.EditLayer(7, u"A");
+    db.DeleteLayer(u"A");
+    db.Close();
+    EXPECT_EQ(Findings(), "note _EntityData 7: its layer 2 is gone\n");
+    db.Open(m_path);
+    db.DeleteLayer(u"0");
+    db.Close();
+    // From now on no layer is current at the beginning, and what is added has none.
+    db.Open(m_path);
+    const std::array<double, 3> coords{1, 2, 3};
+    db.AddCircle(coords.data(), 1, 0, 0);
+    db.Close();
+    EXPECT_THAT(Findings(), HasSubstr("note _EntityData 2: its layer 1 is gone\n"));
+    EXPECT_THAT(Findings(), HasSubstr("note _EntityData 11: its layer 0 is gone\n"));
+    EXPECT_EQ(Faults(), 0U);
+}
+
+TEST_F(JobCheck, NotesNamesThatBecameEqualWhenTheyWereCut) {
+    CqSurveyDB db(m_path);
+    const std::array<double, 3> coords{1, 2, 3};
+    for (const char16_t* end : {u"1", u"2"}) {
+        db.AddCoordRec(coords.data(), CString(19, u'p') + end, 0, SurveyCoordType{1}, 0);
+        EXPECT_EQ(db.AddLayer(CString(51, u'l') + end, 1, 0), 1);
+    }
+    EXPECT_EQ(db.AddGroup(CString(19, u'g') + u"1"), 1);
+    EXPECT_EQ(db.AddGroup(CString(19, u'G') + u"2"), 1);
+    db.Close();
+    EXPECT_EQ(Findings(), "note _PointData 4: an earlier point has the name \"" +
+                              std::string(19, 'p') +
+                              "\" too\n"
+                              "note _Layer 3: an earlier layer has the name \"" +
+                              std::string(51, 'l') +
+                              "\" too\n"
+                              "note _GroupData 2: an earlier group has the name \"" +
+                              std::string(19, 'G') + "\" too\n");
+}
+
+TEST_F(JobCheck, AZeroEndsANameSoItIsFoundBeforeItStandsTwice) {
+    CqSurveyDB db(m_path);
+    EXPECT_EQ(db.AddLayer(CString(u"0\0x", 3), 1, 0), 0);
+    EXPECT_EQ(db.AddGroup(u"Road"), 1);
+    EXPECT_EQ(db.AddGroup(CString(u"ROAD\0x", 6)), 0);
+    EXPECT_EQ(db.AddGroup(CString(u"\0x", 2)), 0);
+    db.Close();
     EXPECT_EQ(Findings(), "");
+}
+
+TEST_F(JobCheck, NotesAGroupThatDoesNotExist) {
+    CqSurveyDB db(m_path);
+    EXPECT_EQ(db.EditCoordRecGroup(u"P2", 999), 1);
+    db.Close();
+    EXPECT_EQ(Findings(), "note _PointData 2: its group 999 does not exist\n");
+}
+
+TEST_F(JobCheck, NotesAPolylineThatHasLostItsVertices) {
+    CqSurveyDB db(m_path);
+    EXPECT_EQ(db.DeleteVertex(6), 1);
+    db.Close();
+    EXPECT_EQ(Findings(), "note _EntityData 4: the polyline has 1 of at least 2 vertices\n");
 }
 
 TEST_F(JobCheck, CountsTheFindingsThatItDoesNotKeep) {
@@ -268,6 +352,20 @@ TEST_F(JobCheck, CountsTheFindingsThatItDoesNotKeep) {
     const CqJobCheck check(db, 2);
     EXPECT_EQ(check.GetFindings().size(), 2U);
     EXPECT_EQ(check.GetCount(), 9U);
+    EXPECT_EQ(check.GetNoteCount(), 0U);
+}
+
+TEST_F(JobCheck, NotesDoNotTakeTheRoomOfFaults) {
+    CqSurveyDB db(m_path);
+    EXPECT_EQ(db.EditCoordRecGroup(u"P1", 7), 1);
+    EXPECT_EQ(db.EditCoordRecGroup(u"P2", 7), 1);
+    db.Close();
+    Damage<CqEntityTable>(u"_EntityData", [](CqEntityTable& entities) { entities.SetPrev(1, 7); });
+    db.Open(m_path);
+    const CqJobCheck check(db, 1);
+    EXPECT_EQ(check.GetFindings().size(), 2U);
+    EXPECT_EQ(check.GetCount(), 1U);
+    EXPECT_EQ(check.GetNoteCount(), 2U);
 }
 
 TEST_F(JobCheck, FindsAChangedByteInAPageThatNothingElseReads) {

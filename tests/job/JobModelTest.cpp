@@ -591,9 +591,7 @@ class RandomSteps {
         CompareSettings();
         const CqJobCheck check(m_db);
         for (const CqJobFinding& finding : check.GetFindings()) {
-            // Names alike after cutting and layers deleted under their entities are by design.
-            ASSERT_TRUE(finding.text.find("name") != std::string::npos ||
-                        finding.text.find("layer") != std::string::npos)
+            ASSERT_EQ(finding.kind, CqJobFinding::Kind::Note)
                 << finding.table << " " << finding.record << ": " << finding.text;
         }
     }
