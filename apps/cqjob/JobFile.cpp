@@ -24,6 +24,24 @@ void Named(const std::string& path, const Step& step) {
     }
 }
 
+/// Where the symbolic links end that stand at the path, whether or not anything is there.
+std::filesystem::path EndOfLinks(std::filesystem::path path) {
+    constexpr int kMostLinks = 40;
+    std::error_code failure;
+    for (int links = 0; links < kMostLinks; ++links) {
+        const std::filesystem::path next = std::filesystem::read_symlink(path, failure);
+        if (failure) {
+            break;
+        }
+        path = path.parent_path() / next;
+    }
+    return path;
+}
+
+std::string FolderOf(const std::filesystem::path& path) {
+    return path.has_parent_path() ? path.parent_path().string() : ".";
+}
+
 /// Removes a file at the end of the scope, unless it was told to keep it.
 class Leftover {
  public:
@@ -59,6 +77,18 @@ bool IsSameFile(const std::string& a, const std::string& b) {
 void RequireOtherFile(const std::string& file, const std::string& job) {
     if (IsSameFile(file, job)) {
         throw UsageError(Printable(file) + ": is the job itself");
+    }
+    std::error_code none;
+    const std::filesystem::path end = EndOfLinks(file);
+    const std::filesystem::path jobEnd = std::filesystem::canonical(job, none);
+    for (const char* ending : {"-journal", "-wal", "-shm"}) {
+        const std::filesystem::path beside = jobEnd.string() + ending;
+        const bool sameName =
+            end.filename() == beside.filename() && IsSameFile(FolderOf(end), FolderOf(beside));
+        if (!none && (sameName || IsSameFile(end, beside))) {
+            throw UsageError(Printable(file) +
+                             ": has the name of a file that belongs to the job while it is open");
+        }
     }
 }
 

@@ -12,7 +12,8 @@ namespace cqsurvey::cqjob {
 /// True when both paths name the same existing file.
 [[nodiscard]] bool IsSameFile(const std::string& a, const std::string& b);
 
-/// Throws UsageError when `file` is the job at `job` itself.
+/// Throws UsageError when `file` is the job at `job` itself, or has the name of a file that SQLite
+/// keeps beside it ("-journal", "-wal", "-shm"): there it would be taken for a part of the job.
 void RequireOtherFile(const std::string& file, const std::string& job);
 
 /// Opens the job at `path` only for reading. Throws Failure with the path and the reason.

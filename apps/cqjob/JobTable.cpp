@@ -2,6 +2,7 @@
 
 #include <cqsurvey/cqsurvey.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <utility>
@@ -40,7 +41,8 @@ struct Row {
     std::string job;
     SVDB_INFORMATION counts;
     CStringList groups;
-    std::string error;  ///< why the job cannot be read, empty when it can
+    std::string error;           ///< why the job cannot be read, empty when it can
+    std::string settingsDamage;  ///< empty when there is none
 };
 
 /// Why the job cannot be read; GetDBInformation does not say.
@@ -63,6 +65,8 @@ Row Ask(const std::string& job) {
         if (path.empty() ||
             CqSurveyDB::GetDBInformation(kEverything, path, row.counts, nullptr) == 0) {
             row.error = FindReason(path);
+        } else if (CString damage; CqSurveyDB::GetSettingsDamage(path, damage, nullptr) != 0) {
+            row.settingsDamage = ToUtf8(damage);
         }
     } catch (const CException& error) {
         row.error = error.what();
@@ -71,13 +75,23 @@ Row Ask(const std::string& job) {
     return row;
 }
 
-void WriteText(Console& console, const std::vector<Row>& rows, bool anyError) {
+bool HasAny(const std::vector<Row>& rows, std::string Row::*text) {
+    return std::any_of(rows.begin(), rows.end(),
+                       [&](const Row& row) { return !(row.*text).empty(); });
+}
+
+void WriteText(Console& console, const std::vector<Row>& rows) {
+    const bool anyError = HasAny(rows, &Row::error);
+    const bool anyDamage = HasAny(rows, &Row::settingsDamage);
     std::vector<TextTable::Heading> headings = {{"Job"}};
     for (const Column& column : kColumns) {
         headings.push_back({column.heading, true});
     }
     if (anyError) {
         headings.push_back({"Cannot be read"});
+    }
+    if (anyDamage) {
+        headings.push_back({"Damaged"});
     }
     TextTable table(console, headings);
     for (const Row& row : rows) {
@@ -87,6 +101,9 @@ void WriteText(Console& console, const std::vector<Row>& rows, bool anyError) {
         }
         if (anyError) {
             cells.push_back(row.error);
+        }
+        if (anyDamage) {
+            cells.push_back(row.settingsDamage);
         }
         table.Add(std::move(cells));
     }
@@ -110,6 +127,9 @@ void WriteJson(Console& console, const std::vector<Row>& rows) {
             if (column.key != nullptr) {
                 json.Member(column.key, row.counts.*column.field);
             }
+        }
+        if (!row.settingsDamage.empty()) {
+            json.Member("settings_damage", row.settingsDamage);
         }
         json.Key("groups");
         json.BeginArray();
@@ -135,7 +155,7 @@ int WriteJobTable(Console& console, const std::vector<std::string>& jobs, bool j
     if (json) {
         WriteJson(console, rows);
     } else {
-        WriteText(console, rows, failed > 0);
+        WriteText(console, rows);
     }
     if (failed > 0) {
         console.Say("cqjob: {} of {} cannot be read\n", failed, Count(jobs.size(), "job"));

@@ -132,6 +132,25 @@ TEST(JobFile, TellsPathsToTheSameFile) {
     EXPECT_NO_THROW(RequireOtherFile(folder.Utf8("a"), folder.Utf8("b")));
 }
 
+TEST(JobFile, TellsTheNamesThatBelongBesideAJob) {
+    const TempDir folder;
+    std::ofstream(folder.Utf8("a")) << "x";
+    std::filesystem::create_directory(folder.Utf8("sub"));
+    std::filesystem::create_directory_symlink(folder.Utf8(""), folder.Utf8("sub/way"));
+    std::filesystem::create_symlink("../a", folder.Utf8("sub/link"));
+    std::filesystem::create_symlink("a-wal", folder.Utf8("other"));
+    for (const char* job : {"a", "sub/link"}) {
+        for (const char* file : {"a-journal", "a-wal", "a-shm", "sub/way/a-wal", "other"}) {
+            EXPECT_THROW(RequireOtherFile(folder.Utf8(file), folder.Utf8(job)), UsageError) << file;
+        }
+        for (const char* file : {"a-journal2", "b-wal", "sub/a-wal", "sub/link-wal", "no/a-wal"}) {
+            EXPECT_NO_THROW(RequireOtherFile(folder.Utf8(file), folder.Utf8(job))) << file;
+        }
+    }
+    EXPECT_NO_THROW(RequireOtherFile("-", folder.Utf8("a")));
+    EXPECT_NO_THROW(RequireOtherFile(folder.Utf8("no-wal"), folder.Utf8("no")));
+}
+
 TEST(JobFile, APathThatIsNoUtf8IsWrongUsage) {
     EXPECT_THROW(static_cast<void>(ToJobPath("a\xFF.job")), UsageError);
     EXPECT_EQ(ToJobPath("\u9053.job"), u"\u9053.job");

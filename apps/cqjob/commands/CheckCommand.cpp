@@ -8,6 +8,8 @@
 
 namespace cqsurvey::cqjob {
 
+using Kind = CqJobFinding::Kind;
+
 namespace {
 
 class CheckCommand : public Command {
@@ -16,12 +18,14 @@ class CheckCommand : public Command {
         CommandLine& command = program.AddCommand("check", "Check a job for faults");
         AddJob(command, "The job to check; it is not changed");
         AddJson(command);
-        command.Add("--limit", m_limit, "Show at most this many findings")
+        command.Add("--limit", m_limit, "Show at most this many faults, and as many notes")
             .Placeholder("N")
             .InRange(1, 1000000)
             .ShowDefault();
         command.SetFooter(
-            "The exit status is 1 when anything is wrong.\n"
+            "The exit status is 1 when anything is wrong. A note is about something that was left "
+            "as it\n"
+            "is on purpose, such as an entity whose layer was deleted; it is not wrong.\n"
             "\n"
             "Example:\n"
             "  cqjob check site.job");
@@ -51,15 +55,17 @@ class CheckCommand : public Command {
 
     void WriteText(Console& console, const CqJobCheck& check) const {
         for (const CqJobFinding& finding : check.GetFindings()) {
-            console.Print("{}{}: {}\n", finding.table,
+            console.Print("{}{}{}: {}\n", finding.kind == Kind::Note ? "note: " : "", finding.table,
                           finding.record == 0 ? "" : fmt::format(" record {}", finding.record),
                           Printable(finding.text));
         }
-        if (check.GetCount() > check.GetFindings().size()) {
-            console.Print("... and {} more\n", check.GetCount() - check.GetFindings().size());
+        const std::size_t all = check.GetCount() + check.GetNoteCount();
+        if (all > check.GetFindings().size()) {
+            console.Print("... and {} more\n", all - check.GetFindings().size());
         }
-        console.Print("{}: {} checks, {} wrong\n", Printable(m_job), check.GetChecks(),
-                      check.GetCount());
+        console.Print("{}: {} checks, {} wrong{}\n", Printable(m_job), check.GetChecks(),
+                      check.GetCount(),
+                      check.GetNoteCount() == 0 ? "" : ", " + Count(check.GetNoteCount(), "note"));
     }
 
     void WriteJson(Console& console, const CqJobCheck& check) const {
@@ -68,10 +74,12 @@ class CheckCommand : public Command {
         json.Member("job", m_job);
         json.Member("checks", check.GetChecks());
         json.Member("wrong", check.GetCount());
+        json.Member("notes", check.GetNoteCount());
         json.Key("findings");
         json.BeginArray();
         for (const CqJobFinding& finding : check.GetFindings()) {
             json.BeginObject();
+            json.Member("kind", finding.kind == Kind::Note ? "note" : "fault");
             json.Member("table", finding.table);
             json.Member("record", finding.record);
             json.Member("text", finding.text);

@@ -30,6 +30,7 @@ struct Summary {
     std::vector<Layer> layers;
     double symbolSize = 0.0;
     int mapScale = 0;
+    std::string settingsDamage;  ///< empty when there is none
 };
 
 Summary Summarise(CqSurveyDB& db) {
@@ -49,6 +50,9 @@ Summary Summarise(CqSurveyDB& db) {
     summary.symbolSize = db.GetSiPointSize();
     const CString section = CqSurveyDB::m_SettingsSection;
     db.GetSettingsInt(section, u"Mapscale", summary.mapScale, 500);
+    CString damage;
+    CqSurveyDB::GetSettingsDamage(CString(), damage, &db);
+    summary.settingsDamage = ToUtf8(damage);
     return summary;
 }
 
@@ -120,6 +124,10 @@ class InfoCommand : public Command {
         console.Print("Map scale       1:{}\n", summary.mapScale);
         console.Print("Symbol size     {}\n", FormatNumber(summary.symbolSize));
         console.Print("Division        {}\n", counts.jCoordDivision);
+        if (!summary.settingsDamage.empty()) {
+            console.Print("Damaged         {}; what is missing is as in a new job\n",
+                          Printable(summary.settingsDamage));
+        }
     }
 
     void WriteJson(Console& console, const Summary& summary) const {
@@ -163,6 +171,9 @@ class InfoCommand : public Command {
         json.Member("map_scale", summary.mapScale);
         json.Member("symbol_size", summary.symbolSize);
         json.Member("coordinate_division", counts.jCoordDivision);
+        if (!summary.settingsDamage.empty()) {
+            json.Member("settings_damage", summary.settingsDamage);
+        }
         json.EndObject();
     }
 
