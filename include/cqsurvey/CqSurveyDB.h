@@ -24,7 +24,8 @@ struct Job;
 /// which unit that is. By convention a height that was not measured is a quiet not-a-number.
 ///
 /// Points, entities and layers are named by handles, the numbers of their records. Handle 0 names
-/// nothing. Entity handle 1 is the header of the entity chain and never an entity.
+/// nothing. Entity handle 1 is the header of the entity chain and never an entity: the operations of
+/// the drawing refuse it as they refuse 0.
 ///
 /// Results: unless its comment says otherwise, an operation that returns int returns 1 when it did
 /// what it was asked to do, and 0, with nothing changed, when it refuses. Handle 0 is refused, and
@@ -141,7 +142,7 @@ class CQSURVEY_API CqSurveyDB {
     // ---- Point groups ----
     //
     // A group has a name and an ID: the number of its record, cut to 16 bits. ID 0 is no group.
-    // Names are compared without regard to letter case.
+    // Names are compared without regard to letter case. A zero ends a name.
 
     /// Replaces `list` by the group names in record order; returns 0 when there are no groups.
     int GetGroupList(CStringList& list) const;
@@ -188,7 +189,9 @@ class CQSURVEY_API CqSurveyDB {
 
     /// Builds the view anew and returns the number of its points. Key 0 sorts by name in natural
     /// order (P2 before P10), 1 by feature code; any other key keeps record order. Order 1 is
-    /// descending; record order is reversed by any order but 0.
+    /// descending; record order is reversed by any order but 0. Natural order compares the numbers
+    /// at the ends of the names by their values: a name without one comes before all others with the
+    /// same beginning, and every number above 2147483647 counts as that number.
     std::int32_t SetSortCoordSetting(std::uint16_t key, std::uint16_t order,
                                      const COORDFILTER& filter);
     /// Replaces all three arguments by the setting in force; returns the number of points.
@@ -208,7 +211,7 @@ class CQSURVEY_API CqSurveyDB {
     /// Returns 1 when the entity is the survey point of a point in the view.
     [[nodiscard]] int IsMatchSiPoint(CqHandle entity) const;
 
-    // ---- Layers; names are compared exactly ----
+    // ---- Layers; names are compared exactly, and a zero ends a name ----
     //
     // A colour is a number of the drawing's palette: 1 to 9 are red, yellow, green, cyan, blue,
     // magenta, the ink (black on white) and two greys, 10 to 249 are 24 hues in ten shades each,

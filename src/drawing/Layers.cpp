@@ -37,8 +37,7 @@ int CqSurveyDB::DeleteLayer(const CString& name) {
         return 0;
     }
     return Atomically(*m_job, [&] {
-        m_job->layers.DeleteCurrent();
-        m_job->layers.SetIndex(kRecordOrder);
+        m_job->layers.DeleteLayer();
         return 1;
     });
 }

@@ -44,15 +44,6 @@ const std::byte* EntityAt(CqEntityTable& entities, CqHandle handle) {
                                             : StorePeekRecord(entities.GetTable(), handle);
 }
 
-/// The same for all names that differ in letter case only.
-std::u32string Folded(const CString& name) {
-    std::u32string folded;
-    for (std::size_t at = 0; at < name.size();) {
-        folded.push_back(FoldCase(NextCodePoint(name, at)));
-    }
-    return folded;
-}
-
 CString NameOf(const std::byte* point) {
     return PointLayout::Get<"PointName">(point);
 }
@@ -358,7 +349,7 @@ void CqJobCheck::CheckLayersAndGroups(Job& job) {
         ExpectOr(KindOfTwin<limits::kLayerName>(name), layers.insert(name).second, kLayers, number,
                  [&] { return "an earlier layer has the name " + Quoted(name) + " too"; });
     });
-    std::set<std::u32string> groups;
+    std::set<CString> groups;
     ForEach(job.groups, [&](CqHandle number, const std::byte* record) {
         const CString name = GroupLayout::Get<"GroupName">(record);
         ExpectOr(KindOfTwin<limits::kGroupName>(name),

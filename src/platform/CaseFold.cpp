@@ -51,4 +51,13 @@ bool EqualFold(std::u16string_view a, std::u16string_view b) noexcept {
     return i == a.size() && j == b.size();
 }
 
+CString Folded(std::u16string_view text) {
+    CString folded;
+    folded.reserve(text.size());
+    for (std::size_t i = 0; i < text.size();) {
+        AppendCodePoint(folded, FoldCase(NextCodePoint(text, i)));
+    }
+    return folded;
+}
+
 }  // namespace cqsurvey

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "cqsurvey/Types.h"
+
 namespace cqsurvey {
 
 /// The simple case folding of a code point as Unicode defines it: one code point for one, and the
@@ -11,5 +13,8 @@ namespace cqsurvey {
 /// Whether the texts are equal without regard to letter case. A surrogate without its partner
 /// equals only itself.
 [[nodiscard]] bool EqualFold(std::u16string_view a, std::u16string_view b) noexcept;
+
+/// The text with each code point folded: texts that EqualFold calls equal are folded to one text.
+[[nodiscard]] CString Folded(std::u16string_view text);
 
 }  // namespace cqsurvey

@@ -33,8 +33,7 @@ int CqSurveyDB::EditGroup(std::uint16_t id, const CString& newName) const {
         return 0;
     }
     return Atomically(*m_job, [&] {
-        m_job->groups.Edit(
-            id, [&](std::byte* record) { GroupLayout::Set<"GroupName">(record, newName); });
+        m_job->groups.RenameGroup(id, newName);
         return 1;
     });
 }
@@ -48,7 +47,7 @@ int CqSurveyDB::DelGroup(std::uint16_t id) {
 }
 
 int Job::DeleteGroup(std::uint16_t id) {
-    groups.DeleteRecord(id);
+    groups.DeleteGroup(id);
     const int result = CnvInvalidGroup(id);
     if (defaults.now.group == id) {
         defaults.now.group = 0;
@@ -69,7 +68,7 @@ int Job::CnvInvalidGroup(std::uint16_t id) {
 
 int CqSurveyDB::SetCurrentGroup(const CString& name) {
     m_job->defaults.now.group = GetGroupID(name);
-    return name.empty() || m_job->defaults.now.group != 0 ? 1 : 0;
+    return field::UpToZero(name).empty() || m_job->defaults.now.group != 0 ? 1 : 0;
 }
 
 CString CqSurveyDB::GetCurrentGroup() {

@@ -21,13 +21,22 @@ void CqLayerTable::Open(const CString& name) {
     SetCurrentLayer(kDefaultLayer);
 }
 
+void CqLayerTable::Close() {
+    m_names.Forget();
+    CqDbTable::Close();
+}
+
 bool CqLayerTable::FindByName(const CString& name) {
-    for (int found = First(kRecordOrder); found != 0; found = Next()) {
-        if (field::Text52::Equal(Record() + Layout::Offset<"Name">(), field::UpToZero(name))) {
-            return true;
-        }
+    m_names.Build([this](const auto& enter) {
+        ForEach([&](CqHandle layer, const std::byte* record) {
+            enter(layer, Layout::Get<"Name">(record));
+        });
+    });
+    const CqHandle layer = m_names.Find(field::UpToZero(name));
+    if (layer != 0) {
+        GoTo(layer);
     }
-    return false;
+    return layer != 0;
 }
 
 CqHandle CqLayerTable::AppendLayer(const CString& name, std::int32_t color, int line) {
@@ -35,7 +44,16 @@ CqHandle CqLayerTable::AppendLayer(const CString& name, std::int32_t color, int 
     Layout::Set<"Name">(record.data(), name);
     Layout::Set<"ColorID">(record.data(), color);
     Layout::Set<"LineID">(record.data(), static_cast<std::uint16_t>(line));
-    return AppendRecord(record);
+    const CqHandle layer = AppendRecord(record);
+    m_names.Enter(layer, Layout::Get<"Name">(record.data()));
+    return layer;
+}
+
+void CqLayerTable::DeleteLayer() {
+    const CqHandle layer = GetCurrentHandle();
+    const CString name = Get<"Name">();
+    DeleteRecord(layer);
+    m_names.Remove(layer, name);
 }
 
 void CqLayerTable::FillCurrent() {
@@ -46,6 +64,9 @@ void CqLayerTable::FillCurrent() {
 }
 
 void CqLayerTable::StoreLayer() {
+    if (Get<"Name">() != GetName(GetCurrentHandle())) {
+        m_names.Forget();
+    }
     Store();
     if (GetCurrentHandle() == m_current.handle) {
         FillCurrent();
@@ -74,6 +95,7 @@ void CqLayerTable::KeepStep() noexcept {
 
 void CqLayerTable::UndoStep() noexcept {
     CqDbTable::UndoStep();
+    m_names.Forget();
     m_current = m_atStep;
 }
 

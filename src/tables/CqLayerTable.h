@@ -4,6 +4,7 @@
 
 #include "tables/CqRecordTable.h"
 #include "tables/JobSchema.h"
+#include "tables/RecordNames.h"
 
 namespace cqsurvey {
 
@@ -19,12 +20,17 @@ class CqLayerTable : public CqRecordTable<LayerLayout> {
     /// Makes layer "0" current. If there is none, no layer is current.
     void Open(const CString& name) override;
 
-    /// Makes the first layer in record order whose name is exactly `name` the current record. False
-    /// when there is none.
+    void Close() override;
+
+    /// Makes the first layer in record order whose name is exactly `name`, up to a zero, the
+    /// current record. False when there is none.
     [[nodiscard]] bool FindByName(const CString& name);
 
     /// Appends a layer, makes it the table's current record and returns its handle.
     CqHandle AppendLayer(const CString& name, std::int32_t color, int line);
+
+    /// Deletes the table's current record. There is no current record afterwards.
+    void DeleteLayer();
 
     /// Writes the buffer to the table's current record, and updates what is kept of the current
     /// layer if the record is that layer.
@@ -60,6 +66,7 @@ class CqLayerTable : public CqRecordTable<LayerLayout> {
 
     Current m_current;
     Current m_atStep;
+    RecordNames m_names;
 };
 
 }  // namespace cqsurvey

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "store/StoreTesting.h"
 #include "support/Points.h"
@@ -73,6 +74,32 @@ TEST_F(Layers, ALongNameIsFoundOnlyUnderItsFirst51Characters) {
     EXPECT_EQ(m_db.SetCurrentLayer(name.substr(0, 51)), 1);
     EXPECT_EQ(m_db.GetCurrentLayer().size(), 51U);
     EXPECT_EQ(m_db.AddLayer(name, 1, 0), 1) << "the name uncut is not found";
+}
+
+TEST_F(Layers, AZeroEndsAName) {
+    const CString longer(u"A\0x", 3);
+    ASSERT_EQ(m_db.AddLayer(u"A", 3, 2), 1);
+    EXPECT_EQ(m_db.AddLayer(longer, 4, 0), 0);
+    EXPECT_EQ(m_db.GetLayerColor(longer), 3);
+    EXPECT_EQ(m_db.SetCurrentLayer(longer), 1);
+    EXPECT_EQ(m_db.GetCurrentLayer(), u"A");
+    const CqHandle circle = m_db.AddCircle(std::array<double, 3>{}.data(), 1.0, 0, 0);
+    EXPECT_EQ(m_db.EditLayer(circle, longer), 1);
+    EXPECT_EQ(m_db.GetNumLayers(), 2);
+    EXPECT_EQ(m_db.EditCadEntityLayer(circle, CString(u"0\0", 2)), 1);
+    EXPECT_EQ(m_db.DeleteLayer(longer), 1);
+    EXPECT_EQ(m_db.AddLayer(CString(u"\0x", 2), 1, 0), 1);
+    EXPECT_EQ(m_db.AddLayer(u"", 1, 0), 0);
+}
+
+TEST_F(Layers, FindsNoLayerThatWasAddedInABatchThatIsUndone) {
+    {
+        CqBatch batch(m_db);
+        ASSERT_EQ(m_db.AddLayer(u"A", 3, 2), 1);
+        ASSERT_EQ(m_db.DeleteLayer(u"0"), 1);
+    }
+    EXPECT_EQ(m_db.GetLayerColor(u"A"), 0);
+    EXPECT_EQ(m_db.GetLayerColor(u"0"), 1);
 }
 
 TEST_F(Layers, HidingKeepsTheColourInTheSign) {

@@ -79,5 +79,14 @@ TEST(CaseFold, TheTableSaysWhatTheUnicodeDataSayForEveryCodePoint) {
     }
 }
 
+TEST(CaseFold, FoldsTextsToTheSameTextWhenTheyAreEqual) {
+    const CString lone{u'a', static_cast<char16_t>(0xD801), u'B'};
+    EXPECT_EQ(Folded(u"Straße 7 ÄΣ"), Folded(u"STRAßE 7 äς"));
+    EXPECT_EQ(Folded(u"\U00010400x"), Folded(u"\U00010428X"));
+    EXPECT_EQ(Folded(lone), (CString{u'a', static_cast<char16_t>(0xD801), u'b'}));
+    EXPECT_NE(Folded(u"a"), Folded(u"b"));
+    EXPECT_EQ(Folded(u""), u"");
+}
+
 }  // namespace
 }  // namespace cqsurvey

@@ -39,6 +39,57 @@ class GroupsTest : public testing::Test {
     CqSurveyDB db;
 };
 
+TEST_F(GroupsTest, AZeroEndsAName) {
+    const CString longer(u"A\0x", 3);
+    ASSERT_EQ(db.AddGroup(u"A"), 1);
+    ASSERT_EQ(db.AddGroup(u"B"), 1);
+    EXPECT_EQ(db.AddGroup(longer), 0);
+    EXPECT_EQ(db.EditGroup(u"B", longer), 0);
+    EXPECT_EQ(db.GetGroupID(longer), 1);
+    EXPECT_EQ(db.SetCurrentGroup(longer), 1);
+    EXPECT_EQ(db.GetCurrentGroup(), u"A");
+    EXPECT_EQ(db.AddGroup(CString(u"\0x", 2)), 0) << "that is no name";
+    EXPECT_EQ(db.SetCurrentGroup(CString(u"\0x", 2)), 1);
+    EXPECT_EQ(db.GetCurrentGroup(), u"");
+    EXPECT_EQ(db.EditGroup(longer, CString(u"C\0x", 3)), 1);
+    EXPECT_EQ(db.DelGroup(CString(u"c\0y", 3)), 1);
+    EXPECT_EQ(Groups(), CStringList{u"B"});
+}
+
+TEST_F(GroupsTest, FindsTheFirstOfTheGroupsWhoseNamesWereCutAlike) {
+    const CString longName(25, u'x');
+    const CString cut(19, u'X');
+    ASSERT_EQ(db.AddGroup(longName), 1);
+    ASSERT_EQ(db.AddGroup(longName), 1);
+    EXPECT_EQ(db.GetGroupID(cut), 1);
+    ASSERT_EQ(db.EditGroup(1, u"first"), 1);
+    EXPECT_EQ(db.GetGroupID(cut), 2);
+    ASSERT_EQ(db.DelGroup(cut), 1);
+    EXPECT_EQ(db.GetGroupID(cut), 0);
+    EXPECT_EQ(db.GetGroupID(u"FIRST"), 1);
+}
+
+TEST_F(GroupsTest, ForgetsTheGroupsOfABatchThatIsUndone) {
+    ASSERT_EQ(db.AddGroup(u"kept"), 1);
+    {
+        CqBatch batch(db);
+        ASSERT_EQ(db.EditGroup(u"kept", u"renamed"), 1);
+        ASSERT_EQ(db.AddGroup(u"kept"), 1);
+        EXPECT_EQ(db.GetGroupID(u"kept"), 2);
+    }
+    EXPECT_EQ(db.GetGroupID(u"renamed"), 0);
+    EXPECT_EQ(db.GetGroupID(u"kept"), 1);
+    ASSERT_EQ(db.AddGroup(u"renamed"), 1);
+}
+
+TEST_F(GroupsTest, FindsNoGroupOfTheJobThatWasOpenBefore) {
+    ASSERT_EQ(db.AddGroup(u"before"), 1);
+    db.CreateNew(dir.Path(u"other.job"));
+    EXPECT_EQ(db.GetGroupID(u"before"), 0);
+    db.Open(dir.Path(u"groups.job"));
+    EXPECT_EQ(db.GetGroupID(u"before"), 1);
+}
+
 TEST_F(GroupsTest, AJobWithoutGroupsHasAnEmptyList) {
     EXPECT_EQ(Groups(), CStringList{});
 }

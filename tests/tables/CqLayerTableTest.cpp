@@ -51,6 +51,22 @@ TEST_F(CqLayerTableTest, FindsTheFirstOfTwoAlikeInRecordOrder) {
     EXPECT_EQ(m_layers.Get<"ColorID">(), 1);
 }
 
+TEST_F(CqLayerTableTest, FindsTheNextOfTwoAlikeWhenTheFirstIsDeletedOrRenamed) {
+    const CString name(51, u'x');
+    m_layers.AppendLayer(name, 1, 0);
+    m_layers.AppendLayer(name, 2, 0);
+    m_layers.AppendLayer(name, 3, 0);
+    ASSERT_TRUE(m_layers.FindByName(name));
+    m_layers.DeleteLayer();
+    ASSERT_TRUE(m_layers.FindByName(name));
+    EXPECT_EQ(m_layers.Get<"ColorID">(), 2);
+    m_layers.Set<"Name">(u"y");
+    m_layers.StoreLayer();
+    ASSERT_TRUE(m_layers.FindByName(name));
+    EXPECT_EQ(m_layers.Get<"ColorID">(), 3);
+    EXPECT_TRUE(m_layers.FindByName(u"y"));
+}
+
 TEST_F(CqLayerTableTest, RefreshesTheCurrentLayerWithItsRecord) {
     m_layers.AppendLayer(u"A", 3, 2);
     ASSERT_TRUE(m_layers.FindByName(u"0"));
