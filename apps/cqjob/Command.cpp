@@ -12,6 +12,10 @@ void Command::AddJson(CommandLine& command) {
     command.AddFlag("--json", m_json, "Answer in JSON");
 }
 
+void Command::AddWide(CommandLine& command) {
+    command.AddFlag("--wide", m_wide, "Do not fit the table to the width of the terminal");
+}
+
 void Command::RequireOwnOutput(const std::string& path) const {
     if (m_json && path == "-") {
         throw UsageError("--json and the file - cannot both go to standard output");
@@ -33,6 +37,7 @@ std::vector<std::unique_ptr<Command>> MakeCommands() {
     commands.push_back(MakePlotCommand());
     commands.push_back(MakeExportCommand());
     commands.push_back(MakeCheckCommand());
+    commands.push_back(MakeInspectCommand());
     commands.push_back(MakeSettingsCommand());
     commands.push_back(MakeImageCommand());
     return commands;

@@ -28,6 +28,9 @@ class Command {
     /// The job that a message names when the failure does not name a file.
     [[nodiscard]] const std::string& GetJob() const { return m_job; }
 
+    /// True when a table may be wider than the terminal.
+    [[nodiscard]] bool IsWide() const { return m_wide; }
+
  protected:
     /// Adds the argument JOB, which every command has.
     void AddJob(CommandLine& command, const std::string& help);
@@ -35,11 +38,15 @@ class Command {
     /// Adds --json.
     void AddJson(CommandLine& command);
 
+    /// Adds --wide, for a command that writes a table.
+    void AddWide(CommandLine& command);
+
     /// Throws UsageError when both the JSON and the file `path` would go to standard output.
     void RequireOwnOutput(const std::string& path) const;
 
     std::string m_job;
     bool m_json = false;
+    bool m_wide = false;
 };
 
 // One function for each command, defined beside it.
@@ -56,6 +63,7 @@ std::unique_ptr<Command> MakeLayersCommand();
 std::unique_ptr<Command> MakePlotCommand();
 std::unique_ptr<Command> MakeExportCommand();
 std::unique_ptr<Command> MakeCheckCommand();
+std::unique_ptr<Command> MakeInspectCommand();
 std::unique_ptr<Command> MakeSettingsCommand();
 std::unique_ptr<Command> MakeImageCommand();
 

@@ -66,5 +66,28 @@ TEST_F(CheckCommandTest, NothingIsExportedToANameBesideTheJob) {
     }
 }
 
+using CheckSeveralJobs = ProgramTest;
+
+TEST_F(CheckSeveralJobs, ChecksSeveralJobsWithAReportForEach) {
+    const std::string other = folder.Utf8("other.job");
+    Run({"new", job});
+    Run({"new", other});
+    const std::string out = Run({"check", job, other}).out;
+    EXPECT_TRUE(Holds(out, job + ": "));
+    EXPECT_TRUE(Holds(out, other + ": "));
+    const std::string json = Run({"check", job, other, "--json"}).out;
+    EXPECT_TRUE(Holds(json, "\"jobs\": [\n    {\n      \"job\": \"" + job + "\""));
+    EXPECT_TRUE(Holds(json, "\"job\": \"" + other + "\""));
+}
+
+TEST_F(CheckSeveralJobs, TheWorstJobDecidesAndKeepsNoOtherFromBeingChecked) {
+    Run({"new", job});
+    const std::string note = WriteFile("note.txt", "no job");
+    const CqjobRun run = Run({"check", note, job}, 1);
+    EXPECT_TRUE(Holds(run.err, note));
+    EXPECT_TRUE(Holds(run.out, job + ": "));
+    EXPECT_TRUE(Holds(Run({"check", job, note, "--json"}, 1).out, "\"error\": "));
+}
+
 }  // namespace
 }  // namespace cqsurvey::cqjob

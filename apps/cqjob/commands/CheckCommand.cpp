@@ -1,6 +1,9 @@
 #include <cqsurvey/cqsurvey.h>
 
+#include <algorithm>
+
 #include "cqjob/Command.h"
+#include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Progress.h"
@@ -15,29 +18,80 @@ namespace {
 class CheckCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
-        CommandLine& command = program.AddCommand("check", "Check a job for faults");
-        AddJob(command, "The job to check; it is not changed");
+        CommandLine& command = program.AddCommand("check", "Check one job or several for faults");
+        command.Add("JOB", m_jobs, "The jobs to check; they are not changed")
+            .Required()
+            .Placeholder("");
         AddJson(command);
         command.Add("--limit", m_limit, "Show at most this many faults, and as many notes")
             .Placeholder("N")
             .InRange(1, 1000000)
             .ShowDefault();
         command.SetFooter(
+            "Several jobs are checked one after the other, each with a report of its own.
+"
             "The exit status is 1 when anything is wrong. A note is about something that was left "
-            "as it\n"
-            "is on purpose, such as an entity whose layer was deleted; it is not wrong.\n"
+            "as it
+"
+            "is on purpose, such as an entity whose layer was deleted; it is not wrong.
+"
             "\n"
             "Example:\n"
-            "  cqjob check site.job");
+            "  cqjob check site.job\n"
+            "  cqjob check *.job --limit 10");
         return command;
     }
 
     int Run(Console& console) override {
+        JsonWriter json(console);
+        if (m_jobs.size() == 1) {
+            m_job = m_jobs.front();
+            return CheckJob(console, json);
+        }
+        if (m_json) {
+            json.BeginObject();
+            json.Key("jobs");
+            json.BeginArray();
+        }
+        int status = 0;
+        for (const std::string& job : m_jobs) {
+            m_job = job;
+            status = std::max(status, TryJob(console, json));
+        }
+        if (m_json) {
+            json.EndArray();
+            json.EndObject();
+        }
+        return status;
+    }
+
+ private:
+    /// As CheckJob, but a job that cannot be opened does not keep the others from being checked.
+    int TryJob(Console& console, JsonWriter& json) const {
+        std::string reason;
+        try {
+            return CheckJob(console, json);
+        } catch (const Failure& failure) {
+            reason = failure.what();
+        } catch (const CException& failure) {
+            reason = Printable(m_job) + ": " + Printable(failure.what());
+        }
+        if (m_json) {
+            json.BeginObject();
+            json.Member("job", m_job);
+            json.Member("error", reason);
+            json.EndObject();
+        }
+        console.Say("cqjob: {}\n", reason);
+        return 1;
+    }
+
+    int CheckJob(Console& console, JsonWriter& json) const {
         CqSurveyDB db;
         OpenToRead(db, m_job);
         const CqJobCheck check = Look(console, db);
         if (m_json) {
-            WriteJson(console, check);
+            WriteJson(json, check);
         } else {
             WriteText(console, check);
         }
@@ -45,7 +99,6 @@ class CheckCommand : public Command {
         return check.GetCount() == 0 ? 0 : 1;
     }
 
- private:
     [[nodiscard]] CqJobCheck Look(Console& console, CqSurveyDB& db) const {
         Progress progress(console, "looks at records");
         return CqJobCheck(
@@ -68,8 +121,7 @@ class CheckCommand : public Command {
                       check.GetNoteCount() == 0 ? "" : ", " + Count(check.GetNoteCount(), "note"));
     }
 
-    void WriteJson(Console& console, const CqJobCheck& check) const {
-        JsonWriter json(console);
+    void WriteJson(JsonWriter& json, const CqJobCheck& check) const {
         json.BeginObject();
         json.Member("job", m_job);
         json.Member("checks", check.GetChecks());
@@ -89,6 +141,7 @@ class CheckCommand : public Command {
         json.EndObject();
     }
 
+    std::vector<std::string> m_jobs;
     int m_limit = 1000;
 };
 

@@ -4,6 +4,7 @@
 ///
 /// So far these are field text files, the lists of points that surveyors exchange as CSV and the
 /// like. FieldTextReader reads a file into an open job, FieldTextWriter makes the lines of a file.
+/// JobInspection looks for mistakes in the points of a job, such as those that come with a file.
 
 #include "cqsurvey/exchange/ColumnOrder.h"
 #include "cqsurvey/exchange/ExchangeError.h"
@@ -12,4 +13,5 @@
 #include "cqsurvey/exchange/FieldTextWriter.h"
 #include "cqsurvey/exchange/Import.h"
 #include "cqsurvey/exchange/ImportReport.h"
+#include "cqsurvey/exchange/JobInspection.h"
 #include "cqsurvey/exchange/TextSource.h"
