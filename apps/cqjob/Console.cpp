@@ -9,6 +9,11 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
+[[noreturn]] void Fail(int error) {
+    throw Failure("standard output: " +
+                  std::generic_category().message(error == EFBIG ? ENOSPC : error));
+}
+
 /// False when not everything was written.
 bool Put(std::FILE* stream, std::string_view text) {
     return text.empty() || std::fwrite(text.data(), 1, text.size(), stream) == text.size();
@@ -27,7 +32,7 @@ Console::~Console() {
 void Console::Out(std::string_view text) {
     ShowProgress({});
     if (!Put(m_out, text)) {
-        throw Failure("standard output: " + std::generic_category().message(errno));
+        Fail(errno);
     }
 }
 
@@ -50,7 +55,7 @@ void Console::ShowProgress(std::string_view line) {
 void Console::Flush() {
     ShowProgress({});
     if (std::fflush(m_out) != 0 || std::ferror(m_out) != 0) {
-        throw Failure("standard output: " + std::generic_category().message(errno));
+        Fail(errno);
     }
 }
 

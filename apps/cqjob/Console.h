@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -34,6 +35,10 @@ class Console {
 
     [[nodiscard]] bool ShowsProgress() const { return m_terminal; }
 
+    /// How many characters of results fit on a line; 0 for any number, as in a file.
+    [[nodiscard]] std::size_t GetWidth() const { return m_width; }
+    void SetWidth(std::size_t width) { m_width = width; }
+
     /// Replaces the line of progress; an empty text removes it. Does nothing unless on a terminal.
     void ShowProgress(std::string_view line);
 
@@ -45,6 +50,7 @@ class Console {
     std::FILE* m_err;
     bool m_terminal;
     bool m_progressShown = false;
+    std::size_t m_width = 0;
 };
 
 }  // namespace cqsurvey::cqjob

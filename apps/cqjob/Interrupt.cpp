@@ -36,9 +36,9 @@ Interrupt::~Interrupt() {
     }
 }
 
-void Interrupt::Check(const std::string& what) {
+void Interrupt::Check(const std::string& what, const std::string& outcome) {
     if (asked != 0) {
-        throw Failure(Printable(what) + ": interrupted, so nothing was recorded");
+        throw Failure(Printable(what) + ": interrupted, " + outcome);
     }
 }
 

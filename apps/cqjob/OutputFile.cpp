@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "cqjob/Failure.h"
 #include "text/Printable.h"
@@ -23,25 +24,24 @@ constexpr std::size_t kBuffer = 65536;
 }  // namespace
 
 OutputFile::OutputFile(Console& console, const std::string& path, bool replace)
-    : m_console(console), m_path(path) {
+    : m_console(console), m_path(path), m_replace(replace) {
     if (path == "-") {
         return;
     }
     std::error_code none;
     const std::filesystem::path old = std::filesystem::canonical(path, none);
-    if (none || !replace) {
-        m_descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
-        if (m_descriptor < 0 && errno == EEXIST) {
-            throw Failure(Printable(path) + ": already exists; --force replaces it");
-        }
-        m_made = path;
-    } else if (!std::filesystem::is_regular_file(old, none)) {
+    const bool exists = !none;
+    // A link to nothing is something, too.
+    if (!replace && std::filesystem::exists(std::filesystem::symlink_status(path, none))) {
+        FailExisting();
+    }
+    m_interrupt.emplace();
+    if (exists && !std::filesystem::is_regular_file(old, none)) {
         // A device or a pipe is written to, never replaced.
         m_descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
     } else {
-        m_path = old.string();
-        m_made = m_path + fmt::format(".new-{}", static_cast<long>(getpid()));
-        m_descriptor = open(m_made.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
+        m_path = exists ? old.string() : path;
+        Create();
         struct stat status {};
         if (m_descriptor >= 0 && stat(m_path.c_str(), &status) == 0) {
             // The new file gets the old one's permissions, if the system allows it.
@@ -51,6 +51,21 @@ OutputFile::OutputFile(Console& console, const std::string& path, bool replace)
     if (m_descriptor < 0) {
         m_made.clear();
         Fail(errno);
+    }
+}
+
+void OutputFile::Create() {
+    // A program that was killed may have left a file of this name.
+    constexpr int kTries = 100;
+    constexpr std::size_t kLongest = 200;
+    const std::filesystem::path path(m_path);
+    const std::string stem = path.filename().string().substr(0, kLongest);
+    for (int i = 0; i < kTries; ++i) {
+        m_made = path.parent_path() / fmt::format("{}.new-{}", stem, getpid() + i);
+        m_descriptor = open(m_made.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
+        if (m_descriptor >= 0 || errno != EEXIST) {
+            return;
+        }
     }
 }
 
@@ -64,7 +79,19 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::Fail(int error) const {
-    throw Failure(Printable(m_path) + ": " + std::generic_category().message(error));
+    // A file that may not grow further is to its writer what a full disk is.
+    throw Failure(Printable(m_path) + ": " +
+                  std::generic_category().message(error == EFBIG ? ENOSPC : error));
+}
+
+void OutputFile::FailExisting() const {
+    throw Failure(Printable(m_path) + ": already exists; --force replaces it");
+}
+
+void OutputFile::CheckInterrupt() const {
+    if (m_interrupt) {
+        Interrupt::Check(m_path, "so nothing was written");
+    }
 }
 
 void OutputFile::Write(std::string_view bytes) {
@@ -72,6 +99,7 @@ void OutputFile::Write(std::string_view bytes) {
         m_console.Out(bytes);
         return;
     }
+    CheckInterrupt();
     m_buffer += bytes;
     if (m_buffer.size() >= kBuffer) {
         WriteBuffer();
@@ -85,6 +113,7 @@ void OutputFile::WriteBuffer() {
         if (written < 0 && errno != EINTR) {
             Fail(errno);
         }
+        CheckInterrupt();
         left.remove_prefix(written < 0 ? 0U : static_cast<std::size_t>(written));
     }
     m_buffer.clear();
@@ -95,13 +124,57 @@ void OutputFile::Finish() {
         return;
     }
     WriteBuffer();
+    if (!m_made.empty() && fsync(m_descriptor) != 0) {
+        Fail(errno);
+    }
     if (close(std::exchange(m_descriptor, -1)) != 0) {
         Fail(errno);
     }
-    if (!m_made.empty() && m_made != m_path && std::rename(m_made.c_str(), m_path.c_str()) != 0) {
+    CheckInterrupt();
+    if (!m_made.empty()) {
+        Publish();
+    }
+    m_interrupt.reset();
+}
+
+void OutputFile::Publish() {
+    int result = -1;
+    if (m_replace) {
+        result = std::rename(m_made.c_str(), m_path.c_str());
+    } else {
+        result = renameat2(AT_FDCWD, m_made.c_str(), AT_FDCWD, m_path.c_str(), RENAME_NOREPLACE);
+        if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
+            // Not every file system can do this at once. A second name can be given to a file only
+            // where there is nothing; where there are no second names, the look at the beginning
+            // must do.
+            result = link(m_made.c_str(), m_path.c_str());
+            if (result == 0) {
+                unlink(m_made.c_str());
+            } else if (errno != EEXIST) {
+                result = std::rename(m_made.c_str(), m_path.c_str());
+            }
+        }
+    }
+    if (result != 0) {
+        if (errno == EEXIST) {
+            FailExisting();
+        }
         Fail(errno);
     }
     m_made.clear();
+    SyncFolder();
+}
+
+void OutputFile::SyncFolder() const {
+    // The new name is on the disk once its folder is. Some file systems cannot sync a folder; then
+    // the file is as safe as it can be.
+    const std::filesystem::path folder = std::filesystem::path(m_path).parent_path();
+    const int descriptor =
+        open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        static_cast<void>(fsync(descriptor));
+        close(descriptor);
+    }
 }
 
 }  // namespace cqsurvey::cqjob

@@ -1,15 +1,20 @@
 #pragma once
 
-#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "cqjob/Console.h"
+#include "cqjob/Interrupt.h"
 
 namespace cqsurvey::cqjob {
 
 /// A file that is being written, or the console's results. An existing file is replaced only when
-/// asked for, and only by the whole new file. An unfinished file is removed.
+/// asked for.
+///
+/// The file is written under another name in the same folder, site.csv.new-4711 for site.csv, and
+/// gets its own name once it is whole and on the disk. An unfinished file is removed. That is also
+/// so when a signal asks the program to end; the next Write, CheckInterrupt or Finish throws then.
 class OutputFile {
  public:
     /// "-" is the console's results. Throws Failure when something exists at `path` and `replace`
@@ -19,19 +24,29 @@ class OutputFile {
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile();
 
-    /// Throws Failure when the bytes cannot be written.
+    /// Throws Failure when the bytes cannot be written, and as CheckInterrupt.
     void Write(std::string_view bytes);
 
-    /// Puts the file in its place. Throws Failure when that is not possible.
+    /// Throws Failure when the program was asked to end. For long work between the writing.
+    void CheckInterrupt() const;
+
+    /// Puts the file in its place. Throws Failure when that is not possible, also when something
+    /// has appeared there and is not to be replaced.
     void Finish();
 
  private:
     [[noreturn]] void Fail(int error) const;
+    void Create();
     void WriteBuffer();
+    [[noreturn]] void FailExisting() const;
+    void Publish();
+    void SyncFolder() const;
 
     Console& m_console;
+    std::optional<Interrupt> m_interrupt;  // nothing for the console
     std::string m_path;
     std::string m_made;  // the file that is written, "" when there is none to remove
+    bool m_replace;
     std::string m_buffer;
     int m_descriptor = -1;
 };

@@ -23,6 +23,11 @@ PointDetails::PointDetails(CqSurveyDB& db, CqHandle pointHandle, CqCoordRec poin
     description = ToUtf8(text);
 }
 
+std::string PointDetails::Time() const {
+    return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}",
+                       fmt::gmtime(static_cast<std::time_t>(record.GetRecTime())));
+}
+
 void PointDetails::WriteJson(JsonWriter& json) const {
     json.BeginObject();
     json.Member("handle", handle);
@@ -35,8 +40,7 @@ void PointDetails::WriteJson(JsonWriter& json) const {
     json.Member("description", description);
     json.Member("origin", static_cast<int>(record.GetType()));
     json.Member("flags", record.GetFlags());
-    json.Member("time", fmt::format("{:%Y-%m-%dT%H:%M:%SZ}",
-                                    fmt::gmtime(static_cast<std::time_t>(record.GetRecTime()))));
+    json.Member("time", Time());
     json.EndObject();
 }
 

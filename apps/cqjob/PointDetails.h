@@ -21,6 +21,9 @@ struct PointDetails {
     /// about the point.
     PointDetails(CqSurveyDB& db, CqHandle handle, CqCoordRec record);
 
+    /// When the point was recorded, such as "2026-05-04T08:15:00Z".
+    [[nodiscard]] std::string Time() const;
+
     /// Writes the point as a JSON object.
     void WriteJson(JsonWriter& json) const;
 };

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 #include "cqjob/Failure.h"
 
 namespace cqsurvey::cqjob {
@@ -15,25 +17,44 @@ namespace {
 }  // namespace
 
 PointList::PointList(CqSurveyDB& db, PointOrder order, bool descending,
-                     const std::optional<COORDFILTER>& filter)
+                     const std::optional<COORDFILTER>& filter, const Test& test)
     : m_db(db) {
     COORDFILTER everyOrigin;
     everyOrigin.originMask = 0xFFFF;
     m_inView = static_cast<std::size_t>(db.SetSortCoordSetting(
         static_cast<std::uint16_t>(order), descending ? 1 : 0, filter.value_or(everyOrigin)));
-    if (filter || m_inView == static_cast<std::size_t>(db.GetNumCoordRecs())) {
-        return;
+    if (!filter && m_inView != static_cast<std::size_t>(db.GetNumCoordRecs())) {
+        AddOthers();
     }
+    if (test) {
+        Choose(test);
+    }
+}
+
+void PointList::AddOthers() {
     CqCoordRec point;
-    for (CqHandle next = db.GetFirstCoordRecHandle(); next != 0;) {
+    for (CqHandle next = m_db.GetFirstCoordRecHandle(); next != 0;) {
         const CqHandle handle = next;
-        if (db.GetNextCoordRec(next, point) == 0) {
+        if (m_db.GetNextCoordRec(next, point) == 0) {
             FailAt(handle);
         }
         if ((static_cast<unsigned>(point.GetType()) & 0xFFFFU) == 0) {
             m_others.push_back(handle);
         }
     }
+}
+
+void PointList::Choose(const Test& test) {
+    std::vector<CqHandle> chosen;
+    CqCoordRec point;
+    for (std::size_t i = 0; i < GetCount(); ++i) {
+        const CqHandle handle = Read(i, point);
+        if (test(handle, point)) {
+            chosen.push_back(handle);
+        }
+    }
+    m_inView = 0;
+    m_others = std::move(chosen);
 }
 
 CqHandle PointList::Read(std::size_t index, CqCoordRec& point) const {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -16,10 +17,14 @@ enum class PointOrder : std::uint16_t { Name = 0, Code = 1, Record = 2 };
 /// those of data origin 0, which no view admits, follow the others in record order.
 class PointList {
  public:
+    /// Whether a point is wanted, apart from the filter.
+    using Test = std::function<bool(CqHandle handle, const CqCoordRec& point)>;
+
     /// Sets the view of `db`. The job must outlive the list, and must not change while the list is
-    /// used. Throws Failure when the job's points cannot be read one after the other.
+    /// used. Without `test` every point that the filter admits is wanted. Throws Failure when the
+    /// job's points cannot be read one after the other.
     explicit PointList(CqSurveyDB& db, PointOrder order = PointOrder::Name, bool descending = false,
-                       const std::optional<COORDFILTER>& filter = {});
+                       const std::optional<COORDFILTER>& filter = {}, const Test& test = {});
 
     [[nodiscard]] std::size_t GetCount() const { return m_inView + m_others.size(); }
 
@@ -28,6 +33,9 @@ class PointList {
     CqHandle Read(std::size_t index, CqCoordRec& point) const;
 
  private:
+    void AddOthers();
+    void Choose(const Test& test);
+
     CqSurveyDB& m_db;
     std::size_t m_inView;
     std::vector<CqHandle> m_others;

@@ -64,6 +64,7 @@ void ExportSettings(Console& console, const std::string& job, const std::string&
     RequireOtherFile(path, job);
     CqSurveyDB db;
     OpenToRead(db, job);
+    OutputFile output(console, path, replace);
     // The library overwrites an existing file, so it writes elsewhere first.
     const TemporaryFolder folder;
     const std::string copy = folder.GetPath("settings");
@@ -72,7 +73,6 @@ void ExportSettings(Console& console, const std::string& job, const std::string&
                                   Printable(copy)));
     }
     db.Close();
-    OutputFile output(console, path, replace);
     output.Write(ReadInputFile(copy, limits::kSettingsBytes));
     output.Finish();
 }

@@ -6,8 +6,11 @@
 #include <optional>
 #include <utility>
 
+#include <cqsurvey/CodeWord.h>
+
 #include "cqjob/Arguments.h"
 #include "cqjob/Failure.h"
+#include "cqjob/WordPattern.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 
@@ -41,6 +44,10 @@ std::uint16_t FindUnusedGroup(const CqSurveyDB& db, const std::string& job) {
         throw Failure(Printable(job) + ": every number of a group is in use");
     }
     return static_cast<std::uint16_t>(unused - used.begin());
+}
+
+std::string FindPatternFault(const std::string& pattern) {
+    return IsUtf8(pattern) ? std::string() : Quoted(pattern) + " is not UTF-8";
 }
 
 std::string FindBoundsFault(const std::string& word) {
@@ -84,10 +91,16 @@ void ViewOptions::AddTo(CommandLine& command) {
     command.Add("--name", m_name, "Only names in a range or with a prefix")
         .Placeholder("FROM..TO|PREFIX*")
         .Check(FindBoundsFault);
-    command.Add("--code", m_codes, "Only points of this feature code; may be given several times")
+    command
+        .Add("--code", m_codes,
+             "Only points of this feature code, a number or a word such as \"TREE*\"; may be given "
+             "several times")
         .Placeholder("CODE")
         .OneValueEach()
-        .Check(FindWholeNumberFault);
+        .Check(FindPatternFault);
+    command.Add("--desc", m_description, "Only points with such a description, as in \"*MH*\"")
+        .Placeholder("PATTERN")
+        .Check(FindPatternFault);
     command.Add("--group", m_group, "Only points of this group").Placeholder("NAME");
     command.AddFlag("--ungrouped", m_ungrouped,
                     "Points in no group, in addition to those of --group");
@@ -97,10 +110,49 @@ void ViewOptions::AddTo(CommandLine& command) {
 }
 
 bool ViewOptions::IsFiltered() const {
-    static constexpr std::array kFilters = {"--name", "--code", "--group", "--ungrouped",
-                                            "--origin"};
-    return std::any_of(kFilters.begin(), kFilters.end(),
+    static constexpr std::array kFilters = {"--name", "--group", "--ungrouped", "--origin"};
+    return (!m_codes.empty() && !HasCodeWord()) ||
+           std::any_of(kFilters.begin(), kFilters.end(),
                        [this](const char* option) { return m_command->IsGiven(option); });
+}
+
+bool ViewOptions::HasCodeWord() const {
+    return !std::all_of(m_codes.begin(), m_codes.end(),
+                        [](const std::string& code) { return ParseWholeNumber(code).has_value(); });
+}
+
+PointList::Test ViewOptions::MakeTest(const CqSurveyDB& db) const {
+    std::vector<std::int32_t> numbers;
+    std::vector<WordPattern> words;
+    if (HasCodeWord()) {
+        for (const std::string& code : m_codes) {
+            if (const std::optional<std::int32_t> number = ParseWholeNumber(code)) {
+                numbers.push_back(*number);
+            } else {
+                words.emplace_back(code);
+            }
+        }
+    }
+    std::optional<WordPattern> description;
+    if (m_command->IsGiven("--desc")) {
+        description.emplace(m_description);
+    }
+    if (words.empty() && !description) {
+        return {};
+    }
+    return [&db, numbers, words, description](CqHandle handle, const CqCoordRec& point) {
+        CString stored;
+        db.GetCoordDescription(handle, stored);
+        const std::string text = ToUtf8(stored);
+        if (description && !description->Matches(text)) {
+            return false;
+        }
+        const std::string_view word = CodeWord(std::string_view(text));
+        return words.empty() ||
+               std::any_of(words.begin(), words.end(),
+                           [&](const WordPattern& pattern) { return pattern.Matches(word); }) ||
+               std::find(numbers.begin(), numbers.end(), point.GetCode()) != numbers.end();
+    };
 }
 
 COORDFILTER ViewOptions::MakeFilter(CqSurveyDB& db, const std::string& job) const {
@@ -111,8 +163,10 @@ COORDFILTER ViewOptions::MakeFilter(CqSurveyDB& db, const std::string& job) cons
         filter.nameFrom = FromUtf8(bounds.from);
         filter.nameTo = FromUtf8(bounds.to);
     }
-    for (const std::string& code : m_codes) {
-        filter.codes.push_back(ParseWholeNumber(code).value_or(0));
+    if (!HasCodeWord()) {
+        for (const std::string& code : m_codes) {
+            filter.codes.push_back(ParseWholeNumber(code).value_or(0));
+        }
     }
     if (m_command->IsGiven("--group")) {
         filter.group = db.GetGroupID(ReadText(m_group, "the group's name"));
@@ -141,7 +195,7 @@ PointList ViewOptions::MakeList(CqSurveyDB& db, const std::string& job, Console&
                         Count(static_cast<std::size_t>(without), "point"));
         }
     }
-    return PointList(db, order->second, m_descending, filter);
+    return PointList(db, order->second, m_descending, filter, MakeTest(db));
 }
 
 }  // namespace cqsurvey::cqjob

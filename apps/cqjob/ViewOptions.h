@@ -37,10 +37,17 @@ class ViewOptions {
         "A range of names includes its ends and follows natural order: P5..P20 has P5, P7 and "
         "P20.\n"
         "Either end may be omitted. P* is every name that begins with P. Points must pass every\n"
-        "filter that is given.\n";
+        "filter that is given.\n"
+        "\n"
+        "A code is a whole number, the feature code, or a word: --code EP finds the points whose\n"
+        "description begins with the word EP. In words and in --desc, * stands for any text, ? "
+        "for\n"
+        "one character, and letter case does not matter.\n";
 
  private:
     [[nodiscard]] bool IsFiltered() const;
+    [[nodiscard]] bool HasCodeWord() const;
+    [[nodiscard]] PointList::Test MakeTest(const CqSurveyDB& db) const;
     [[nodiscard]] COORDFILTER MakeFilter(CqSurveyDB& db, const std::string& job) const;
 
     CommandLine* m_command = nullptr;
@@ -48,6 +55,7 @@ class ViewOptions {
     bool m_descending = false;
     std::string m_name;
     std::vector<std::string> m_codes;
+    std::string m_description;
     std::string m_group;
     bool m_ungrouped = false;
     std::uint16_t m_origin = 0;

@@ -12,7 +12,8 @@ LabelPainter::LabelPainter(Page& page, LabelRoom& room, const PlotOptions& optio
     : m_page(page), m_room(room), m_options(options), m_height(options.labelHeight * kMillimetre) {}
 
 void LabelPainter::Draw(const std::vector<PlanItem>& items, double symbolSize) {
-    if (!m_options.labelNames && !m_options.labelHeights && !m_options.labelCodes) {
+    if (!m_options.labelNames && !m_options.labelHeights && !m_options.labelCodes &&
+        !m_options.labelCodeWords) {
         return;
     }
     m_page.GetText().SetFont(m_height);
@@ -40,6 +41,9 @@ std::vector<std::string> LabelPainter::FindRows(const PlanPoint& point) const {
     }
     if (m_options.labelCodes && point.code != 0) {
         rows.push_back(std::to_string(point.code));
+    }
+    if (m_options.labelCodeWords && !point.codeWord.empty()) {
+        rows.push_back(point.codeWord);
     }
     return rows;
 }

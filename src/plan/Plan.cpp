@@ -102,4 +102,19 @@ Box Plan::FindExtents() const {
     return box;
 }
 
+PlanPart Plan::FindAll() const {
+    return {jobExtents, points, items.size()};
+}
+
+PlanPart Plan::FindPart(const Box& box) const {
+    PlanPart part{box, 0, 0};
+    for (const PlanItem& item : items) {
+        if (FindBox(item).Meets(box)) {
+            ++part.objects;
+            part.points += std::holds_alternative<PlanPoint>(item) ? 1U : 0U;
+        }
+    }
+    return part;
+}
+
 }  // namespace cqsurvey::plan

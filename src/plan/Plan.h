@@ -21,6 +21,7 @@ struct PlanPoint {
     std::string name;
     int code = 0;
     int color = 0;
+    std::string codeWord;  ///< at the head of the description
 };
 
 struct PlanVertex {
@@ -75,12 +76,21 @@ struct PlanImage {
     bool grey = false;
 };
 
+/// What a picture shows of a plan: all of it, or what lies in a part of the job.
+struct PlanPart {
+    Box extents;              ///< of the part, in job coordinates; empty when there is nothing
+    std::size_t points = 0;   ///< how many of the objects are points
+    std::size_t objects = 0;  ///< at least partly in the part
+};
+
 /// Everything to draw of a job, in job coordinates and in drawing order. Once it has been read, the
 /// job is no longer needed.
 struct Plan {
     std::vector<PlanItem> items;
     std::optional<PlanImage> image;
-    Box jobExtents;  ///< the job's own, hidden layers included; empty when it has none
+    /// The job's own, hidden layers included; of the objects when not every layer is read. Empty
+    /// when there are none.
+    Box jobExtents;
     Rgb background = kWhite;
     double mapScale = 500.0;   ///< of the job's settings, greater than 0
     double symbolSize = 5.0;   ///< of the job's settings, in points of 1/72 inch
@@ -91,6 +101,12 @@ struct Plan {
     /// The box of all items. It leaves out what has a fixed size on paper, such as the points'
     /// symbols. Without items, the box of the image; empty when there is no image either.
     [[nodiscard]] Box FindExtents() const;
+
+    /// All of the plan; the extents are those of the job.
+    [[nodiscard]] PlanPart FindAll() const;
+
+    /// What lies in `box`; the extents are those of the box.
+    [[nodiscard]] PlanPart FindPart(const Box& box) const;
 };
 
 /// The box of one item.

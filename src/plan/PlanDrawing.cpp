@@ -52,6 +52,7 @@ PlotReport PlanDrawing::Draw(const PlotOptions& options, const Sink& sink,
     picture.Finish();
     return {.scale = sheet.GetScale(),
             .holdsAll = sheet.HoldsAll(),
+            .drawn = painter.GetPart().objects,
             .lostLabels = painter.GetLostLabels(),
             .notes = painter.GetNotes()};
 }

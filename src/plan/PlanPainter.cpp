@@ -11,7 +11,12 @@ namespace cqsurvey::plan {
 
 PlanPainter::PlanPainter(cairo_t* context, const Plan& plan, const Sheet& sheet,
                          const PlotOptions& options)
-    : m_plan(plan), m_options(options), m_page(context, sheet, plan.background) {}
+    : m_plan(plan),
+      m_options(options),
+      m_page(context, sheet, plan.background),
+      m_part(options.extent     ? plan.FindPart(*options.extent)
+             : sheet.HoldsAll() ? plan.FindAll()
+                                : plan.FindPart(sheet.GetWindow())) {}
 
 void PlanPainter::SaveAndClip() {
     cairo_save(m_page.GetContext());
@@ -46,7 +51,7 @@ void PlanPainter::Paint(const std::function<void(std::size_t)>& progress) {
     m_page.AddRectangle(m_page.GetMap());
     cairo_stroke(context);
     if (!m_page.GetTitle().IsEmpty()) {
-        TitlePainter(m_page).Draw(m_plan, m_options.title);
+        TitlePainter(m_page).Draw(m_part, m_options.title);
     }
     if (const std::size_t unknown = m_page.GetText().GetUnknown(); unknown > 0) {
         m_page.AddNote("drawn as boxes: " + Count(unknown, "character") +

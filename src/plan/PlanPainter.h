@@ -28,6 +28,9 @@ class PlanPainter {
     /// How many labels found no room.
     [[nodiscard]] std::size_t GetLostLabels() const { return m_lostLabels; }
 
+    /// What the picture shows: the part that the options ask for, or what fits into the frame.
+    [[nodiscard]] const PlanPart& GetPart() const { return m_part; }
+
     /// Sentences, one for each thing that could not be drawn as it is.
     [[nodiscard]] const std::vector<std::string>& GetNotes() const { return m_page.GetNotes(); }
 
@@ -39,6 +42,7 @@ class PlanPainter {
     const Plan& m_plan;
     const PlotOptions& m_options;
     Page m_page;
+    PlanPart m_part;
     LabelRoom m_room;
     std::size_t m_lostLabels = 0;
 };

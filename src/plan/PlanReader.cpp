@@ -6,6 +6,7 @@
 #include <memory>
 #include <utility>
 
+#include "cqsurvey/CodeWord.h"
 #include "cqsurvey/plan/PlanFailure.h"
 #include "cqsurvey/plan/PlotOptions.h"
 #include "plan/LineType.h"
@@ -86,6 +87,7 @@ PlanReader::PlanReader(CqSurveyDB& db, const std::optional<CStringList>& layers)
         m_layers.emplace(name, Layer{color, db.GetLayerLine(name), !layers});
     }
     if (layers) {
+        m_onlySome = true;
         m_noLayer.wanted = false;
         for (const CString& layer : *layers) {
             const auto found = m_layers.find(layer);
@@ -116,6 +118,9 @@ Plan PlanReader::Read(const std::function<void(std::size_t)>& progress) {
         }
     }
     EndLine();
+    if (m_onlySome) {
+        m_plan.jobExtents = m_plan.FindExtents();
+    }
     if (walked != there) {
         throw PlanFailure(error::kDamaged, "only " + std::to_string(walked) + " of " +
                                                std::to_string(there) + " entities can be reached");
@@ -141,6 +146,13 @@ std::optional<int> PlanReader::FindColor(const CqCadEntity& entity) {
     return m_forced >= 0                        ? m_forced
            : entity.GetColor() == kColorOfLayer ? layer.color
                                                 : entity.GetColor();
+}
+
+std::string PlanReader::FindCodeWord(const CqCadEntity& point) const {
+    CString description;
+    m_db.GetCoordDescription(m_db.GetCoordRecHandleByCadEntityHandle(point.GetHandle()),
+                             description);
+    return OneLine(CString(CodeWord(std::u16string_view(description))));
 }
 
 int PlanReader::FindLine(const CqCadEntity& entity) const {
@@ -170,7 +182,7 @@ void PlanReader::Add(const CqCadEntity& entity) {
     switch (entity.GetType()) {
         case EntSiPnt:
             m_plan.items.emplace_back(PlanPoint{at, HeightOf(entity), OneLine(entity.GetName()),
-                                                entity.GetCode(), *color});
+                                                entity.GetCode(), *color, FindCodeWord(entity)});
             ++m_plan.points;
             break;
         case EntText: {

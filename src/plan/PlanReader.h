@@ -36,6 +36,7 @@ class PlanReader {
     /// The colour in which the entity is drawn; nothing when it is hidden or on a layer that is not
     /// read.
     std::optional<int> FindColor(const CqCadEntity& entity);
+    [[nodiscard]] std::string FindCodeWord(const CqCadEntity& point) const;
     [[nodiscard]] int FindLine(const CqCadEntity& entity) const;
     const Layer& FindLayer(const CString& name) const;
     void Add(const CqCadEntity& entity);
@@ -51,6 +52,7 @@ class PlanReader {
     Plan m_plan;
     std::optional<PlanLine> m_line;
     bool m_inLine = false;
+    bool m_onlySome = false;  // not every layer is read
 };
 
 }  // namespace cqsurvey::plan

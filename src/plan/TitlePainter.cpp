@@ -30,22 +30,22 @@ std::string Range(const char* axis, double from, double to) {
     return std::string(axis) + " " + Coordinate(from) + " \xE2\x80\x93 " + Coordinate(to);
 }
 
-/// The lines about the job below the heading.
-std::array<std::string, 3> Describe(const Plan& plan) {
-    const Box& extents = plan.jobExtents;
+/// The lines below the heading about what is shown.
+std::array<std::string, 3> Describe(const PlanPart& part) {
+    const Box& extents = part.extents;
     if (extents.IsEmpty()) {
         return {"No extents: nothing to draw"};
     }
-    std::string counts = Count(plan.points, "point");
-    if (plan.items.size() > plan.points) {
-        counts += ", " + Count(plan.items.size() - plan.points, "object") + " of the drawing";
+    std::string counts = Count(part.points, "point");
+    if (part.objects > part.points) {
+        counts += ", " + Count(part.objects - part.points, "object") + " of the drawing";
     }
     return {Range("E", extents.minX, extents.maxX), Range("N", extents.minY, extents.maxY), counts};
 }
 
 }  // namespace
 
-void TitlePainter::Draw(const Plan& plan, const std::string& heading) {
+void TitlePainter::Draw(const PlanPart& part, const std::string& heading) {
     constexpr double kArrow = 18.0 * kMillimetre;
     const Box& box = m_page.GetTitle();
     const double bar = std::clamp(box.GetWidth() * 0.34, 34.0 * kMillimetre, 68.0 * kMillimetre);
@@ -62,17 +62,17 @@ void TitlePainter::Draw(const Plan& plan, const std::string& heading) {
     }
     cairo_stroke(context);
 
-    DrawHeading(plan, heading, {box.minX + kPad, box.minY}, barLeft - box.minX - 2 * kPad);
+    DrawHeading(part, heading, {box.minX + kPad, box.minY}, barLeft - box.minX - 2 * kPad);
     DrawScale({barLeft + kPad, box.minY}, bar - 2 * kPad);
     DrawNorthArrow({std::midpoint(arrowLeft, box.maxX), std::midpoint(box.minY, box.maxY)},
                    box.GetHeight() - 2 * kPad);
 }
 
-void TitlePainter::DrawHeading(const Plan& plan, const std::string& heading, const CVector& at,
+void TitlePainter::DrawHeading(const PlanPart& part, const std::string& heading, const CVector& at,
                                double width) {
     m_page.WriteFitting(heading, at + CVector(0.0, kFirstRow), kLarge, width, true);
     double y = at.GetY() + 11.2 * kMillimetre;
-    for (const std::string& row : Describe(plan)) {
+    for (const std::string& row : Describe(part)) {
         m_page.WriteFitting(row, {at.GetX(), y}, kSmall, width);
         y += 3.8 * kMillimetre;
     }

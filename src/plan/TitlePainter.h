@@ -8,17 +8,18 @@
 
 namespace cqsurvey::plan {
 
-/// Draws the title block below the map. From the left it has the heading with the job's extents and
-/// counts, the scale with its bar, and the north arrow.
+/// Draws the title block below the map. From the left it has the heading with the extents and the
+/// counts of what is shown, the scale with its bar, and the north arrow.
 class TitlePainter {
  public:
     /// `page` must outlive the painter; its sheet has a title block.
     explicit TitlePainter(Page& page) : m_page(page) {}
 
-    void Draw(const Plan& plan, const std::string& heading);
+    void Draw(const PlanPart& part, const std::string& heading);
 
  private:
-    void DrawHeading(const Plan& plan, const std::string& heading, const CVector& at, double width);
+    void DrawHeading(const PlanPart& part, const std::string& heading, const CVector& at,
+                     double width);
     /// Draws the scale and its bar into a space of that width, whose upper left corner is `at`.
     void DrawScale(const CVector& at, double width);
     void DrawNorthArrow(const CVector& middle, double height);

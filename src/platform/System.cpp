@@ -162,6 +162,7 @@ std::int32_t ErrorCode(const std::error_code& failure) noexcept {
             return error::kAccessDenied;
         case ENOSPC:
         case EDQUOT:
+        case EFBIG:
             return error::kVolumeFull;
         case ENOENT:
         case ENOTDIR:

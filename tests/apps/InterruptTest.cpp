@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -102,6 +103,33 @@ TEST_F(InterruptTest, AnInterruptedImportLeavesTheJobAsItWas) {
         EXPECT_FALSE(std::filesystem::exists(job + "-journal"));
         EXPECT_TRUE(ReadFile(job) == before);
     }
+}
+
+TEST_F(InterruptTest, AFileThatReachesItsLimitIsAFullDisk) {
+    std::string text;
+    for (int i = 0; i < 20000; ++i) {
+        text += "P" + std::to_string(i) + ",1,2,3,tree\n";
+    }
+    MakeJob(text);
+    const std::string before = ReadFile(job);
+    // A program inherits the limit, and its signal's usual effect, the end of the program.
+    rlimit old{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+    const rlimit limit{100000, old.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    const std::string file = folder.Utf8("points.csv");
+    const CqjobRun written = RunCqjob({"export", job, file});
+    const std::string more = WriteFile("more.csv", text.substr(0, 90000));
+    const CqjobRun recorded =
+        RunCqjob({"import", job, more, "--order", "pnezd", "--duplicates", "rename"});
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &old), 0);
+    EXPECT_EQ(written.status, 1);
+    EXPECT_EQ(written.err, "cqjob: " + file + ": No space left on device\n");
+    EXPECT_FALSE(std::filesystem::exists(file));
+    EXPECT_EQ(recorded.status, 1);
+    EXPECT_TRUE(Holds(recorded.err, "no room left")) << recorded.err;
+    EXPECT_FALSE(std::filesystem::exists(job + "-journal"));
+    EXPECT_TRUE(ReadFile(job) == before);
 }
 
 }  // namespace

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -10,6 +12,7 @@
 
 #include "apps/CapturedConsole.h"
 #include "cqjob/Failure.h"
+#include "support/FileSizeLimit.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey::cqjob {
@@ -100,6 +103,84 @@ TEST(OutputFile, WritesADeviceWithoutReplacingIt) {
     file.Write("x");
     file.Finish();
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST(OutputFile, NothingHasTheNameBeforeTheFileIsWhole) {
+    const TempDir folder;
+    CapturedConsole captured;
+    OutputFile file(captured.console, folder.Utf8("a"), false);
+    file.Write(std::string(200000, 'x'));
+    EXPECT_FALSE(std::filesystem::exists(folder.Utf8("a")));
+    file.Finish();
+    EXPECT_EQ(ReadFile(folder.Utf8("a")).size(), 200000U);
+    EXPECT_EQ(CountFiles(folder), 1);
+}
+
+TEST(OutputFile, LeavesAFileAloneThatAppearsMeanwhile) {
+    const TempDir folder;
+    CapturedConsole captured;
+    {
+        OutputFile file(captured.console, folder.Utf8("a"), false);
+        file.Write("x");
+        std::ofstream(folder.Utf8("a")) << "other";
+        EXPECT_THROW(file.Finish(), Failure);
+    }
+    EXPECT_EQ(ReadFile(folder.Utf8("a")), "other");
+    EXPECT_EQ(CountFiles(folder), 1);
+}
+
+TEST(OutputFile, ASignalEndsTheWritingAndLeavesNothing) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(number);
+        const TempDir folder;
+        CapturedConsole captured;
+        {
+            OutputFile file(captured.console, folder.Utf8("a"), false);
+            file.Write("x");
+            std::raise(number);
+            EXPECT_THROW(file.CheckInterrupt(), Failure);
+            EXPECT_THROW(file.Write("y"), Failure);
+            EXPECT_THROW(file.Finish(), Failure);
+        }
+        EXPECT_EQ(CountFiles(folder), 0);
+    }
+}
+
+TEST(OutputFile, AFileThatMayNotGrowIsAFullDisk) {
+    const TempDir folder;
+    CapturedConsole captured;
+    {
+        const FileSizeLimit limit(1000);
+        OutputFile file(captured.console, folder.Utf8("a"), false);
+        try {
+            file.Write(std::string(100000, 'x'));
+            file.Finish();
+            ADD_FAILURE() << "written";
+        } catch (const Failure& error) {
+            EXPECT_EQ(error.what(), folder.Utf8("a") + ": No space left on device");
+        }
+    }
+    EXPECT_EQ(CountFiles(folder), 0);
+}
+
+TEST(OutputFile, AFileThatAKilledProgramLeftIsNotInTheWay) {
+    const TempDir folder;
+    CapturedConsole captured;
+    std::ofstream(folder.Utf8("a.new-" + std::to_string(getpid()))) << "left";
+    OutputFile file(captured.console, folder.Utf8("a"), false);
+    file.Write("x");
+    file.Finish();
+    EXPECT_EQ(ReadFile(folder.Utf8("a")), "x");
+}
+
+TEST(OutputFile, ANameMayBeAsLongAsTheSystemAllows) {
+    const TempDir folder;
+    CapturedConsole captured;
+    const std::string path = folder.Utf8(std::string(255, 'n'));
+    OutputFile file(captured.console, path, false);
+    file.Write("x");
+    file.Finish();
+    EXPECT_EQ(ReadFile(path), "x");
 }
 
 TEST(OutputFile, AFullDiskIsAFailure) {

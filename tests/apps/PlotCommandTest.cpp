@@ -169,6 +169,22 @@ TEST_F(PlotCommand, LabelsPointsAsAsked) {
     EXPECT_EQ(letters("code"), 2U);
     EXPECT_EQ(letters("name,height,code"), 12U);
     EXPECT_EQ(letters("none"), 0U);
+    const CqHandle point = db.GetCoordRecHandleByPtName(u"ABC");
+    ASSERT_EQ(db.AddCoordDescription(point, u" MH7 deep"), 1);
+    EXPECT_EQ(letters("desc"), 3U) << "the word at the head";
+}
+
+TEST_F(PlotCommand, CountsWhatIsInThePart) {
+    for (int i = 0; i < 10; ++i) {
+        DrawPoint(db, u"P" + FromUtf8(std::to_string(i)), 10.0 * i, 5);
+    }
+    EXPECT_TRUE(Has(Plot("a.svg").err, "10 objects at 1 : ")) << "all";
+    EXPECT_TRUE(Has(Plot("a.svg", {"--extent", "-5,0,25,10"}).err, "3 of 10 objects at 1 : "));
+    const std::string err = Plot("a.svg", {"--scale", "0.01"}).err;
+    EXPECT_TRUE(Has(err, "0 of 10 objects")) << err;
+    EXPECT_TRUE(Has(err, "none of it is in the frame")) << err;
+    EXPECT_TRUE(
+        Has(Plot("a.svg", {"--scale", "1e9"}).err, "all of it is smaller than a millimetre"));
 }
 
 TEST_F(PlotCommand, LeavesOutLabelsThatFindNoRoomUnlessAskedForAll) {

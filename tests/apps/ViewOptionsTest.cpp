@@ -131,7 +131,7 @@ TEST_F(ViewOptionsTest, RefusesWhatMakesNoSense) {
          std::vector<std::vector<std::string>>{{"--sort", "height"},
                                                {"--name", "P*5"},
                                                {"--name", ""},
-                                               {"--code", "oak"},
+                                               {"--code", "\xFF"},
                                                {"--code", "5", "7"},
                                                {"--origin", "0"},
                                                {"--origin", "65536"},

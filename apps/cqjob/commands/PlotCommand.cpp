@@ -56,10 +56,11 @@ class PlotCommand : public Command {
             .Placeholder("E,N,E,N");
         command
             .Add("--labels", m_labels,
-                 "What to write beside the points: name, height, code or none")
+                 "What to write beside the points: name, height, code (a number), desc (the code "
+                 "word at the head of the description) or none")
             .Placeholder("WORD,...")
             .SplitAt(',')
-            .OneOf({"name", "height", "code", "none"});
+            .OneOf({"name", "height", "code", "desc", "none"});
         command.AddFlag("--all-labels", m_options.allLabels,
                         "Draw labels that have no room, too; without it, they are left out");
         command
@@ -125,8 +126,12 @@ class PlotCommand : public Command {
         OutputFile output(console, m_file, m_force);
         const plan::PlotReport report = Draw(console, drawing, output);
         output.Finish();
-        console.Say("{} at 1 : {} into {}\n", Count(drawing.GetCount(), "object"),
-                    FormatNumber(report.scale), Printable(m_file));
+        console.Say(
+            "{} at 1 : {} into {}\n",
+            report.drawn == drawing.GetCount()
+                ? Count(report.drawn, "object")
+                : fmt::format("{} of {}", report.drawn, Count(drawing.GetCount(), "object")),
+            FormatNumber(report.scale), Printable(m_file));
         Say(console, drawing, report);
         return 0;
     }
@@ -155,6 +160,7 @@ class PlotCommand : public Command {
         m_options.labelNames = holds("name");
         m_options.labelHeights = holds("height");
         m_options.labelCodes = holds("code");
+        m_options.labelCodeWords = holds("desc");
     }
 
     void ReadSheet() {
@@ -250,7 +256,10 @@ class PlotCommand : public Command {
             Progress progress(console, "objects");
             return drawing.Draw(
                 m_options, [&](std::string_view bytes) { output.Write(bytes); },
-                [&](std::size_t done) { progress.Update(done, done, drawing.GetCount()); });
+                [&](std::size_t done) {
+                    output.CheckInterrupt();
+                    progress.Update(done, done, drawing.GetCount());
+                });
         } catch (const plan::PlanFailure& failure) {
             throw Failure(failure.what());
         }
@@ -261,6 +270,13 @@ class PlotCommand : public Command {
         std::string job = m_job;
         std::replace(job.begin(), job.end(), '\\', '/');
         return Printable(std::filesystem::path(job).stem().string());
+    }
+
+    /// True when a drawing with an extent becomes a dot on the paper.
+    static bool IsTooSmall(const plan::PlanDrawing& drawing, double scale) {
+        const plan::Box extents = drawing.GetExtents();
+        const double length = std::max(extents.GetWidth(), extents.GetHeight());
+        return length > 0.0 && length * 1000.0 < scale;
     }
 
     void Say(Console& console, const plan::PlanDrawing& drawing,
@@ -276,13 +292,20 @@ class PlotCommand : public Command {
             console.Say("{}: {} without a finite position or size, not drawn\n", job,
                         Count(drawing.GetUnplaced(), "object"));
         }
-        if (!report.holdsAll) {
+        if (report.drawn == 0 && drawing.GetCount() > 0) {
+            console.Say("{}: at 1 : {} none of it is in the frame\n", job,
+                        FormatNumber(report.scale));
+        } else if (!report.holdsAll) {
             console.Say("{}: at 1 : {} only part of it fits into the frame\n", job,
                         FormatNumber(report.scale));
         }
         if (report.lostLabels > 0) {
             console.Say("{}: no room for {}; --all-labels draws them anyway\n", job,
                         Count(report.lostLabels, "label"));
+        }
+        if (IsTooSmall(drawing, report.scale)) {
+            console.Say("{}: at 1 : {} all of it is smaller than a millimetre\n", job,
+                        FormatNumber(report.scale));
         }
         constexpr std::size_t kMostNotes = 10;
         const std::vector<std::string>& notes = report.notes;

@@ -7,6 +7,7 @@
 #include "cqjob/Command.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
+#include "cqjob/PointColumn.h"
 #include "cqjob/PointDetails.h"
 #include "cqjob/TextTable.h"
 #include "cqjob/ViewOptions.h"
@@ -23,7 +24,14 @@ class PointsCommand : public Command {
         CommandLine& command = program.AddCommand("points", "List a job's points");
         AddJob(command, "The job; it is not changed");
         AddJson(command);
+        AddWide(command);
         m_view.AddTo(command);
+        command
+            .Add("--columns", m_columns,
+                 "The columns of the table, in this order: " + PointColumn::Words())
+            .Placeholder("WORD,...")
+            .SplitAt(',')
+            .OneOf(PointColumn::WordList());
         command.Add("--limit", m_limit, "List at most this many points, on each page")
             .Placeholder("N")
             .InRange(1, std::numeric_limits<int>::max());
@@ -41,6 +49,7 @@ class PointsCommand : public Command {
                           "Example:\n"
                           "  cqjob points site.job --limit 10\n"
                           "  cqjob points site.job --name P100..P199 --code 5 --code 7\n"
+                          "  cqjob points site.job --code \"TREE*\" --columns name,height,desc\n"
                           "  cqjob points site.job --group Road --sort code --page 3 --json");
         return command;
     }
@@ -75,19 +84,20 @@ class PointsCommand : public Command {
 
     void WriteTable(Console& console, CqSurveyDB& db, const PointList& points, std::size_t first,
                     std::size_t end) const {
-        TextTable table(console, {{"Name"},
-                                  {"Easting", true},
-                                  {"Northing", true},
-                                  {"Height", true},
-                                  {"Code", true},
-                                  {"Group"},
-                                  {"Description"}});
+        std::vector<TextTable::Heading> headings;
+        std::vector<const PointColumn*> columns;
+        for (const std::string& word : m_columns) {
+            columns.push_back(PointColumn::Find(word));
+            headings.push_back({columns.back()->heading, columns.back()->right});
+        }
+        TextTable table(console, headings);
         for (std::size_t i = first; i < end; ++i) {
             const PointDetails point = Read(db, points, i);
-            table.Add({ToUtf8(point.record.GetPtName()), FormatNumber(point.coords[0], m_decimals),
-                       FormatNumber(point.coords[1], m_decimals),
-                       FormatNumber(point.coords[2], m_decimals),
-                       fmt::format("{}", point.record.GetCode()), point.group, point.description});
+            std::vector<std::string> cells;
+            for (const PointColumn* column : columns) {
+                cells.push_back(column->cell(point, m_decimals));
+            }
+            table.Add(std::move(cells));
         }
         table.Finish();
         if (end - first == points.GetCount()) {
@@ -117,6 +127,8 @@ class PointsCommand : public Command {
     }
 
     ViewOptions m_view;
+    std::vector<std::string> m_columns = {"name", "easting", "northing", "height",
+                                          "code", "group",   "desc"};
     int m_limit = 0;
     int m_page = 0;
     int m_decimals = 3;

@@ -25,14 +25,15 @@ struct Plan;
 struct PlotReport {
     double scale = 0.0;          ///< the 500 of 1 : 500
     bool holdsAll = true;        ///< false: part of the drawing lies outside the frame
+    std::size_t drawn = 0;       ///< objects in the part that is shown, at least partly
     std::size_t lostLabels = 0;  ///< labels that found no room
     /// English sentences, one for each thing that could not be drawn as it is in the job.
     std::vector<std::string> notes;
 };
 
 /// The drawing of a job: read once, drawn any number of times. A picture is one page with north up.
-/// It has the map in its frame with a grid, and below it a title block with the heading, the job's
-/// extents, a scale bar and a north arrow. Paper smaller than 100 x 80 mm has only the map.
+/// It has the map in its frame with a grid, and below it a title block with the heading, the extents
+/// and the number of objects of what is shown, a scale bar and a north arrow. Paper smaller than 100 x 80 mm has only the map.
 ///
 /// CqSurveyDB.h says what the numbers of colours, line types and alignments mean; line type 256,
 /// like colour 256, is that of the layer. A layer or an entity with a negative colour is hidden. Of

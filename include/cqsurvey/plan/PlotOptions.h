@@ -55,6 +55,8 @@ struct CQSURVEY_PLAN_API PlotOptions {
     bool labelNames = true;
     bool labelHeights = false;
     bool labelCodes = false;
+    /// The word at the head of the description, which is a code, too (CodeWord.h).
+    bool labelCodeWords = false;
 
     /// The height of the labels' capitals in millimetres, 0.2 to 50. Texts of the drawing that have
     /// no height of their own have this one.
