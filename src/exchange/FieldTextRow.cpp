@@ -8,8 +8,12 @@
 namespace cqsurvey::exchange {
 
 FieldTextRow::FieldTextRow(ColumnOrder order, Separator separator, std::optional<int> decimals,
-                           bool decimalComma)
-    : m_order(order), m_separator(separator), m_decimals(decimals), m_decimalComma(decimalComma) {}
+                           bool decimalComma, bool safe)
+    : m_order(order),
+      m_separator(separator),
+      m_decimals(decimals),
+      m_decimalComma(decimalComma),
+      m_safe(safe) {}
 
 std::string FieldTextRow::Number(double value) const {
     std::string text = m_decimals ? FormatNumber(value, *m_decimals) : FormatNumber(value);
@@ -17,6 +21,14 @@ std::string FieldTextRow::Number(double value) const {
         std::replace(text.begin(), text.end(), '.', ',');
     }
     return text;
+}
+
+/// A spreadsheet runs what begins like a formula, unless an apostrophe is before it.
+std::string FieldTextRow::Text(const std::string& text) const {
+    constexpr std::string_view kStarts = "=+-@\t\r";
+    const bool starts = !text.empty() && kStarts.find(text.front()) != std::string_view::npos;
+    return m_safe && starts && ParseNumber(text, m_decimalComma).fault != nullptr ? "'" + text
+                                                                                  : text;
 }
 
 std::string FieldTextRow::MakeHeader() const {
@@ -43,7 +55,7 @@ std::string FieldTextRow::Make(const PointTexts& point) const {
     for (std::size_t i = 0; i < m_order.GetWidth(); ++i) {
         const auto is = [&](Column column) { return m_order.Find(column) == i; };
         if (is(Column::Name)) {
-            writer.Add(point.name);
+            writer.Add(Text(point.name));
         } else if (is(Column::Easting)) {
             writer.Add(Number(point.coords[0]));
         } else if (is(Column::Northing)) {
@@ -55,7 +67,7 @@ std::string FieldTextRow::Make(const PointTexts& point) const {
         } else if (!is(Column::Description)) {
             writer.Add("");
         } else if (m_order.Find(Column::Code)) {
-            writer.Add(point.description);
+            writer.Add(Text(point.description));
         } else {
             AddRest(writer, point);
         }
@@ -67,12 +79,12 @@ std::string FieldTextRow::Make(const PointTexts& point) const {
 void FieldTextRow::AddRest(CsvWriter& writer, const PointTexts& point) const {
     const bool plain = !ParseWholeNumber(point.description).has_value();
     if (point.code == 0 && plain) {
-        writer.Add(point.description);
+        writer.Add(Text(point.description));
         return;
     }
     writer.Add(std::to_string(point.code));
     if (!point.description.empty()) {
-        writer.Add(point.description, true);
+        writer.Add(Text(point.description), true);
     }
 }
 

@@ -22,9 +22,10 @@ struct PointTexts {
 /// back.
 class FieldTextRow {
  public:
-    /// Without `decimals`, numbers have as many digits as it takes to read them back exactly.
+    /// Without `decimals`, numbers have as many digits as it takes to read them back exactly. With
+    /// `safe`, no text begins like a formula.
     FieldTextRow(ColumnOrder order, Separator separator, std::optional<int> decimals,
-                 bool decimalComma);
+                 bool decimalComma, bool safe = false);
 
     /// The line that names the columns.
     [[nodiscard]] std::string MakeHeader() const;
@@ -33,12 +34,14 @@ class FieldTextRow {
 
  private:
     [[nodiscard]] std::string Number(double value) const;
+    [[nodiscard]] std::string Text(const std::string& text) const;
     void AddRest(CsvWriter& writer, const PointTexts& point) const;
 
     ColumnOrder m_order;
     Separator m_separator;
     std::optional<int> m_decimals;
     bool m_decimalComma;
+    bool m_safe;
 };
 
 }  // namespace cqsurvey::exchange

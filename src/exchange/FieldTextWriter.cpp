@@ -18,7 +18,8 @@ namespace cqsurvey::exchange {
 class FieldTextWriter::State {
  public:
     explicit State(const FieldTextWriteOptions& options)
-        : row(options.order, options.separator, options.decimals, options.decimalComma),
+        : row(options.order, options.separator, options.decimals, options.decimalComma,
+              options.safe),
           m_codePage(RequireNarrowPage(options.codePage)),
           m_jobName(options.jobName) {}
 

@@ -30,6 +30,19 @@ TEST(FieldTextRow, WritesDecimalsAsAskedFor) {
               "\"10,5\",\"20,25\"\r\n");
 }
 
+TEST(FieldTextRow, ForASpreadsheetNoTextBeginsLikeAFormula) {
+    const FieldTextRow row(ColumnOrder::FromLetters("pend"), Separator::Comma, 0, false, true);
+    PointTexts point = {.name = "=1+1", .coords = {-1, 2, 3}, .code = 0, .description = "@SUM(A1)"};
+    EXPECT_EQ(row.Make(point), "'=1+1,-1,2,'@SUM(A1)\r\n");
+    point.name = "-5.5";
+    point.description = "+cmd";
+    EXPECT_EQ(row.Make(point), "-5.5,-1,2,'+cmd\r\n") << "a number is no formula";
+    point.name = "A-1";
+    point.code = 7;
+    point.description = "-x";
+    EXPECT_EQ(row.Make(point), "A-1,-1,2,7,\"'-x\"\r\n");
+}
+
 TEST(FieldTextRow, NamesTheColumns) {
     EXPECT_EQ(
         FieldTextRow(ColumnOrder::FromLetters("penzcd"), Separator::Comma, {}, false).MakeHeader(),

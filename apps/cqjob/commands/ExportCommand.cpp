@@ -42,6 +42,9 @@ class ExportCommand : public Command {
             .Placeholder("N")
             .InRange(0, 17);
         command.AddFlag("--decimal-comma", m_decimalComma, "Write the decimal sign as a comma");
+        command.AddFlag("--safe-csv", m_safe,
+                        "For a spreadsheet: put an apostrophe before texts that begin with =, +, "
+                        "- or @ and are no numbers, so that it does not run them");
         command.Add("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
             .Placeholder("N")
             .ShowDefault();
@@ -117,6 +120,7 @@ class ExportCommand : public Command {
         options.separator = ReadSeparator(m_separator);
         options.decimals = m_decimals;
         options.decimalComma = m_decimalComma;
+        options.safe = m_safe;
         options.codePage = m_codePage;
         options.jobName = m_job;
         return options;
@@ -131,6 +135,7 @@ class ExportCommand : public Command {
     std::string m_separator = "comma";
     std::optional<int> m_decimals;
     bool m_decimalComma = false;
+    bool m_safe = false;
     int m_codePage = CqCodePage::kUtf8;
     bool m_force = false;
 };

@@ -29,6 +29,10 @@ struct FieldTextWriteOptions {
     /// The decimal sign is the comma, not the point.
     bool decimalComma = false;
 
+    /// Put an apostrophe before a name or description that begins with =, +, -, @, a tab or a
+    /// carriage return and is not a number, so that no spreadsheet runs it as a formula. Such a
+    /// text does not read back the same.
+    bool safe = false;
     /// The encoding of the file, by the number of a code page that keeps ASCII.
     int codePage = CqCodePage::kUtf8;
 
