@@ -119,6 +119,12 @@ void CreateJob(const std::string& path, bool replace) {
     const CString jobPath = ToJobPath(path);
     std::error_code error;
     const std::filesystem::path old = std::filesystem::canonical(path, error);
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code none;
+    if (!folder.empty() && !std::filesystem::exists(folder, none)) {
+        throw Failure(
+            fmt::format("{}: there is no folder {}", Printable(path), Quoted(folder.string())));
+    }
     if (!replace || error) {
         Named(path, [&] {
             CqSurveyDB db;

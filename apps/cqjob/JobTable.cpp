@@ -2,14 +2,20 @@
 
 #include <cqsurvey/cqsurvey.h>
 
+#include <fmt/chrono.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <ctime>
+#include <filesystem>
 #include <utility>
 
+#include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/TextTable.h"
+#include "text/NumberText.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -41,9 +47,30 @@ struct Row {
     std::string job;
     SVDB_INFORMATION counts;
     CStringList groups;
+    bool hasExtents = false;
+    CVector min;
+    CVector max;
+    std::uint32_t firstTime = 0;  ///< when the first point was recorded; 0 without points
+    std::uint32_t lastTime = 0;
+    std::uintmax_t bytes = 0;
     std::string error;           ///< why the job cannot be read, empty when it can
     std::string settingsDamage;  ///< empty when there is none
 };
+
+std::string Date(std::uint32_t time) {
+    return time == 0 ? std::string()
+                     : fmt::format("{:%Y-%m-%d}", fmt::gmtime(static_cast<std::time_t>(time)));
+}
+
+/// Extents and dates, which only the opened job has.
+void Look(Row& row, CqSurveyDB& db) {
+    row.hasExtents = db.GetEntityBound(row.min, row.max) != 0 && row.min.GetX() <= row.max.GetX();
+    for (const auto& [handle, record] : Points(db)) {
+        const std::uint32_t time = record.GetRecTime();
+        row.firstTime = row.firstTime == 0 ? time : std::min(row.firstTime, time);
+        row.lastTime = std::max(row.lastTime, time);
+    }
+}
 
 /// Why the job cannot be read; GetDBInformation does not say.
 std::string FindReason(const CString& path) {
@@ -65,12 +92,23 @@ Row Ask(const std::string& job) {
         if (path.empty() ||
             CqSurveyDB::GetDBInformation(kEverything, path, row.counts, nullptr) == 0) {
             row.error = FindReason(path);
-        } else if (CString damage; CqSurveyDB::GetSettingsDamage(path, damage, nullptr) != 0) {
-            row.settingsDamage = ToUtf8(damage);
+        } else {
+            CqSurveyDB db;
+            OpenToRead(db, job);
+            Look(row, db);
+            db.Close();
+            if (CString damage; CqSurveyDB::GetSettingsDamage(path, damage, nullptr) != 0) {
+                row.settingsDamage = ToUtf8(damage);
+            }
         }
     } catch (const CException& error) {
         row.error = error.what();
+    } catch (const Failure& error) {
+        row.error = error.what();
     }
+    std::error_code unknown;
+    const std::uintmax_t bytes = std::filesystem::file_size(job, unknown);
+    row.bytes = unknown ? 0 : bytes;
     row.counts.groupNames = nullptr;
     return row;
 }
@@ -87,6 +125,12 @@ void WriteText(Console& console, const std::vector<Row>& rows) {
     for (const Column& column : kColumns) {
         headings.push_back({column.heading, true});
     }
+    for (const char* heading : {"Easting", "Northing"}) {
+        headings.push_back({heading});
+    }
+    headings.push_back({"First"});
+    headings.push_back({"Last"});
+    headings.push_back({"Bytes", true});
     if (anyError) {
         headings.push_back({"Cannot be read"});
     }
@@ -99,6 +143,16 @@ void WriteText(Console& console, const std::vector<Row>& rows) {
         for (const Column& column : kColumns) {
             cells.push_back(row.error.empty() ? fmt::format("{}", row.counts.*column.field) : "-");
         }
+        const auto range = [&](double from, double to) {
+            return row.hasExtents ? FormatNumber(from, 1) + ".." + FormatNumber(to, 1)
+                                  : std::string("-");
+        };
+        const auto date = [](std::uint32_t time) { return time == 0 ? "-" : Date(time); };
+        cells.push_back(range(row.min.GetX(), row.max.GetX()));
+        cells.push_back(range(row.min.GetY(), row.max.GetY()));
+        cells.push_back(date(row.firstTime));
+        cells.push_back(date(row.lastTime));
+        cells.push_back(fmt::format("{}", row.bytes));
         if (anyError) {
             cells.push_back(row.error);
         }
@@ -137,6 +191,20 @@ void WriteJson(Console& console, const std::vector<Row>& rows) {
             json.Value(ToUtf8(group));
         }
         json.EndArray();
+        if (row.hasExtents) {
+            json.Key("extents");
+            json.BeginObject();
+            json.Member("min_easting", row.min.GetX());
+            json.Member("min_northing", row.min.GetY());
+            json.Member("max_easting", row.max.GetX());
+            json.Member("max_northing", row.max.GetY());
+            json.EndObject();
+        }
+        if (row.firstTime != 0) {
+            json.Member("first_date", Date(row.firstTime));
+            json.Member("last_date", Date(row.lastTime));
+        }
+        json.Member("bytes", row.bytes);
         json.EndObject();
     }
     json.EndArray();

@@ -3,10 +3,12 @@
 #include <cqsurvey/cqsurvey.h>
 #include <cqsurvey/exchange/ExchangeError.h>
 
+#include <algorithm>
 #include <exception>
 #include <new>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -28,6 +30,16 @@ int SayWrongUsage(Console& console, const CommandLine& command, const std::excep
     return kWrongUsage;
 }
 
+/// The words of the command line, where "help import" means "import --help".
+std::vector<const char*> ReadWords(int argc, const char* const* argv) {
+    std::vector<const char*> words(argv, argv + argc);
+    if (words.size() > 1 && std::string_view(words[1]) == "help") {
+        words.erase(words.begin() + 1);
+        words.push_back("--help");
+    }
+    return words;
+}
+
 int Run(int argc, const char* const* argv, Console& console) {
     const std::vector<std::unique_ptr<Command>> commands = MakeCommands();
     CommandLine line("cqjob", CQJOB_VERSION,
@@ -35,6 +47,8 @@ int Run(int argc, const char* const* argv, Console& console) {
                      "file.");
     line.RequireCommand();
     line.SetFooter(
+        "cqjob help COMMAND tells more about a command.\n"
+        "\n"
         "Exit status: 0 done, 1 failed, 2 wrong usage.\n"
         "\n"
         "Example:\n"
@@ -46,12 +60,24 @@ int Run(int argc, const char* const* argv, Console& console) {
     for (const auto& command : commands) {
         declared.emplace_back(&command->AddTo(line), command.get());
     }
-    if (const std::optional<int> status = line.Parse(argc, argv, console)) {
+    const std::vector<const char*> words = ReadWords(argc, argv);
+    if (argc > 2 && std::string_view(argv[1]) == "help" &&
+        std::none_of(declared.begin(), declared.end(),
+                     [&](const auto& entry) { return entry.first->GetName() == argv[2]; })) {
+        console.Say("cqjob: there is no command {}\nRun cqjob --help for more information.\n",
+                    Quoted(argv[2]));
+        return kWrongUsage;
+    }
+    if (const std::optional<int> status =
+            line.Parse(static_cast<int>(words.size()), words.data(), console)) {
         return *status;
     }
     for (const auto& [parsed, command] : declared) {
         if (!parsed->IsGiven()) {
             continue;
+        }
+        if (command->IsWide()) {
+            console.SetWidth(0);
         }
         try {
             return command->Run(console);

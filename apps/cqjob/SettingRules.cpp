@@ -6,7 +6,10 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <numeric>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "text/NumberText.h"
 #include "text/Printable.h"
@@ -47,6 +50,25 @@ bool SameWord(std::string_view a, std::string_view b) {
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [&](char x, char y) { return lower(x) == lower(y); });
+}
+
+/// How many letters must be changed, added or left out to make one word of the other, without
+/// regard to letter case.
+std::size_t CountChanges(std::string_view from, std::string_view to) {
+    constexpr std::size_t kLongest = 64;
+    to = to.substr(0, kLongest);
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            const std::size_t change =
+                diagonal + (SameWord(from.substr(i, 1), to.substr(j, 1)) ? 0U : 1U);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({change, row[j] + 1, row[j + 1] + 1});
+        }
+    }
+    return row.back();
 }
 
 const Rule* FindRule(std::string_view section, std::string_view key) {
@@ -120,6 +142,31 @@ std::string SettingRules::FindFault(std::string_view section, std::string_view k
                            Quoted(fmt::format("{}={}", key, value)));
     }
     return {};
+}
+
+std::string SettingRules::FindTypo(std::string_view section, std::string_view key) {
+    if (FindRule(section, key) != nullptr) {
+        return {};
+    }
+    const Rule* nearest = nullptr;
+    std::size_t fewest = key.size() / 2 + 1;
+    bool isFixed = false;
+    for (const Rule& rule : kRules) {
+        if (!SameWord(rule.section, section)) {
+            continue;
+        }
+        isFixed = true;
+        const std::size_t changes = CountChanges(rule.key, key);
+        if (changes < fewest) {
+            fewest = changes;
+            nearest = &rule;
+        }
+    }
+    if (!isFixed) {
+        return {};
+    }
+    return fmt::format("section {} has no key {}{}; --new adds it", section, Quoted(key),
+                       nearest == nullptr ? "" : fmt::format(" (is it {}?)", nearest->key));
 }
 
 std::string SettingRules::Normalise(std::string_view section, std::string_view key,

@@ -16,6 +16,10 @@ class SettingRules {
     [[nodiscard]] static std::string FindFault(std::string_view section, std::string_view key,
                                                std::string_view value);
 
+    /// When `section` is one that every job has and no job has `key` in it, says so and which key
+    /// may be meant; empty otherwise.
+    [[nodiscard]] static std::string FindTypo(std::string_view section, std::string_view key);
+
     /// `value` as the library writes it: "5" for a length is "5.000". FindFault must have accepted
     /// it.
     [[nodiscard]] static std::string Normalise(std::string_view section, std::string_view key,

@@ -9,7 +9,8 @@
 namespace cqsurvey::cqjob {
 
 /// A table on the console. Its columns are as wide as the first rows need, so only those are kept
-/// in memory.
+/// in memory. Where the console has a width and the table does not fit, its columns of texts are
+/// made narrower, the widest first, and what does not fit into them is cut off with an ellipsis.
 class TextTable {
  public:
     struct Heading {
@@ -30,6 +31,7 @@ class TextTable {
 
  private:
     void Widen(const std::vector<std::string>& cells);
+    void Fit();
     void WriteRow(const std::vector<std::string>& cells);
 
     Console& m_console;

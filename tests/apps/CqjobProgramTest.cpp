@@ -18,11 +18,34 @@ TEST_F(CqjobProgram, TellsItsVersion) {
     EXPECT_EQ(Run({"--version"}).out, "cqjob " CQJOB_VERSION "\n");
 }
 
+TEST_F(CqjobProgram, HelpIsAWordAsWell) {
+    EXPECT_EQ(Run({"help"}).out, Run({"--help"}).out);
+    EXPECT_EQ(Run({"help", "import"}).out, Run({"import", "--help"}).out);
+    EXPECT_EQ(Run({"help", "settings", "set"}).out, Run({"settings", "set", "--help"}).out);
+    EXPECT_TRUE(Holds(Run({"help", "paint"}, 2).err, "paint"));
+}
+
+TEST_F(CqjobProgram, ANewJobNeedsAFolder) {
+    const std::string path = folder.Utf8("missing/site.job");
+    EXPECT_EQ(Run({"new", path}, 1).err,
+              "cqjob: " + path + ": there is no folder \"" + folder.Utf8("missing") + "\"\n");
+}
+
+TEST_F(CqjobProgram, ATypoIsNoSetting) {
+    Run({"new", job});
+    EXPECT_TRUE(Holds(Run({"settings", "set", job, "SETTINGS", "Mapscal", "250"}, 2).err,
+                      "is it Mapscale?"));
+    Run({"settings", "set", job, "SETTINGS", "Mapscal", "250", "--new"});
+    Run({"settings", "set", job, "SETTINGS", "Mapscal", "300"});
+    EXPECT_EQ(Run({"settings", "get", job, "SETTINGS", "Mapscal"}).out, "300\n");
+    Run({"settings", "set", job, "SETTINGS", "Mapscal", ""});
+}
+
 TEST_F(CqjobProgram, HelpsEverywhereWithAnExample) {
     EXPECT_TRUE(Holds(Run({"--help"}).out, "Example:"));
     for (const char* command :
          {"new", "import", "points", "edit", "delete", "describe", "groups", "info", "entities",
-          "layers", "plot", "export", "check", "settings", "image"}) {
+          "layers", "plot", "export", "check", "inspect", "settings", "image"}) {
         const CqjobRun run = Run({command, "--help"});
         EXPECT_TRUE(Holds(run.out, "Example:\n  cqjob " + std::string(command)));
         EXPECT_EQ(run.err, "");

@@ -54,6 +54,17 @@ class EntitiesCommand : public testing::Test {
     std::string job;
 };
 
+TEST_F(EntitiesCommand, TellsAPolylinesVerticesLengthAndExtent) {
+    const std::string text = Run({"--type", "pline"}).out;
+    EXPECT_TRUE(Has(text, "-         -       -  line 3")) << text;
+    EXPECT_TRUE(Has(text, "2 vertices, length 11.591, easting 0 to 10, northing -2.5 to 0"))
+        << text;
+    const std::string json = Run({"--type", "pline", "--json"}).out;
+    EXPECT_TRUE(Has(json, "\"vertex_count\": 2,\n      \"length\": 11.59")) << json;
+    EXPECT_TRUE(Has(json, "\"min_northing\": -2.5,")) << json;
+    EXPECT_FALSE(Has(json, "\"easting\"")) << json;
+}
+
 TEST_F(EntitiesCommand, ListsEveryEntityInDrawingOrder) {
     const CqjobRun run = Run({});
     EXPECT_EQ(Lines(run.out), 8U) << run.out;

@@ -2,6 +2,7 @@
 #include <random>
 
 #include "apps/ProgramTest.h"
+#include "support/PngPicture.h"
 
 namespace cqsurvey::cqjob {
 namespace {
@@ -12,9 +13,9 @@ class ImageCommandTest : public ProgramTest {
 
     CqjobRun Store(const std::string& file, const std::vector<std::string>& options = {},
                    int status = 0) {
-        std::vector<std::string> arguments = {"image",   "store",       job,        file,
-                                              "--east",  "1234567.125", "--north",  "-5000",
-                                              "--width", "120",         "--height", "80.5"};
+        std::vector<std::string> arguments = {
+            "image", "store",   job,   file,       "--east", "1234567.125", "--north",
+            "-5000", "--width", "120", "--height", "80.5",   "--any-format"};
         arguments.insert(arguments.end(), options.begin(), options.end());
         return Run(arguments, status);
     }
@@ -55,6 +56,33 @@ TEST_F(ImageCommandTest, SaysWhereTheImageLies) {
           "\"brightness\": 0,", "\"contrast\": 100,", "\"background_color\": 16777215"}) {
         EXPECT_TRUE(Holds(json, member));
     }
+}
+
+TEST_F(ImageCommandTest, RefusesWhatIsNoImage) {
+    const std::string before = ReadFile(job);
+    for (const char* text : {"P1,1,2,3\n", "  0\nSECTION\n", "BMW,1,2,3,4\n"}) {
+        const std::string file = WriteFile("a.jpg", text);
+        const CqjobRun run = Run({"image", "store", job, file, "--east", "1", "--north", "2",
+                                  "--width", "3", "--height", "4"},
+                                 1);
+        EXPECT_TRUE(Holds(run.err, file + ": is no PNG, JPEG, BMP, TIFF, GIF or WebP image"));
+    }
+    EXPECT_TRUE(ReadFile(job) == before);
+}
+
+TEST_F(ImageCommandTest, AWorldFileBesideTheImageSaysWhereItLies) {
+    const std::string image = folder.Utf8("ortho.png");
+    ASSERT_TRUE(PngPicture::WriteRow(image, std::vector<PixelColor>(100, {1, 2, 3})));
+    EXPECT_TRUE(Holds(Run({"image", "store", job, image}, 2).err, "a world file beside it"));
+    WriteFile("ortho.pgw", "0.5\r\n0\r\n0\r\n-2.0\r\n1000.25\r\n4999.0\r\n");
+    EXPECT_TRUE(Holds(Run({"image", "store", job, image}).err, "placed by "));
+    const std::string text = Run({"image", "info", job}).out;
+    EXPECT_TRUE(Holds(text, "Centre          easting 1025.000, northing 4999.000\n"));
+    EXPECT_TRUE(Holds(text, "Size            50.000 by 2.000\n"));
+    EXPECT_TRUE(Holds(text, "Rotation        0.000\n"));
+    Run({"image", "store", job, image, "--force", "--east", "1"}, 2);
+    WriteFile("ortho.pgw", "0.5 0 0 2.0 1000.25 4999.0");
+    EXPECT_TRUE(Holds(Run({"image", "store", job, image, "--force"}, 1).err, "mirror image"));
 }
 
 TEST_F(ImageCommandTest, TellsInJsonWhatItDid) {

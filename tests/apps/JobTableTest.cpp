@@ -1,5 +1,7 @@
 #include <cqsurvey/cqsurvey.h>
 
+#include <filesystem>
+
 #include "apps/ProgramTest.h"
 
 namespace cqsurvey::cqjob {
@@ -28,6 +30,18 @@ TEST_F(JobTableTest, TellsSeveralJobsInATable) {
     EXPECT_TRUE(Holds(json, "\"groups\": [\n        \"Road\"\n      ]"));
     EXPECT_TRUE(Holds(json, "\"job\": \"" + empty + "\",\n      \"points\": 0,"));
     EXPECT_TRUE(Holds(json, "\"layer_count\": 1,"));
+}
+
+TEST_F(JobTableTest, TellsExtentsDatesAndSize) {
+    const CqjobRun run = Run({"info", job, empty});
+    EXPECT_TRUE(Holds(run.out, "Easting"));
+    EXPECT_TRUE(Holds(run.out, " 20"));
+    const std::string bytes = std::to_string(std::filesystem::file_size(job));
+    EXPECT_TRUE(Holds(run.out, bytes + "\n"));
+    const std::string json = Run({"info", job, empty, "--json"}).out;
+    EXPECT_TRUE(Holds(json, "\"min_easting\": "));
+    EXPECT_TRUE(Holds(json, "\"first_date\": \"20"));
+    EXPECT_TRUE(Holds(json, "\"bytes\": " + bytes));
 }
 
 TEST_F(JobTableTest, OneJobIsToldInFullUnlessTheTableIsAskedFor) {

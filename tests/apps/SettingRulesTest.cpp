@@ -9,6 +9,17 @@ bool IsGood(std::string_view section, std::string_view key, std::string_view val
     return SettingRules::FindFault(section, key, value).empty();
 }
 
+TEST(SettingRules, AnUnknownKeyOfAFixedSectionIsATypo) {
+    EXPECT_EQ(SettingRules::FindTypo("SETTINGS", "Mapscal"),
+              "section SETTINGS has no key \"Mapscal\" (is it Mapscale?); --new adds it");
+    EXPECT_TRUE(SettingRules::FindTypo("background", "centrex").find("CenterX") !=
+                std::string::npos);
+    EXPECT_EQ(SettingRules::FindTypo("SETTINGS", "Crew"),
+              "section SETTINGS has no key \"Crew\"; --new adds it");
+    EXPECT_EQ(SettingRules::FindTypo("settings", "MAPSCALE"), "");
+    EXPECT_EQ(SettingRules::FindTypo("MyOffice", "Mapscal"), "");
+}
+
 TEST(SettingRules, TheKeysOfEveryJobTakeTheirRange) {
     EXPECT_TRUE(IsGood("SETTINGS", "JCoordDivision", "1"));
     EXPECT_TRUE(IsGood("settings", "jcoorddivision", "19"));

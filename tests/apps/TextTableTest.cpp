@@ -22,6 +22,42 @@ TEST(TextTable, AlignsItsColumns) {
               "Point 2     5\n");
 }
 
+TEST(TextTable, FitsTheTerminalByCuttingItsWidestTexts) {
+    CapturedConsole captured;
+    captured.console.SetWidth(30);
+    TextTable table(captured.console, {{"Name"}, {"E", true}, {"Text"}});
+    table.Add({"P1", "1234567.125", std::string(40, 'x')});
+    table.Add({"P2", "1", "\u9053\u9053\u9053\u9053\u9053\u9053\u9053"});
+    table.Add({"P3", "2", "short"});
+    table.Finish();
+    EXPECT_EQ(captured.Out(),
+              "Name            E  Text\n"
+              "P1    1234567.125  xxxxxxxxxx\u2026\n"
+              "P2              1  \u9053\u9053\u9053\u9053\u9053\u2026\n"
+              "P3              2  short\n");
+}
+
+TEST(TextTable, CutsItsRowsWhereNothingElseHelps) {
+    CapturedConsole captured;
+    captured.console.SetWidth(10);
+    TextTable table(captured.console, {{"E", true}, {"N", true}});
+    table.Add({"123456789", "123456789"});
+    table.Finish();
+    EXPECT_EQ(captured.Out(), "        E\u2026\n123456789\u2026\n");
+}
+
+TEST(TextTable, ARowThatComesLateIsCutToTheWidthsOfTheFirst) {
+    CapturedConsole captured;
+    captured.console.SetWidth(20);
+    TextTable table(captured.console, {{"Name"}, {"Text"}});
+    for (int i = 0; i < 1000; ++i) {
+        table.Add({"P", "text"});
+    }
+    table.Add({"longer than that", "text"});
+    table.Finish();
+    EXPECT_TRUE(captured.Out().ends_with("lon\u2026  text\n")) << captured.Out().substr(12000);
+}
+
 TEST(TextTable, CountsPlacesNotBytes) {
     CapturedConsole captured;
     TextTable table(captured.console, {{"A"}, {"B"}});

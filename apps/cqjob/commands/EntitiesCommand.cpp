@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <unordered_map>
 
 #include "cqjob/Command.h"
 #include "cqjob/EntityKind.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
+#include "cqjob/PolylineMeasure.h"
 #include "cqjob/TextTable.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
@@ -17,13 +19,29 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
+/// "3 vertices, length 24.850, easting 2000 to 2010, northing 5000 to 5020"
+std::string Describe(const PolylineMeasure& line) {
+    if (line.GetVertices() == 0) {
+        return "no vertices";
+    }
+    const auto range = [](double from, double to) {
+        return FormatNumber(from) + " to " + FormatNumber(to);
+    };
+    return fmt::format(
+        "{}, length {}, easting {}, northing {}",
+        line.GetVertices() == 1 ? "1 vertex" : fmt::format("{} vertices", line.GetVertices()),
+        FormatNumber(line.GetLength(), 3), range(line.GetMin().GetX(), line.GetMax().GetX()),
+        range(line.GetMin().GetY(), line.GetMax().GetY()));
+}
+
 /// The attributes that only entities of this kind have, on one line.
-std::string Describe(const CqCadEntity& entity) {
+std::string Describe(const CqCadEntity& entity, const PolylineMeasure& line) {
     switch (entity.GetType()) {
         case EntSiPnt:
             return fmt::format("{} code {}", Quoted(ToUtf8(entity.GetName())), entity.GetCode());
         case EntPline:
-            return fmt::format("line {} code {}", entity.GetLine(), entity.GetCode());
+            return fmt::format("line {} code {}, {}", entity.GetLine(), entity.GetCode(),
+                               Describe(line));
         case EntVertex: {
             std::string text = fmt::format("of {}", entity.GetPlineHandle());
             if (entity.GetBulge() != 0.0) {
@@ -47,7 +65,7 @@ std::string Describe(const CqCadEntity& entity) {
     return {};
 }
 
-void WriteDetails(JsonWriter& json, const CqCadEntity& entity) {
+void WriteDetails(JsonWriter& json, const CqCadEntity& entity, const PolylineMeasure& line) {
     constexpr unsigned kAlignBits = 16;
     constexpr unsigned kAlignMask = 0xFFFF;
     switch (entity.GetType()) {
@@ -64,6 +82,17 @@ void WriteDetails(JsonWriter& json, const CqCadEntity& entity) {
         case EntPline:
             json.Member("line", entity.GetLine());
             json.Member("code", entity.GetCode());
+            json.Member("vertex_count", line.GetVertices());
+            if (line.GetVertices() > 0) {
+                json.Member("length", line.GetLength());
+                json.Key("extents");
+                json.BeginObject();
+                json.Member("min_easting", line.GetMin().GetX());
+                json.Member("min_northing", line.GetMin().GetY());
+                json.Member("max_easting", line.GetMax().GetX());
+                json.Member("max_northing", line.GetMax().GetY());
+                json.EndObject();
+            }
             break;
         case EntVertex:
             json.Member("pline", entity.GetPlineHandle());
@@ -103,6 +132,7 @@ class EntitiesCommand : public Command {
             program.AddCommand("entities", "List the entities of a job's drawing, in its order");
         AddJob(command, "The job; it is not changed");
         AddJson(command);
+        AddWide(command);
         command
             .Add("--type", m_kinds,
                  "Only entities of these kinds: point, pline, vertex, text, circle, bitmap")
@@ -137,6 +167,7 @@ class EntitiesCommand : public Command {
         CqSurveyDB db;
         OpenToRead(db, m_job);
         const int there = db.GetNumCadEntities();
+        const Lines lines = MeasureLines(db);
         int walked = 0;
         std::size_t matching = 0;
         std::size_t listed = 0;
@@ -167,9 +198,9 @@ class EntitiesCommand : public Command {
             }
             ++listed;
             if (m_json) {
-                WriteJson(json, *entity);
+                WriteJson(json, *entity, Find(lines, *entity));
             } else {
-                AddRow(table, *entity);
+                AddRow(table, *entity, Find(lines, *entity));
             }
         }
         if (m_json) {
@@ -195,23 +226,56 @@ class EntitiesCommand : public Command {
     }
 
  private:
+    using Lines = std::unordered_map<CqHandle, PolylineMeasure>;
+
+    /// What there is to say about each polyline. Its vertices come after it.
+    Lines MeasureLines(const CqSurveyDB& db) const {
+        Lines lines;
+        if (!IsWantedKind(EntPline)) {
+            return lines;
+        }
+        for (const CqCadEntityPtr& entity : Entities(db)) {
+            if (entity->GetType() == EntVertex) {
+                lines[entity->GetPlineHandle()].Add(*entity);
+            }
+        }
+        return lines;
+    }
+
+    static const PolylineMeasure& Find(const Lines& lines, const CqCadEntity& entity) {
+        static const PolylineMeasure kNone;
+        const auto found = lines.find(entity.GetHandle());
+        return found == lines.end() ? kNone : found->second;
+    }
+
+    bool IsWantedKind(EntType kind) const {
+        return m_wanted.empty() ||
+               std::find(m_wanted.begin(), m_wanted.end(), kind) != m_wanted.end();
+    }
+
     bool IsWanted(const CqCadEntity& entity) const {
         const auto holds = [](const auto& list, const auto& value) {
             return list.empty() || std::find(list.begin(), list.end(), value) != list.end();
         };
-        return holds(m_wanted, entity.GetType()) && holds(m_layers, ToUtf8(entity.GetLayer()));
+        return IsWantedKind(entity.GetType()) && holds(m_layers, ToUtf8(entity.GetLayer()));
     }
 
-    void AddRow(TextTable& table, const CqCadEntity& entity) const {
+    void AddRow(TextTable& table, const CqCadEntity& entity, const PolylineMeasure& line) const {
         std::array<double, 3> point{};
         entity.GetPoint(point.data());
+        // A polyline has no place of its own.
+        const auto coordinate = [&](double number) {
+            return entity.GetType() == EntPline ? std::string("-")
+                                                : FormatNumber(number, m_decimals);
+        };
         table.Add({fmt::format("{}", entity.GetHandle()), std::string(KindWord(entity.GetType())),
                    ToUtf8(entity.GetLayer()), fmt::format("{}", entity.GetColor()),
-                   FormatNumber(point[0], m_decimals), FormatNumber(point[1], m_decimals),
-                   FormatNumber(point[2], m_decimals), Describe(entity)});
+                   coordinate(point[0]), coordinate(point[1]), coordinate(point[2]),
+                   Describe(entity, line)});
     }
 
-    static void WriteJson(JsonWriter& json, const CqCadEntity& entity) {
+    static void WriteJson(JsonWriter& json, const CqCadEntity& entity,
+                          const PolylineMeasure& line) {
         std::array<double, 3> point{};
         entity.GetPoint(point.data());
         json.BeginObject();
@@ -219,10 +283,12 @@ class EntitiesCommand : public Command {
         json.Member("type", KindWord(entity.GetType()));
         json.Member("layer", ToUtf8(entity.GetLayer()));
         json.Member("color", entity.GetColor());
-        json.Member("easting", point[0]);
-        json.Member("northing", point[1]);
-        json.Member("height", point[2]);
-        WriteDetails(json, entity);
+        if (entity.GetType() != EntPline) {
+            json.Member("easting", point[0]);
+            json.Member("northing", point[1]);
+            json.Member("height", point[2]);
+        }
+        WriteDetails(json, entity, line);
         json.EndObject();
     }
 

@@ -63,6 +63,7 @@ class GroupsCommand : public Command {
         m_list = &command.AddCommand("list", "List every group and how many points it has");
         AddJob(*m_list, "The job; it is not changed");
         AddJson(*m_list);
+        AddWide(*m_list);
         m_list->SetFooter("Example:\n  cqjob groups list site.job");
 
         m_add = &command.AddCommand("add", "Add groups");

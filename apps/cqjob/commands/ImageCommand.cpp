@@ -1,17 +1,21 @@
 #include <cqsurvey/cqsurvey.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <optional>
 
 #include "cqjob/Arguments.h"
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
+#include "cqjob/ImageHeader.h"
 #include "cqjob/InputFile.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/OutputFile.h"
+#include "cqjob/WorldFile.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 
@@ -65,23 +69,31 @@ class ImageCommand : public Command {
 
         m_store = &command.AddCommand("store", "Copy an image into the job");
         AddJob(*m_store, "The job");
-        m_store->Add("FILE", m_file, "The image, of any format").Required().Placeholder("");
-        AddNumber("--east", m_east, "Easting of the image's centre").Required();
-        AddNumber("--north", m_north, "Northing of the image's centre").Required();
-        AddNumber("--width", m_width, "Its size along the easting").Required();
-        AddNumber("--height", m_height, "Its size along the northing").Required();
+        m_store->Add("FILE", m_file, "The image: PNG, JPEG, BMP, TIFF, GIF or WebP")
+            .Required()
+            .Placeholder("");
+        AddNumber("--east", m_east, "Easting of the image's centre");
+        AddNumber("--north", m_north, "Northing of the image's centre");
+        AddNumber("--width", m_width, "Its size along the easting");
+        AddNumber("--height", m_height, "Its size along the northing");
         AddNumber("--rotation", m_rotation, "Rotation; cqjob plot takes degrees, counter-clockwise")
             .ShowDefault();
+        m_store->AddFlag("--any-format", m_anyFormat,
+                         "Store a file that is none of these images, too");
         m_store->Add("--type", m_type, "Number of the format, for programs that need one")
             .Placeholder("N")
             .ShowDefault();
         m_store->AddFlag("--force", m_force, "Replace an existing image");
         AddJson(*m_store);
         m_store->SetFooter(
+            "Without --east, --north, --width and --height the place comes from the world file\n"
+            "beside the image: site.pgw, .jgw, .bpw, .tfw or .wld.\n"
+            "\n"
             "The placement is kept to three decimal places. Brightness, Contrast, Monotone and\n"
             "BKColor are set by cqjob settings set, in section BACKGROUND.\n"
             "\n"
             "Example:\n"
+            "  cqjob image store site.job ortho.jpg\n"
             "  cqjob image store site.job ortho.jpg --east 2000 --north 5000 --width 120 \\\n"
             "      --height 80 --rotation 12.5");
 
@@ -108,7 +120,7 @@ class ImageCommand : public Command {
 
     int Run(Console& console) override {
         if (m_store->IsGiven()) {
-            Store();
+            Store(console);
             if (m_json) {
                 Info(console);
             }
@@ -129,12 +141,64 @@ class ImageCommand : public Command {
 
     static double Number(const std::string& text) { return ParseNumber(text).value; }
 
-    void Store() const {
-        RequireOtherFile(m_file, m_job);
-        const CString source = ToJobPath(m_file);
+    /// The world file that says where the image lies; nothing when the options do.
+    [[nodiscard]] std::optional<std::string> FindWorldFile() const {
+        constexpr std::array kPlace = {"--east", "--north", "--width", "--height"};
+        const auto given = static_cast<std::size_t>(
+            std::count_if(kPlace.begin(), kPlace.end(),
+                          [this](const char* option) { return m_store->IsGiven(option); }));
+        if (given == kPlace.size()) {
+            return std::nullopt;
+        }
+        std::optional<std::string> world;
+        if (given == 0 && !m_store->IsGiven("--rotation")) {
+            world = WorldFile::Find(m_file);
+        }
+        if (!world) {
+            throw UsageError(
+                "--east, --north, --width and --height say together where the image lies, or "
+                "without any of them a world file beside it does");
+        }
+        return world;
+    }
+
+    ImagePlace ReadWorldFile(Console& console, const std::string& world,
+                             const std::optional<ImageHeader>& header) const {
+        constexpr std::uint64_t kMostBytes = 10000;
+        const ImagePlace place = WorldFile::Read(world, ReadInputFile(world, kMostBytes),
+                                                 header.value_or(ImageHeader{"unknown", 0, 0}));
+        console.Say("{}: placed by {}\n", Printable(m_file), Printable(world));
+        return place;
+    }
+
+    /// The image's header; nothing for another file that is to be stored all the same.
+    [[nodiscard]] std::optional<ImageHeader> RequireImage() const {
         if (GetReadableLength(m_file) == 0) {
             throw Failure(Printable(m_file) + ": is empty, so it is not an image");
         }
+        std::ifstream file(m_file, std::ios::binary);
+        constexpr std::size_t kLooked = std::size_t{4} << 20U;
+        std::string bytes(kLooked, '\0');
+        file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        bytes.resize(static_cast<std::size_t>(file.gcount()));
+        const std::optional<ImageHeader> header = ImageHeader::Find(bytes);
+        if (!header && !m_anyFormat) {
+            throw Failure(Printable(m_file) +
+                          ": is no PNG, JPEG, BMP, TIFF, GIF or WebP image; --any-format stores "
+                          "it all the same");
+        }
+        return header;
+    }
+
+    void Store(Console& console) const {
+        RequireOtherFile(m_file, m_job);
+        const CString source = ToJobPath(m_file);
+        const std::optional<std::string> world = FindWorldFile();
+        const std::optional<ImageHeader> header = RequireImage();
+        const ImagePlace place = world
+                                     ? ReadWorldFile(console, *world, header)
+                                     : ImagePlace{Number(m_east), Number(m_north), Number(m_width),
+                                                  Number(m_height), Number(m_rotation)};
         CqSurveyDB db;
         OpenToWrite(db, m_job);
         if (!m_force && db.IsBackgroundImageFile() != 0) {
@@ -142,9 +206,8 @@ class ImageCommand : public Command {
         }
         // A copy that fails half-way leaves what it wrote. The batch undoes it.
         CqBatch batch(db);
-        if (db.StoreBackgroundImageFile(source, m_type, CVector(Number(m_east), Number(m_north)),
-                                        CVector(Number(m_width), Number(m_height)),
-                                        Number(m_rotation)) == 0) {
+        if (db.StoreBackgroundImageFile(source, m_type, CVector(place.east, place.north),
+                                        CVector(place.width, place.height), place.rotation) == 0) {
             throw Failure(fmt::format(
                 "{}: {} could not be read, or there is no room for it; nothing was changed",
                 Printable(m_job), Printable(m_file)));
@@ -265,6 +328,7 @@ class ImageCommand : public Command {
     std::string m_height;
     std::string m_rotation = "0";
     int m_type = 0;
+    bool m_anyFormat = false;
     bool m_force = false;
 };
 

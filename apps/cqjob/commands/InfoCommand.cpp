@@ -63,12 +63,11 @@ class InfoCommand : public Command {
         command.Add("JOB", m_jobs, "The jobs; they are not changed").Required().Placeholder("");
         command.AddFlag("--table", m_table, "Show a table for a single job, too");
         AddJson(command);
+        AddWide(command);
         command.SetFooter(
-            "A single job is described in full. Several jobs make a table; they are not loaded, so "
-            "a\n"
-            "folder of large jobs takes no time. A job that cannot be read has a row that says "
-            "why,\n"
-            "and the exit status is 1.\n"
+            "A single job is described in full. Several jobs make a table with their extents, the\n"
+            "days of their first and last point, and their size. A job that cannot be read has a\n"
+            "row that says why, and the exit status is 1.\n"
             "\n"
             "Example:\n"
             "  cqjob info site.job\n"

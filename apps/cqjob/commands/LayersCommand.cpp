@@ -37,6 +37,7 @@ class LayersCommand : public Command {
         m_list = &command.AddCommand("list", "List every layer");
         AddJob(*m_list, "The job; it is not changed");
         AddJson(*m_list);
+        AddWide(*m_list);
         m_list->SetFooter("Example:\n  cqjob layers list site.job");
 
         m_add = &command.AddCommand("add", "Add a layer");

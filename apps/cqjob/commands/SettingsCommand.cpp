@@ -43,6 +43,9 @@ class SettingsCommand : public Command {
         m_set->Add("VALUE", m_value, "The value; an empty one removes a key that you added")
             .Required()
             .Placeholder("");
+        m_set->AddFlag("--new", m_new,
+                       "Add a key of your own even to SETTINGS or BACKGROUND, where every job has "
+                       "the same keys");
         AddJson(*m_set);
         m_set->SetFooter(
             "A section that does not exist is added, so programs can keep settings of their own "
@@ -173,6 +176,12 @@ class SettingsCommand : public Command {
         }
         CqSurveyDB db;
         OpenToWrite(db, m_job);
+        CString before;
+        if (!m_new && db.GetSettingsString(section, key, before, CString()) == 0) {
+            if (const std::string typo = SettingRules::FindTypo(m_section, m_key); !typo.empty()) {
+                throw UsageError(typo);
+            }
+        }
         CqBatch batch(db);
         // It returns 0 when the section already exists.
         db.AddSettingsSection(section);
@@ -214,6 +223,7 @@ class SettingsCommand : public Command {
     std::string m_value;
     std::string m_file;
     bool m_force = false;
+    bool m_new = false;
 };
 
 }  // namespace
