@@ -10,6 +10,7 @@
 #include "cqsurvey/CQrfsFileException.h"
 #include "cqsurvey/CVector.h"
 #include "cqsurvey/CodePage.h"
+#include "cqsurvey/CodeWord.h"
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqBitmapCadEntity.h"
 #include "cqsurvey/CqCadEntity.h"

@@ -44,10 +44,7 @@ std::int32_t CodeOf(sqlite3* connection, int result) {
         case SQLITE_CANTOPEN:
             return CodeOfCantOpen(connection);
         case SQLITE_IOERR:
-            // SQLite itself takes only some kinds of a want of room for that.
-            return system::ErrorCode(SystemFailure(connection)) == error::kVolumeFull
-                       ? error::kVolumeFull
-                       : error::kReadWriteFailed;
+            return error::kReadWriteFailed;
         case SQLITE_FULL:
             return error::kVolumeFull;
         case SQLITE_CORRUPT:

@@ -105,29 +105,58 @@ TEST_F(InterruptTest, AnInterruptedImportLeavesTheJobAsItWas) {
     }
 }
 
-TEST_F(InterruptTest, AFileThatReachesItsLimitIsAFullDisk) {
-    std::string text;
-    for (int i = 0; i < 20000; ++i) {
-        text += "P" + std::to_string(i) + ",1,2,3,tree\n";
+/// Limits the files of this process and of those that it starts. Unlike FileSizeLimit it leaves the
+/// signal alone, whose usual effect is the end of a program.
+class InheritedLimit {
+ public:
+    explicit InheritedLimit(rlim_t bytes) {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
     }
-    MakeJob(text);
-    const std::string before = ReadFile(job);
-    // A program inherits the limit, and its signal's usual effect, the end of the program.
-    rlimit old{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
-    const rlimit limit{100000, old.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    InheritedLimit(const InheritedLimit&) = delete;
+    InheritedLimit& operator=(const InheritedLimit&) = delete;
+    ~InheritedLimit() { setrlimit(RLIMIT_FSIZE, &m_before); }
+
+ private:
+    rlimit m_before{};
+};
+
+class FileLimitTest : public ProgramTest {
+ protected:
+    static std::string Points(char name) {
+        std::string text;
+        for (int i = 0; i < 20000; ++i) {
+            text += name + std::to_string(i) + ",1,2,3,tree\n";
+        }
+        return text;
+    }
+};
+
+TEST_F(FileLimitTest, AnExportThatReachesItIsAFullDisk) {
+    MakeJob(Points('P'));
     const std::string file = folder.Utf8("points.csv");
-    const CqjobRun written = RunCqjob({"export", job, file});
-    const std::string more = WriteFile("more.csv", text.substr(0, 90000));
-    const CqjobRun recorded =
-        RunCqjob({"import", job, more, "--order", "pnezd", "--duplicates", "rename"});
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &old), 0);
-    EXPECT_EQ(written.status, 1);
-    EXPECT_EQ(written.err, "cqjob: " + file + ": No space left on device\n");
+    CqjobRun run;
+    {
+        const InheritedLimit limit(100000);
+        run = RunCqjob({"export", job, file});
+    }
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "cqjob: " + file + ": No space left on device\n");
     EXPECT_FALSE(std::filesystem::exists(file));
-    EXPECT_EQ(recorded.status, 1);
-    EXPECT_TRUE(Holds(recorded.err, "no room left")) << recorded.err;
+}
+
+TEST_F(FileLimitTest, AnImportThatReachesItLeavesTheJobAsItWas) {
+    MakeJob("A,1,2,3\n");
+    const std::string before = ReadFile(job);
+    const std::string more = WriteFile("more.csv", Points('Q'));
+    CqjobRun run;
+    {
+        const InheritedLimit limit(before.size() + 20000);
+        run = RunCqjob({"import", job, more, "--order", "pnezd"});
+    }
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(Holds(run.err, job + ": 0x3000000"));
     EXPECT_FALSE(std::filesystem::exists(job + "-journal"));
     EXPECT_TRUE(ReadFile(job) == before);
 }
