@@ -158,7 +158,8 @@ TEST_F(PlotCommand, DrawsASymbolForEachPointInTheSizeOfTheSettings) {
 
 TEST_F(PlotCommand, LabelsPointsAsAsked) {
     db.SetCurrentColor(1);
-    DrawPoint(db, u"ABC", 0, 0, 12.345, 77);
+    const CqHandle point = DrawPoint(db, u"ABC", 0, 0, 12.345, 77);
+    ASSERT_EQ(db.AddCoordDescription(point, u" MH7 deep"), 1);
     DrawPoint(db, u"DE", 20, 0, kNaN, 0);
     const auto letters = [&](const char* labels) {
         return Svg({"--labels", labels}).WithFill(kRed).size();
@@ -169,8 +170,6 @@ TEST_F(PlotCommand, LabelsPointsAsAsked) {
     EXPECT_EQ(letters("code"), 2U);
     EXPECT_EQ(letters("name,height,code"), 12U);
     EXPECT_EQ(letters("none"), 0U);
-    const CqHandle point = db.GetCoordRecHandleByPtName(u"ABC");
-    ASSERT_EQ(db.AddCoordDescription(point, u" MH7 deep"), 1);
     EXPECT_EQ(letters("desc"), 3U) << "the word at the head";
 }
 
@@ -179,12 +178,12 @@ TEST_F(PlotCommand, CountsWhatIsInThePart) {
         DrawPoint(db, u"P" + FromUtf8(std::to_string(i)), 10.0 * i, 5);
     }
     EXPECT_TRUE(Has(Plot("a.svg").err, "10 objects at 1 : ")) << "all";
-    EXPECT_TRUE(Has(Plot("a.svg", {"--extent", "-5,0,25,10"}).err, "3 of 10 objects at 1 : "));
-    const std::string err = Plot("a.svg", {"--scale", "0.01"}).err;
+    EXPECT_TRUE(Has(Plot("b.svg", {"--extent", "-5,0,25,10"}).err, "3 of 10 objects at 1 : "));
+    const std::string err = Plot("c.svg", {"--scale", "0.01"}).err;
     EXPECT_TRUE(Has(err, "0 of 10 objects")) << err;
     EXPECT_TRUE(Has(err, "none of it is in the frame")) << err;
     EXPECT_TRUE(
-        Has(Plot("a.svg", {"--scale", "1e9"}).err, "all of it is smaller than a millimetre"));
+        Has(Plot("d.svg", {"--scale", "1e9"}).err, "all of it is smaller than a millimetre"));
 }
 
 TEST_F(PlotCommand, LeavesOutLabelsThatFindNoRoomUnlessAskedForAll) {
