@@ -20,8 +20,8 @@ struct Job;
 /// One surveying job: its points, its drawing and its settings, in one file.
 ///
 /// Coordinates are arrays of three doubles: easting (the drawing's x), northing (y), height. They
-/// and every radius and size in the drawing are in the job's unit of length; the job does not say
-/// which unit that is. By convention a height that was not measured is a quiet not-a-number.
+/// and every radius and size in the drawing are in the job's unit of length, which CqJobSystem
+/// tells. By convention a height that was not measured is a quiet not-a-number.
 ///
 /// Points, entities and layers are named by handles, the numbers of their records. Handle 0 names
 /// nothing. Entity handle 1 is the header of the entity chain and never an entity: the operations of
@@ -138,6 +138,9 @@ class CQSURVEY_API CqSurveyDB {
     int DelCoordRec(CqHandle handle) const;
     int EditCoordRecFlags(const CString& name, std::uint32_t flags) const;
     int EditCoordRecFlags(CqHandle handle, std::uint32_t flags) const;
+    /// Sets when the point was added, in seconds since 1970-01-01 00:00 UTC: for points that come
+    /// from elsewhere, where they already were.
+    int EditCoordRecTime(CqHandle handle, std::uint32_t seconds) const;
 
     // ---- Point groups ----
     //

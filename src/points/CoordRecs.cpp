@@ -212,4 +212,15 @@ int CqSurveyDB::EditCoordRecFlags(CqHandle handle, std::uint32_t flags) const {
     });
 }
 
+int CqSurveyDB::EditCoordRecTime(CqHandle handle, std::uint32_t seconds) const {
+    if (handle == 0) {
+        return 0;
+    }
+    return Atomically(*m_job, [&] {
+        m_job->points.Edit(
+            handle, [seconds](std::byte* record) { PointLayout::Set<"RecTime">(record, seconds); });
+        return 1;
+    });
+}
+
 }  // namespace cqsurvey

@@ -448,6 +448,16 @@ TEST_F(CoordRecs, FlagsAreReplacedByHandleAndByName) {
     EXPECT_EQ(m_db.EditCoordRecFlags(u"P9", 1), 0);
 }
 
+TEST_F(CoordRecs, TheTimeOfAPointIsReplacedAndStays) {
+    const CqHandle handle = AddPoint(m_db, u"P1", 1, 2);
+    EXPECT_EQ(m_db.EditCoordRecTime(handle, 4102444800U), 1);
+    EXPECT_EQ(Read(handle).GetRecTime(), 4102444800U);
+    Reopen();
+    EXPECT_EQ(Read(handle).GetRecTime(), 4102444800U);
+    EXPECT_EQ(m_db.EditCoordRecTime(0, 1), 0);
+    EXPECT_EQ(CodeThrownBy([&] { m_db.EditCoordRecTime(77, 1); }), error::kNoRecord);
+}
+
 TEST_F(CoordRecs, EverythingIsThereAgainAfterReopening) {
     const CqHandle handle = AddPoint(m_db, u"Säule 日本 1", 1.5, -2.5, 3.25, 42, kMeasured, 9);
     Reopen();

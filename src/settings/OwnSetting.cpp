@@ -1,0 +1,31 @@
+#include "settings/OwnSetting.h"
+
+#include "job/Job.h"
+#include "job/JobStep.h"
+
+namespace cqsurvey {
+
+CString ReadOwnSetting(CqSurveyDB& db, const CString& section, const CString& key) {
+    CString value;
+    db.GetSettingsString(section, key, value, CString());
+    return value;
+}
+
+int WriteOwnSetting(CqSurveyDB& db, const CString& section, const CString& key,
+                    const CString& value) {
+    if (ReadOwnSetting(db, section, key) == value) {
+        return 1;
+    }
+    return Atomically(db.GetJob(), [&] {
+        const bool added = db.AddSettingsSection(section) != 0;
+        const int written = db.WriteSettingsString(section, key, value);
+        CStringList keys;
+        // A section that this call added, or has emptied, does not stay behind.
+        if ((added || value.empty()) && db.GetSettingsKeyList(section, keys) != 0 && keys.empty()) {
+            db.DeleteSettingsSection(section);
+        }
+        return written;
+    });
+}
+
+}  // namespace cqsurvey
