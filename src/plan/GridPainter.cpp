@@ -12,7 +12,7 @@ namespace cqsurvey::plan {
 void GridPainter::Draw() {
     // The approximate distance of the lines on paper, in millimetres.
     constexpr double kDistance = 60.0;
-    const double step = RoundDistance(kDistance * m_page.GetSheet().GetScale() / 1000.0);
+    const double step = RoundDistance(m_page.GetSheet().ToJob(kDistance));
     m_columns = FindLines(Axis::East, step);
     m_rows = FindLines(Axis::North, step);
     DrawCrosses();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cqsurvey/CVector.h"
+#include "cqsurvey/CqLengthUnit.h"
 #include "cqsurvey/plan/Box.h"
 #include "plan/Palette.h"
 
@@ -92,11 +93,13 @@ struct Plan {
     /// when there are none.
     Box jobExtents;
     Rgb background = kWhite;
-    double mapScale = 500.0;   ///< of the job's settings, greater than 0
-    double symbolSize = 5.0;   ///< of the job's settings, in points of 1/72 inch
-    std::size_t points = 0;    ///< how many of the items are points
-    std::size_t unplaced = 0;  ///< left out: position, radius or width not finite
-    std::size_t hidden = 0;    ///< left out: hidden by their own colour or their layer's
+    double mapScale = 500.0;           ///< of the job's settings, greater than 0
+    std::optional<CqLengthUnit> unit;  ///< of the job's coordinates, if it states one
+    std::string system;                ///< the coordinate reference system, UTF-8; may be empty
+    double symbolSize = 5.0;           ///< of the job's settings, in points of 1/72 inch
+    std::size_t points = 0;            ///< how many of the items are points
+    std::size_t unplaced = 0;          ///< left out: position, radius or width not finite
+    std::size_t hidden = 0;            ///< left out: hidden by their own colour or their layer's
 
     /// The box of all items. It leaves out what has a fixed size on paper, such as the points'
     /// symbols. Without items, the box of the image; empty when there is no image either.

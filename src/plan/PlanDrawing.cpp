@@ -42,7 +42,8 @@ PlotReport PlanDrawing::Draw(const PlotOptions& options, const Sink& sink,
     const SheetRequest request{.paper = options.paper,
                                .turns = options.turnsPaper,
                                .scale = options.scale,
-                               .fits = options.fillsPaper || options.extent};
+                               .fits = options.fillsPaper || options.extent,
+                               .unit = m_plan->unit ? GetMetres(*m_plan->unit) : 1.0};
     const Box extents = options.extent ? *options.extent : m_plan->FindExtents();
     const Sheet sheet(request, extents, m_plan->mapScale);
     Picture picture(options.format, sheet.GetPaper(), options.dotsPerInch / kMillimetresInInch,

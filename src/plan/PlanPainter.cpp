@@ -51,7 +51,7 @@ void PlanPainter::Paint(const std::function<void(std::size_t)>& progress) {
     m_page.AddRectangle(m_page.GetMap());
     cairo_stroke(context);
     if (!m_page.GetTitle().IsEmpty()) {
-        TitlePainter(m_page).Draw(m_part, m_options.title);
+        TitlePainter(m_page).Draw(m_plan, m_part, m_options.title);
     }
     if (const std::size_t unknown = m_page.GetText().GetUnknown(); unknown > 0) {
         m_page.AddNote("drawn as boxes: " + Count(unknown, "character") +

@@ -254,6 +254,9 @@ void PlanReader::ReadSettings() {
     int mapScale = 0;
     m_db.GetSettingsInt(CqSurveyDB::m_SettingsSection, u"Mapscale", mapScale, 0);
     m_plan.mapScale = mapScale > 0 ? mapScale : usual.mapScale;
+    const CqJobSystem system(m_db);
+    m_plan.unit = system.GetUnit();
+    m_plan.system = OneLine(system.GetSystem());
     constexpr double kLargestSymbol = 1000.0;
     const double size = m_db.GetSiPointSize();
     m_plan.symbolSize = size > 0.0 && size <= kLargestSymbol ? size : usual.symbolSize;

@@ -42,7 +42,8 @@ double RoundDistance(double distance) {
     return power * (times >= 5.0 ? 5.0 : times >= 2.0 ? 2.0 : 1.0);
 }
 
-Sheet::Sheet(const SheetRequest& request, const Box& extents, double jobScale) {
+Sheet::Sheet(const SheetRequest& request, const Box& extents, double jobScale)
+    : m_unit(request.unit) {
     if (!extents.IsEmpty()) {
         m_middle = {std::midpoint(extents.minX, extents.maxX),
                     std::midpoint(extents.minY, extents.maxY)};
@@ -88,17 +89,17 @@ void Sheet::Arrange(const PaperSize& paper) {
 }
 
 double Sheet::FillScale(const Box& extents) const {
-    const auto fill = [](double length, double room) {
+    const auto fill = [this](double length, double room) {
         const double free = std::max(room - 2 * kRoom, room / 2);
-        return length * 1000.0 / free;
+        return length * 1000.0 * m_unit / free;
     };
     return std::max(fill(extents.GetWidth(), m_map.GetWidth()),
                     fill(extents.GetHeight(), m_map.GetHeight()));
 }
 
 Box Sheet::GetWindow() const {
-    const double x = m_map.GetWidth() * m_scale / 2000.0;
-    const double y = m_map.GetHeight() * m_scale / 2000.0;
+    const double x = ToJob(m_map.GetWidth()) / 2.0;
+    const double y = ToJob(m_map.GetHeight()) / 2.0;
     return {m_middle.GetX() - x, m_middle.GetY() - y, m_middle.GetX() + x, m_middle.GetY() + y};
 }
 

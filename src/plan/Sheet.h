@@ -27,6 +27,8 @@ struct SheetRequest {
     /// Without `scale`: take the smallest round one at which the plan fits, whatever that of the
     /// job is.
     bool fits = false;
+    /// The job's unit of length in metres.
+    double unit = 1.0;
 };
 
 /// One sheet of paper with a map on it. The sheet knows where on the paper the map and the title
@@ -39,6 +41,8 @@ class Sheet {
 
     [[nodiscard]] const PaperSize& GetPaper() const { return m_paper; }
     [[nodiscard]] double GetScale() const { return m_scale; }
+    /// The length in the job of a length on paper.
+    [[nodiscard]] double ToJob(double length) const { return length * m_scale / (1000.0 * m_unit); }
     /// The map's frame.
     [[nodiscard]] const Box& GetMap() const { return m_map; }
     /// The title block below it; empty when the paper is too small for one.
@@ -51,7 +55,7 @@ class Sheet {
     /// Where a position of the job is on paper.
     [[nodiscard]] CVector ToPaper(const CVector& place) const;
     /// The length on paper of a length in the job.
-    [[nodiscard]] double ToPaper(double length) const { return length * 1000.0 / m_scale; }
+    [[nodiscard]] double ToPaper(double length) const { return length * 1000.0 * m_unit / m_scale; }
 
  private:
     void Arrange(const PaperSize& paper);
@@ -63,6 +67,7 @@ class Sheet {
     Box m_title;
     CVector m_middle;
     double m_scale = 1.0;
+    double m_unit = 1.0;
     bool m_holdsAll = true;
 };
 

@@ -30,8 +30,18 @@ std::string Range(const char* axis, double from, double to) {
     return std::string(axis) + " " + Coordinate(from) + " \xE2\x80\x93 " + Coordinate(to);
 }
 
+/// What stands behind a length: the mark of the unit after a blank, nothing without a unit.
+std::string UnitMark(std::optional<CqLengthUnit> unit) {
+    if (!unit) {
+        return {};
+    }
+    return *unit == CqLengthUnit::Metre               ? " m"
+           : *unit == CqLengthUnit::InternationalFoot ? " ft"
+                                                      : " US ft";
+}
+
 /// The lines below the heading about what is shown.
-std::array<std::string, 3> Describe(const PlanPart& part) {
+std::array<std::string, 3> Describe(const Plan& plan, const PlanPart& part) {
     const Box& extents = part.extents;
     if (extents.IsEmpty()) {
         return {"No extents: nothing to draw"};
@@ -40,12 +50,15 @@ std::array<std::string, 3> Describe(const PlanPart& part) {
     if (part.objects > part.points) {
         counts += ", " + Count(part.objects - part.points, "object") + " of the drawing";
     }
+    if (!plan.system.empty()) {
+        counts += "; " + plan.system;
+    }
     return {Range("E", extents.minX, extents.maxX), Range("N", extents.minY, extents.maxY), counts};
 }
 
 }  // namespace
 
-void TitlePainter::Draw(const PlanPart& part, const std::string& heading) {
+void TitlePainter::Draw(const Plan& plan, const PlanPart& part, const std::string& heading) {
     constexpr double kArrow = 18.0 * kMillimetre;
     const Box& box = m_page.GetTitle();
     const double bar = std::clamp(box.GetWidth() * 0.34, 34.0 * kMillimetre, 68.0 * kMillimetre);
@@ -62,31 +75,32 @@ void TitlePainter::Draw(const PlanPart& part, const std::string& heading) {
     }
     cairo_stroke(context);
 
-    DrawHeading(part, heading, {box.minX + kPad, box.minY}, barLeft - box.minX - 2 * kPad);
-    DrawScale({barLeft + kPad, box.minY}, bar - 2 * kPad);
+    DrawHeading(plan, part, heading, {box.minX + kPad, box.minY}, barLeft - box.minX - 2 * kPad);
+    DrawScale(plan, {barLeft + kPad, box.minY}, bar - 2 * kPad);
     DrawNorthArrow({std::midpoint(arrowLeft, box.maxX), std::midpoint(box.minY, box.maxY)},
                    box.GetHeight() - 2 * kPad);
 }
 
-void TitlePainter::DrawHeading(const PlanPart& part, const std::string& heading, const CVector& at,
-                               double width) {
+void TitlePainter::DrawHeading(const Plan& plan, const PlanPart& part, const std::string& heading,
+                               const CVector& at, double width) {
     m_page.WriteFitting(heading, at + CVector(0.0, kFirstRow), kLarge, width, true);
     double y = at.GetY() + 11.2 * kMillimetre;
-    for (const std::string& row : Describe(part)) {
+    for (const std::string& row : Describe(plan, part)) {
         m_page.WriteFitting(row, {at.GetX(), y}, kSmall, width);
         y += 3.8 * kMillimetre;
     }
 }
 
-void TitlePainter::DrawScale(const CVector& at, double width) {
+void TitlePainter::DrawScale(const Plan& plan, const CVector& at, double width) {
     constexpr int kParts = 4;
     constexpr double kThick = 1.6 * kMillimetre;
     // Leaves room for half a number at either end.
     constexpr double kEnds = 8.0 * kMillimetre;
-    const double scale = m_page.GetSheet().GetScale();
-    const double part = RoundDistance((width - kEnds) / kMillimetre / kParts * scale / 1000.0);
+    const Sheet& sheet = m_page.GetSheet();
+    const double part = RoundDistance(sheet.ToJob((width - kEnds) / kMillimetre / kParts));
     const double length = m_page.ToPage(part);
-    m_page.WriteFitting("1 : " + FormatNumber(scale), at + CVector(0.0, kFirstRow), kLarge, width);
+    m_page.WriteFitting("1 : " + FormatNumber(sheet.GetScale()), at + CVector(0.0, kFirstRow),
+                        kLarge, width);
     const double left = at.GetX() + 1.0 * kMillimetre;
     const double top = at.GetY() + 14.0 * kMillimetre;
     cairo_t* context = m_page.GetContext();
@@ -102,7 +116,7 @@ void TitlePainter::DrawScale(const CVector& at, double width) {
     text.SetFont(kSmall);
     for (int i = 0; i <= kParts; i += 2) {
         const std::string number = FormatNumber(part * i);
-        text.Write(i == kParts ? number + " m" : number,
+        text.Write(i == kParts ? number + UnitMark(plan.unit) : number,
                    {left + i * length - text.GetWidth(number) / 2, top - 1.0 * kMillimetre});
     }
 }

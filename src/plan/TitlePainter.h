@@ -15,13 +15,13 @@ class TitlePainter {
     /// `page` must outlive the painter; its sheet has a title block.
     explicit TitlePainter(Page& page) : m_page(page) {}
 
-    void Draw(const PlanPart& part, const std::string& heading);
+    void Draw(const Plan& plan, const PlanPart& part, const std::string& heading);
 
  private:
-    void DrawHeading(const PlanPart& part, const std::string& heading, const CVector& at,
-                     double width);
+    void DrawHeading(const Plan& plan, const PlanPart& part, const std::string& heading,
+                     const CVector& at, double width);
     /// Draws the scale and its bar into a space of that width, whose upper left corner is `at`.
-    void DrawScale(const CVector& at, double width);
+    void DrawScale(const Plan& plan, const CVector& at, double width);
     void DrawNorthArrow(const CVector& middle, double height);
 
     Page& m_page;

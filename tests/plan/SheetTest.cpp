@@ -57,6 +57,19 @@ TEST(Sheet, TakesTheScaleAskedForAlsoWhenThePlanDoesNotFit) {
     EXPECT_FALSE(sheet.HoldsAll());
 }
 
+TEST(Sheet, AScaleIsTrueInTheJobsUnit) {
+    SheetRequest request;
+    request.scale = 500.0;
+    request.unit = 0.3048;
+    const Sheet sheet(request, {0, 0, 100, 50}, 1000.0);
+    EXPECT_DOUBLE_EQ(sheet.ToPaper(100.0), 60.96);
+    EXPECT_DOUBLE_EQ(sheet.ToJob(60.96), 100.0);
+    EXPECT_NEAR(sheet.GetWindow().GetWidth(), sheet.ToJob(sheet.GetMap().GetWidth()), 1e-9);
+    request.scale.reset();
+    request.fits = true;
+    EXPECT_EQ(Sheet(request, {0, 0, 5 / 0.3048, 5 / 0.3048}, 500.0).GetScale(), 40.0);
+}
+
 TEST(Sheet, TurnsThePaperAsThePlanLies) {
     EXPECT_EQ(Sheet({}, {0, 0, 300, 100}, 500.0).GetPaper(), (PaperSize{297.0, 210.0}));
     EXPECT_EQ(Sheet({}, {0, 0, 100, 300}, 500.0).GetPaper(), (PaperSize{210.0, 297.0}));

@@ -38,6 +38,8 @@ struct PlotReport {
 /// CqSurveyDB.h says what the numbers of colours, line types and alignments mean; line type 256,
 /// like colour 256, is that of the layer. A layer or an entity with a negative colour is hidden. Of
 /// the settings, Mapscale is the scale, and SiPointSize the size of a point's symbol in 1/72 inch.
+/// The scale is true on paper in the job's unit of length (CqJobSystem); without a unit, it is that
+/// of a job in metres, and the scale bar names no unit.
 class CQSURVEY_PLAN_API PlanDrawing {
  public:
     /// Called with the number of entities read so far, or of objects drawn so far.
