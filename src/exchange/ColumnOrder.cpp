@@ -1,15 +1,15 @@
 #include "cqsurvey/exchange/ColumnOrder.h"
 
 #include <fmt/format.h>
-#include <glib.h>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <memory>
+#include <iterator>
 #include <utility>
 
 #include "cqsurvey/exchange/ExchangeError.h"
+#include "exchange/Headings.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 
@@ -17,125 +17,16 @@ namespace cqsurvey::exchange {
 
 namespace {
 
-constexpr std::size_t kAccentLength = 2;
-
-/// True when `text` begins with one of the combining marks U+0300 to U+036F, in UTF-8.
-bool IsAccent(std::string_view text) {
-    return text.size() >= kAccentLength &&
-           (text[0] == '\xCC' || (text[0] == '\xCD' && static_cast<unsigned char>(text[1]) < 0xB0));
-}
-
-/// Lower case, without accents, blanks and punctuation: "Elevação " and "ELEVACAO" are one heading.
-std::string Normalise(std::string_view heading) {
-    // In decomposed text, an accent is a character of its own after its letter. Text that is not
-    // UTF-8 cannot be decomposed and stays as it is.
-    const std::unique_ptr<char, decltype(&g_free)> decomposed(
-        g_utf8_normalize(heading.data(), static_cast<gssize>(heading.size()), G_NORMALIZE_NFD),
-        &g_free);
-    std::string_view rest = decomposed ? std::string_view(decomposed.get()) : heading;
-    std::string plain;
-    bool afterLetter = false;
-    while (!rest.empty()) {
-        const char c = rest.front();
-        if (afterLetter && IsAccent(rest)) {
-            rest.remove_prefix(kAccentLength);
-            continue;
-        }
-        afterLetter = g_ascii_isalpha(c) != 0;
-        if (g_ascii_isalnum(c) != 0 || static_cast<unsigned char>(c) >= 0x80) {
-            plain += g_ascii_tolower(c);
-        }
-        rest.remove_prefix(1);
-    }
-    return plain;
-}
-
-struct Heading {
-    std::string_view text;
-    Column column;
-};
-
-constexpr std::array kHeadings = {
-    Heading{"name", Column::Name},
-    Heading{"p", Column::Name},
-    Heading{"point", Column::Name},
-    Heading{"pointname", Column::Name},
-    Heading{"pointno", Column::Name},
-    Heading{"pointnumber", Column::Name},
-    Heading{"pointid", Column::Name},
-    Heading{"pt", Column::Name},
-    Heading{"ptname", Column::Name},
-    Heading{"ptno", Column::Name},
-    Heading{"ptid", Column::Name},
-    Heading{"pno", Column::Name},
-    Heading{"number", Column::Name},
-    Heading{"no", Column::Name},
-    Heading{"nr", Column::Name},
-    Heading{"num", Column::Name},
-    Heading{"id", Column::Name},
-    Heading{"nombre", Column::Name},
-    Heading{"numero", Column::Name},
-    Heading{"punto", Column::Name},
-    Heading{"vertice", Column::Name},
-    Heading{"nome", Column::Name},
-    Heading{"ponto", Column::Name},
-    Heading{"punkt", Column::Name},
-    Heading{"punktnummer", Column::Name},
-    Heading{"punktnr", Column::Name},
-    Heading{"easting", Column::Easting},
-    Heading{"east", Column::Easting},
-    Heading{"e", Column::Easting},
-    Heading{"x", Column::Easting},
-    Heading{"este", Column::Easting},
-    Heading{"leste", Column::Easting},
-    Heading{"rechtswert", Column::Easting},
-    Heading{"ostwert", Column::Easting},
-    Heading{"northing", Column::Northing},
-    Heading{"north", Column::Northing},
-    Heading{"n", Column::Northing},
-    Heading{"y", Column::Northing},
-    Heading{"norte", Column::Northing},
-    Heading{"hochwert", Column::Northing},
-    Heading{"nordwert", Column::Northing},
-    Heading{"height", Column::Height},
-    Heading{"elevation", Column::Height},
-    Heading{"elev", Column::Height},
-    Heading{"level", Column::Height},
-    Heading{"z", Column::Height},
-    Heading{"h", Column::Height},
-    Heading{"altitude", Column::Height},
-    Heading{"cota", Column::Height},
-    Heading{"altura", Column::Height},
-    Heading{"altitud", Column::Height},
-    Heading{"elevacion", Column::Height},
-    Heading{"elevacao", Column::Height},
-    Heading{"hohe", Column::Height},
-    Heading{"hoehe", Column::Height},
-    Heading{"code", Column::Code},
-    Heading{"featurecode", Column::Code},
-    Heading{"codigo", Column::Code},
-    Heading{"description", Column::Description},
-    Heading{"desc", Column::Description},
-    Heading{"descr", Column::Description},
-    Heading{"d", Column::Description},
-    Heading{"comment", Column::Description},
-    Heading{"comments", Column::Description},
-    Heading{"comm", Column::Description},
-    Heading{"remark", Column::Description},
-    Heading{"remarks", Column::Description},
-    Heading{"note", Column::Description},
-    Heading{"notes", Column::Description},
-    Heading{"descripcion", Column::Description},
-    Heading{"descricao", Column::Description},
-    Heading{"comentario", Column::Description},
-    Heading{"observacion", Column::Description},
-    Heading{"observacao", Column::Description},
-    Heading{"beschreibung", Column::Description},
-    Heading{"bemerkung", Column::Description},
-};
-
+// In the order of their numbers.
 constexpr std::array kColumns = {Column::Name,   Column::Northing, Column::Easting,
-                                 Column::Height, Column::Code,     Column::Description};
+                                 Column::Height, Column::Code,     Column::Description,
+                                 Column::Group,  Column::Layer,    Column::Flags,
+                                 Column::Origin, Column::Time};
+static_assert(kColumns.size() == kColumnCount);
+
+char ToLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
 
 bool IsCoordinate(Column column) {
     return column == Column::Northing || column == Column::Easting || column == Column::Height;
@@ -158,12 +49,16 @@ Column ReadWord(std::string_view word) {
     if (const std::optional<Column> column = ColumnOrder::Recognise(word)) {
         return *column;
     }
-    if (Normalise(word) == "c") {
+    const std::string plain = NormaliseHeading(word);
+    if (plain == "c") {
         return Column::Code;
     }
+    if (plain == "time") {
+        return Column::Time;
+    }
     throw OptionError(
-        fmt::format("{} is not a column; use name, northing, easting, height, code, desc, or - for "
-                    "a column that is not wanted",
+        fmt::format("{} is not a column; use name, northing, easting, height, code, desc, "
+                    "group, layer, flags, origin, time, or - for a column that is not wanted",
                     Quoted(word)));
 }
 
@@ -182,9 +77,19 @@ const char* ColumnWord(Column column) {
         case Column::Code:
             return "code";
         case Column::Description:
+            return "description";
+        case Column::Group:
+            return "group";
+        case Column::Layer:
+            return "layer";
+        case Column::Flags:
+            return "flags";
+        case Column::Origin:
+            return "origin";
+        case Column::Time:
             break;
     }
-    return "description";
+    return "time";
 }
 
 void ColumnOrder::Set(Column column, std::size_t index) {
@@ -213,22 +118,24 @@ void ColumnOrder::Check() const {
 }
 
 ColumnOrder ColumnOrder::FromLetters(std::string_view letters, std::string_view optionPrefix) {
-    static constexpr std::string_view kLetters = "pnezcd";
+    // In the order of kColumns.
+    static constexpr std::string_view kLetters = "pnezcdglfot";
     ColumnOrder order;
     for (std::size_t i = 0; i < letters.size(); ++i) {
-        const std::size_t letter = kLetters.find(letters[i]);
+        const std::size_t letter = kLetters.find(ToLower(letters[i]));
         if (letter != std::string_view::npos) {
             order.Set(kColumns[letter], i);
         } else if (letters[i] != '-') {
-            throw OptionError(
-                fmt::format("the order {} has the letter {}; use p point name, n northing, e "
-                            "easting, z height, c code, d description, or - for a column "
-                            "that is not wanted",
-                            Quoted(letters), Quoted(letters.substr(i, 1))));
+            throw OptionError(fmt::format(
+                "the order {} has the letter {}; use p point name, n northing, e "
+                "easting, z height, c code, d description, g group, l layer, f flags, o "
+                "origin, t time, or - for a column that is not wanted",
+                Quoted(letters), Quoted(letters.substr(i, 1))));
         }
     }
     order.m_width = letters.size();
     order.m_leavesRest = letters.ends_with('-');
+    std::transform(letters.begin(), letters.end(), std::back_inserter(order.m_letters), ToLower);
     if (const auto description = order.Find(Column::Description)) {
         if (*description + 1 != letters.size()) {
             throw OptionError(fmt::format(
@@ -281,7 +188,7 @@ std::map<Column, std::string> ColumnOrder::ReadAssignments(std::string_view word
 
 ColumnOrder ColumnOrder::FromHeadings(const std::vector<std::string>& headings,
                                       const std::map<Column, std::string>& assigned, bool recognise,
-                                      std::string_view optionPrefix) {
+                                      std::string_view optionPrefix, bool degrees) {
     ColumnOrder order;
     order.m_width = headings.size();
     while (order.m_width > 0 && Trim(headings[order.m_width - 1]).empty()) {
@@ -318,19 +225,22 @@ ColumnOrder ColumnOrder::FromHeadings(const std::vector<std::string>& headings,
                 }
                 order.Set(column, number - 1);
             } else if (wanted != "-" && !find(column, [&](const std::string& heading) {
-                           const std::string plain = Normalise(wanted);
+                           const std::string plain = NormaliseHeading(wanted);
                            return Trim(heading) == wanted ||
-                                  (!plain.empty() && Normalise(heading) == plain);
+                                  (!plain.empty() && NormaliseHeading(heading) == plain);
                        })) {
                 throw OptionError(
                     fmt::format("no column of the header is called {}", Quoted(wanted)));
             }
             continue;
         }
-        const bool needed = column != Column::Code && column != Column::Description;
+        const bool needed = column <= Column::Height;
         if (recognise &&
             !find(column,
-                  [&](const std::string& heading) { return Recognise(heading) == column; }) &&
+                  [&](const std::string& heading) {
+                      return Recognise(heading) == column ||
+                             (degrees && RecogniseDegrees(heading) == column);
+                  }) &&
             needed) {
             throw OptionError(fmt::format(
                 "no heading is recognised as the {}; name it with "
@@ -344,10 +254,7 @@ ColumnOrder ColumnOrder::FromHeadings(const std::vector<std::string>& headings,
 }
 
 std::optional<Column> ColumnOrder::Recognise(std::string_view heading) {
-    const std::string plain = Normalise(heading);
-    const auto known = std::find_if(kHeadings.begin(), kHeadings.end(),
-                                    [&](const Heading& entry) { return entry.text == plain; });
-    return known == kHeadings.end() ? std::nullopt : std::optional(known->column);
+    return RecogniseHeading(heading);
 }
 
 std::optional<std::size_t> ColumnOrder::FindContradiction(
@@ -357,13 +264,28 @@ std::optional<std::size_t> ColumnOrder::FindContradiction(
         if (!index || *index >= headings.size()) {
             continue;
         }
-        const std::string plain = Normalise(headings[*index]);
-        const std::optional<Column> said = Recognise(plain);
+        const std::string plain = NormaliseHeading(headings[*index]);
+        const std::optional<Column> said =
+            RecogniseDegrees(plain) ? RecogniseDegrees(plain) : Recognise(plain);
         if (said && *said != column && IsCoordinate(*said) && plain != "x" && plain != "y") {
             return index;
         }
     }
     return std::nullopt;
+}
+
+std::string ColumnOrder::GetLettersWithoutHeight() const {
+    std::string letters = m_letters;
+    std::erase(letters, 'z');
+    return letters.size() < m_letters.size() ? letters : std::string();
+}
+
+bool ColumnOrder::IsOfDegrees(const std::vector<std::string>& headings) const {
+    const auto names = [&](Column column) {
+        const std::size_t index = *Find(column);
+        return index < headings.size() && RecogniseDegrees(headings[index]);
+    };
+    return names(Column::Northing) || names(Column::Easting);
 }
 
 std::string ColumnOrder::Describe() const {

@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <limits>
 #include <utility>
 
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
+#include "cqsurvey/exchange/ForeignFile.h"
+#include "exchange/Headings.h"
 #include "exchange/NarrowPage.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
@@ -31,24 +31,25 @@ bool IsWord(std::string_view text) {
     return lower != "nan" && lower != "inf" && lower != "infinity" && lower != "null";
 }
 
+constexpr std::array kSeparators = {Separator::Semicolon, Separator::Tab, Separator::Comma,
+                                    Separator::Blank};
+
 }  // namespace
 
 FieldTextFile::FieldTextFile(TextSource& source, FieldTextReadOptions options)
     : m_source(source),
       m_options(std::move(options)),
       m_codePage(RequireNarrowPage(m_options.codePage)),
-      m_reader(source, {.comment = m_options.comment}) {
+      m_reader(source, {.comment = m_options.comment}),
+      m_parser(m_options) {
+    constexpr std::size_t kStart = 4096;
+    if (const auto kind = FindForeignFile(m_reader.Peek(kStart))) {
+        throw ForeignFileError(fmt::format("{}: is {}, no text of points",
+                                           Printable(source.GetName()), DescribeForeignFile(*kind)),
+                               *kind);
+    }
     if (!m_options.order && m_options.headerLines == 0U) {
         throw OptionError("the columns cannot come from a header when the file has none");
-    }
-    for (const std::string& text : m_options.noHeight) {
-        ParsedNumber number = ParseNumber(text, m_options.decimalComma);
-        if (number.fault != nullptr) {
-            number = ParseNumber(text);
-        }
-        if (number.fault == nullptr) {
-            m_noHeights.push_back(number.value);
-        }
     }
     if (!m_options.separator) {
         m_options.separator = GuessSeparator();
@@ -61,19 +62,43 @@ FieldTextFile::FieldTextFile(TextSource& source, FieldTextReadOptions options)
 /// point, the one that occurs most often.
 Separator FieldTextFile::GuessSeparator() {
     constexpr std::size_t kSample = 65536;
-    constexpr int kLines = 500;
-    static constexpr std::array kSeparators = {Separator::Semicolon, Separator::Tab,
-                                               Separator::Comma, Separator::Blank};
     std::string_view sample = m_reader.Peek(kSample);
     if (sample.size() >= kSample) {
         // The last line may be cut off.
         sample = sample.substr(0, sample.find_last_of("\r\n") + 1);
     }
-    Separator best = Separator::Comma;
     int most = 0;
+    Separator best = FindSeparator(sample, m_options.decimalComma, most);
+    if (most == 0 && !m_options.decimalComma) {
+        // The lines are refused, but for the right reason: their decimal commas.
+        best = FindSeparator(sample, true, most);
+    }
+    if (most > 0) {
+        return best;
+    }
+    best = Separator::Comma;
+    std::ptrdiff_t count = 0;
+    for (const Separator separator : kSeparators) {
+        const bool decimal = m_options.decimalComma && separator == Separator::Comma;
+        const auto there = std::count(sample.begin(), sample.end(), static_cast<char>(separator));
+        if (!decimal && separator != Separator::Blank && there > count) {
+            count = there;
+            best = separator;
+        }
+    }
+    return count > 0 ? best : Separator::Blank;
+}
+
+/// The separator with which the most of the first lines are points; `most` is how many.
+Separator FieldTextFile::FindSeparator(std::string_view sample, bool decimalComma,
+                                       int& most) const {
+    constexpr int kLines = 500;
+    Separator best = Separator::Comma;
+    most = 0;
     for (const Separator separator : kSeparators) {
         FieldTextReadOptions options = m_options;
         options.separator = separator;
+        options.decimalComma = decimalComma;
         int points = 0;
         try {
             StringSource source(sample);
@@ -90,19 +115,7 @@ Separator FieldTextFile::GuessSeparator() {
             best = separator;
         }
     }
-    if (most > 0) {
-        return best;
-    }
-    std::ptrdiff_t count = 0;
-    for (const Separator separator : kSeparators) {
-        const bool decimal = m_options.decimalComma && separator == Separator::Comma;
-        const auto there = std::count(sample.begin(), sample.end(), static_cast<char>(separator));
-        if (!decimal && separator != Separator::Blank && there > count) {
-            count = there;
-            best = separator;
-        }
-    }
-    return count > 0 ? best : Separator::Blank;
+    return best;
 }
 
 bool FieldTextFile::HasNumbers(std::string_view line) {
@@ -137,14 +150,18 @@ void FieldTextFile::ReadHeader(const std::vector<std::string_view>& texts) {
                 place, *index + 1, Quoted(headings[*index]), m_options.order->Describe(),
                 m_options.optionPrefix, m_record.line));
         }
+        RefuseDegrees(place, headings);
         return;
     }
     try {
-        m_options.order = ColumnOrder::FromHeadings(headings, m_options.assigned,
-                                                    m_options.recognise, m_options.optionPrefix);
+        m_options.order =
+            ColumnOrder::FromHeadings(headings, m_options.assigned, m_options.recognise,
+                                      m_options.optionPrefix, IsGeographic());
     } catch (const OptionError& error) {
+        RefuseDegrees(place, headings);
         throw OptionError(place + error.what());
     }
+    RefuseDegrees(place, headings);
     for (std::size_t i = 0; i < m_options.order->GetWidth(); ++i) {
         const ColumnOrder& order = *m_options.order;
         const auto is = [&](Column column) { return order.Find(column) == i; };
@@ -154,6 +171,29 @@ void FieldTextFile::ReadHeader(const std::vector<std::string_view>& texts) {
                                     ? fmt::format("{}", i + 1)
                                     : fmt::format("{} {}", i + 1, Quoted(headings[i])));
         }
+    }
+}
+
+bool FieldTextFile::IsGeographic() const {
+    return m_options.system && m_options.system->GetKind() == CoordinateSystem::Kind::Geographic;
+}
+
+/// Throws OptionError when the headings say that the file holds latitudes and longitudes, and the
+/// options do not.
+void FieldTextFile::RefuseDegrees(const std::string& place,
+                                  const std::vector<std::string>& headings) const {
+    if (IsGeographic() || m_options.plane) {
+        return;
+    }
+    const auto isDegrees = [](const std::string& heading) {
+        return RecogniseDegrees(heading).has_value();
+    };
+    if (m_options.order ? m_options.order->IsOfDegrees(headings)
+                        : std::any_of(headings.begin(), headings.end(), isDegrees)) {
+        throw OptionError(fmt::format(
+            "{}the header names latitudes and longitudes, which are no northings and eastings; "
+            "{}from-crs EPSG:4326 or another geographic system projects them into the job's system",
+            place, m_options.optionPrefix));
     }
 }
 
@@ -189,6 +229,7 @@ bool FieldTextFile::Next(FieldTextLine& line) {
     line.lines = m_record.lines;
     line.strayQuote = false;
     line.moreColumns = false;
+    line.hint.clear();
     if (inHeader) {
         ++m_headerLinesRead;
         ReadHeaderLine(line);
@@ -204,6 +245,7 @@ bool FieldTextFile::Next(FieldTextLine& line) {
         case CsvRecord::Kind::TooLong:
             line.kind = FieldTextLine::Kind::Refused;
             line.reason = fmt::format("the line is longer than {} bytes", CsvReader::kLongest);
+            line.cause = line.reason;
             return true;
         case CsvRecord::Kind::Data:
             break;
@@ -217,146 +259,13 @@ bool FieldTextFile::Next(FieldTextLine& line) {
         line.kind = FieldTextLine::Kind::Header;
         return true;
     }
-    ReadPoint(line);
+    m_parser.Read(m_record, line);
     return true;
 }
 
 std::string_view FieldTextFile::FieldText(std::optional<std::size_t> index) const {
     return index && *index < m_record.fields.size() ? m_record.fields[*index].text
                                                     : std::string_view();
-}
-
-void FieldTextFile::ReadPoint(FieldTextLine& line) {
-    const ColumnOrder& order = *m_options.order;
-    line.strayQuote = m_record.strayQuote;
-    const bool wanted = order.TakesRest() || order.LeavesRest();
-    for (std::size_t i = order.GetWidth(); i < m_record.fields.size() && !wanted; ++i) {
-        line.moreColumns = line.moreColumns || !m_record.fields[i].text.empty();
-    }
-    const bool taken = ReadCoordinate(Column::Northing, line.northing, line) &&
-                       ReadCoordinate(Column::Easting, line.easting, line) && ReadHeight(line) &&
-                       ReadTexts(line);
-    line.kind = taken ? FieldTextLine::Kind::Point : FieldTextLine::Kind::Refused;
-}
-
-bool FieldTextFile::ReadCoordinate(Column column, double& value, FieldTextLine& line) const {
-    const std::size_t index = *m_options.order->Find(column);
-    if (index >= m_record.fields.size()) {
-        line.reason = fmt::format(
-            "there is no {}: it would be column {}, and there {} {}", ColumnWord(column), index + 1,
-            m_record.fields.size() == 1 ? "is" : "are", m_record.fields.size());
-        return false;
-    }
-    const std::string_view text = m_record.fields[index].text;
-    const ParsedNumber number = ParseNumber(text, m_options.decimalComma);
-    if (number.fault != nullptr) {
-        line.reason = Trim(text).empty() ? fmt::format("the {} is empty", ColumnWord(column))
-                                         : fmt::format("the {} {} {}", ColumnWord(column),
-                                                       Quoted(text), number.fault);
-        return false;
-    }
-    value = number.value;
-    return true;
-}
-
-bool FieldTextFile::ReadHeight(FieldTextLine& line) const {
-    line.height = std::numeric_limits<double>::quiet_NaN();
-    const std::optional<std::size_t> index = m_options.order->Find(Column::Height);
-    if (!index) {
-        return true;
-    }
-    if (*index < m_record.fields.size()) {
-        const std::string_view text = Trim(m_record.fields[*index].text);
-        const auto& names = m_options.noHeight;
-        if (text.empty() || std::find(names.begin(), names.end(), text) != names.end()) {
-            return true;
-        }
-    }
-    double height = 0.0;
-    if (!ReadCoordinate(Column::Height, height, line)) {
-        return false;
-    }
-    if (std::find(m_noHeights.begin(), m_noHeights.end(), height) == m_noHeights.end()) {
-        line.height = height;
-    }
-    return true;
-}
-
-bool FieldTextFile::ReadTexts(FieldTextLine& line) {
-    const ColumnOrder& order = *m_options.order;
-    const std::optional<std::size_t> codeColumn = order.Find(Column::Code);
-    const std::optional<std::size_t> textColumn = order.Find(Column::Description);
-    const std::vector<CsvField>& fields = m_record.fields;
-    line.code = 0;
-    std::string text;
-    if (codeColumn) {
-        const std::string_view codeText = FieldText(codeColumn);
-        if (const std::optional<std::int32_t> code = ParseWholeNumber(codeText)) {
-            line.code = *code;
-        } else {
-            text = codeText;
-        }
-    }
-    if (textColumn && *textColumn < fields.size()) {
-        std::size_t first = *textColumn;
-        // With blanks as separator every word is a column of its own. A number with more words
-        // after it is the first word of the description, unless quotation marks hold those
-        // together.
-        const bool alone = first + 1 >= fields.size() || !order.TakesRest() ||
-                           GetSeparator() != Separator::Blank || fields[first + 1].quoted;
-        if (!codeColumn && alone) {
-            if (const auto code = ParseWholeNumber(fields[first].text)) {
-                line.code = *code;
-                ++first;
-            }
-        }
-        std::string rest;
-        if (order.TakesRest()) {
-            rest = JoinRest(first);
-        } else if (first == *textColumn) {
-            rest = fields[first].text;
-        }
-        text += (text.empty() || rest.empty() ? "" : " ") + rest;
-    }
-    return Decode("name", FieldText(order.Find(Column::Name)), line.name, line) &&
-           Decode("description", text, line.description, line);
-}
-
-/// The fields from `first` to the last one that is not empty, with the text between them.
-std::string FieldTextFile::JoinRest(std::size_t first) const {
-    const std::vector<CsvField>& fields = m_record.fields;
-    std::size_t end = fields.size();
-    while (end > first && fields[end - 1].text.empty()) {
-        --end;
-    }
-    std::string text;
-    for (std::size_t i = first; i < end; ++i) {
-        if (i > first) {
-            text += m_record.raw.substr(fields[i - 1].end, fields[i].begin - fields[i - 1].end);
-        }
-        text += fields[i].text;
-    }
-    return text;
-}
-
-bool FieldTextFile::Decode(const char* what, std::string_view bytes, CString& text,
-                           FieldTextLine& line) {
-    std::optional<CString> decoded = m_codePage.TryDecode(bytes);
-    if (!decoded) {
-        line.reason = fmt::format(
-            "the {} {} is not a text of code page {}{}", what, Quoted(bytes),
-            m_codePage.GetNumber(),
-            m_codePage.GetNumber() == CqCodePage::kUtf8
-                ? fmt::format(" (UTF-8); choose another with {}code-page", m_options.optionPrefix)
-                : "");
-        return false;
-    }
-    if (decoded->find(u'\0') != CString::npos) {
-        line.reason = fmt::format("the {} {} has a zero byte", what, Quoted(bytes));
-        return false;
-    }
-    text = std::move(*decoded);
-    return true;
 }
 
 }  // namespace cqsurvey::exchange

@@ -10,12 +10,14 @@
 #include "cqsurvey/CodePage.h"
 #include "cqsurvey/exchange/FieldTextReader.h"
 #include "exchange/CsvReader.h"
+#include "exchange/PointParser.h"
 
 namespace cqsurvey::exchange {
 
-/// Reads a field text file line by line, as FieldTextReader promises. CsvReader finds the fields;
-/// this class knows what they mean. For that it needs the order of the columns, which the options
-/// or the header say, and the separator, which the options or the first lines of the file say.
+/// Reads a field text file line by line, as FieldTextReader promises. CsvReader finds the fields,
+/// and PointParser makes a point of them. What they need is found out here: the order of the
+/// columns, which the options or the header say, and the separator, which the options or the first
+/// lines of the file say.
 class FieldTextFile {
  public:
     /// The source must outlive this object. Throws OptionError when the options contradict each
@@ -25,6 +27,8 @@ class FieldTextFile {
     /// Reads the next line; false at the end. Throws OptionError when the header does not say the
     /// columns or plainly contradicts the order, ExchangeError when the text cannot be read.
     bool Next(FieldTextLine& line);
+
+    [[nodiscard]] const FieldTextReadOptions& GetOptions() const { return m_options; }
 
     [[nodiscard]] Separator GetSeparator() const { return *m_options.separator; }
 
@@ -36,24 +40,22 @@ class FieldTextFile {
 
  private:
     [[nodiscard]] Separator GuessSeparator();
+    [[nodiscard]] Separator FindSeparator(std::string_view sample, bool decimalComma,
+                                          int& most) const;
     [[nodiscard]] bool HasNumbers(std::string_view line);
     [[nodiscard]] bool LooksLikeHeader() const;
     void ReadHeader(const std::vector<std::string_view>& texts);
     void ReadHeaderLine(FieldTextLine& line);
-    void ReadPoint(FieldTextLine& line);
-    bool ReadCoordinate(Column column, double& value, FieldTextLine& line) const;
-    bool ReadHeight(FieldTextLine& line) const;
-    bool ReadTexts(FieldTextLine& line);
-    [[nodiscard]] std::string JoinRest(std::size_t first) const;
+    [[nodiscard]] bool IsGeographic() const;
+    void RefuseDegrees(const std::string& place, const std::vector<std::string>& headings) const;
     [[nodiscard]] std::string_view FieldText(std::optional<std::size_t> index) const;
-    bool Decode(const char* what, std::string_view bytes, CString& text, FieldTextLine& line);
 
     TextSource& m_source;
     FieldTextReadOptions m_options;
     CqCodePage m_codePage;
     CsvReader m_reader;
+    PointParser m_parser;
     CsvRecord m_record;
-    std::vector<double> m_noHeights;
     std::vector<std::string_view> m_split;
     std::vector<std::string> m_untaken;
     std::uint64_t m_headerLinesRead = 0;

@@ -2,31 +2,20 @@
 
 #include <fmt/format.h>
 
+#include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "cqsurvey/CodePage.h"
 #include "cqsurvey/CqBatch.h"
 #include "cqsurvey/CqSurveyDB.h"
-#include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/FieldTextFile.h"
 #include "exchange/PointImport.h"
+#include "exchange/systems/PointProjection.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::exchange {
-
-namespace {
-
-void UseGroup(CqSurveyDB& db, const ImportOptions& options) {
-    const CString& group = options.group;
-    if (db.SetCurrentGroup(group) == 0 &&
-        (db.AddGroup(group) == 0 || db.SetCurrentGroup(group) == 0)) {
-        throw ExchangeError(fmt::format("{}the group {} could not be added",
-                                        NamePrefix(options.jobName), Quoted(ToUtf8(group))));
-    }
-}
-
-}  // namespace
 
 FieldTextReader::FieldTextReader(TextSource& source, FieldTextReadOptions options)
     : m_source(source) {
@@ -47,17 +36,30 @@ bool FieldTextReader::Next(FieldTextLine& line) {
 
 ImportReport FieldTextReader::Import(CqSurveyDB& db, const ImportOptions& options) {
     using Fate = ImportReport::Fate;
+    const FieldTextReadOptions& how = m_file->GetOptions();
     CqBatch batch(db);
-    if (!options.group.empty()) {
-        UseGroup(db, options);
+    RequirePlaneJob(db);
+    std::optional<PointProjection> projection;
+    if (how.system) {
+        projection.emplace(db, *how.system, how.heightUnit, how.optionPrefix);
     }
     ImportReport report(options.note);
-    PointImport(db, report, options.duplicates, options.origin)
-        .Run(*m_file, m_source, options.progress);
+    PointImport import(db, report, options, projection ? &*projection : nullptr);
+    import.Run(*m_file, m_source);
+    if (projection) {
+        projection->Report(report);
+    } else if (!how.plane && import.LooksLikeDegrees()) {
+        throw OptionError(fmt::format(
+            "{}: the numbers look like latitudes and longitudes, which are no northings and "
+            "eastings; {}from-crs EPSG:4326 or another geographic system projects them into the "
+            "job's system, and {}plane takes them for northings and eastings all the same",
+            Printable(m_source.GetName()), how.optionPrefix, how.optionPrefix));
+    }
     const bool refused = report.Get(Fate::Refused) > 0;
+    const std::uint64_t taken = report.Get(Fate::Recorded) + report.Get(Fate::Updated);
     if (refused && options.strict) {
         report.Withhold();
-    } else if (!refused || report.Get(Fate::Recorded) > 0) {
+    } else if (!options.dryRun && (!refused || taken > 0)) {
         batch.Commit();
     }
     return report;

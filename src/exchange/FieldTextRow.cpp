@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "exchange/TimeText.h"
 #include "text/NumberText.h"
 
 namespace cqsurvey::exchange {
@@ -39,6 +40,11 @@ std::string FieldTextRow::MakeHeader() const {
         {Column::Height, "Height"},
         {Column::Code, "Code"},
         {Column::Description, "Description"},
+        {Column::Group, "Group"},
+        {Column::Layer, "Layer"},
+        {Column::Flags, "Flags"},
+        {Column::Origin, "Origin"},
+        {Column::Time, "Time UTC"},
     }};
     CsvWriter writer(m_separator);
     for (std::size_t i = 0; i < m_order.GetWidth(); ++i) {
@@ -64,6 +70,16 @@ std::string FieldTextRow::Make(const PointTexts& point) const {
             writer.Add(Number(point.coords[2]));
         } else if (is(Column::Code)) {
             writer.Add(std::to_string(point.code));
+        } else if (is(Column::Group)) {
+            writer.Add(point.group);
+        } else if (is(Column::Layer)) {
+            writer.Add(point.layer);
+        } else if (is(Column::Flags)) {
+            writer.Add(std::to_string(point.flags));
+        } else if (is(Column::Origin)) {
+            writer.Add(std::to_string(point.origin));
+        } else if (is(Column::Time)) {
+            writer.Add(FormatTime(point.time));
         } else if (!is(Column::Description)) {
             writer.Add("");
         } else if (m_order.Find(Column::Code)) {

@@ -16,6 +16,11 @@ struct PointTexts {
     std::array<double, 3> coords{};  ///< easting, northing, height
     std::int32_t code = 0;
     std::string description;
+    std::string group{};
+    std::string layer{};
+    std::uint32_t flags = 0;
+    std::uint32_t origin = 0;
+    std::uint32_t time = 0;  ///< seconds since 1970-01-01 00:00 UTC
 };
 
 /// Makes the lines of a field text file. FieldTextFile with the same order reads the same points

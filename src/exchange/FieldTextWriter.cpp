@@ -5,8 +5,11 @@
 #include <array>
 #include <cmath>
 
+#include "cqsurvey/CqCadEntityPtr.h"
 #include "cqsurvey/CqCoordRec.h"
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/CqSurveyException.h"
+#include "cqsurvey/ErrorCodes.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/FieldTextRow.h"
@@ -15,11 +18,42 @@
 
 namespace cqsurvey::exchange {
 
+namespace {
+
+/// The name of the point's group; empty when it is in none, or in one that does not exist.
+CString FindGroup(CqSurveyDB& db, const CqCoordRec& point) {
+    if (point.GetGroup() == 0) {
+        return {};
+    }
+    try {
+        return db.GetGroupName(point.GetGroup());
+    } catch (const CqSurveyException& failure) {
+        if (failure.m_code != error::kNoRecord) {
+            throw;
+        }
+        return {};
+    }
+}
+
+/// The name of the layer of the point's entity.
+CString FindLayer(CqSurveyDB& db, CqHandle handle) {
+    CqHandle next = db.GetCadEntityHandleByCoordRecHandle(handle);
+    CqCadEntity* entity = nullptr;
+    if (db.GetNextCadEntity(next, entity) == 0) {
+        return {};
+    }
+    return CqCadEntityPtr(entity)->GetLayer();
+}
+
+}  // namespace
+
 class FieldTextWriter::State {
  public:
     explicit State(const FieldTextWriteOptions& options)
         : row(options.order, options.separator, options.decimals, options.decimalComma,
               options.safe),
+          writesGroup(options.order.Find(Column::Group).has_value()),
+          writesLayer(options.order.Find(Column::Layer).has_value()),
           m_codePage(RequireNarrowPage(options.codePage)),
           m_jobName(options.jobName) {}
 
@@ -36,6 +70,8 @@ class FieldTextWriter::State {
     }
 
     const FieldTextRow row;
+    const bool writesGroup;
+    const bool writesLayer;
     std::size_t notFinite = 0;
 
  private:
@@ -65,10 +101,16 @@ std::string FieldTextWriter::MakeLine(CqSurveyDB& db, CqHandle handle, const CqC
     if (!std::isfinite(coords[0]) || !std::isfinite(coords[1]) || std::isinf(coords[2])) {
         ++m_state->notFinite;
     }
-    return m_state->row.Make({.name = m_state->Encode(point.GetPtName(), handle),
-                              .coords = coords,
-                              .code = point.GetCode(),
-                              .description = m_state->Encode(description, handle)});
+    return m_state->row.Make(
+        {.name = m_state->Encode(point.GetPtName(), handle),
+         .coords = coords,
+         .code = point.GetCode(),
+         .description = m_state->Encode(description, handle),
+         .group = m_state->writesGroup ? m_state->Encode(FindGroup(db, point), handle) : "",
+         .layer = m_state->writesLayer ? m_state->Encode(FindLayer(db, handle), handle) : "",
+         .flags = point.GetFlags(),
+         .origin = static_cast<std::uint32_t>(point.GetType()),
+         .time = point.GetRecTime()});
 }
 
 std::size_t FieldTextWriter::GetNotFinite() const {

@@ -214,5 +214,72 @@ TEST_F(FieldTextReaderTest, AdviceNamesTheOptionsAsTheCallerDoes) {
               "number: --columns easting=2");
 }
 
+TEST_F(FieldTextReaderTest, ADryRunReportsAndRecordsNothing) {
+    ImportOptions options;
+    options.dryRun = true;
+    options.group = u"Day";
+    options.layer = u"Road";
+    const ImportReport report = Import("A,10,20,5,wall\nA,1,2,3\n", options);
+    EXPECT_EQ(report.Get(Fate::Recorded), 1U);
+    EXPECT_EQ(report.Get(Fate::Refused), 1U);
+    EXPECT_EQ(report.GetExtents().maxEasting, 20.0);
+    EXPECT_EQ(db.GetNumCoordRecs(), 0);
+    EXPECT_EQ(db.GetNumLayers(), 1);
+    EXPECT_EQ(db.GetGroupID(u"Day"), 0U);
+}
+
+TEST_F(FieldTextReaderTest, LatitudesAndLongitudesAreNotRecorded) {
+    const std::string degrees =
+        "A,35.6812362,139.7671248,3\nB,35.7,139.7712345,3\nC,35.681,139.7,4\n";
+    EXPECT_THROW(static_cast<void>(Import("A,35.6812362,139.7671248,3\n")), OptionError);
+    EXPECT_THROW(static_cast<void>(Import("A,139.7671248,35.6812362,3\n")), OptionError);
+    EXPECT_EQ(db.GetNumCoordRecs(), 0);
+    EXPECT_EQ(Import(degrees).Get(Fate::Recorded), 3U) << "most have fewer decimals";
+    EXPECT_EQ(Import("D,35.681,139.767,3\n").Get(Fate::Recorded), 1U) << "millimetres of a grid";
+    EXPECT_EQ(Import("E,35.6812362,139.7671248,3\nF,1000.12345,139.1,3\n").Get(Fate::Recorded), 2U);
+    StringSource source("G,35.6812362,139.7671248,3\n");
+    FieldTextReadOptions options = Order("pnez");
+    options.plane = true;
+    EXPECT_EQ(FieldTextReader(source, options).Import(db, {}).Get(Fate::Recorded), 1U);
+}
+
+TEST_F(FieldTextReaderTest, HeadingsOfDegreesAreRefusedUnlessTheFilesSystemIsNamed) {
+    FieldTextReadOptions header;
+    header.recognise = true;
+    EXPECT_NE(FindFault("Name,Lat,Lon,H\nA,35,139,3\n", header).find("latitudes and longitudes"),
+              std::string::npos);
+    EXPECT_NE(FindFault("Name,Latitude,Longitude,H\nA,35,139,3\n", Order("pnez"))
+                  .find("latitudes and longitudes"),
+              std::string::npos);
+    EXPECT_EQ(FindFault("Name,Lat,Lon,N,E,Z\nA,35,139,1,2,3\n", header), "")
+        << "the northings and eastings are there, too";
+    header.system = CoordinateSystem::Find("EPSG:4326");
+    EXPECT_EQ(FindFault("Name,Longitude,Latitude,H\nA,139,35,3\n", header), "");
+    FieldTextReadOptions swapped = Order("penz");
+    swapped.system = header.system;
+    EXPECT_NE(
+        FindFault("Name,Latitude,Longitude,H\nA,35,139,3\n", swapped).find("heading of column 3"),
+        std::string::npos);
+}
+
+TEST_F(FieldTextReaderTest, AFileInDegreesIsProjectedIntoTheSystemOfTheJob) {
+    ASSERT_EQ(db.SetJCoordDivision(9), 1);
+    StringSource source("Name,Longitude,Latitude,H\nO,139.8333333333,36,50\n");
+    FieldTextReadOptions options;
+    options.recognise = true;
+    options.system = CoordinateSystem::Find("EPSG:6668");
+    const ImportReport report = FieldTextReader(source, options).Import(db, {});
+    EXPECT_EQ(report.Get(Fate::Recorded), 1U);
+    EXPECT_EQ(report.accuracy, 0.0);
+    CqCoordRec point;
+    ASSERT_EQ(db.GetCoordRec(db.GetCoordRecHandleByPtName(u"O"), point), 1);
+    double coords[3];
+    point.GetPoint(coords);
+    EXPECT_NEAR(coords[0], 0.0, 1e-4);
+    EXPECT_NEAR(coords[1], 0.0, 1e-4);
+    EXPECT_EQ(coords[2], 50.0);
+    EXPECT_NEAR(report.GetFirst()[0].easting, 0.0, 1e-4);
+}
+
 }  // namespace
 }  // namespace cqsurvey::exchange

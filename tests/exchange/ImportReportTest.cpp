@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,72 @@ TEST(ImportReport, TellsItsNotesToWhoListensAndKeepsNone) {
     report.Note({9, 3, "note", "x"});
     EXPECT_EQ(told, (std::vector<std::string>{"the northing is empty", "x"}));
     EXPECT_TRUE(report.GetNotes().empty());
+}
+
+TEST(ImportReport, RefusalsAreCountedByTheirCause) {
+    ImportReport report;
+    report.Note(
+        {7, 1, "refused", "the northing \"x\" is not a number", "not a number", "try this"});
+    report.Note({8, 1, "refused", "the height is empty", "empty", ""});
+    report.Note({9, 2, "refused", "the northing \"y\" is not a number", "not a number", ""});
+    report.Note({11, 1, "note", "x", "", ""});
+    ASSERT_EQ(report.GetCauses().size(), 2U);
+    EXPECT_EQ(report.GetCauses()[0].text, "not a number");
+    EXPECT_EQ(report.GetCauses()[0].count, 2U);
+    EXPECT_EQ(report.GetCauses()[0].firstLine, 7U);
+    EXPECT_EQ(report.GetCauses()[0].hint, "try this");
+    EXPECT_EQ(report.GetCauses()[1].count, 1U);
+}
+
+TEST(ImportReport, ShowsTheExtentsAndTheFirstThreePoints) {
+    ImportReport report;
+    EXPECT_EQ(report.GetExtents().points, 0U);
+    report.Show({u"A", 10, -5, std::nan("")});
+    report.Show({u"B", -3, 7, 100});
+    report.Show({u"C", 4, 8, 90});
+    report.Show({u"D", 5, 9, 95});
+    const ImportExtents& extents = report.GetExtents();
+    EXPECT_EQ(extents.points, 4U);
+    EXPECT_EQ(extents.minEasting, -3.0);
+    EXPECT_EQ(extents.maxEasting, 10.0);
+    EXPECT_EQ(extents.minNorthing, -5.0);
+    EXPECT_EQ(extents.maxNorthing, 9.0);
+    EXPECT_EQ(extents.heights, 3U);
+    EXPECT_EQ(extents.minHeight, 90.0);
+    EXPECT_EQ(extents.maxHeight, 100.0);
+    ASSERT_EQ(report.GetFirst().size(), 3U);
+    EXPECT_EQ(report.GetFirst()[2].name, u"C");
+}
+
+TEST(ImportReport, SeveralFilesAddUp) {
+    ImportReport first;
+    first.Count(Fate::Recorded, 1);
+    first.Count(Fate::Refused, 2);
+    first.Note({3, 2, "refused", "x", "not a number", ""});
+    first.Show({u"A", 1, 2, std::nan("")});
+    ImportReport second;
+    second.Count(Fate::Updated, 1);
+    second.Count(Fate::Checked, 1);
+    second.Count(Fate::Refused, 1);
+    second.Note({5, 1, "refused", "y", "not a number", "try"});
+    second.Show({u"B", 3, -4, 7});
+    second.outOfTolerance = 1;
+    ImportReport sum;
+    sum.Add(first);
+    sum.Add(second);
+    sum.Add(ImportReport());
+    EXPECT_EQ(sum.DescribeSum(),
+              "6 lines = 0 header + 0 comment + 0 blank + 1 recorded + 1 continued + 0 skipped + 2 "
+              "refused + 1 updated + 1 checked");
+    ASSERT_EQ(sum.GetCauses().size(), 1U);
+    EXPECT_EQ(sum.GetCauses()[0].count, 2U);
+    EXPECT_EQ(sum.GetCauses()[0].hint, "try");
+    EXPECT_EQ(sum.GetExtents().points, 2U);
+    EXPECT_EQ(sum.GetExtents().minNorthing, -4.0);
+    EXPECT_EQ(sum.GetExtents().maxEasting, 3.0);
+    EXPECT_EQ(sum.GetExtents().heights, 1U);
+    EXPECT_EQ(sum.GetExtents().maxHeight, 7.0);
+    EXPECT_EQ(sum.outOfTolerance, 1U);
 }
 
 }  // namespace

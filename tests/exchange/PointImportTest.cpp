@@ -26,7 +26,9 @@ class PointImportTest : public testing::Test {
             notes +=
                 "a.csv:" + std::to_string(note.line) + ": " + note.what + ": " + note.text + "\n";
         });
-        PointImport(db, report, duplicates, SurveyCoordType{1}).Run(file, source, {});
+        ImportOptions how = importOptions;
+        how.duplicates = duplicates;
+        PointImport(db, report, how).Run(file, source);
         return report.DescribeSum();
     }
 
@@ -45,6 +47,7 @@ class PointImportTest : public testing::Test {
 
     TempDir folder;
     CqSurveyDB db;
+    ImportOptions importOptions;
     std::string notes;
 };
 
@@ -72,17 +75,21 @@ TEST_F(PointImportTest, RefusesOrSkipsDuplicatesAsAsked) {
     EXPECT_EQ(Import("A,1,2,3\n", Duplicates::Skip),
               "1 lines = 0 header + 0 comment + 0 blank + 0 recorded + 0 continued + 1 skipped + 0 "
               "refused");
-    EXPECT_EQ(notes,
-              "a.csv:2: refused: the job already has a point \"A\"\n"
-              "a.csv:1: skipped: the job already has a point \"A\"\n");
+    EXPECT_EQ(
+        notes,
+        "a.csv:2: refused: the job already has a point \"A\": dE 3.0000, dN 3.0000, dH 3.0000\n"
+        "a.csv:1: skipped: the job already has a point \"A\": dE 0.0000, dN 0.0000, dH "
+        "0.0000\n");
     EXPECT_EQ(db.GetNumCoordRecs(), 1);
 }
 
 TEST_F(PointImportTest, RenamesDuplicatesWhenAsked) {
     Import("A,1,2,3\nA_2,4,5,6\nA,7,8,9\nA,10,11,12\n", Duplicates::Rename);
     EXPECT_EQ(notes,
-              "a.csv:3: note: the job already has a point \"A\"; recorded as \"A_3\"\n"
-              "a.csv:4: note: the job already has a point \"A\"; recorded as \"A_4\"\n");
+              "a.csv:3: note: the job already has a point \"A\": dE 6.0000, dN 6.0000, dH 6.0000; "
+              "recorded as \"A_3\"\n"
+              "a.csv:4: note: the job already has a point \"A\": dE 9.0000, dN 9.0000, dH 9.0000; "
+              "recorded as \"A_4\"\n");
     EXPECT_EQ(db.GetNumCoordRecs(), 4);
     EXPECT_NE(db.GetCoordRecHandleByPtName(u"A_4"), 0U);
 }
@@ -94,7 +101,8 @@ TEST_F(PointImportTest, ReportsNamesThatAreCutAndTheDuplicatesThatArise) {
               "a.csv:1: note: the name \"12345678901234567890\" is longer than 19 characters, cut "
               "to \"1234567890123456789\"\n"
               "a.csv:2: refused: the name \"1234567890123456789x\" is longer than 19 characters, "
-              "cut to \"1234567890123456789\", which the job already has\n");
+              "cut to \"1234567890123456789\", which the job already has: dE 0.0000, dN 0.0000, dH "
+              "0.0000\n");
     Import("1234567890123456789y,1,2,3\n", Duplicates::Rename);
     EXPECT_NE(db.GetCoordRecHandleByPtName(u"12345678901234567_2"), 0U);
 }
@@ -143,8 +151,59 @@ TEST_F(PointImportTest, FailsWhenTheLinesDoNotAddUp) {
     options.order = ColumnOrder::FromLetters("pnezd");
     FieldTextFile file(less, options);
     ImportReport report;
-    PointImport import(db, report, Duplicates::Refuse, SurveyCoordType{1});
-    EXPECT_THROW(import.Run(file, whole, {}), ExchangeError);
+    PointImport import(db, report, importOptions);
+    EXPECT_THROW(import.Run(file, whole), ExchangeError);
+}
+
+TEST_F(PointImportTest, UpdatesWhatALineSaysAndLeavesTheRest) {
+    Import("A,1,2,3,\"7\",wall\n");
+    db.EditCoordRecFlags(db.GetCoordRecHandleByPtName(u"A"), 5);
+    EXPECT_EQ(Import("A,10,20,30,9\n", Duplicates::Update),
+              "1 lines = 0 header + 0 comment + 0 blank + 0 recorded + 0 continued + 0 skipped + 0 "
+              "refused + 1 updated");
+    EXPECT_EQ(notes,
+              "a.csv:1: updated: the job already has a point \"A\": dE 18.0000, dN 9.0000, dH "
+              "27.0000\n");
+    double coords[3];
+    Find(u"A").GetPoint(coords);
+    EXPECT_EQ(coords[0], 20.0);
+    EXPECT_EQ(coords[1], 10.0);
+    EXPECT_EQ(coords[2], 30.0);
+    EXPECT_EQ(Find(u"A").GetCode(), 9);
+    EXPECT_EQ(Find(u"A").GetFlags(), 5U);
+    EXPECT_EQ(Describe(u"A"), u"wall");
+    Import("A,11,21,,corner\n", Duplicates::Update);
+    Find(u"A").GetPoint(coords);
+    EXPECT_EQ(coords[0], 21.0);
+    EXPECT_EQ(coords[2], 30.0) << "the line has no height";
+    EXPECT_EQ(Find(u"A").GetCode(), 9) << "and no code";
+    EXPECT_EQ(Describe(u"A"), u"corner");
+    EXPECT_EQ(db.GetNumCoordRecs(), 1);
+}
+
+TEST_F(PointImportTest, ChecksAreComparedAndRecordNothing) {
+    Import("A,1,2,3\nB,1,2,\n");
+    importOptions.tolerance = 0.02;
+    StringSource source("A,1.01,2.01,3.02\nA,1.02,2.02,3\nA,1,2,3.03\nB,1,2,9\nA,1,2,\nC,5,5,5\n");
+    FieldTextReadOptions options;
+    options.order = ColumnOrder::FromLetters("pnezd");
+    FieldTextFile file(source, options);
+    ImportReport report;
+    importOptions.duplicates = Duplicates::Check;
+    PointImport(db, report, importOptions).Run(file, source);
+    EXPECT_EQ(report.Get(ImportReport::Fate::Checked), 5U);
+    EXPECT_EQ(report.Get(ImportReport::Fate::Recorded), 1U);
+    EXPECT_EQ(report.outOfTolerance, 2U);
+    EXPECT_EQ(report.GetNotes()[0].text,
+              "the job already has a point \"A\": dE 0.0100, dN 0.0100, dH 0.0200");
+    EXPECT_EQ(report.GetNotes()[1].text,
+              "the job already has a point \"A\": dE 0.0200, dN 0.0200, dH 0.0000; out of "
+              "tolerance");
+    EXPECT_EQ(report.GetNotes()[3].text,
+              "the job already has a point \"B\": dE 0.0000, dN 0.0000, dH unknown");
+    double coords[3];
+    Find(u"A").GetPoint(coords);
+    EXPECT_EQ(coords[2], 3.0);
 }
 
 }  // namespace

@@ -13,9 +13,21 @@
 namespace cqsurvey::exchange {
 
 /// What a column of a field text file holds.
-enum class Column : std::size_t { Name, Northing, Easting, Height, Code, Description };
+enum class Column : std::size_t {
+    Name,
+    Northing,
+    Easting,
+    Height,
+    Code,
+    Description,
+    Group,   ///< the name of the point's group
+    Layer,   ///< the name of its layer
+    Flags,   ///< 32 bits, as a decimal or a 0x number
+    Origin,  ///< the data origin, 0 to 65535
+    Time     ///< when it was recorded: 2026-11-22T08:15:00Z
+};
 
-inline constexpr std::size_t kColumnCount = 6;
+inline constexpr std::size_t kColumnCount = 11;
 
 /// The word for a column in messages and options, such as "northing".
 [[nodiscard]] CQSURVEY_EXCHANGE_API const char* ColumnWord(Column column);
@@ -25,9 +37,10 @@ inline constexpr std::size_t kColumnCount = 6;
 class CQSURVEY_EXCHANGE_API ColumnOrder {
  public:
     /// Columns by letters, such as "pnezd": p point name, n northing, e easting, z height, c code,
-    /// d description, - a column that is not wanted. d comes last and takes the rest of the line.
-    /// Throws OptionError unless n and e occur once and the other letters at most once. Messages
-    /// that name an option of the program put `optionPrefix` before it: "--" for a command line.
+    /// d description, g group, l layer, f flags, o origin, t time, - a column that is not wanted,
+    /// in any letter case. d comes last and takes the rest of the line. Throws OptionError unless n
+    /// and e occur once and the other letters at most once. Messages that name an option of the
+    /// program put `optionPrefix` before it: "--" for a command line.
     [[nodiscard]] static ColumnOrder FromLetters(std::string_view letters,
                                                  std::string_view optionPrefix = {});
 
@@ -47,11 +60,13 @@ class CQSURVEY_EXCHANGE_API ColumnOrder {
     /// Portuguese and German; x is the easting and y the northing. A description in the last column
     /// takes the rest of the line. Throws OptionError when a heading is missing or fits two
     /// columns, and unless both northing and easting are found. With `recognise`, name and height
-    /// must be found as well, or be assigned "-".
+    /// must be found as well, or be assigned "-". With `degrees`, headings for latitudes and
+    /// longitudes are those of northings and eastings.
     [[nodiscard]] static ColumnOrder FromHeadings(const std::vector<std::string>& headings,
                                                   const std::map<Column, std::string>& assigned,
                                                   bool recognise,
-                                                  std::string_view optionPrefix = {});
+                                                  std::string_view optionPrefix = {},
+                                                  bool degrees = false);
 
     /// What the heading means, or nothing when it is not one of the usual ones.
     [[nodiscard]] static std::optional<Column> Recognise(std::string_view heading);
@@ -61,6 +76,13 @@ class CQSURVEY_EXCHANGE_API ColumnOrder {
     /// plainly.
     [[nodiscard]] std::optional<std::size_t> FindContradiction(
         const std::vector<std::string>& headings) const;
+
+    /// True when the heading of the northing or the easting is one for latitudes or longitudes.
+    [[nodiscard]] bool IsOfDegrees(const std::vector<std::string>& headings) const;
+
+    /// The letters that this order was made from, without that of the height; empty when there are
+    /// none.
+    [[nodiscard]] std::string GetLettersWithoutHeight() const;
 
     /// The index of a column, from 0; nothing when the file does not have it.
     [[nodiscard]] std::optional<std::size_t> Find(Column column) const {
@@ -88,6 +110,7 @@ class CQSURVEY_EXCHANGE_API ColumnOrder {
     void Check() const;
 
     std::array<std::optional<std::size_t>, kColumnCount> m_columns;
+    std::string m_letters;
     std::size_t m_width = 0;
     bool m_takesRest = false;
     bool m_leavesRest = false;

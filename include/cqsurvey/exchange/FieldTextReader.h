@@ -10,6 +10,7 @@
 #include "cqsurvey/CodePage.h"
 #include "cqsurvey/Types.h"
 #include "cqsurvey/exchange/ColumnOrder.h"
+#include "cqsurvey/exchange/CoordinateSystem.h"
 #include "cqsurvey/exchange/Export.h"
 #include "cqsurvey/exchange/FieldText.h"
 #include "cqsurvey/exchange/Import.h"
@@ -50,6 +51,18 @@ struct FieldTextReadOptions {
     /// The encoding of the file, by the number of a code page that keeps ASCII.
     int codePage = CqCodePage::kUtf8;
 
+    /// The coordinate system of the file, when it is not that of the job. The northing of a
+    /// geographic system is the latitude in degrees, positive to the north, and its easting the
+    /// longitude, positive to the east; no order of the system's own definition counts.
+    std::optional<CoordinateSystem> system;
+
+    /// Used with a system: the unit of the heights in the file. Without it, that of the system, and
+    /// the metre for a geographic one.
+    std::optional<CqLengthUnit> heightUnit;
+
+    /// The numbers are northings and eastings, even if they look like latitudes and longitudes.
+    bool plane = false;
+
     /// Texts that mean a missing height, in addition to an empty column. Numbers are compared as
     /// numbers, other texts as texts.
     std::vector<std::string> noHeight;
@@ -65,6 +78,8 @@ struct FieldTextLine {
     std::uint64_t line = 0;   ///< the number of the first line, from 1
     std::uint64_t lines = 0;  ///< how many lines it takes
     std::string reason;       ///< why it is refused
+    std::string cause;        ///< the same without what is only in this line, to count by
+    std::string hint;         ///< what may help against it; may be empty
 
     CString name;
     double easting = 0.0;
@@ -73,6 +88,16 @@ struct FieldTextLine {
     std::int32_t code = 0;
     CString description;
 
+    // What the file has columns for; nothing where a column is missing or empty. A group column
+    // that is empty means no group.
+    std::optional<CString> group;
+    std::optional<CString> layer;
+    std::optional<std::uint32_t> flags;
+    std::optional<std::uint16_t> origin;
+    std::optional<std::uint32_t> time;  ///< seconds since 1970-01-01 00:00 UTC
+
+    bool hasCode = false;      ///< the line says the code, even if it is 0
+    bool fine = false;         ///< northing and easting have five decimals or more
     bool strayQuote = false;   ///< a quotation mark that opens no quoted field was kept as it is
     bool moreColumns = false;  ///< there was text after the last column of the order
 };
@@ -101,8 +126,9 @@ class CQSURVEY_EXCHANGE_API FieldTextReader {
  public:
     /// The source must outlive the reader, and nothing else may read it. The constructor may read
     /// its first bytes. Throws OptionError when the code page is not known or contradicts the
-    /// file's byte-order mark, or when there is neither an order nor a header; ExchangeError when
-    /// the text cannot be read.
+    /// file's byte-order mark, or when there is neither an order nor a header;
+    /// ForeignFileError when the file is plainly something else; ExchangeError when the text cannot
+    /// be read.
     FieldTextReader(TextSource& source, FieldTextReadOptions options);
     FieldTextReader(const FieldTextReader&) = delete;
     FieldTextReader& operator=(const FieldTextReader&) = delete;
@@ -117,10 +143,18 @@ class CQSURVEY_EXCHANGE_API FieldTextReader {
     /// is refused and options.strict is set; the report then counts the points as withheld. It is
     /// also undone when lines were refused and no point could be recorded.
     ///
+    /// Latitudes and longitudes are never recorded as northings and eastings. A file is refused
+    /// when its headings say that it holds them; and when every position could be one and most are
+    /// written with five decimals or more, as degrees must be and metres never are. Options.plane
+    /// lets it pass. With options.system, the positions are projected into the system of the job
+    /// (CqJobSystem), and only the unit of the heights is changed.
+    ///
     /// A name of more than 19 code units is cut. A point without a name is never a duplicate. Call
     /// Import once, and not after Next.
     ///
-    /// Throws OptionError and ExchangeError as Next does; ExchangeError also when the job does not
+    /// Throws OptionError and ExchangeError as Next does; OptionError also for latitudes and
+    /// longitudes, when the job's system is a geographic one, and when there is no way from the
+    /// file's system to that of the job; ExchangeError also when the job does not
     /// accept a point or the group; CqSurveyException with error::kInvalidArgument when the job has
     /// an open CqBatch, with error::kNoMount when no job is open; and whatever CqBatch::Commit,
     /// `note` and `progress` throw. The job is then as it was before.

@@ -50,9 +50,12 @@ struct FieldTextWriteOptions {
 ///         file << writer.MakeLine(db, handle, point);
 ///     }
 ///
-/// A missing height is an empty column. When the order has no code column, the description's column
-/// holds the description or the feature code. If a point has both, the code comes first, and the
-/// description in a column of its own after it.
+/// With an order such as "penzcgfotld", a job's points survive the way through a text whole: what
+/// is left out then is the colour of their entities.
+///
+/// A missing height is an empty column. So is the group of a point that is in none. When the order
+/// has no code column, the description's column holds the description or the feature code. If a
+/// point has both, the code comes first, and the description in a column of its own after it.
 class CQSURVEY_EXCHANGE_API FieldTextWriter {
  public:
     /// Throws OptionError when the code page is not known, and when the order has no code column

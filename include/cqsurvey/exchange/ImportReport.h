@@ -4,9 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "cqsurvey/Types.h"
 #include "cqsurvey/exchange/Export.h"
 
 namespace cqsurvey::exchange {
@@ -17,6 +19,39 @@ struct ImportNote {
     std::uint64_t lines = 0;  ///< how many lines it takes
     const char* what = "";    ///< "refused", "skipped", or "note" for a line that was recorded
     std::string text;         ///< an English sentence in UTF-8, without control characters
+    std::string cause{};      ///< of a refusal: the sentence without what is only in this line
+    std::string hint{};       ///< of a refusal: what may help against it; may be empty
+};
+
+/// A reason for refusals, and how often it occurred.
+struct ImportCause {
+    std::string text;             ///< an English sentence in UTF-8, without control characters
+    std::uint64_t count = 0;      ///< how many lines, or groups of lines, were refused for it
+    std::uint64_t firstLine = 0;  ///< the number of the first of them, from 1
+    std::string hint;             ///< what may help against it; may be empty
+};
+
+/// A point as it was recorded, or would have been.
+struct ImportedPoint {
+    CString name;
+    double easting = 0.0;
+    double northing = 0.0;
+    double height = 0.0;  ///< not-a-number when missing
+};
+
+/// Where the points of a file are, in the coordinates of the job.
+struct ImportExtents {
+    std::uint64_t points = 0;  ///< the others mean nothing when it is 0
+    double minEasting = 0.0;
+    double maxEasting = 0.0;
+    double minNorthing = 0.0;
+    double maxNorthing = 0.0;
+    std::uint64_t heights = 0;  ///< points that have one; the others mean nothing when it is 0
+    double minHeight = 0.0;
+    double maxHeight = 0.0;
+
+    void Add(const ImportedPoint& point);
+    void Add(const ImportExtents& other);
 };
 
 /// What became of the lines of an imported file. Every line is counted once, so the counts add up
@@ -24,8 +59,18 @@ struct ImportNote {
 /// has a note.
 class CQSURVEY_EXCHANGE_API ImportReport {
  public:
-    /// What can become of a line.
-    enum class Fate : std::size_t { Header, Comment, Blank, Recorded, Skipped, Refused };
+    /// What can become of a line. Updated: the point of that name was given what the line says.
+    /// Checked: it was compared with it.
+    enum class Fate : std::size_t {
+        Header,
+        Comment,
+        Blank,
+        Recorded,
+        Skipped,
+        Refused,
+        Updated,
+        Checked
+    };
 
     using Listener = std::function<void(const ImportNote& note)>;
 
@@ -35,10 +80,27 @@ class CQSURVEY_EXCHANGE_API ImportReport {
     /// Counts a record that takes `lines` lines. Those after its first are counted as continued.
     void Count(Fate fate, std::uint64_t lines);
 
+    /// A note that is a refusal counts for its cause as well.
     void Note(const ImportNote& note);
 
-    /// Counts all recorded points as withheld: the import was undone.
+    /// Takes a point that was recorded or updated into the extents; the first three are kept.
+    void Show(const ImportedPoint& point);
+
+    /// Adds the counts, the extents and the causes of another file's report; the first lines of the
+    /// causes stay those of the first file. Its notes and its projection are not taken.
+    void Add(const ImportReport& other);
+
+    /// Counts all recorded and updated points as withheld: the import was undone.
     void Withhold();
+
+    /// The reasons for refusals, in the order in which they first occurred.
+    [[nodiscard]] const std::vector<ImportCause>& GetCauses() const { return m_causes; }
+
+    /// Where the points are that were recorded or updated; withheld ones count.
+    [[nodiscard]] const ImportExtents& GetExtents() const { return m_extents; }
+
+    /// The first of them, three at most.
+    [[nodiscard]] const std::vector<ImportedPoint>& GetFirst() const { return m_first; }
 
     [[nodiscard]] std::uint64_t Get(Fate fate) const {
         return m_counts[static_cast<std::size_t>(fate)];
@@ -66,10 +128,25 @@ class CQSURVEY_EXCHANGE_API ImportReport {
     std::uint64_t strayQuotes = 0;  ///< with a quotation mark that was kept as it is
     std::uint64_t moreColumns = 0;  ///< with text after the last column taken
 
+    /// How many of the checked points are not within the tolerance.
+    std::uint64_t outOfTolerance = 0;
+
+    /// What was done to bring the positions into the job's system, in words; empty when nothing.
+    std::string operation;
+    /// The accuracy of that in metres; nothing when it is not known.
+    std::optional<double> accuracy;
+    /// What was done to the heights, in words; empty when nothing.
+    std::string heightChange;
+
  private:
+    void AddCause(const ImportCause& cause);
+
     Listener m_listener;
     std::vector<ImportNote> m_notes;
-    std::array<std::uint64_t, 6> m_counts{};
+    std::vector<ImportCause> m_causes;
+    std::vector<ImportedPoint> m_first;
+    ImportExtents m_extents;
+    std::array<std::uint64_t, 8> m_counts{};
     std::uint64_t m_continued = 0;
     std::uint64_t m_withheld = 0;
 };

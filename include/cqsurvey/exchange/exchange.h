@@ -7,10 +7,13 @@
 /// JobInspection looks for mistakes in the points of a job, such as those that come with a file.
 
 #include "cqsurvey/exchange/ColumnOrder.h"
+#include "cqsurvey/exchange/CoordinateOperation.h"
+#include "cqsurvey/exchange/CoordinateSystem.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "cqsurvey/exchange/FieldText.h"
 #include "cqsurvey/exchange/FieldTextReader.h"
 #include "cqsurvey/exchange/FieldTextWriter.h"
+#include "cqsurvey/exchange/ForeignFile.h"
 #include "cqsurvey/exchange/Import.h"
 #include "cqsurvey/exchange/ImportReport.h"
 #include "cqsurvey/exchange/JobInspection.h"
