@@ -115,7 +115,7 @@ void OpenToWrite(CqSurveyDB& db, const std::string& path) {
     Named(path, [&] { db.Open(jobPath); });
 }
 
-void CreateJob(const std::string& path, bool replace) {
+void PutJob(const std::string& path, bool replace, const JobMaker& make) {
     const CString jobPath = ToJobPath(path);
     std::error_code error;
     const std::filesystem::path old = std::filesystem::canonical(path, error);
@@ -126,11 +126,7 @@ void CreateJob(const std::string& path, bool replace) {
             fmt::format("{}: there is no folder {}", Printable(path), Quoted(folder.string())));
     }
     if (!replace || error) {
-        Named(path, [&] {
-            CqSurveyDB db;
-            db.CreateNew(jobPath);
-            db.Close();
-        });
+        Named(path, [&] { make(jobPath); });
         return;
     }
     try {
@@ -148,16 +144,20 @@ void CreateJob(const std::string& path, bool replace) {
         throw Failure(Printable(made.string()) + ": is in the way of the new job");
     }
     Leftover leftover(made);
-    Named(path, [&] {
-        CqSurveyDB db;
-        db.CreateNew(ToJobPath(made.string()));
-        db.Close();
-    });
+    Named(path, [&] { make(ToJobPath(made.string())); });
     std::filesystem::rename(made, old, error);
     if (error) {
         throw Failure(Printable(path) + ": " + error.message());
     }
     leftover.Keep();
+}
+
+void CreateJob(const std::string& path, bool replace) {
+    PutJob(path, replace, [](const CString& made) {
+        CqSurveyDB db;
+        db.CreateNew(made);
+        db.Close();
+    });
 }
 
 }  // namespace cqsurvey::cqjob

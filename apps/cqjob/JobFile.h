@@ -2,6 +2,7 @@
 
 #include <cqsurvey/cqsurvey.h>
 
+#include <functional>
 #include <string>
 
 namespace cqsurvey::cqjob {
@@ -23,8 +24,15 @@ void OpenToRead(CqSurveyDB& db, const std::string& path);
 /// system does not allow writing the job.
 void OpenToWrite(CqSurveyDB& db, const std::string& path);
 
-/// Creates a job at `path`. Throws Failure when anything exists there; with `replace`, anything but
-/// a job that can be opened. That job stays unchanged until the new one takes its place.
+/// Makes a job at the path that it is given, at which nothing is.
+using JobMaker = std::function<void(const CString& path)>;
+
+/// Lets `make` make a job at `path`. Throws Failure when anything exists there; with `replace`,
+/// when anything but a job that can be opened exists there. That job stays unchanged until the new
+/// one takes its place.
+void PutJob(const std::string& path, bool replace, const JobMaker& make);
+
+/// Creates an empty job at `path`, as PutJob.
 void CreateJob(const std::string& path, bool replace);
 
 }  // namespace cqsurvey::cqjob

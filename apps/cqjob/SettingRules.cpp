@@ -115,6 +115,12 @@ std::string SettingRules::FindFault(std::string_view section, std::string_view k
         }
         return {};
     }
+    if (SameWord(section, "IDENTITY")) {
+        return "the identity belongs to the job and cannot be changed";
+    }
+    if (IsOfSystem(section) && !IsUnit(key) && !SameWord(key, "System")) {
+        return "the section COORDINATES has the keys LengthUnit and System";
+    }
     if (section.empty() || IsPadded(section) || HasBreak(section) ||
         section.find_first_of("[]") != std::string_view::npos) {
         return fmt::format(
@@ -167,6 +173,14 @@ std::string SettingRules::FindTypo(std::string_view section, std::string_view ke
     }
     return fmt::format("section {} has no key {}{}; --new adds it", section, Quoted(key),
                        nearest == nullptr ? "" : fmt::format(" (is it {}?)", nearest->key));
+}
+
+bool SettingRules::IsOfSystem(std::string_view section) {
+    return SameWord(section, "COORDINATES");
+}
+
+bool SettingRules::IsUnit(std::string_view key) {
+    return SameWord(key, "LengthUnit");
 }
 
 std::string SettingRules::Normalise(std::string_view section, std::string_view key,

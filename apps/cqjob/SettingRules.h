@@ -20,6 +20,13 @@ class SettingRules {
     /// may be meant; empty otherwise.
     [[nodiscard]] static std::string FindTypo(std::string_view section, std::string_view key);
 
+    /// True for the section of the length unit and the coordinate system, which SystemOptions
+    /// writes.
+    [[nodiscard]] static bool IsOfSystem(std::string_view section);
+
+    /// True for the key of the length unit in that section.
+    [[nodiscard]] static bool IsUnit(std::string_view key);
+
     /// `value` as the library writes it: "5" for a length is "5.000". FindFault must have accepted
     /// it.
     [[nodiscard]] static std::string Normalise(std::string_view section, std::string_view key,

@@ -1,4 +1,5 @@
 #include "cqjob/SettingsTransfer.h"
+#include "cqjob/JobChange.h"
 
 #include <cqsurvey/Limits.h>
 #include <cqsurvey/cqsurvey.h>
@@ -50,13 +51,21 @@ void ImportSettings(const std::string& job, const std::string& path) {
     }
     CqSurveyDB db;
     OpenToWrite(db, job);
+    CqJobIdentity identity(db);
+    const CString own = identity.Get();
+    CqBatch batch(db);
     if (db.ImportSettingsFile(hostPath) == 0) {
         throw Failure(
             fmt::format("{}: {} is not a settings file with every key of a job in its range, so no "
                         "setting was changed; cqjob settings import --help lists the ranges",
                         Printable(job), Printable(path)));
     }
-    db.Close();
+    // Settings come from other jobs, and an identity does not.
+    if (identity.Set(own) == 0) {
+        throw Failure(Printable(job) + ": the settings could not be written");
+    }
+    batch.Commit();
+    CloseChanged(db);
 }
 
 void ExportSettings(Console& console, const std::string& job, const std::string& path,

@@ -19,6 +19,14 @@ std::string ReadFile(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+void CreateJob(const std::string& path, bool replace) {
+    PutJob(path, replace, [](const CString& made) {
+        CqSurveyDB db;
+        db.CreateNew(made);
+        db.Close();
+    });
+}
+
 void AddPoint(const std::string& path) {
     CqSurveyDB db;
     OpenToWrite(db, path);

@@ -69,5 +69,15 @@ TEST(SettingRules, WritesValuesAsTheLibraryDoes) {
     EXPECT_EQ(SettingRules::Normalise("MyOffice", "Crew", "0250"), "0250");
 }
 
+TEST(SettingRules, TheSectionsOfTheJobItselfTakeOnlyTheirKeys) {
+    EXPECT_TRUE(IsGood("COORDINATES", "LengthUnit", "us-ft"));
+    EXPECT_TRUE(IsGood("coordinates", "system", "EPSG:2230"));
+    EXPECT_FALSE(IsGood("COORDINATES", "Unit", "m"));
+    EXPECT_FALSE(IsGood("Identity", "Job", "6f1c3d52-8a0e-4b57-9d0c-2f6f0c1b7a44"));
+    EXPECT_TRUE(SettingRules::IsOfSystem("Coordinates"));
+    EXPECT_TRUE(SettingRules::IsUnit("lengthunit"));
+    EXPECT_FALSE(SettingRules::IsUnit("System"));
+}
+
 }  // namespace
 }  // namespace cqsurvey::cqjob

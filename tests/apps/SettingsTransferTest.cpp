@@ -20,7 +20,7 @@ TEST_F(SettingsTransferTest, ExportsByteForByte) {
     EXPECT_EQ(run.out + run.err, "");
     const std::string text = ReadFile(file);
     EXPECT_TRUE(text.starts_with("[SETTINGS]\r\nSiPointSize=5.000\r\nJCoordDivision=0\r\n"));
-    EXPECT_TRUE(text.ends_with("\r\nBKColor=16777215\r\n"));
+    EXPECT_TRUE(Holds(text, "\r\nBKColor=16777215\r\n[IDENTITY]\r\nJob="));
     EXPECT_EQ(Run({"settings", "export", job, "-"}).out, text);
     const std::string mine = WriteFile("mine.ini", "mine");
     EXPECT_TRUE(Holds(Run({"settings", "export", job, mine}, 1).err, "--force"));
@@ -40,7 +40,20 @@ TEST_F(SettingsTransferTest, ImportsWhatWasExported) {
     Run({"settings", "import", job, WriteFile("in.ini", text)});
     EXPECT_EQ(GetScale(), "250\n");
     EXPECT_EQ(Run({"settings", "get", job, "MyOffice", "Crew"}).out, "Stra\u00dfe\n");
-    EXPECT_EQ(Run({"settings", "export", job, "-"}).out, text);
+}
+
+TEST_F(SettingsTransferTest, TheJobKeepsItsOwnIdentity) {
+    const auto identity = [this] { return Run({"settings", "get", job, "IDENTITY", "Job"}).out; };
+    const std::string foreign = Run({"settings", "export", job, "-"}).out;
+    job = folder.Utf8("other.job");
+    Run({"new", job});
+    const std::string own = identity();
+    EXPECT_FALSE(Holds(foreign, own.substr(0, own.size() - 1)));
+    Run({"settings", "import", job, WriteFile("in.ini", foreign)});
+    EXPECT_EQ(identity(), own);
+    const std::string none = foreign.substr(0, foreign.find("[IDENTITY]"));
+    Run({"settings", "import", job, WriteFile("none.ini", none)});
+    EXPECT_EQ(identity(), own);
 }
 
 TEST_F(SettingsTransferTest, AFileThatIsNoneChangesNothing) {

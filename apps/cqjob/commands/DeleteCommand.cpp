@@ -5,6 +5,7 @@
 
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
+#include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/PointArgument.h"
@@ -69,7 +70,7 @@ class DeleteCommand : public Command {
             }
         }
         batch.Commit();
-        db.Close();
+        CloseChanged(db);
         if (!m_json) {
             console.Say("{} deleted\n", Count(points.size(), "point"));
             return 0;

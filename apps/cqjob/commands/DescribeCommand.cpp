@@ -5,6 +5,7 @@
 #include "cqjob/Arguments.h"
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
+#include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/PointArgument.h"
@@ -75,7 +76,9 @@ class DescribeCommand : public Command {
         } else if (!m_text && !m_delete) {
             console.Print("{}\n", ToUtf8(text));
         }
-        db.Close();
+        if (m_text || m_delete) {
+            CloseChanged(db);
+        }
         return 0;
     }
 

@@ -7,6 +7,7 @@
 #include "cqjob/Arguments.h"
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
+#include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/TextTable.h"
@@ -236,7 +237,7 @@ class GroupsCommand : public Command {
             json.EndArray();
             json.EndObject();
         }
-        db.Close();
+        CloseChanged(db);
     }
 
     void Rename(Console& console) const {
@@ -253,7 +254,7 @@ class GroupsCommand : public Command {
         if (db.EditGroup(id, newName) == 0) {
             ThrowSameName(m_newName);
         }
-        db.Close();
+        CloseChanged(db);
         if (m_json) {
             JsonWriter json(console);
             json.BeginObject();
@@ -277,7 +278,7 @@ class GroupsCommand : public Command {
             db.DelGroup(id);
         }
         batch.Commit();
-        db.Close();
+        CloseChanged(db);
         if (m_json) {
             JsonWriter json(console);
             json.BeginObject();

@@ -12,6 +12,7 @@
 #include "cqjob/Failure.h"
 #include "cqjob/ImageHeader.h"
 #include "cqjob/InputFile.h"
+#include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/OutputFile.h"
@@ -213,7 +214,7 @@ class ImageCommand : public Command {
                 Printable(m_job), Printable(m_file)));
         }
         batch.Commit();
-        db.Close();
+        CloseChanged(db);
     }
 
     void Fetch(Console& console) const {
@@ -305,7 +306,7 @@ class ImageCommand : public Command {
         if (db.DeleteBackgroundImageFile() == 0) {
             FailWithout();
         }
-        db.Close();
+        CloseChanged(db);
         if (m_json) {
             JsonWriter json(console);
             json.BeginObject();

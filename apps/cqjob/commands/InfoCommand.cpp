@@ -6,6 +6,7 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JobTable.h"
 #include "cqjob/JsonWriter.h"
+#include "cqjob/SystemOptions.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 
@@ -31,6 +32,7 @@ struct Summary {
     double symbolSize = 0.0;
     int mapScale = 0;
     std::string settingsDamage;  ///< empty when there is none
+    std::string identity;
 };
 
 Summary Summarise(CqSurveyDB& db) {
@@ -48,6 +50,7 @@ Summary Summarise(CqSurveyDB& db) {
         summary.layers.push_back(layer);
     }
     summary.symbolSize = db.GetSiPointSize();
+    summary.identity = ToUtf8(CqJobIdentity(db).Get());
     const CString section = CqSurveyDB::m_SettingsSection;
     db.GetSettingsInt(section, u"Mapscale", summary.mapScale, 500);
     CString damage;
@@ -84,18 +87,19 @@ class InfoCommand : public Command {
         OpenToRead(db, m_job);
         const Summary summary = Summarise(db);
         if (m_json) {
-            WriteJson(console, summary);
+            WriteJson(console, summary, db);
         } else {
-            WriteText(console, summary);
+            WriteText(console, summary, db);
         }
         db.Close();
         return 0;
     }
 
  private:
-    void WriteText(Console& console, const Summary& summary) const {
+    void WriteText(Console& console, const Summary& summary, CqSurveyDB& db) const {
         const SVDB_INFORMATION& counts = summary.counts;
         console.Print("Job             {}\n", Printable(m_job));
+        console.Print("Identity        {}\n", summary.identity.empty() ? "none" : summary.identity);
         console.Print("Points          {}\n", counts.numPoints);
         console.Print("Entities        {}\n", counts.numEntities);
         console.Print("  polylines     {}, {} vertices\n", counts.numPlines, counts.numVertices);
@@ -127,13 +131,21 @@ class InfoCommand : public Command {
             console.Print("Damaged         {}; what is missing is as in a new job\n",
                           Printable(summary.settingsDamage));
         }
+        console.Print("Length unit     {}\n", DescribeUnit(db));
+        console.Print("System          {}\n", DescribeSystem(db));
     }
 
-    void WriteJson(Console& console, const Summary& summary) const {
+    void WriteJson(Console& console, const Summary& summary, CqSurveyDB& db) const {
         const SVDB_INFORMATION& counts = summary.counts;
         JsonWriter json(console);
         json.BeginObject();
         json.Member("job", m_job);
+        json.Key("id");
+        if (summary.identity.empty()) {
+            json.Null();
+        } else {
+            json.Value(summary.identity);
+        }
         json.Member("points", counts.numPoints);
         json.Member("entities", counts.numEntities);
         json.Member("polylines", counts.numPlines);
@@ -173,6 +185,7 @@ class InfoCommand : public Command {
         if (!summary.settingsDamage.empty()) {
             json.Member("settings_damage", summary.settingsDamage);
         }
+        WriteSystem(json, db);
         json.EndObject();
     }
 

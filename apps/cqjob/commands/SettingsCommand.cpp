@@ -3,10 +3,12 @@
 #include "cqjob/Arguments.h"
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
+#include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/SettingRules.h"
 #include "cqjob/SettingsTransfer.h"
+#include "cqjob/SystemOptions.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -56,6 +58,17 @@ class SettingsCommand : public Command {
             "  cqjob settings set site.job SETTINGS Mapscale 250\n"
             "  cqjob settings set site.job MyOffice Crew \"A. Berg, T. Lund\"");
 
+        m_system = &command.AddCommand("system", "Show or state the length unit and system");
+        AddJob(*m_system, "The job");
+        m_systemOptions.AddTo(*m_system);
+        AddJson(*m_system);
+        m_system->SetFooter("Without an option, the job is not changed.\n" +
+                            std::string(SystemOptions::kHelp) +
+                            "\n"
+                            "Example:\n"
+                            "  cqjob settings system site.job\n"
+                            "  cqjob settings system site.job --unit us-ft --crs EPSG:2230");
+
         m_import = &command.AddCommand("import", "Replace all settings by those of a file");
         AddJob(*m_import, "The job");
         m_import->Add("FILE", m_file, "The settings file").Required().Placeholder("");
@@ -87,6 +100,9 @@ class SettingsCommand : public Command {
             ExportSettings(console, m_job, m_file, m_force);
             AnswerFile(console);
             return 0;
+        }
+        if (m_system->IsGiven()) {
+            return System(console);
         }
         return m_get->IsGiven() ? Get(console) : Set(console);
     }
@@ -156,6 +172,33 @@ class SettingsCommand : public Command {
         return 0;
     }
 
+    int System(Console& console) const {
+        CqSurveyDB db;
+        if (m_systemOptions.IsGiven()) {
+            m_systemOptions.Check();
+            OpenToWrite(db, m_job);
+            CqBatch batch(db);
+            m_systemOptions.State(db, m_job);
+            batch.Commit();
+        } else {
+            OpenToRead(db, m_job);
+        }
+        if (m_json) {
+            JsonWriter json(console);
+            json.BeginObject();
+            json.Member("job", m_job);
+            WriteSystem(json, db);
+            json.EndObject();
+        } else {
+            console.Print("Length unit  {}\nSystem       {}\n", DescribeUnit(db),
+                          DescribeSystem(db));
+        }
+        if (m_systemOptions.IsGiven()) {
+            CloseChanged(db);
+        }
+        return 0;
+    }
+
     void AnswerFile(Console& console) const {
         if (m_json) {
             JsonWriter json(console);
@@ -183,10 +226,9 @@ class SettingsCommand : public Command {
             }
         }
         CqBatch batch(db);
-        // It returns 0 when the section already exists.
-        db.AddSettingsSection(section);
-        if (db.WriteSettingsString(
-                section, key, FromUtf8(SettingRules::Normalise(m_section, m_key, m_value))) == 0) {
+        if (SettingRules::IsOfSystem(m_section)) {
+            SetSystem(db);
+        } else if (WriteSetting(db, section, key) == 0) {
             throw Failure(fmt::format("{}: {}", Printable(m_job),
                                       m_value.empty()
                                           ? fmt::format("there is no setting {} in section {}",
@@ -209,11 +251,29 @@ class SettingsCommand : public Command {
             }
             json.EndObject();
         }
-        db.Close();
+        CloseChanged(db);
         return 0;
     }
 
+    int WriteSetting(CqSurveyDB& db, const CString& section, const CString& key) const {
+        // It returns 0 when the section already exists.
+        db.AddSettingsSection(section);
+        return db.WriteSettingsString(section, key,
+                                      FromUtf8(SettingRules::Normalise(m_section, m_key, m_value)));
+    }
+
+    /// Unit and system depend on each other, so they are not written blindly.
+    void SetSystem(CqSurveyDB& db) const {
+        SystemOptions options;
+        const bool unit = SettingRules::IsUnit(m_key);
+        options.Set(unit ? std::optional(m_value) : std::nullopt,
+                    unit ? std::nullopt : std::optional(m_value));
+        options.State(db, m_job);
+    }
+
     CommandLine* m_list = nullptr;
+    CommandLine* m_system = nullptr;
+    SystemOptions m_systemOptions;
     CommandLine* m_get = nullptr;
     CommandLine* m_set = nullptr;
     CommandLine* m_import = nullptr;
