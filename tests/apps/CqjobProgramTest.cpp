@@ -51,7 +51,7 @@ TEST_F(CqjobProgram, HelpsEverywhereWithAnExample) {
         EXPECT_EQ(run.err, "");
     }
     const std::vector<std::pair<std::string, std::vector<std::string>>> actions = {
-        {"settings", {"list", "get", "set", "import", "export"}},
+        {"settings", {"list", "get", "set", "system", "import", "export"}},
         {"groups", {"list", "add", "rename", "delete"}},
         {"image", {"store", "fetch", "info", "delete"}},
     };
@@ -61,7 +61,8 @@ TEST_F(CqjobProgram, HelpsEverywhereWithAnExample) {
                               "Example:\n  cqjob " + command + " " + word));
         }
     }
-    for (const char* action : {"list", "add", "show", "hide", "color", "line"}) {
+    for (const char* action :
+         {"list", "add", "show", "hide", "color", "line", "rename", "delete"}) {
         EXPECT_TRUE(Holds(Run({"layers", action, "--help"}).out,
                           "Example:\n  cqjob layers " + std::string(action)));
     }
@@ -125,9 +126,17 @@ TEST_F(CqjobProgram, ImportsAndTellsEveryLine) {
               points + " into " + job +
                   "\n  columns: name 1, northing 2, easting 3, height 4, description from 5; "
                   "separator: comma\n  9 lines = 1 header + 1 comment + 1 blank + 4 recorded + 0 "
-                  "continued + 0 skipped + 2 refused\n  2 without height\n  1 without name\n");
-    EXPECT_EQ(run.err, points + ":6: refused: the job already has a point \"P1\"\n" + points +
-                           ":8: refused: the northing \"x\" is not a number\n");
+                  "continued + 0 skipped + 2 refused\n  2 without height\n  1 without name\n"
+                  "  easting 20 to 23, northing 10 to 13, height 3 to 4\n"
+                  "  point \"P2\": easting 20, northing 10, no height\n"
+                  "  point \"P10\": easting 21.5, northing 11.5, no height\n"
+                  "  point \"P1\": easting 22, northing 12, height 3\n"
+                  "  refused 1: the job already has a point of that name, first in line 6\n"
+                  "  refused 1: the northing is not a number, first in line 8\n");
+    EXPECT_EQ(run.err, points +
+                           ":6: refused: the job already has a point \"P1\": dE 0.0000, dN 0.0000, "
+                           "dH 0.0000\n" +
+                           points + ":8: refused: the northing \"x\" is not a number\n");
     const CqjobRun list = Run({"points", job});
     EXPECT_EQ(list.out,
               "Name  Easting  Northing  Height  Code  Group  Description\n"
@@ -410,8 +419,9 @@ TEST_F(CqjobProgram, AnswersInJsonWhatItChangedAndWrote) {
     EXPECT_EQ(Run({"settings", "import", job, settings, "--json"}).out, told);
     const std::string points = folder.Utf8("a.csv");
     CqjobRun run = Run({"export", job, points, "--json"});
-    EXPECT_EQ(run.out,
-              head + "  \"file\": \"" + points + "\",\n  \"points\": 1,\n  \"not_finite\": 0\n}\n");
+    EXPECT_EQ(run.out, head + "  \"file\": \"" + points +
+                           "\",\n  \"points\": 1,\n  \"not_finite\": 0,\n"
+                           "  \"length_unit\": null,\n  \"crs\": null,\n  \"crs_name\": null\n}\n");
     EXPECT_EQ(run.err, "");
     for (const std::vector<std::string>& command :
          std::vector<std::vector<std::string>>{{"export"}, {"settings", "export"}}) {

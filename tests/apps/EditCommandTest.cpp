@@ -72,5 +72,12 @@ TEST_F(EditCommandTest, WrongUsageChangesNothing) {
     EXPECT_EQ(ReadFile(job), before);
 }
 
+TEST_F(EditCommandTest, PutsPointsOnALayerThatIsThere) {
+    Run({"layers", "add", job, "Road"});
+    Run({"edit", job, "A", "B", "--layer", "Road"});
+    EXPECT_TRUE(Holds(Run({"layers", job}).out, "Road      7     0  yes           2\n"));
+    EXPECT_TRUE(Holds(Run({"edit", job, "A", "--layer", "Raod"}, 1).err, "no layer \"Raod\""));
+}
+
 }  // namespace
 }  // namespace cqsurvey::cqjob

@@ -260,5 +260,15 @@ INSTANTIATE_TEST_SUITE_P(Surveys, FieldFiles, testing::ValuesIn(Files()), [](con
     return name;
 });
 
+TEST_P(FieldFiles, EverythingOfItsPointsSurvivesTheWayThroughAText) {
+    const std::string exported = folder.Utf8("all.csv");
+    ASSERT_EQ(RunCqjob({"export", job, exported, "--all-columns"}).status, 0);
+    const std::string copy = folder.Utf8("copy.job");
+    ASSERT_EQ(RunCqjob({"new", copy}).status, 0);
+    const CqjobRun again = RunCqjob({"import", copy, exported, "--order", "header", "--strict"});
+    ASSERT_EQ(again.status, 0) << again.err;
+    EXPECT_EQ(RunCqjob({"export", copy, "-", "--all-columns"}).out, ReadFile(exported));
+}
+
 }  // namespace
 }  // namespace cqsurvey::cqjob

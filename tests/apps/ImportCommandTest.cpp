@@ -13,9 +13,11 @@ TEST_F(ImportCommand, NotesNameTheFileAndItsLines) {
     Run({"new", job});
     const CqjobRun run =
         Run({"import", job, "-", "--order", "pnezd"}, 0, "A,1,2,3\nB,x,2,3,\"a\nb\nc\"\nA,1,2,3\n");
-    EXPECT_EQ(run.err,
-              "standard input:2-4: refused: the northing \"x\" is not a number\n"
-              "standard input:5: refused: the job already has a point \"A\"\n");
+    EXPECT_EQ(
+        run.err,
+        "standard input:2-4: refused: the northing \"x\" is not a number\n"
+        "standard input:5: refused: the job already has a point \"A\": dE 0.0000, dN 0.0000, dH "
+        "0.0000\n");
 }
 
 TEST_F(ImportCommand, NotesStandInTheJsonInstead) {
@@ -51,6 +53,127 @@ TEST_F(ImportCommand, EastAsianPagesGoInAndOutAgain) {
     Run({"new", job, "--force"});
     Run({"import", job, "-", "--order", "pnezd", "--code-page", "20936"}, 0, "A,1,2,3,\xB5\xC0\n");
     EXPECT_EQ(Run({"describe", job, "A"}).out, "\u9053\n");
+}
+
+TEST_F(ImportCommand, ReportsShowWhereThePointsAreAndWhyLinesWereRefused) {
+    Run({"new", job});
+    const std::string text = "A,10,-20,5\nB,11,x,6\nC,12,21,\nD,12,y,7\nE,1,2,8\nF,1,2,9\n";
+    const std::string out = Run({"import", job, "-", "--order", "pnez"}, 0, text).out;
+    EXPECT_TRUE(Holds(out,
+                      "  easting -20 to 21, northing 1 to 12, height 5 to 9\n"
+                      "  point \"A\": easting -20, northing 10, height 5\n"
+                      "  point \"C\": easting 21, northing 12, no height\n"
+                      "  point \"E\": easting 2, northing 1, height 8\n"
+                      "  refused 2: the easting is not a number, first in line 2\n"));
+    const std::string json =
+        Run({"import", job, "-", "--order", "pnez", "--duplicates", "rename", "--json"}, 0, text)
+            .out;
+    EXPECT_TRUE(Holds(json, "\"min_easting\": -20,"));
+    EXPECT_TRUE(Holds(json, "\"cause\": \"the easting is not a number\",\n      \"refused\": 2,"));
+    EXPECT_TRUE(Holds(json, "\"first_points\": [\n    {\n      \"name\": \"A_2\","));
+}
+
+TEST_F(ImportCommand, ADryRunLeavesTheJobByteForByte) {
+    Run({"new", job});
+    const std::string before = ReadFile(job);
+    const std::vector<std::string> import = {"import", job, "-", "--order", "pnez", "--dry-run"};
+    EXPECT_TRUE(Holds(Run(import, 0, "A,1,2,3\n").out, "1 recorded"));
+    EXPECT_EQ(ReadFile(job), before);
+}
+
+TEST_F(ImportCommand, RepeatedNamesAreUpdatedOrChecked) {
+    MakeJob("A,1,2,3\n");
+    EXPECT_TRUE(Holds(
+        Run({"import", job, "-", "--order", "pnez", "--duplicates", "check", "--tolerance", "0.02"},
+            0, "A,1.05,2,3\n")
+            .err,
+        "checked: the job already has a point \"A\": dE 0.0000, dN 0.0500, dH 0.0000; "
+        "out of tolerance"));
+    Run({"import", job, "-", "--order", "pnezc", "--duplicates", "update"}, 0, "A,1.05,2,3,8\n");
+    EXPECT_EQ(Run({"export", job, "-", "--order", "pnezc"}).out, "A,1.05,2,3,8\r\n");
+    Run({"import", job, "-", "--order", "pnez", "--duplicates", "check"}, 2, "");
+    Run({"import", job, "-", "--order", "pnez", "--tolerance", "1"}, 2, "");
+    Run({"import", job, "-", "--order", "pnez", "--duplicates", "check", "--tolerance", "-1"}, 2,
+        "");
+}
+
+TEST_F(ImportCommand, PointsGoOntoLayers) {
+    Run({"new", job});
+    Run({"import", job, "-", "--order", "pnezd", "--layer", "Rest", "--layer-from-code"}, 0,
+        "A,1,2,3,TOP WALL\nB,1,2,3,12\nC,1,2,3\nD,1,2,3,TOP\n");
+    const std::string layers = Run({"layers", job}).out;
+    EXPECT_TRUE(Holds(layers, "TOP       7     0  yes           2\n"));
+    EXPECT_TRUE(Holds(layers, "12        7     0  yes           1\n"));
+    EXPECT_TRUE(Holds(layers, "Rest      7     0  yes           1\n"));
+}
+
+TEST_F(ImportCommand, SeveralFilesAreOneStepEachWithASum) {
+    Run({"new", job});
+    const std::string first = WriteFile("1.csv", "A,1,2,3\nB,1,x,3\n");
+    const std::string second = WriteFile("2.csv", "C,1,2,3\n");
+    const std::string missing = folder.Utf8("3.csv");
+    const CqjobRun run = Run({"import", job, first, missing, second, "--order", "pnez"}, 1);
+    EXPECT_TRUE(Holds(run.out, first + " into " + job));
+    EXPECT_TRUE(Holds(run.out, second + " into " + job));
+    EXPECT_TRUE(Holds(run.out, "3 files into " + job + ", 1 failed\n  3 lines = "));
+    EXPECT_TRUE(Holds(run.out, "2 recorded + 0 continued + 0 skipped + 1 refused"));
+    EXPECT_TRUE(Holds(run.err, "cqjob: " + missing));
+    EXPECT_TRUE(Holds(Run({"info", job}).out, "Points          2\n"));
+    const std::string json =
+        Run({"import", job, first, second, "--order", "pnez", "--json", "--duplicates", "rename"})
+            .out;
+    EXPECT_TRUE(Holds(json, "\"files\": ["));
+    EXPECT_TRUE(Holds(json, "\"sum\": {\n    \"failed\": 0,\n    \"lines\": 3,"));
+}
+
+TEST_F(ImportCommand, AFileThatIsNoTextIsNamedWithTheCommandThatTakesIt) {
+    MakeJob("A,1,2,3\n");
+    const std::string other = folder.Utf8("other.job");
+    Run({"new", other});
+    EXPECT_TRUE(Holds(Run({"import", job, other, "--order", "pnez"}, 1).err,
+                      "is a job, no text of points; cqjob export"));
+    const std::string picture = WriteFile("a.csv", "\x89PNG\r\n\x1A\n");
+    EXPECT_TRUE(Holds(Run({"import", job, picture, "--order", "pnez"}, 1).err,
+                      "is a picture, no text of points; cqjob image store"));
+    const std::string packed = WriteFile("b.csv", "\x1F\x8B\x08");
+    EXPECT_TRUE(Holds(Run({"import", job, packed, "--order", "pnez"}, 1).err, "gunzip"));
+}
+
+TEST_F(ImportCommand, AJobSurvivesTheWayThroughATextWhole) {
+    Run({"new", job});
+    Run({"import", job, "-", "--order", "penzcgfotld"}, 0,
+        "A,1.5,2,3,7,Day 2,255,16,2001-02-03T04:05:06Z,Road,\"12\"\n"
+        "B,1e-9,2,,0,,0,1,1999-12-31T23:59:59Z,0,\"wall, \"\"old\"\"\"\n"
+        ",5,6,7,-3,day 3,4294967295,2,2026-11-22T08:15:00Z,Kanal \u00e4,\n");
+    Run({"layers", "color", job, "Road", "3"});
+    const std::string text = folder.Utf8("all.csv");
+    Run({"export", job, text, "--all-columns"});
+    EXPECT_TRUE(
+        ReadFile(text).starts_with("Name,Easting,Northing,Height,Code,Group,Flags,Origin,Time "
+                                   "UTC,Layer,Description\r\n"));
+    const std::string copy = folder.Utf8("copy.job");
+    Run({"new", copy});
+    Run({"import", copy, text, "--order", "header", "--strict"});
+    EXPECT_EQ(Run({"export", copy, "-", "--all-columns"}).out, ReadFile(text));
+    EXPECT_TRUE(Holds(Run({"points", copy, "--json"}).out, "\"time\": \"2001-02-03T04:05:06Z\""));
+}
+
+TEST_F(ImportCommand, DegreesAreProjectedOnlyWhenAskedTo) {
+    const std::string text = "Name,Latitude,Longitude,H\nO,32.1666666667,-116.25,1200\n";
+    Run({"new", job, "--crs", "EPSG:2230"});
+    EXPECT_TRUE(Holds(Run({"import", job, "-", "--order", "header"}, 2, text).err, "--from-crs"));
+    const std::string out =
+        Run({"import", job, "-", "--order", "header", "--from-crs", "EPSG:4269"}, 0, text).out;
+    EXPECT_TRUE(Holds(out, "projected from EPSG:4269 NAD83 to EPSG:2230"));
+    EXPECT_TRUE(Holds(out, "heights changed from the unit m to us-ft"));
+    EXPECT_EQ(Run({"export", job, "-", "--order", "penz", "--decimals", "2"}).out,
+              "O,6561666.67,1640416.67,3937.00\r\n");
+    Run({"import", job, "-", "--order", "header", "--from-crs", "EPSG:1"}, 2, text);
+    const std::string bare = folder.Utf8("bare.job");
+    Run({"new", bare});
+    EXPECT_TRUE(Holds(
+        Run({"import", bare, "-", "--order", "header", "--from-crs", "EPSG:4326"}, 2, text).err,
+        "cqjob settings system"));
 }
 
 }  // namespace

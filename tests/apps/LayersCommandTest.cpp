@@ -114,5 +114,47 @@ TEST_F(LayersCommand, WantsAJob) {
     EXPECT_TRUE(Has(Run({folder.Utf8("none.job")}, 1).err, "none.job"));
 }
 
+TEST_F(LayersCommand, RenamesALayerWithEverythingOnIt) {
+    Run({"add", job, "Road", "--color", "5", "--line", "2", "--hidden"});
+    {
+        CqSurveyDB db;
+        db.Open(FromUtf8(job));
+        db.SetCurrentLayer(u"Road");
+        DrawCircle(db, 1, 1, 1);
+        db.Close();
+    }
+    EXPECT_TRUE(Has(Run({"rename", job, "Road", "Road edge", "--json"}).out, "\"moved\": 1"));
+    EXPECT_EQ(Color(u"Road edge"), -5);
+    EXPECT_EQ(Line(u"Road edge"), 2);
+    EXPECT_TRUE(Has(Run({job}).out, "Road edge      5     2  no            1\n"));
+    EXPECT_FALSE(Has(Run({job}).out, "Road  "));
+    Run({"rename", job, "Road edge", "0"}, 1);
+    Run({"rename", job, "0", "Zero"}, 1);
+    Run({"rename", job, "None", "Some"}, 1);
+    EXPECT_EQ(RunCqjob({"check", job}).status, 0);
+}
+
+TEST_F(LayersCommand, DeletesALayerThatIsEmptyOrIsEmptiedFirst) {
+    Run({"add", job, "Road"});
+    Run({"add", job, "Tree"});
+    {
+        CqSurveyDB db;
+        db.Open(FromUtf8(job));
+        db.SetCurrentLayer(u"Road");
+        DrawCircle(db, 1, 1, 1);
+        db.Close();
+    }
+    Run({"delete", job, "Tree"});
+    EXPECT_TRUE(Has(Run({"delete", job, "Road"}, 1).err, "--move-to"));
+    Run({"delete", job, "Road", "--move-to", "Road"}, 1);
+    Run({"delete", job, "Road", "--move-to", "None"}, 1);
+    Run({"delete", job, "Road", "--move-to", "0"});
+    EXPECT_EQ(Run({job}).out,
+              "Name  Color  Line  Shown  Entities\n"
+              "0         1     0  yes           2\n");
+    Run({"delete", job, "0"}, 1);
+    EXPECT_EQ(RunCqjob({"check", job}).status, 0);
+}
+
 }  // namespace
 }  // namespace cqsurvey::cqjob

@@ -7,6 +7,7 @@
 #include "cqjob/Arguments.h"
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
+#include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/PointArgument.h"
@@ -38,6 +39,7 @@ class EditCommand : public Command {
         command
             .Add("--group", m_group, "Put the points into this group; an empty name means no group")
             .Placeholder("NAME");
+        command.Add("--layer", m_layer, "Put the points on this layer").Placeholder("NAME");
         AddJson(command);
         command.SetFooter(
             "What no option names stays as it is. When one of the points cannot be changed, none "
@@ -62,6 +64,7 @@ class EditCommand : public Command {
                                           Printable(m_job), Quoted(*m_group)));
             }
         }
+        RequireLayer(db);
         CqBatch batch(db);
         std::vector<CqHandle> handles;
         for (const std::string& point : m_points) {
@@ -74,7 +77,7 @@ class EditCommand : public Command {
         if (m_json) {
             WriteJson(console, db, handles);
         }
-        db.Close();
+        CloseChanged(db);
         return 0;
     }
 
@@ -86,13 +89,31 @@ class EditCommand : public Command {
 
     void CheckOptions() {
         if (!m_name && !m_east && !m_north && !m_height && !m_noHeight && !m_code && !m_flags &&
-            !m_group) {
+            !m_group && !m_layer) {
             throw UsageError("there is nothing to change; use --name, --east, --code ...");
         }
         if (m_name && m_points.size() > 1) {
             throw UsageError("several points cannot have the same name");
         }
         m_newName = ReadName(m_name.value_or(""), "the point's name");
+    }
+
+    void RequireLayer(CqSurveyDB& db) const {
+        if (!m_layer) {
+            return;
+        }
+        const CString wanted = ReadText(*m_layer, "the layer's name");
+        CString name;
+        int color = 0;
+        auto left = db.GetNumLayers();
+        for (CqHandle handle = db.GetFirstLayerHandle();
+             handle != 0 && left > 0 && db.GetNextLayer(handle, name, color) != 0; --left) {
+            if (name == wanted) {
+                return;
+            }
+        }
+        throw Failure(fmt::format("{}: there is no layer {}; add it with cqjob layers add",
+                                  Printable(m_job), Quoted(*m_layer)));
     }
 
     static CqCoordRec Read(const CqSurveyDB& db, CqHandle handle) {
@@ -110,6 +131,9 @@ class EditCommand : public Command {
         }
         if (m_group) {
             db.EditCoordRecGroup(handle, m_groupId);
+        }
+        if (m_layer) {
+            db.EditLayer(db.GetCadEntityHandleByCoordRecHandle(handle), FromUtf8(*m_layer));
         }
     }
 
@@ -162,6 +186,7 @@ class EditCommand : public Command {
     std::optional<std::string> m_code;
     std::optional<std::uint32_t> m_flags;
     std::optional<std::string> m_group;
+    std::optional<std::string> m_layer;
     CString m_newName;
     std::uint16_t m_groupId = 0;
 };

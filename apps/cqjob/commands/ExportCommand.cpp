@@ -7,6 +7,7 @@
 #include "cqjob/OutputFile.h"
 #include "cqjob/Progress.h"
 #include "cqjob/SeparatorOption.h"
+#include "cqjob/SystemOptions.h"
 #include "cqjob/ViewOptions.h"
 #include "text/Printable.h"
 
@@ -32,6 +33,11 @@ class ExportCommand : public Command {
                  "Columns by words (name,easting,-,northing,height,code,desc)")
             .Placeholder("LIST")
             .Excludes("--order");
+        command
+            .AddFlag("--all-columns", m_allColumns,
+                     "Everything that the job knows of its points, with a header")
+            .Excludes("--order")
+            .Excludes("--columns");
         command.AddFlag("--header,!--no-header", m_header,
                         "Name the columns in the first line, or not; without it, only when neither "
                         "--order nor --columns is given");
@@ -57,7 +63,8 @@ class ExportCommand : public Command {
             "same points. When the order has no c, d holds the description or the feature code; "
             "for\n"
             "a point that has both, the code comes first, and then the description in a column of\n"
-            "its own.\n"
+            "its own. --all-columns is penzcgfotld; cqjob import --order header reads it back "
+            "whole.\n"
             "\n" +
             std::string(ViewOptions::kHelp) +
             "\n"
@@ -88,7 +95,6 @@ class ExportCommand : public Command {
             progress.Update(i + 1, i + 1, points.GetCount());
         }
         output.Finish();
-        db.Close();
         if (m_json) {
             JsonWriter json(console);
             json.BeginObject();
@@ -96,10 +102,15 @@ class ExportCommand : public Command {
             json.Member("file", m_file);
             json.Member("points", points.GetCount());
             json.Member("not_finite", writer.GetNotFinite());
+            WriteSystem(json, db);
             json.EndObject();
             return 0;
         }
         console.Say("{} into {}\n", Count(points.GetCount(), "point"), Printable(m_file));
+        const CqJobSystem system(db);
+        if (system.GetUnit() || !system.GetSystem().empty()) {
+            console.Say("  length unit: {}; system: {}\n", DescribeUnit(db), DescribeSystem(db));
+        }
         if (writer.GetNotFinite() > 0) {
             console.Say(
                 "{}: {} with coordinates that are not finite numbers; an import refuses such "
@@ -112,7 +123,9 @@ class ExportCommand : public Command {
  private:
     exchange::FieldTextWriteOptions ReadOptions() const {
         exchange::FieldTextWriteOptions options;
-        if (!m_columns.empty()) {
+        if (m_allColumns) {
+            options.order = exchange::ColumnOrder::FromLetters("penzcgfotld");
+        } else if (!m_columns.empty()) {
             options.order = exchange::ColumnOrder::FromWords(m_columns);
         } else if (!m_order.empty()) {
             options.order = exchange::ColumnOrder::FromLetters(m_order, kOptionPrefix);
@@ -131,6 +144,7 @@ class ExportCommand : public Command {
     std::string m_file;
     std::string m_order;
     std::string m_columns;
+    bool m_allColumns = false;
     bool m_header = false;
     std::string m_separator = "comma";
     std::optional<int> m_decimals;

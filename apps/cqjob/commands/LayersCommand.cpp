@@ -5,6 +5,7 @@
 
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
+#include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/TextTable.h"
@@ -85,6 +86,33 @@ class LayersCommand : public Command {
             .Placeholder("")
             .InRange(0, kMaxLine);
         m_lineAction->SetFooter("Example:\n  cqjob layers line site.job Road 2");
+
+        m_rename = &command.AddCommand("rename", "Give a layer another name");
+        AddJob(*m_rename, "The job");
+        AddName(*m_rename);
+        m_rename->Add("NEW", m_other, "The new name, at most 51 characters")
+            .Required()
+            .Placeholder("");
+        AddJson(*m_rename);
+        m_rename->SetFooter(
+            "The layer keeps its colour and line type, and goes to the end of the list. Layer 0\n"
+            "keeps its name.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob layers rename site.job Road \"Road edge\"");
+
+        m_delete = &command.AddCommand("delete", "Delete a layer");
+        AddJob(*m_delete, "The job");
+        AddName(*m_delete);
+        m_delete->Add("--move-to", m_other, "Move what is on it to this layer")
+            .Placeholder("LAYER");
+        AddJson(*m_delete);
+        m_delete->SetFooter(
+            "A layer that holds anything is deleted only when it can be moved elsewhere. Layer 0\n"
+            "stays.\n"
+            "\n"
+            "Example:\n"
+            "  cqjob layers delete site.job Road --move-to 0");
         return command;
     }
 
@@ -97,6 +125,9 @@ class LayersCommand : public Command {
         }
         if (m_colorAction->IsGiven() || m_lineAction->IsGiven()) {
             return Edit();
+        }
+        if (m_rename->IsGiven() || m_delete->IsGiven()) {
+            return m_rename->IsGiven() ? Rename(console) : Delete(console);
         }
         if (!m_list->IsGiven() && !m_command->IsGiven("JOB")) {
             throw UsageError("JOB is required");
@@ -188,7 +219,7 @@ class LayersCommand : public Command {
         if (db.AddLayer(name, m_hidden ? -m_color : m_color, m_line) == 0) {
             FailAbout(m_name, "already a layer");
         }
-        db.Close();
+        CloseChanged(db);
         return 0;
     }
 
@@ -206,7 +237,7 @@ class LayersCommand : public Command {
             }
         }
         batch.Commit();
-        db.Close();
+        CloseChanged(db);
         return 0;
     }
 
@@ -221,11 +252,114 @@ class LayersCommand : public Command {
         if (done == 0) {
             FailAbout(m_name, "no layer");
         }
-        db.Close();
+        CloseChanged(db);
         return 0;
     }
 
+    /// Moves everything on one layer to another, and returns how many entities that were.
+    static std::size_t Move(CqSurveyDB& db, const CString& from, const CString& to) {
+        std::vector<CqHandle> handles;
+        for (const CqCadEntityPtr& entity : Entities(db)) {
+            if (entity->GetLayer() == from) {
+                handles.push_back(entity->GetHandle());
+            }
+        }
+        for (const CqHandle handle : handles) {
+            db.EditLayer(handle, to);
+        }
+        return handles.size();
+    }
+
+    /// Throws Failure unless there is such a layer and it may go.
+    void RequireOwnLayer(CqSurveyDB& db, const CString& name) const {
+        if (!HasLayer(db, name)) {
+            FailAbout(m_name, "no layer");
+        }
+        if (name == u"0") {
+            throw Failure(Printable(m_job) + ": every job has the layer \"0\"");
+        }
+    }
+
+    static bool HasLayer(CqSurveyDB& db, const CString& wanted) {
+        CString name;
+        int color = 0;
+        auto left = db.GetNumLayers();
+        for (CqHandle handle = db.GetFirstLayerHandle();
+             handle != 0 && left > 0 && db.GetNextLayer(handle, name, color) != 0; --left) {
+            if (name == wanted) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    int Rename(Console& console) const {
+        const CString name = ToName(m_name);
+        const CString newName = ToName(m_other);
+        if (newName.size() > kLongestLayerName) {
+            throw UsageError(fmt::format("the name {} has more than {} characters", Quoted(m_other),
+                                         kLongestLayerName));
+        }
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        RequireOwnLayer(db, name);
+        CqBatch batch(db);
+        if (db.AddLayer(newName, db.GetLayerColor(name), db.GetLayerLine(name)) == 0) {
+            FailAbout(m_other, "already a layer");
+        }
+        const std::size_t moved = Move(db, name, newName);
+        db.DeleteLayer(name);
+        batch.Commit();
+        Answer(console, "name", moved);
+        CloseChanged(db);
+        return 0;
+    }
+
+    int Delete(Console& console) const {
+        const CString name = ToName(m_name);
+        CqSurveyDB db;
+        OpenToWrite(db, m_job);
+        RequireOwnLayer(db, name);
+        CqBatch batch(db);
+        std::size_t moved = 0;
+        if (!m_other.empty()) {
+            const CString other = ToName(m_other);
+            if (other == name || !HasLayer(db, other)) {
+                FailAbout(m_other, "no other layer");
+            }
+            moved = Move(db, name, other);
+        }
+        for (const CqCadEntityPtr& entity : Entities(db)) {
+            if (entity->GetLayer() == name) {
+                throw Failure(fmt::format(
+                    "{}: the layer {} is not empty; --move-to moves what is on it to another layer",
+                    Printable(m_job), Quoted(m_name)));
+            }
+        }
+        db.DeleteLayer(name);
+        batch.Commit();
+        Answer(console, "moved_to", moved);
+        CloseChanged(db);
+        return 0;
+    }
+
+    void Answer(Console& console, const char* otherKey, std::size_t moved) const {
+        if (!m_json) {
+            return;
+        }
+        JsonWriter json(console);
+        json.BeginObject();
+        json.Member("job", m_job);
+        json.Member("layer", m_name);
+        json.Member(otherKey, m_other);
+        json.Member("moved", moved);
+        json.EndObject();
+    }
+
     CommandLine* m_command = nullptr;
+    CommandLine* m_rename = nullptr;
+    CommandLine* m_delete = nullptr;
+    std::string m_other;
     CommandLine* m_list = nullptr;
     CommandLine* m_add = nullptr;
     CommandLine* m_show = nullptr;
