@@ -1,8 +1,12 @@
+#include <filesystem>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "apps/ProgramTest.h"
+#include "support/SurveyData.h"
 
 namespace cqsurvey::cqjob {
 namespace {
@@ -174,6 +178,80 @@ TEST_F(ImportCommand, DegreesAreProjectedOnlyWhenAskedTo) {
     EXPECT_TRUE(Holds(
         Run({"import", bare, "-", "--order", "header", "--from-crs", "EPSG:4326"}, 2, text).err,
         "cqjob settings system"));
+}
+
+/// Runs imports of real survey files, as far as they are there.
+class ImportOfSurveyFiles : public ProgramTest {
+ protected:
+    /// The path of a file of the data, empty when it is not there.
+    static std::string Find(const std::string& name) {
+        const std::string path = SurveyDataPath(name);
+        return std::filesystem::exists(path) ? path : std::string();
+    }
+};
+
+TEST_F(ImportOfSurveyFiles, DecimalCommasAreNamedOnce) {
+    const std::string file = Find("points/penzh_tab_decimalcomma.txt");
+    if (file.empty()) {
+        GTEST_SKIP() << "there is no penzh_tab_decimalcomma.txt";
+    }
+    Run({"new", job});
+    EXPECT_TRUE(
+        Holds(Run({"import", job, file, "--order", "PENZ"}, 1).out,
+              "  refused 104: the northing is not a number: it holds a comma, first in line "
+              "2; --decimal-comma reads it as a number\n"));
+}
+
+TEST_F(ImportOfSurveyFiles, AFileWithoutHeightsNamesTheOrder) {
+    const std::optional<std::string> text = ReadSurveyData("points/linecoded_penzd_bom.txt");
+    if (!text) {
+        GTEST_SKIP() << "there is no linecoded_penzd_bom.txt";
+    }
+    // The same points without their fourth column.
+    std::string flat;
+    std::istringstream lines(*text);
+    for (std::string line; std::getline(lines, line);) {
+        std::size_t third = 0;
+        for (int i = 0; i < 3; ++i) {
+            third = line.find(',', third) + 1;
+        }
+        flat += line.substr(0, third) + line.substr(line.find(',', third) + 1) + "\n";
+    }
+    Run({"new", job});
+    const std::string out = Run({"import", job, "-", "--order", "penzd"}, 1, flat).out;
+    EXPECT_TRUE(Holds(out,
+                      "refused 956: the height is not a number, first in line 1; a file without "
+                      "heights is read with --order pend\n"));
+    const std::string good = Run({"import", job, "-", "--order", "PEND"}, 0, flat).out;
+    EXPECT_TRUE(Holds(good, "956 recorded"));
+    EXPECT_TRUE(Holds(good,
+                      "  easting 355114.987 to 356592.63, northing 4610926.877 to 4611784.814, "
+                      "no heights\n"));
+}
+
+TEST_F(ImportOfSurveyFiles, AnXmlFileIsNoTextOfPoints) {
+    const std::string file = Find("landxml/nsw_plan_dp1174265_m.xml");
+    if (file.empty()) {
+        GTEST_SKIP() << "there is no nsw_plan_dp1174265_m.xml";
+    }
+    Run({"new", job});
+    EXPECT_TRUE(Holds(Run({"import", job, file, "--order", "pnez"}, 1).err,
+                      "is a LandXML file, no text of points"));
+}
+
+TEST_F(ImportOfSurveyFiles, ASurveyTakenAgainIsWithinItsTolerance) {
+    const std::string file = Find("points/topo_pnezd_ft.asc");
+    if (file.empty()) {
+        GTEST_SKIP() << "there is no topo_pnezd_ft.asc";
+    }
+    Run({"new", job, "--unit", "us-ft"});
+    Run({"import", job, file, "--order", "pnezd"});
+    const std::string out =
+        Run({"import", job, file, "--order", "pnezd", "--duplicates", "check", "--tolerance", "0"})
+            .out;
+    EXPECT_TRUE(Holds(out, "0 recorded + 0 continued + 0 skipped + 0 refused + 1311 checked\n"));
+    EXPECT_EQ(out.find("out of tolerance"), std::string::npos);
+    EXPECT_TRUE(Holds(Run({"info", job}).out, "Points          1311\n"));
 }
 
 }  // namespace
