@@ -141,7 +141,8 @@ class CQSURVEY_EXCHANGE_API FieldTextReader {
 
     /// Records all points of the file in an open job, in one step. The step is undone when any line
     /// is refused and options.strict is set; the report then counts the points as withheld. It is
-    /// also undone when lines were refused and no point could be recorded.
+    /// also undone when lines were refused and no point could be recorded or updated, and with
+    /// options.dryRun.
     ///
     /// Latitudes and longitudes are never recorded as northings and eastings. A file is refused
     /// when its headings say that it holds them; and when every position could be one and most are

@@ -17,10 +17,11 @@ namespace cqsurvey::exchange {
 struct ImportNote {
     std::uint64_t line = 0;   ///< the number of the first line, from 1
     std::uint64_t lines = 0;  ///< how many lines it takes
-    const char* what = "";    ///< "refused", "skipped", or "note" for a line that was recorded
-    std::string text;         ///< an English sentence in UTF-8, without control characters
-    std::string cause{};      ///< of a refusal: the sentence without what is only in this line
-    std::string hint{};       ///< of a refusal: what may help against it; may be empty
+    /// "refused", "skipped", "updated", "checked", or "note" for a line that was recorded.
+    const char* what = "";
+    std::string text;     ///< an English sentence in UTF-8, without control characters
+    std::string cause{};  ///< of a refusal: the sentence without what is only in this line
+    std::string hint{};   ///< of a refusal: what may help against it; may be empty
 };
 
 /// A reason for refusals, and how often it occurred.
