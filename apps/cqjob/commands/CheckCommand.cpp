@@ -28,13 +28,10 @@ class CheckCommand : public Command {
             .InRange(1, 1000000)
             .ShowDefault();
         command.SetFooter(
-            "Several jobs are checked one after the other, each with a report of its own.
-"
+            "Several jobs are checked one after the other, each with a report of its own.\n"
             "The exit status is 1 when anything is wrong. A note is about something that was left "
-            "as it
-"
-            "is on purpose, such as an entity whose layer was deleted; it is not wrong.
-"
+            "as it\n"
+            "is on purpose, such as an entity whose layer was deleted; it is not wrong.\n"
             "\n"
             "Example:\n"
             "  cqjob check site.job\n"
