@@ -38,6 +38,7 @@ std::vector<std::unique_ptr<Command>> MakeCommands() {
     commands.push_back(MakeExportCommand());
     commands.push_back(MakeCheckCommand());
     commands.push_back(MakeInspectCommand());
+    commands.push_back(MakeBackupCommand());
     commands.push_back(MakeSettingsCommand());
     commands.push_back(MakeImageCommand());
     return commands;

@@ -64,6 +64,7 @@ std::unique_ptr<Command> MakePlotCommand();
 std::unique_ptr<Command> MakeExportCommand();
 std::unique_ptr<Command> MakeCheckCommand();
 std::unique_ptr<Command> MakeInspectCommand();
+std::unique_ptr<Command> MakeBackupCommand();
 std::unique_ptr<Command> MakeSettingsCommand();
 std::unique_ptr<Command> MakeImageCommand();
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -81,6 +82,17 @@ class CQSURVEY_API CqSurveyDB {
     /// is open afterwards, even when it throws.
     void Close();
     [[nodiscard]] bool IsOpen() const;
+
+    /// Copies the open job to a new file at `path`, byte for byte as the last step left it. The job
+    /// may be open for writing or for reading; it is not changed, nor closed. The copy is made
+    /// under another name in the same folder, compared with the job, opened and checked like
+    /// CqJobCheck, and gets its path when it is whole and on the disk; a failure leaves nothing.
+    /// Returns how many faults the check found: the job has the same ones.
+    ///
+    /// Throws error::kInvalidArgument while a batch is open, since a batch may still be undone;
+    /// error::kFileExists when anything exists at `path`; error::kDamaged when the job cannot be
+    /// read as a whole.
+    std::size_t Backup(const CString& path) const;
 
     /// The inside of the job, for the library's own classes.
     [[nodiscard]] Job& GetJob() const noexcept { return *m_job; }

@@ -221,6 +221,10 @@ void Descriptor::Write(const void* buffer, std::size_t count, std::error_code& f
     }
 }
 
+void Descriptor::Sync(std::error_code& failure) noexcept {
+    failure = FailureOf(Uninterrupted([&] { return ::fsync(m_number); }) != 0);
+}
+
 void Descriptor::Close(std::error_code& failure) noexcept {
     failure = FailureOf(IsOpen() && ::close(std::exchange(m_number, -1)) != 0);
 }

@@ -104,6 +104,9 @@ class Descriptor {
     /// Writes all bytes. On failure some of them may have been written.
     void Write(const void* buffer, std::size_t count, std::error_code& failure) noexcept;
 
+    /// Makes what was written durable.
+    void Sync(std::error_code& failure) noexcept;
+
     /// Closes the file in any case. A failure means that something was not written, which the
     /// system reports only now.
     void Close(std::error_code& failure) noexcept;

@@ -4,7 +4,10 @@
 #include <vector>
 
 #include "cqsurvey/Text.h"
+#include "platform/HostFile.h"
+#include "platform/System.h"
 #include "store/Registry.h"
+#include "store/VolumeCopy.h"
 #include "store/VolumePath.h"
 
 namespace cqsurvey {
@@ -34,6 +37,23 @@ int StorePublishVolume(const CString& path) {
         VolumeDatabase::Publish(RequireHostPath(path));
         return 1;
     });
+}
+
+int StoreCopyVolume(const CString& mountName, const CString& path, CString& draft) {
+    return Registry::Run(0, [&](Registry& open) {
+        const std::string host = RequireHostPath(path);
+        const CString name = FromUtf8(VolumeDraftPath(host));
+        if (open.IsMounted(name)) {
+            throw StoreFailure(error::kVolumeMounted, host + " is being created");
+        }
+        CopyVolume(open.Find(mountName), host);
+        draft = name;
+        return 1;
+    });
+}
+
+void StoreRemoveDraft(const CString& path) {
+    system::Remove(VolumeDraftPath(HostPath(path)));
 }
 
 int StoreDiscardVolume(const CString& mountName) {

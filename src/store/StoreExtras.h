@@ -28,6 +28,15 @@ int StoreDraftVolume(const CString& path, CString& draft);
 /// is there by now; the draft is removed then.
 int StorePublishVolume(const CString& path);
 
+/// Writes a copy of a mounted volume, byte for byte as its last step left it, beside `path` under
+/// the name of a draft, which is stored in `draft`. The copy is durable, and was compared with the
+/// volume. 0 on failure: as StoreDraftVolume, error::kInvalidArgument while a step is open; nothing
+/// is left then.
+int StoreCopyVolume(const CString& mountName, const CString& path, CString& draft);
+
+/// Removes a draft that is not mounted, and does nothing when there is none.
+void StoreRemoveDraft(const CString& path);
+
 /// Lets the file of a mounted volume be removed when the volume is unmounted: a job that could not
 /// be created completely must not be in the way of the next try. 0 on failure.
 int StoreDiscardVolume(const CString& mountName);

@@ -55,6 +55,8 @@ class Volume {
     [[nodiscard]] const Identity& GetIdentity() const { return m_identity; }
     /// From the root, as the database has it.
     [[nodiscard]] const std::string& GetPath() const { return m_path; }
+    /// For reading the file as a whole (VolumeCopy.h).
+    [[nodiscard]] sqlite3* GetConnection() const { return m_database.Get(); }
 
     /// Asks for the file to be removed with the volume. The volume only remembers it: Registry
     /// removes the file once the volume is unmounted.
