@@ -20,6 +20,7 @@
 #include "cqsurvey/CqCoordRec.h"
 #include "cqsurvey/CqJobCheck.h"
 #include "cqsurvey/CqJobIdentity.h"
+#include "cqsurvey/CqJobRepair.h"
 #include "cqsurvey/CqJobSystem.h"
 #include "cqsurvey/CqLengthUnit.h"
 #include "cqsurvey/CqPlineCadEntity.h"

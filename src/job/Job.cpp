@@ -36,7 +36,7 @@ void Job::MountVolume(const CString& path, bool readOnly) {
     }
 }
 
-void Job::Create(const CString& path) {
+CString Job::CreateDraft(const CString& path) {
     CString draft;
     if (StoreDraftVolume(path, draft) == 0) {
         ThrowLastStorageError();
@@ -57,6 +57,11 @@ void Job::Create(const CString& path) {
         throw;
     }
     Close();
+    return draft;
+}
+
+void Job::Create(const CString& path) {
+    CreateDraft(path);
     if (StorePublishVolume(path) == 0) {
         ThrowLastStorageError();
     }

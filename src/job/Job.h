@@ -68,6 +68,9 @@ struct Job {
     /// Creates the job's volume and everything on it, and leaves the job open. On failure what was
     /// created is removed when the job is closed.
     void Create(const CString& path);
+    /// The same, but under the other name that the new job has until StorePublishVolume gives it
+    /// `path`. Leaves the job closed and returns that name.
+    CString CreateDraft(const CString& path);
     /// Mounts the volume at `path` under the first free name "JOB1", "JOB2" ...
     void MountVolume(const CString& path, bool readOnly);
     /// Opens the parts of the job on the mounted volume, and makes the extents.

@@ -7,6 +7,7 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Progress.h"
+#include "cqjob/RepairReport.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -27,19 +28,33 @@ class CheckCommand : public Command {
             .Placeholder("N")
             .InRange(1, 1000000)
             .ShowDefault();
+        command
+            .Add("--repair", m_repair,
+                 "Make a new job at OUT of everything that can be saved from a damaged one, and "
+                 "list what could not be saved")
+            .Placeholder("OUT");
         command.SetFooter(
             "Several jobs are checked one after the other, each with a report of its own.\n"
-            "The exit status is 1 when anything is wrong. A note is about something that was left "
+            "The exit status is 1 when anything is wrong, or could not be saved. A note is about "
+            "something that was left "
             "as it\n"
             "is on purpose, such as an entity whose layer was deleted; it is not wrong.\n"
             "\n"
             "Example:\n"
             "  cqjob check site.job\n"
-            "  cqjob check *.job --limit 10");
+            "  cqjob check *.job --limit 10\n"
+            "  cqjob check site.job --repair saved.job");
         return command;
     }
 
     int Run(Console& console) override {
+        if (!m_repair.empty()) {
+            if (m_jobs.size() != 1) {
+                throw UsageError("--repair takes one job");
+            }
+            return RepairJob(console, m_jobs.front(), m_repair, m_json,
+                             static_cast<std::size_t>(m_limit));
+        }
         JsonWriter json(console);
         if (m_jobs.size() == 1) {
             m_job = m_jobs.front();
@@ -139,6 +154,7 @@ class CheckCommand : public Command {
     }
 
     std::vector<std::string> m_jobs;
+    std::string m_repair;
     int m_limit = 1000;
 };
 

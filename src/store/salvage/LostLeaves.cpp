@@ -1,0 +1,203 @@
+#include <algorithm>
+#include <optional>
+#include <string>
+
+#include "store/Failure.h"
+#include "store/salvage/VolumeSalvage.h"
+
+namespace cqsurvey {
+
+// The part of VolumeSalvage that fills gaps: steps 4 and 5.
+
+namespace {
+
+constexpr std::int64_t kLastNumber = std::numeric_limits<std::uint32_t>::max();
+
+}  // namespace
+
+/// Calls `visit` with each sound leaf of a table that no tree has reached and that is not free.
+template <class Visit>
+void VolumeSalvage::ForEachLostLeaf(Visit&& visit) {
+    for (std::uint32_t page = 2; page <= m_file.GetCount(); ++page) {
+        if (m_states[page] != State::Unseen) {
+            continue;
+        }
+        const std::vector<std::byte> bytes = CopyPage(page);
+        if (bytes.empty()) {
+            continue;
+        }
+        const auto leaf = BtreePage::Read(bytes, m_file.GetUsable(), PageFile::GetStart(page));
+        if (leaf && leaf->GetKind() == BtreePage::Kind::LeafTable && !leaf->GetCells().empty()) {
+            visit(page, *leaf);
+        }
+    }
+}
+
+bool VolumeSalvage::FitsWhole(std::size_t source, const BtreePage& leaf) const {
+    // A real that other tools wrote as a whole number is read, but does not tell tables apart.
+    const auto isExact = [&](const PageRow& row) {
+        for (std::size_t i = 0; source < m_layouts.size() && i + 1 < ColumnsOf(source); ++i) {
+            if (m_layouts[source].format.GetItems()[i].type == RecordFormat::Type::Double &&
+                row.IsNumber(i + 1)) {
+                return false;
+            }
+        }
+        return true;
+    };
+    return std::all_of(
+        leaf.GetCells().begin(), leaf.GetCells().end(), [&](const BtreePage::Cell& cell) {
+            const auto row = PageRow::Read(cell.local, ColumnsOf(source), cell.overflow != 0);
+            return row && Fits(source, cell.key, *row) && isExact(*row);
+        });
+}
+
+std::vector<VolumeSalvage::Range>::iterator VolumeSalvage::FindRoom(Gap& gap,
+                                                                    const BtreePage& leaf) {
+    return std::find_if(gap.left.begin(), gap.left.end(), [&](const Range& range) {
+        return leaf.GetCells().front().key > range.after &&
+               leaf.GetCells().back().key <= range.last;
+    });
+}
+
+/// Whether the page that left the gap was a leaf, which has no children to be found. The leaves of
+/// a tree are all at the same depth.
+bool VolumeSalvage::IsLeafGap(const Gap& gap) const {
+    return m_leafDepths[gap.source] != 0 && gap.depth >= m_leafDepths[gap.source];
+}
+
+bool VolumeSalvage::HasRoom(std::size_t source, const BtreePage& leaf) {
+    return std::any_of(m_gaps.begin(), m_gaps.end(), [&](Gap& gap) {
+        return gap.source == source && !IsLeafGap(gap) && FindRoom(gap, leaf) != gap.left.end();
+    });
+}
+
+/// Keeps the rows of a lost leaf and takes their numbers out of the gap.
+void VolumeSalvage::Adopt(std::size_t source, std::uint32_t page, const BtreePage& leaf) {
+    for (Gap& gap : m_gaps) {
+        if (gap.source != source || IsLeafGap(gap)) {
+            continue;
+        }
+        const auto room = FindRoom(gap, leaf);
+        if (room == gap.left.end()) {
+            continue;
+        }
+        m_states[page] = State::Used;
+        const Range range = *room;
+        gap.left.erase(room);
+        gap.filled = true;
+        const std::int64_t first = leaf.GetCells().front().key;
+        const std::int64_t last = leaf.GetCells().back().key;
+        if (first - 1 > range.after) {
+            gap.left.push_back({range.after, first - 1});
+        }
+        if (last < range.last) {
+            gap.left.push_back({last, range.last});
+        }
+        TakeLeaf(source, leaf, range);
+        return;
+    }
+}
+
+void VolumeSalvage::FindSchemaLeaves() {
+    ForEachLostLeaf([&](std::uint32_t page, const BtreePage& leaf) {
+        if (FitsWhole(Schema(), leaf)) {
+            m_states[page] = State::Used;
+            TakeLeaf(Schema(), leaf, {kLowest, kHighest});
+        }
+    });
+}
+
+void VolumeSalvage::FindLostLeaves() {
+    if (std::all_of(m_gaps.begin(), m_gaps.end(),
+                    [this](const Gap& gap) { return IsLeafGap(gap); })) {
+        return;
+    }
+    const auto owners = [&](const BtreePage& leaf) {
+        std::vector<std::size_t> sources;
+        for (std::size_t source = 0; source < Schema(); ++source) {
+            if (HasRoom(source, leaf) && FitsWhole(source, leaf)) {
+                sources.push_back(source);
+            }
+        }
+        return sources;
+    };
+    // First those that only one table can own: they tell who names the rows of the others.
+    for (const bool all : {false, true}) {
+        ForEachLostLeaf([&](std::uint32_t page, const BtreePage& leaf) {
+            const std::vector<std::size_t> sources = owners(leaf);
+            if (sources.size() == 1 || (all && !sources.empty())) {
+                Adopt(sources.size() == 1 ? sources.front() : Decide(leaf, sources), page, leaf);
+            }
+        });
+    }
+}
+
+/// Which of two tables with the same columns owns a leaf. Records name their memos, and the rows of
+/// files have blocks; the other table of each pair is one of records, and comes first.
+std::size_t VolumeSalvage::Decide(const BtreePage& leaf,
+                                  const std::vector<std::size_t>& sources) const {
+    std::size_t named = 0;
+    for (const BtreePage::Cell& cell : leaf.GetCells()) {
+        const auto number = static_cast<std::uint32_t>(cell.key);
+        const auto file = m_result.files.find(number);
+        named += sources.back() == Memos() ? m_memosNamed.count(number)
+                 : sources.back() == Files() && file != m_result.files.end() &&
+                         !file->second.blocks.empty()
+                     ? 1U
+                     : 0U;
+    }
+    return 2 * named >= leaf.GetCells().size() ? sources.back() : sources.front();
+}
+
+/// Whether there is a page that may hold rows and that nothing is known of, or the file was cut
+/// off.
+bool VolumeSalvage::HasHiddenPages() {
+    if (m_file.GetPromised() > m_file.GetCount()) {
+        return true;
+    }
+    for (std::uint32_t page = 2; page <= m_file.GetCount(); ++page) {
+        const bool known = m_states[page] != State::Unseen ||
+                           std::any_of(m_gaps.begin(), m_gaps.end(), [page](const Gap& gap) {
+                               return gap.page == page && gap.filled;
+                           });
+        if (known) {
+            continue;
+        }
+        const std::vector<std::byte> bytes = CopyPage(page);
+        if (bytes.empty()) {
+            return true;
+        }
+        const auto read = BtreePage::Read(bytes, m_file.GetUsable(), 0);
+        if (!read || (read->GetKind() == BtreePage::Kind::LeafTable && !read->GetCells().empty())) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void VolumeSalvage::ListLosses() {
+    const bool hidden = !m_gaps.empty() && HasHiddenPages();
+    for (const Gap& gap : m_gaps) {
+        // When an inner page is lost, and no other page, all its leaves have been found.
+        if (gap.source >= m_layouts.size() || (gap.filled && !hidden)) {
+            continue;
+        }
+        for (const Range& range : gap.left) {
+            const std::int64_t first = std::max<std::int64_t>(range.after, 0) + 1;
+            const std::int64_t last = std::min(range.last, kLastNumber);
+            if (first <= last) {
+                m_result.losses.push_back(
+                    {NameOf(gap.source), static_cast<std::uint32_t>(first),
+                     static_cast<std::uint32_t>(last),
+                     "page " + std::to_string(gap.page) + " of the file cannot be read"});
+            }
+        }
+    }
+    if (m_result.numbersLost) {
+        m_result.losses.push_back({"", 0, 0,
+                                   "the highest numbers of deleted records cannot be read, so some "
+                                   "of these numbers may be given again"});
+    }
+}
+
+}  // namespace cqsurvey

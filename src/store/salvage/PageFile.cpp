@@ -1,0 +1,178 @@
+#include "store/salvage/PageFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <system_error>
+
+#include "platform/System.h"
+#include "store/Failure.h"
+#include "store/VolumeDatabase.h"
+#include "store/VolumePath.h"
+#include "store/salvage/BtreePage.h"
+
+namespace cqsurvey {
+
+namespace {
+
+constexpr std::size_t kHeader = 100;
+constexpr std::uint32_t kApplicationId = 0x43715376;
+constexpr std::uint32_t kUtf16Little = 2;
+constexpr std::size_t kLeastPage = 512;
+constexpr std::size_t kMostPage = 65536;
+constexpr std::size_t kLeastUsable = 480;
+constexpr std::size_t kUsualPage = 4096;
+/// How many pages are looked at to find out their size.
+constexpr std::uint64_t kSample = 256;
+
+bool IsPageSize(std::size_t size) {
+    return size >= kLeastPage && size <= kMostPage && (size & (size - 1)) == 0;
+}
+
+/// Pages of the file may be half written while a journal says how they were.
+void RequireNoJournal(const std::string& path) {
+    const std::string journal = path + "-journal";
+    std::error_code failure;
+    system::Descriptor file(journal, system::Descriptor::Mode::Read, failure);
+    std::byte first{};
+    if (!failure && file.Read(&first, 1, failure) == 1 && first != std::byte{0}) {
+        throw StoreFailure(error::kAccessDenied,
+                           journal +
+                               " holds a change that was cut short; open the job once for writing, "
+                               "which undoes it");
+    }
+}
+
+sqlite3_file* AsFile(const std::unique_ptr<std::byte[]>& bytes) {
+    return reinterpret_cast<sqlite3_file*>(bytes.get());
+}
+
+}  // namespace
+
+PageFile::PageFile(const std::string& path) {
+    RequireShortEnough(path);
+    (void)VolumeDatabase::Identify(path);
+    RequireNoJournal(path);
+    Open(path);
+    try {
+        ReadHeader(path);
+        if (m_pageSize == 0) {
+            GuessPageSize();
+        }
+        m_count = static_cast<std::uint32_t>(std::min<std::uint64_t>(
+            m_size / m_pageSize, std::numeric_limits<std::uint32_t>::max() - 1));
+        m_page.resize(m_pageSize);
+    } catch (...) {
+        AsFile(m_file)->pMethods->xClose(AsFile(m_file));
+        throw;
+    }
+}
+
+PageFile::~PageFile() {
+    AsFile(m_file)->pMethods->xClose(AsFile(m_file));
+}
+
+/// The file is opened and locked as SQLite does it, so that every program that uses SQLite sees the
+/// lock, but below everything that would understand or change the file.
+void PageFile::Open(const std::string& path) {
+    sqlite3_vfs* vfs = sqlite3_vfs_find(nullptr);
+    const std::string absolute = system::AbsolutePath(path);
+    m_name.reset(
+        const_cast<char*>(sqlite3_create_filename(absolute.c_str(), (absolute + "-journal").c_str(),
+                                                  (absolute + "-wal").c_str(), 0, nullptr)));
+    if (vfs == nullptr || m_name == nullptr) {
+        throw StoreFailure(error::kOutOfMemory);
+    }
+    m_file = std::make_unique<std::byte[]>(static_cast<std::size_t>(vfs->szOsFile));
+    int flags = 0;
+    const int opened = vfs->xOpen(vfs, m_name.get(), AsFile(m_file),
+                                  SQLITE_OPEN_READONLY | SQLITE_OPEN_MAIN_DB, &flags);
+    const sqlite3_io_methods* methods = AsFile(m_file)->pMethods;
+    sqlite3_int64 size = 0;
+    const auto fail = [&](std::int32_t code, const char* what) {
+        if (methods != nullptr) {
+            methods->xClose(AsFile(m_file));
+        }
+        throw StoreFailure(code, path + what);
+    };
+    if (opened != SQLITE_OK || methods == nullptr) {
+        fail(error::kAccessDenied, ": cannot be opened");
+    }
+    if (methods->xLock(AsFile(m_file), SQLITE_LOCK_SHARED) != SQLITE_OK) {
+        fail(error::kVolumeMounted, ": another program has it open");
+    }
+    if (methods->xFileSize(AsFile(m_file), &size) != SQLITE_OK) {
+        fail(error::kReadWriteFailed, ": its size cannot be read");
+    }
+    m_size = static_cast<std::uint64_t>(size);
+}
+
+bool PageFile::ReadAt(std::uint64_t at, std::span<std::byte> bytes) {
+    return AsFile(m_file)->pMethods->xRead(AsFile(m_file), bytes.data(),
+                                           static_cast<int>(bytes.size()),
+                                           static_cast<sqlite3_int64>(at)) == SQLITE_OK;
+}
+
+void PageFile::ReadHeader(const std::string& path) {
+    std::array<std::byte, kHeader> header{};
+    if (!ReadAt(0, header) || std::memcmp(header.data(), "SQLite format 3", 16) != 0) {
+        return;
+    }
+    const std::size_t size = ReadBig<2>(header, 16) == 1 ? kMostPage : ReadBig<2>(header, 16);
+    const auto reserved = std::to_integer<std::size_t>(header[20]);
+    if (!IsPageSize(size) || size < kLeastUsable + reserved) {
+        return;
+    }
+    if (ReadBig<4>(header, 68) != kApplicationId || ReadBig<4>(header, 56) != kUtf16Little) {
+        throw StoreFailure(error::kDamaged, path + " is not a job");
+    }
+    if (ReadBig<4>(header, 60) > VolumeDatabase::kFormatVersion) {
+        throw StoreFailure(error::kNewerVersion,
+                           path + " has format version " + std::to_string(ReadBig<4>(header, 60)));
+    }
+    m_pageSize = size;
+    m_reserved = reserved;
+    m_promised = std::max<std::uint32_t>(ReadBig<4>(header, 28), 1);
+}
+
+std::uint64_t PageFile::CountSound(std::size_t pageSize, std::size_t reserved) {
+    std::vector<std::byte> bytes(pageSize);
+    std::uint64_t sound = 0;
+    const std::uint64_t pages = m_size / pageSize;
+    // Evenly spread, so that no kind of page is left out.
+    const std::uint64_t step = std::max<std::uint64_t>(1, pages / kSample);
+    for (std::uint64_t page = 1; page < pages; page += step) {
+        if (ReadAt(page * pageSize, bytes) && BtreePage::Read(bytes, pageSize - reserved, 0)) {
+            ++sound;
+        }
+    }
+    return sound * step * pageSize;
+}
+
+void PageFile::GuessPageSize() {
+    constexpr std::array<std::size_t, 2> kReserved{0, 8};
+    m_pageSize = kUsualPage;
+    std::uint64_t most = 0;
+    for (std::size_t size = kLeastPage; size <= kMostPage; size *= 2) {
+        for (const std::size_t reserved : kReserved) {
+            const std::uint64_t sound = CountSound(size, reserved);
+            if (sound > most) {
+                most = sound;
+                m_pageSize = size;
+                m_reserved = reserved;
+            }
+        }
+    }
+}
+
+std::span<const std::byte> PageFile::Read(std::uint32_t page) {
+    if (page == 0 || page > m_count || !ReadAt(std::uint64_t{page - 1} * m_pageSize, m_page) ||
+        std::all_of(m_page.begin(), m_page.end(),
+                    [](std::byte byte) { return byte == std::byte{0}; })) {
+        return {};
+    }
+    return m_page;
+}
+
+}  // namespace cqsurvey
