@@ -32,6 +32,7 @@ void DrawingMender::Mend() {
     DropVerticesWithoutEntity();
     FindPlines();
     RestorePlines();
+    FindTies();
     RestorePoints();
     RestorePlaced();
     GatherVertices();
@@ -183,7 +184,7 @@ void DrawingMender::MakeData(CqHandle entity, std::byte* record) {
     auto object = EntityLayout::Get<"ObjectIndex">(record);
     const auto make = [&](auto& records) {
         if (object == 0) {
-            object = NextNumber(records);
+            object = NextNumber(records, type);
             EntityLayout::Set<"ObjectIndex">(record, object);
         }
         return records[object].data();

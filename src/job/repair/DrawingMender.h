@@ -1,7 +1,7 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
-#include <limits>
 #include <map>
 #include <set>
 #include <unordered_map>
@@ -33,17 +33,17 @@ class DrawingMender {
  private:
     static constexpr std::size_t kKinds = 7;
 
-    /// A number that no record has: the one behind the last or, if there is none, the first gap.
+    /// A number that no record of a kind has: one behind the last or, if there is none, a gap.
     template <class Records>
-    [[nodiscard]] static CqHandle NextNumber(const Records& records) {
-        constexpr CqHandle kLast = std::numeric_limits<CqHandle>::max();
-        CqHandle number = records.empty() ? 1 : records.rbegin()->first;
-        if (!records.empty() && number < kLast) {
-            return number + 1;
+    [[nodiscard]] CqHandle NextNumber(const Records& records, int type) {
+        CqHandle& next = m_nextData[static_cast<std::size_t>(type)];
+        if (next == 0) {
+            next = records.empty() ? 1 : records.rbegin()->first + 1;
         }
-        for (number = 1; records.contains(number); ++number) {
+        while (next == 0 || records.contains(next)) {
+            ++next;
         }
-        return number;
+        return next++;
     }
 
     void FindNextEntity();
@@ -65,6 +65,7 @@ class DrawingMender {
     template <class Records>
     void RestoreKind(const Records& records, int type, const char* table);
     std::byte* MakeEntity(CqHandle entity, int type, CqHandle object);
+    void FindTies();
     void CopyPlaceOfTie(CqHandle entity, std::byte* record);
     [[nodiscard]] CqHandle NextEntity();
     void GatherVertices();
@@ -73,6 +74,7 @@ class DrawingMender {
     SavedJob& m_job;
     std::vector<CqHandle> m_order;
     CqHandle m_nextEntity = 0;
+    std::array<CqHandle, kKinds> m_nextData{};  ///< by kind; 0 as long as none was needed
     /// By kind, the entity of each record of data.
     std::vector<std::unordered_map<CqHandle, CqHandle>> m_owners{kKinds};
     /// Vertices whose record is neutral, so that they do not know their polyline.
@@ -81,7 +83,7 @@ class DrawingMender {
     std::set<CqHandle> m_gonePlines;
     /// Polylines whose record is neutral, so that they do not know their bound.
     std::set<CqHandle> m_strayPlines;
-    /// By point, the vertex that runs through it; made when it is first needed.
+    /// By point, the vertex that runs through it.
     std::map<CqHandle, CqHandle> m_ties;
     /// By polyline, its vertices in the order.
     std::map<CqHandle, std::vector<CqHandle>> m_vertices;

@@ -73,7 +73,8 @@ void DrawingMender::RestorePlines() {
             ++i;
             continue;
         }
-        const CqHandle object = known ? std::exchange(records[i++], 0) : NextNumber(m_job.plines);
+        const CqHandle object =
+            known ? std::exchange(records[i++], 0) : NextNumber(m_job.plines, EntPline);
         (void)MakeEntity(entity, EntPline, object);
         if (known) {
             m_job.Lose(kEntities, entity, "the polyline's layer and colour are gone");
@@ -107,17 +108,18 @@ void DrawingMender::RestorePoints() {
     }
 }
 
+void DrawingMender::FindTies() {
+    for (const auto& [number, link] : m_job.links) {
+        const auto vertex = LinkLayout::Get<"VertexDataID">(link.data());
+        if (TypeOf(vertex) == EntVertex) {
+            m_ties[LinkLayout::Get<"PointDataID">(link.data())] = vertex;
+        }
+    }
+}
+
 /// A vertex that runs through a point has its coordinates.
 void DrawingMender::CopyPlaceOfTie(CqHandle entity, std::byte* record) {
     constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
-    if (m_ties.empty()) {
-        for (const auto& [number, link] : m_job.links) {
-            const auto vertex = LinkLayout::Get<"VertexDataID">(link.data());
-            if (TypeOf(vertex) == EntVertex) {
-                m_ties[LinkLayout::Get<"PointDataID">(link.data())] = vertex;
-            }
-        }
-    }
     const auto tie = m_ties.find(entity);
     if (tie == m_ties.end()) {
         EntityLayout::Set<"N">(record, kNowhere);

@@ -51,51 +51,41 @@ bool VolumeSalvage::FitsWhole(std::size_t source, const BtreePage& leaf) const {
         });
 }
 
-std::vector<VolumeSalvage::Range>::iterator VolumeSalvage::FindRoom(Gap& gap,
-                                                                    const BtreePage& leaf) {
-    return std::find_if(gap.left.begin(), gap.left.end(), [&](const Range& range) {
-        return leaf.GetCells().front().key > range.after &&
-               leaf.GetCells().back().key <= range.last;
-    });
-}
-
 /// Whether the page that left the gap was a leaf, which has no children to be found. The leaves of
 /// a tree are all at the same depth.
 bool VolumeSalvage::IsLeafGap(const Gap& gap) const {
     return m_leafDepths[gap.source] != 0 && gap.depth >= m_leafDepths[gap.source];
 }
 
-bool VolumeSalvage::HasRoom(std::size_t source, const BtreePage& leaf) {
-    return std::any_of(m_gaps.begin(), m_gaps.end(), [&](Gap& gap) {
-        return gap.source == source && !IsLeafGap(gap) && FindRoom(gap, leaf) != gap.left.end();
-    });
+/// The range of a gap that has all numbers of a leaf; the end when there is none.
+VolumeSalvage::Rooms::const_iterator VolumeSalvage::FindRoom(std::size_t source,
+                                                             const BtreePage& leaf) const {
+    const Rooms& rooms = m_rooms[source];
+    const auto room = rooms.lower_bound(leaf.GetCells().back().key);
+    const bool fits = room != rooms.end() && room->second.after < leaf.GetCells().front().key &&
+                      !IsLeafGap(m_gaps[room->second.gap]);
+    return fits ? room : rooms.end();
 }
 
 /// Keeps the rows of a lost leaf and takes their numbers out of the gap.
 void VolumeSalvage::Adopt(std::size_t source, std::uint32_t page, const BtreePage& leaf) {
-    for (Gap& gap : m_gaps) {
-        if (gap.source != source || IsLeafGap(gap)) {
-            continue;
-        }
-        const auto room = FindRoom(gap, leaf);
-        if (room == gap.left.end()) {
-            continue;
-        }
-        m_states[page] = State::Used;
-        const Range range = *room;
-        gap.left.erase(room);
-        gap.filled = true;
-        const std::int64_t first = leaf.GetCells().front().key;
-        const std::int64_t last = leaf.GetCells().back().key;
-        if (first - 1 > range.after) {
-            gap.left.push_back({range.after, first - 1});
-        }
-        if (last < range.last) {
-            gap.left.push_back({last, range.last});
-        }
-        TakeLeaf(source, leaf, range);
+    const auto room = FindRoom(source, leaf);
+    if (room == m_rooms[source].end()) {
         return;
     }
+    m_states[page] = State::Used;
+    const auto [end, taken] = *room;
+    m_gaps[taken.gap].filled = true;
+    m_rooms[source].erase(room);
+    const std::int64_t first = leaf.GetCells().front().key;
+    const std::int64_t last = leaf.GetCells().back().key;
+    if (taken.after < first - 1) {
+        m_rooms[source].emplace(first - 1, Room{taken.after, taken.gap});
+    }
+    if (last < end) {
+        m_rooms[source].emplace(end, Room{last, taken.gap});
+    }
+    TakeLeaf(source, leaf, {taken.after, end});
 }
 
 void VolumeSalvage::FindSchemaLeaves() {
@@ -115,7 +105,7 @@ void VolumeSalvage::FindLostLeaves() {
     const auto owners = [&](const BtreePage& leaf) {
         std::vector<std::size_t> sources;
         for (std::size_t source = 0; source < Schema(); ++source) {
-            if (HasRoom(source, leaf) && FitsWhole(source, leaf)) {
+            if (FindRoom(source, leaf) != m_rooms[source].end() && FitsWhole(source, leaf)) {
                 sources.push_back(source);
             }
         }
@@ -155,12 +145,14 @@ bool VolumeSalvage::HasHiddenPages() {
     if (m_file.GetPromised() > m_file.GetCount()) {
         return true;
     }
+    std::set<std::uint32_t> filled;
+    for (const Gap& gap : m_gaps) {
+        if (gap.filled) {
+            filled.insert(gap.page);
+        }
+    }
     for (std::uint32_t page = 2; page <= m_file.GetCount(); ++page) {
-        const bool known = m_states[page] != State::Unseen ||
-                           std::any_of(m_gaps.begin(), m_gaps.end(), [page](const Gap& gap) {
-                               return gap.page == page && gap.filled;
-                           });
-        if (known) {
+        if (m_states[page] != State::Unseen || filled.contains(page)) {
             continue;
         }
         const std::vector<std::byte> bytes = CopyPage(page);
@@ -177,17 +169,15 @@ bool VolumeSalvage::HasHiddenPages() {
 
 void VolumeSalvage::ListLosses() {
     const bool hidden = !m_gaps.empty() && HasHiddenPages();
-    for (const Gap& gap : m_gaps) {
-        // When an inner page is lost, and no other page, all its leaves have been found.
-        if (gap.source >= m_layouts.size() || (gap.filled && !hidden)) {
-            continue;
-        }
-        for (const Range& range : gap.left) {
-            const std::int64_t first = std::max<std::int64_t>(range.after, 0) + 1;
-            const std::int64_t last = std::min(range.last, kLastNumber);
-            if (first <= last) {
+    for (std::size_t source = 0; source < m_layouts.size(); ++source) {
+        for (const auto& [end, room] : m_rooms[source]) {
+            const Gap& gap = m_gaps[room.gap];
+            const std::int64_t first = std::max<std::int64_t>(room.after, 0) + 1;
+            const std::int64_t last = std::min(end, kLastNumber);
+            // When an inner page is lost, and no other page, all its leaves have been found.
+            if (first <= last && (hidden || !gap.filled)) {
                 m_result.losses.push_back(
-                    {NameOf(gap.source), static_cast<std::uint32_t>(first),
+                    {NameOf(source), static_cast<std::uint32_t>(first),
                      static_cast<std::uint32_t>(last),
                      "page " + std::to_string(gap.page) + " of the file cannot be read"});
             }

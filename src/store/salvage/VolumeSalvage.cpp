@@ -41,7 +41,8 @@ VolumeSalvage::VolumeSalvage(PageFile& file, const std::vector<Layout>& layouts,
       m_layouts(layouts),
       m_roots(usualRoots),
       m_states(std::size_t{file.GetCount()} + 1),
-      m_leafDepths(layouts.size() + kOwnTables.size()) {
+      m_leafDepths(layouts.size() + kOwnTables.size()),
+      m_rooms(layouts.size() + kOwnTables.size()) {
     m_result.tables.resize(layouts.size());
 }
 
@@ -95,6 +96,7 @@ void VolumeSalvage::ReadSchema() {
         FindSchemaLeaves();
     }
     m_gaps.clear();
+    m_rooms[Schema()].clear();
     for (const auto& [name, root] : m_foundRoots) {
         m_roots[name] = root;
     }
@@ -139,7 +141,10 @@ void VolumeSalvage::WalkTable(std::size_t source, std::uint32_t page, Range rang
         }
         m_states[page] = before;
     }
-    m_gaps.push_back({source, page, depth, false, {range}});
+    if (range.after < range.last) {
+        m_rooms[source].emplace(range.last, Room{range.after, m_gaps.size()});
+        m_gaps.push_back({source, page, depth, false});
+    }
 }
 
 void VolumeSalvage::WalkInner(std::size_t source, const BtreePage& page, Range range, int depth) {

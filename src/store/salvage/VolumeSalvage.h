@@ -71,13 +71,13 @@ class VolumeSalvage {
         std::uint32_t page;  ///< the page that is not sound
         int depth;
         bool filled;  ///< leaves of it were found
-        std::vector<Range> left;
     };
-    /// A leaf that more than one table could own.
-    struct Doubtful {
-        std::uint32_t page;
-        std::vector<std::size_t> sources;
+    /// What is left of the gaps of one table, by the last number of each range.
+    struct Room {
+        std::int64_t after;
+        std::size_t gap;
     };
+    using Rooms = std::map<std::int64_t, Room>;
 
     // Sources are the tables with a row number: those of records, in the order of the layouts, and
     // these four behind them.
@@ -106,8 +106,7 @@ class VolumeSalvage {
     template <class Visit>
     void ForEachLostLeaf(Visit&& visit);
     [[nodiscard]] bool FitsWhole(std::size_t source, const BtreePage& leaf) const;
-    [[nodiscard]] std::vector<Range>::iterator FindRoom(Gap& gap, const BtreePage& leaf);
-    [[nodiscard]] bool HasRoom(std::size_t source, const BtreePage& leaf);
+    [[nodiscard]] Rooms::const_iterator FindRoom(std::size_t source, const BtreePage& leaf) const;
     void Adopt(std::size_t source, std::uint32_t page, const BtreePage& leaf);
     void FindSchemaLeaves();
     void FindLostLeaves();
@@ -125,6 +124,7 @@ class VolumeSalvage {
     std::vector<State> m_states;    ///< by page
     std::vector<int> m_leafDepths;  ///< by source; 0 as long as no leaf was reached
     std::vector<Gap> m_gaps;
+    std::vector<Rooms> m_rooms;            ///< by source
     std::set<std::uint32_t> m_memosNamed;  ///< by the records
     Salvaged m_result;
 };
