@@ -59,27 +59,40 @@ std::optional<Head> ReadHead(std::string_view bytes, std::size_t at) {
     return head;
 }
 
-/// The first place in the bytes, at or behind `from`, where blocks begin that follow each other to
-/// the end of the bytes or past it; the end when there is none. Places are tried in steps of 16.
-std::size_t FindRowOfBlocks(std::string_view bytes, std::size_t from) {
-    if (from >= bytes.size()) {
-        return bytes.size();
-    }
-    // From the end, so that each place needs one look: a row is a block and a row behind it.
-    std::vector<bool> isRow((bytes.size() - from) / kHead + 1);
-    std::size_t found = bytes.size();
-    for (std::size_t i = isRow.size(); i-- > 0;) {
-        const std::size_t at = from + i * kHead;
-        const auto head = ReadHead(bytes, std::min(at, bytes.size()));
-        if (!head) {
-            continue;
+/// Where blocks can begin in bytes of which the first `from` do not count, in steps of 16. Anything
+/// may look like a head by accident, but not several of them in a row.
+class Starts {
+ public:
+    Starts(std::string_view bytes, std::size_t from) : m_from(from), m_end(bytes.size()) {
+        m_rows.resize(m_end > from ? (m_end - from) / kHead + 1 : 1);
+        // From the end, so that each place needs one look: a row is a block and a row behind it.
+        for (std::size_t i = m_rows.size(); i-- > 0;) {
+            const std::size_t at = from + i * kHead;
+            const auto head = ReadHead(bytes, std::min(at, m_end));
+            if (head) {
+                const std::size_t next = at + kHead + std::size_t{head->capacity};
+                const int behind = next >= m_end ? kEnough : m_rows[(next - from) / kHead];
+                m_rows[i] = static_cast<std::uint8_t>(std::min(behind + 1, kEnough));
+            }
         }
-        const std::size_t next = at + kHead + std::size_t{head->capacity};
-        isRow[i] = next >= bytes.size() || isRow[(next - from) / kHead];
-        found = isRow[i] ? at : found;
     }
-    return found;
-}
+
+    /// The first start at or behind `at`; the end of the bytes when there is none.
+    [[nodiscard]] std::size_t Find(std::size_t at) const {
+        std::size_t i = at <= m_from ? 0 : (at - m_from + kHead - 1) / kHead;
+        while (i < m_rows.size() && m_rows[i] < kEnough) {
+            ++i;
+        }
+        return std::min(m_from + i * kHead, m_end);
+    }
+
+ private:
+    static constexpr int kEnough = 3;
+
+    std::size_t m_from;
+    std::size_t m_end;
+    std::vector<std::uint8_t> m_rows;  ///< how many blocks follow each other from there
+};
 
 }  // namespace
 
@@ -203,25 +216,31 @@ std::vector<SavedFiles::Description> SavedFiles::ReadDescriptions(const File& fi
     std::set<CqHandle> keys;
     const std::vector<Segment> segments = ListSegments(file);
     bool lost = segments.empty() || segments.front().begin != 0;
-    // Where the next block begins; nothing when its head is in a hole.
-    std::optional<std::uint64_t> next = kDescriptionHeader;
+    // Where the next block begins. When its head is in a hole, it is looked for behind that.
+    std::uint64_t next = kDescriptionHeader;
     for (const Segment& segment : segments) {
         const std::string_view bytes = segment.bytes;
         lost = lost || &segment != &segments.front();
-        if (!next || *next < segment.begin) {
-            // Blocks begin at multiples of 16 bytes. A text does not look like a row of them.
-            const std::size_t at = (kHead - segment.begin % kHead) % kHead;
-            next = segment.begin + std::uint64_t{FindRowOfBlocks(bytes, at)};
+        std::optional<Starts> starts;
+        // Blocks begin at multiples of 16 bytes of the file.
+        const auto findStart = [&](std::size_t from) {
+            if (!starts) {
+                starts.emplace(bytes, (kHead - segment.begin % kHead) % kHead);
+            }
+            return segment.begin + std::uint64_t{starts->Find(from)};
+        };
+        if (next < segment.begin) {
+            next = findStart(0);
         }
-        while (*next < segment.begin + bytes.size()) {
-            const auto at = static_cast<std::size_t>(*next - segment.begin);
+        while (next < segment.begin + bytes.size()) {
+            const auto at = static_cast<std::size_t>(next - segment.begin);
             const auto head = ReadHead(bytes, at);
             if (!head) {
-                next.reset();
+                next = findStart(at + kHead);
                 lost = true;
-                break;
+                continue;
             }
-            *next += kHead + std::uint64_t{head->capacity};
+            next += kHead + std::uint64_t{head->capacity};
             if (head->key == 0 || head->length == 0) {
                 continue;
             }
