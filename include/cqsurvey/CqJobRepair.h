@@ -35,9 +35,11 @@ struct CqJobLoss {
 ///     a setting that is lost      has the value that it has in a new job
 ///     an image                    is lost unless it is whole
 ///
-/// Everything of this kind is listed, and so are the records of the bad pages. What cannot be known
-/// is listed as a range: the records from `first` to `last` that there were. The new job passes
-/// CqJobCheck; should a fault remain, it is listed, too.
+/// A page that does not match its sum but still has the form of a page is saved, and its records
+/// are listed, because some of their values may be wrong. Everything above is listed, too, and so
+/// are the records of the bad pages. What cannot be known is listed as a range: the records from
+/// `first` to `last` that there were. The new job passes CqJobCheck; should a fault remain, it is
+/// listed, too.
 class CQSURVEY_API CqJobRepair {
  public:
     /// Reads the job at `damaged` and makes one at `repaired`. Keeps at most `maxLosses` losses and

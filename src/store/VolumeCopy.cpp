@@ -35,6 +35,10 @@ class Pages {
         for (std::int64_t page = 0; page < m_count; ++page) {
             const int result =
                 m_file->pMethods->xRead(m_file, m_page.data(), static_cast<int>(size), page * size);
+            if (result == SQLITE_IOERR_DATA) {
+                throw StoreFailure(error::kDamaged, m_path + ": page " + std::to_string(page + 1) +
+                                                        " does not match its sum");
+            }
             if (result == SQLITE_IOERR_SHORT_READ) {
                 throw StoreFailure(error::kDamaged, m_path + " was cut off");
             }

@@ -406,6 +406,28 @@ TEST_F(JobRepair, OverwritesNothingAndLeavesNothing) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Utf8("")), {}), 2);
 }
 
+TEST_F(JobRepair, SaysWhichRecordsAreOnAPageThatTheMediumHasChanged) {
+    // The radius 100.5 as it stands in the file. Nothing but the page's sum can tell that its last
+    // byte is another now.
+    const std::string radius("\x40\x59\x20\0\0\0\0\0", 8);
+    std::size_t at = std::string::npos;
+    for (const auto& [page, tables] : s_places) {
+        const std::size_t found = s_bytes.find(radius, (page - 1) * kPage);
+        if (tables.contains("_CircleData") && found < page * kPage) {
+            at = found + 7;
+        }
+    }
+    ASSERT_NE(at, std::string::npos);
+    std::string bytes = s_bytes;
+    bytes[at] = 1;
+    const Outcome outcome = Repair(bytes);
+    EXPECT_TRUE(outcome.missing.empty()) << outcome.text;
+    EXPECT_EQ(outcome.changed.size(), 1U) << outcome.text;
+    EXPECT_EQ(outcome.unlisted, 0U) << outcome.text;
+    EXPECT_EQ(outcome.losses, 1U) << outcome.text;
+    EXPECT_NE(outcome.text.find("does not match its sum"), std::string::npos) << outcome.text;
+}
+
 TEST_F(JobRepair, KeepsRecordNumbersFromBeingGivenAgain) {
     const TempDir folder;
     PutHostFile(folder.Utf8("bad.job"), s_bytes);

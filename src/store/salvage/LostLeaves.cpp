@@ -23,12 +23,13 @@ void VolumeSalvage::ForEachLostLeaf(Visit&& visit) {
             continue;
         }
         const std::vector<std::byte> bytes = CopyPage(page);
+        const bool doubtful = m_file.IsDoubtful();
         if (bytes.empty()) {
             continue;
         }
         const auto leaf = BtreePage::Read(bytes, m_file.GetUsable(), PageFile::GetStart(page));
         if (leaf && leaf->GetKind() == BtreePage::Kind::LeafTable && !leaf->GetCells().empty()) {
-            visit(page, *leaf);
+            visit(page, *leaf, doubtful);
         }
     }
 }
@@ -68,7 +69,8 @@ VolumeSalvage::Rooms::const_iterator VolumeSalvage::FindRoom(std::size_t source,
 }
 
 /// Keeps the rows of a lost leaf and takes their numbers out of the gap.
-void VolumeSalvage::Adopt(std::size_t source, std::uint32_t page, const BtreePage& leaf) {
+void VolumeSalvage::Adopt(std::size_t source, std::uint32_t page, const BtreePage& leaf,
+                          bool doubtful) {
     const auto room = FindRoom(source, leaf);
     if (room == m_rooms[source].end()) {
         return;
@@ -86,10 +88,13 @@ void VolumeSalvage::Adopt(std::size_t source, std::uint32_t page, const BtreePag
         m_rooms[source].emplace(end, Room{last, taken.gap});
     }
     TakeLeaf(source, leaf, {taken.after, end});
+    if (doubtful) {
+        ListDoubt(source, page, leaf);
+    }
 }
 
 void VolumeSalvage::FindSchemaLeaves() {
-    ForEachLostLeaf([&](std::uint32_t page, const BtreePage& leaf) {
+    ForEachLostLeaf([&](std::uint32_t page, const BtreePage& leaf, bool /*doubtful*/) {
         if (FitsWhole(Schema(), leaf)) {
             m_states[page] = State::Used;
             TakeLeaf(Schema(), leaf, {kLowest, kHighest});
@@ -113,10 +118,11 @@ void VolumeSalvage::FindLostLeaves() {
     };
     // First those that only one table can own: they tell who names the rows of the others.
     for (const bool all : {false, true}) {
-        ForEachLostLeaf([&](std::uint32_t page, const BtreePage& leaf) {
+        ForEachLostLeaf([&](std::uint32_t page, const BtreePage& leaf, bool doubtful) {
             const std::vector<std::size_t> sources = owners(leaf);
             if (sources.size() == 1 || (all && !sources.empty())) {
-                Adopt(sources.size() == 1 ? sources.front() : Decide(leaf, sources), page, leaf);
+                Adopt(sources.size() == 1 ? sources.front() : Decide(leaf, sources), page, leaf,
+                      doubtful);
             }
         });
     }

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <limits>
 #include <system_error>
 
 #include "platform/System.h"
+#include "store/DatabasePage.h"
 #include "store/Failure.h"
 #include "store/VolumeDatabase.h"
 #include "store/VolumePath.h"
@@ -16,19 +16,12 @@ namespace cqsurvey {
 
 namespace {
 
-constexpr std::size_t kHeader = 100;
 constexpr std::uint32_t kApplicationId = 0x43715376;
 constexpr std::uint32_t kUtf16Little = 2;
-constexpr std::size_t kLeastPage = 512;
-constexpr std::size_t kMostPage = 65536;
 constexpr std::size_t kLeastUsable = 480;
 constexpr std::size_t kUsualPage = 4096;
 /// How many pages are looked at to find out their size.
 constexpr std::uint64_t kSample = 256;
-
-bool IsPageSize(std::size_t size) {
-    return size >= kLeastPage && size <= kMostPage && (size & (size - 1)) == 0;
-}
 
 /// Pages of the file may be half written while a journal says how they were.
 void RequireNoJournal(const std::string& path) {
@@ -115,52 +108,56 @@ bool PageFile::ReadAt(std::uint64_t at, std::span<std::byte> bytes) {
 }
 
 void PageFile::ReadHeader(const std::string& path) {
-    std::array<std::byte, kHeader> header{};
-    if (!ReadAt(0, header) || std::memcmp(header.data(), "SQLite format 3", 16) != 0) {
+    std::array<std::byte, DatabaseHeader::kSize> bytes{};
+    const DatabaseHeader header(bytes.data());
+    if (!ReadAt(0, bytes) || !header.IsDatabase()) {
         return;
     }
-    const std::size_t size = ReadBig<2>(header, 16) == 1 ? kMostPage : ReadBig<2>(header, 16);
-    const auto reserved = std::to_integer<std::size_t>(header[20]);
+    const std::size_t size = header.GetPageSize();
+    const auto reserved = std::to_integer<std::size_t>(bytes[20]);
     if (!IsPageSize(size) || size < kLeastUsable + reserved) {
         return;
     }
-    if (ReadBig<4>(header, 68) != kApplicationId || ReadBig<4>(header, 56) != kUtf16Little) {
+    if (header.GetApplication() != kApplicationId || ReadBig<4>(bytes, 56) != kUtf16Little) {
         throw StoreFailure(error::kDamaged, path + " is not a job");
     }
-    if (ReadBig<4>(header, 60) > VolumeDatabase::kFormatVersion) {
-        throw StoreFailure(error::kNewerVersion,
-                           path + " has format version " + std::to_string(ReadBig<4>(header, 60)));
+    if (header.GetFormatVersion() > VolumeDatabase::kFormatVersion) {
+        throw StoreFailure(error::kNewerVersion, path + " has format version " +
+                                                     std::to_string(header.GetFormatVersion()));
     }
     m_pageSize = size;
     m_reserved = reserved;
-    m_promised = std::max<std::uint32_t>(ReadBig<4>(header, 28), 1);
+    m_hasSums = header.HasPageSums();
+    m_promised = std::max<std::uint32_t>(ReadBig<4>(bytes, 28), 1);
 }
 
-std::uint64_t PageFile::CountSound(std::size_t pageSize, std::size_t reserved) {
+PageFile::Census PageFile::Count(std::size_t pageSize, std::size_t reserved) {
     std::vector<std::byte> bytes(pageSize);
-    std::uint64_t sound = 0;
+    Census census;
     const std::uint64_t pages = m_size / pageSize;
     // Evenly spread, so that no kind of page is left out.
     const std::uint64_t step = std::max<std::uint64_t>(1, pages / kSample);
     for (std::uint64_t page = 1; page < pages; page += step) {
         if (ReadAt(page * pageSize, bytes) && BtreePage::Read(bytes, pageSize - reserved, 0)) {
-            ++sound;
+            census.soundBytes += step * pageSize;
+            census.withSum += HasItsSum(bytes.data(), pageSize) ? step * pageSize : 0;
         }
     }
-    return sound * step * pageSize;
+    return census;
 }
 
 void PageFile::GuessPageSize() {
-    constexpr std::array<std::size_t, 2> kReserved{0, 8};
     m_pageSize = kUsualPage;
     std::uint64_t most = 0;
-    for (std::size_t size = kLeastPage; size <= kMostPage; size *= 2) {
-        for (const std::size_t reserved : kReserved) {
-            const std::uint64_t sound = CountSound(size, reserved);
-            if (sound > most) {
-                most = sound;
+    for (std::size_t size = kSmallestPage; size <= kLargestPage; size *= 2) {
+        for (const std::size_t reserved : {std::size_t{0}, kPageSumBytes}) {
+            const Census census = Count(size, reserved);
+            if (census.soundBytes > most) {
+                most = census.soundBytes;
                 m_pageSize = size;
                 m_reserved = reserved;
+                // A few may be damaged.
+                m_hasSums = reserved == kPageSumBytes && 2 * census.withSum > census.soundBytes;
             }
         }
     }
@@ -172,6 +169,7 @@ std::span<const std::byte> PageFile::Read(std::uint32_t page) {
                     [](std::byte byte) { return byte == std::byte{0}; })) {
         return {};
     }
+    m_isDoubtful = m_hasSums && !HasItsSum(m_page.data(), m_page.size());
     return m_page;
 }
 

@@ -38,6 +38,8 @@ class PageFile {
     /// Reads a page; valid until the next call. Empty when there is no such page, when it holds
     /// nothing but zeros, and when the medium cannot read it.
     [[nodiscard]] std::span<const std::byte> Read(std::uint32_t page);
+    /// Whether the page that was read last does not match its sum: the medium has changed it.
+    [[nodiscard]] bool IsDoubtful() const { return m_isDoubtful; }
 
  private:
     struct FreeName {
@@ -48,7 +50,12 @@ class PageFile {
     void ReadHeader(const std::string& path);
     void GuessPageSize();
     [[nodiscard]] bool ReadAt(std::uint64_t at, std::span<std::byte> bytes);
-    [[nodiscard]] std::uint64_t CountSound(std::size_t pageSize, std::size_t reserved);
+    /// How much of the file is in sound pages, if pages have this size.
+    struct Census {
+        std::uint64_t soundBytes = 0;
+        std::uint64_t withSum = 0;
+    };
+    [[nodiscard]] Census Count(std::size_t pageSize, std::size_t reserved);
 
     std::unique_ptr<char, FreeName> m_name;
     std::unique_ptr<std::byte[]> m_file;
@@ -57,6 +64,8 @@ class PageFile {
     std::size_t m_reserved = 0;
     std::uint32_t m_count = 0;
     std::uint32_t m_promised = 0;
+    bool m_hasSums = false;
+    bool m_isDoubtful = false;
     std::vector<std::byte> m_page;
 };
 

@@ -122,8 +122,10 @@ std::vector<std::byte> VolumeSalvage::CopyPage(std::uint32_t page) {
 void VolumeSalvage::WalkTable(std::size_t source, std::uint32_t page, Range range, int depth) {
     std::optional<BtreePage> read;
     std::vector<std::byte> bytes;
+    bool doubtful = false;
     if (page < m_states.size() && m_states[page] != State::Used && depth <= kDeepest) {
         bytes = CopyPage(page);
+        doubtful = m_file.IsDoubtful();
         if (!bytes.empty()) {
             read = BtreePage::Read(bytes, m_file.GetUsable(), PageFile::GetStart(page));
         }
@@ -137,6 +139,9 @@ void VolumeSalvage::WalkTable(std::size_t source, std::uint32_t page, Range rang
         const State before = std::exchange(m_states[page], State::Used);
         if (TakeLeaf(source, *read, range)) {
             m_leafDepths[source] = depth;
+            if (doubtful) {
+                ListDoubt(source, page, *read);
+            }
             return;
         }
         m_states[page] = before;
@@ -180,6 +185,26 @@ bool VolumeSalvage::TakeLeaf(std::size_t source, const BtreePage& page, Range ra
         }
     }
     return true;
+}
+
+/// Most rows of a page that the medium has changed are right, but nobody knows which.
+void VolumeSalvage::ListDoubt(std::size_t source, std::uint32_t page, const BtreePage& leaf) {
+    if (source == Schema() || leaf.GetCells().empty()) {
+        return;
+    }
+    const std::string text = "page " + std::to_string(page) + " of the file does not match its sum";
+    if (source >= m_layouts.size()) {
+        m_result.losses.push_back(
+            {"", 0, 0, text + "; texts, settings, descriptions or the image may be wrong"});
+        return;
+    }
+    const std::int64_t first = std::max<std::int64_t>(leaf.GetCells().front().key, 1);
+    const std::int64_t last = std::min(leaf.GetCells().back().key, kLastNumber);
+    if (first <= last) {
+        m_result.losses.push_back({NameOf(source), static_cast<std::uint32_t>(first),
+                                   static_cast<std::uint32_t>(last),
+                                   text + "; values of these records may be wrong"});
+    }
 }
 
 void VolumeSalvage::WalkNumbers(std::uint32_t page, int depth) {
@@ -247,7 +272,7 @@ std::vector<std::byte> VolumeSalvage::ReadPayload(const BtreePage::Cell& cell) {
     while (payload.size() < cell.payload && page > kSchemaPage && page < m_states.size() &&
            m_states[page] != State::Used) {
         const std::span<const std::byte> bytes = m_file.Read(page);
-        if (bytes.empty()) {
+        if (bytes.empty() || m_file.IsDoubtful()) {
             break;
         }
         const std::size_t left = static_cast<std::size_t>(cell.payload) - payload.size();

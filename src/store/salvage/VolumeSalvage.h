@@ -94,6 +94,7 @@ class VolumeSalvage {
     void WalkTable(std::size_t source, std::uint32_t page, Range range, int depth);
     void WalkInner(std::size_t source, const BtreePage& page, Range range, int depth);
     bool TakeLeaf(std::size_t source, const BtreePage& page, Range range);
+    void ListDoubt(std::size_t source, std::uint32_t page, const BtreePage& leaf);
     void WalkNumbers(std::uint32_t page, int depth);
     void MarkTree(std::uint32_t page, int depth);
 
@@ -107,7 +108,7 @@ class VolumeSalvage {
     void ForEachLostLeaf(Visit&& visit);
     [[nodiscard]] bool FitsWhole(std::size_t source, const BtreePage& leaf) const;
     [[nodiscard]] Rooms::const_iterator FindRoom(std::size_t source, const BtreePage& leaf) const;
-    void Adopt(std::size_t source, std::uint32_t page, const BtreePage& leaf);
+    void Adopt(std::size_t source, std::uint32_t page, const BtreePage& leaf, bool doubtful);
     void FindSchemaLeaves();
     void FindLostLeaves();
     [[nodiscard]] std::size_t Decide(const BtreePage& leaf,
