@@ -35,9 +35,8 @@ class CheckCommand : public Command {
             .Placeholder("OUT");
         command.SetFooter(
             "Several jobs are checked one after the other, each with a report of its own.\n"
-            "The exit status is 1 when anything is wrong, or could not be saved. A note is about "
-            "something that was left "
-            "as it\n"
+            "The exit status is 1 when anything is wrong, or could not be saved. A note is about\n"
+            "something that was left as it "
             "is on purpose, such as an entity whose layer was deleted; it is not wrong.\n"
             "\n"
             "Example:\n"
