@@ -72,11 +72,15 @@ CqJobRepair::CqJobRepair(const CString& damaged, const CString& repaired, std::s
         }
         batch.Commit();
         const CqJobCheck check(db, maxLosses);
+        std::size_t told = 0;
         for (const CqJobFinding& finding : check.GetFindings()) {
-            job.losses.push_back({finding.table, finding.record, finding.record,
-                                  "a fault remains: " + finding.text});
+            if (finding.kind != CqJobFinding::Kind::Note) {
+                ++told;
+                job.losses.push_back({finding.table, finding.record, finding.record,
+                                      "a fault remains: " + finding.text});
+            }
         }
-        m_count = job.losses.size() + check.GetCount() - check.GetFindings().size();
+        m_count = job.losses.size() + check.GetCount() - told;
         if (job.losses.size() > maxLosses) {
             job.losses.resize(maxLosses);
         }
