@@ -65,7 +65,7 @@ class PowerLossTest : public StoreTest {
             SCOPED_TRACE("call " + std::to_string(at));
             std::filesystem::remove(m_host + "-journal");
             WriteHostFile(m_host, m_bytes);
-            m_vfs.WatchPower();
+            m_vfs.WatchPower(m_dir.Utf8(""));
             Mount();
             m_pairs = OpenTable<PairLayout>(u"V");
             m_vfs.FailAt(FaultVfs::kChanging, at, FaultVfs::kPowerCut, true);
@@ -120,7 +120,7 @@ TEST_F(PowerLossTest, TheSameWhenEveryChangeSpills) {
 TEST_F(PowerLossTest, ACreatedVolumeIsThereOnceItsCreationWasReported) {
     for (std::int64_t at = 1;; ++at) {
         SCOPED_TRACE(at);
-        m_vfs.WatchPower();
+        m_vfs.WatchPower(m_dir.Utf8(""));
         m_vfs.FailAt(FaultVfs::kChanging, at, FaultVfs::kPowerCut, true);
         const int created = QrfsCreateVolume(m_dir.Path(u"new.job"));
         const bool cut = m_vfs.Struck();

@@ -1,26 +1,23 @@
 #include "support/FaultVfs.h"
 
-#include <unistd.h>
-
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
+#include <utility>
 
 namespace cqsurvey {
 
 namespace {
 
 constexpr const char* kName = "cqsurvey-fault";
-constexpr std::size_t kSector = 512;
+/// The object that stands for the default file system.
+FaultVfs* s_current = nullptr;
 
 struct ShimFile {
     sqlite3_file base;
     FaultVfs* owner;
-    char* path;  ///< null for a temporary file; not taken by new, which a test may let fail
+    bool syncsFolder;  ///< with its next sync, as SQLite does for a new journal
+    char* path;        ///< null for a temporary file; not taken by new, which a test may let fail
     sqlite3_file* real;
 };
 
@@ -34,6 +31,11 @@ sqlite3_file* Real(sqlite3_file* file) {
 
 FaultVfs* Owner(sqlite3_vfs* vfs) {
     return static_cast<FaultVfs*>(vfs->pAppData);
+}
+
+/// What is watched of a file, null for a temporary one and when nothing is.
+PowerMedium* MediumOf(ShimFile* file) {
+    return file->path == nullptr ? nullptr : file->owner->GetMedium();
 }
 
 sqlite3_vfs* System() {
@@ -59,8 +61,9 @@ int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 at) {
         return *fault;
     }
     const int result = Real(file)->pMethods->xWrite(Real(file), bytes, count, at);
-    if (result == SQLITE_OK && Shim(file)->path != nullptr) {
-        Shim(file)->owner->NoteWritten(Shim(file)->path, bytes, count, at);
+    PowerMedium* medium = MediumOf(Shim(file));
+    if (result == SQLITE_OK && medium != nullptr) {
+        medium->Write(Shim(file)->path, bytes, count, at);
     }
     return result;
 }
@@ -70,8 +73,9 @@ int Truncate(sqlite3_file* file, sqlite3_int64 size) {
         return *fault;
     }
     const int result = Real(file)->pMethods->xTruncate(Real(file), size);
-    if (result == SQLITE_OK && Shim(file)->path != nullptr) {
-        Shim(file)->owner->NoteTruncated(Shim(file)->path, size);
+    PowerMedium* medium = MediumOf(Shim(file));
+    if (result == SQLITE_OK && medium != nullptr) {
+        medium->Truncate(Shim(file)->path, size);
     }
     return result;
 }
@@ -80,8 +84,13 @@ int Sync(sqlite3_file* file, int /*flags*/) {
     if (const auto fault = Shim(file)->owner->Strike(FaultVfs::kSync)) {
         return *fault;
     }
-    if (Shim(file)->path != nullptr) {
-        Shim(file)->owner->NoteSynced(Shim(file)->path);
+    if (PowerMedium* medium = MediumOf(Shim(file))) {
+        const std::string path = Shim(file)->path;
+        medium->Sync(path);
+        if (Shim(file)->syncsFolder) {
+            medium->SyncFolder(path.substr(0, path.find_last_of('/')));
+            Shim(file)->syncsFolder = false;
+        }
     }
     return SQLITE_OK;
 }
@@ -144,32 +153,35 @@ int Open(sqlite3_vfs* vfs, const char* path, sqlite3_file* file, int flags, int*
     shim->owner = Owner(vfs);
     shim->path = nullptr;
     shim->real = reinterpret_cast<sqlite3_file*>(shim + 1);
-    const bool existed = path != nullptr && ::access(path, F_OK) == 0;
+    constexpr int kJournals = SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_SUPER_JOURNAL;
+    shim->syncsFolder = (flags & SQLITE_OPEN_CREATE) != 0 && (flags & kJournals) != 0;
     const int result = System()->xOpen(System(), path, shim->real, flags, outFlags);
     if (result == SQLITE_OK) {
         shim->base.pMethods = Methods();
         if (path != nullptr) {
             shim->path = ::strdup(path);
-            shim->owner->NoteOpened(path, !existed);
+            if (PowerMedium* medium = shim->owner->GetMedium()) {
+                medium->Open(path);
+            }
         }
     }
     return result;
 }
 
-int Delete(sqlite3_vfs* vfs, const char* path, int /*syncFolder*/) {
+int Delete(sqlite3_vfs* vfs, const char* path, int syncFolder) {
     if (const auto fault = Owner(vfs)->Strike(FaultVfs::kDelete)) {
         return *fault;
     }
     const int result = System()->xDelete(System(), path, 0);
-    if (result == SQLITE_OK) {
-        Owner(vfs)->NoteDeleted(path);
+    PowerMedium* medium = Owner(vfs)->GetMedium();
+    if (result == SQLITE_OK && medium != nullptr) {
+        const std::string gone = path;
+        medium->Remove(gone);
+        if (syncFolder != 0) {
+            medium->SyncFolder(gone.substr(0, gone.find_last_of('/')));
+        }
     }
     return result;
-}
-
-std::string ReadFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 }  // namespace
@@ -186,9 +198,11 @@ FaultVfs::FaultVfs() {
     if (sqlite3_vfs_register(&m_vfs, 1) != SQLITE_OK) {
         throw std::runtime_error("the file system was not registered");
     }
+    s_current = this;
 }
 
 FaultVfs::~FaultVfs() {
+    s_current = nullptr;
     sqlite3_vfs_unregister(&m_vfs);
     sqlite3_vfs_register(System(), 1);
 }
@@ -203,7 +217,14 @@ void FaultVfs::FailAt(unsigned calls, std::int64_t at, int result, bool stays) {
 
 void FaultVfs::Heal() {
     m_calls = 0;
-    m_watching = false;
+    if (m_medium) {
+        m_kept = std::move(m_medium);
+        m_medium.reset();
+    }
+}
+
+FaultVfs* FaultVfs::GetWatching() {
+    return s_current != nullptr && s_current->m_medium ? s_current : nullptr;
 }
 
 std::optional<int> FaultVfs::Strike(Call call) {
@@ -241,101 +262,6 @@ std::optional<int> FaultVfs::Strike(Call call) {
             return SQLITE_IOERR_FSYNC;
         default:
             return SQLITE_IOERR_DELETE;
-    }
-}
-
-void FaultVfs::WatchPower() {
-    m_watching = true;
-    m_media.clear();
-}
-
-void FaultVfs::NoteOpened(const char* path, bool created) {
-    if (!m_watching) {
-        return;
-    }
-    const auto [medium, fresh] = m_media.try_emplace(path);
-    if (fresh) {
-        medium->second.synced = ReadFile(path);
-    }
-    if (created) {
-        medium->second = Medium();
-        medium->second.entrySynced = false;
-    }
-}
-
-void FaultVfs::NoteWritten(const char* path, const void* bytes, int count, sqlite3_int64 at) {
-    if (m_watching) {
-        m_media[path].pending.push_back(
-            {false, at, std::string(static_cast<const char*>(bytes), static_cast<size_t>(count))});
-    }
-}
-
-void FaultVfs::NoteTruncated(const char* path, sqlite3_int64 size) {
-    if (m_watching) {
-        m_media[path].pending.push_back({true, size, {}});
-    }
-}
-
-void FaultVfs::NoteSynced(const char* path) {
-    if (m_watching) {
-        Medium& medium = m_media[path];
-        for (const Change& change : medium.pending) {
-            Apply(medium.synced, change);
-        }
-        medium.pending.clear();
-        medium.entrySynced = true;
-    }
-}
-
-void FaultVfs::NoteDeleted(const char* path) {
-    if (m_watching) {
-        m_media[path].deleted = true;
-    }
-}
-
-void FaultVfs::Apply(std::string& content, const Change& change) {
-    const auto at = static_cast<std::size_t>(change.at);
-    if (change.truncate) {
-        content.resize(std::min(content.size(), at));
-        return;
-    }
-    content.resize(std::max(content.size(), at + change.bytes.size()));
-    content.replace(at, change.bytes.size(), change.bytes);
-}
-
-void FaultVfs::WriteMedium(const std::string& folder, Unsynced unsynced,
-                           std::mt19937& random) const {
-    const auto keep = [&] {
-        return unsynced == Unsynced::Kept || (unsynced == Unsynced::Mixed && random() % 2 == 0);
-    };
-    for (const auto& [path, medium] : m_media) {
-        if ((medium.deleted && (unsynced != Unsynced::Mixed || random() % 2 == 0)) ||
-            (!medium.entrySynced && !keep())) {
-            continue;
-        }
-        std::string content = medium.synced;
-        for (const Change& change : medium.pending) {
-            if (change.truncate) {
-                if (keep()) {
-                    Apply(content, change);
-                }
-                continue;
-            }
-            // A sector is written whole or not at all.
-            for (std::size_t from = 0; from < change.bytes.size();) {
-                const auto at = static_cast<std::size_t>(change.at) + from;
-                const std::size_t part =
-                    std::min(kSector - at % kSector, change.bytes.size() - from);
-                if (keep()) {
-                    Apply(content,
-                          {false, static_cast<sqlite3_int64>(at), change.bytes.substr(from, part)});
-                }
-                from += part;
-            }
-        }
-        const std::string name = std::filesystem::path(path).filename().string();
-        std::ofstream(folder + "/" + name, std::ios::binary)
-            .write(content.data(), static_cast<std::streamsize>(content.size()));
     }
 }
 

@@ -3,12 +3,11 @@
 #include <sqlite3.h>
 
 #include <cstdint>
-#include <map>
-#include <memory>
 #include <optional>
 #include <random>
 #include <string>
-#include <vector>
+
+#include "support/PowerMedium.h"
 
 namespace cqsurvey {
 
@@ -40,48 +39,34 @@ class FaultVfs {
     /// Whether a call has failed since FailAt.
     [[nodiscard]] bool Struck() const { return m_struck; }
 
-    /// From now on keeps apart what was synced and what was not.
-    void WatchPower();
+    /// From now on keeps apart what was synced in the folder and what was not.
+    void WatchPower(const std::string& folder) { m_medium.emplace(folder); }
     /// The result of FailAt that cuts the power: every call fails from then on.
     static constexpr int kPowerCut = SQLITE_IOERR | (200 << 8);
-    enum class Unsynced { Lost, Kept, Mixed };
-    /// Puts what the medium may hold after a cut into another folder: all that was synced, and of
-    /// the rest nothing, everything or any part.
-    void WriteMedium(const std::string& folder, Unsynced unsynced, std::mt19937& random) const;
+    using Unsynced = PowerMedium::Unsynced;
+    /// Puts what the medium may hold after a cut into another folder.
+    void WriteMedium(const std::string& folder, Unsynced unsynced, std::mt19937& random) const {
+        m_kept->WriteTo(folder, unsynced, random);
+    }
 
     /// What SQLite would get from this call: the fault's result, or nothing.
     [[nodiscard]] std::optional<int> Strike(Call call);
 
-    // What the shim's files report about a watched file.
-    void NoteOpened(const char* path, bool created);
-    void NoteWritten(const char* path, const void* bytes, int count, sqlite3_int64 at);
-    void NoteTruncated(const char* path, sqlite3_int64 size);
-    void NoteSynced(const char* path);
-    void NoteDeleted(const char* path);
+    /// The medium that is watched, null when none is.
+    [[nodiscard]] PowerMedium* GetMedium() { return m_medium ? &*m_medium : nullptr; }
+
+    /// The object that watches a medium, null when there is none.
+    [[nodiscard]] static FaultVfs* GetWatching();
 
  private:
-    struct Change {
-        bool truncate;
-        sqlite3_int64 at;
-        std::string bytes;
-    };
-    struct Medium {
-        std::string synced;
-        bool entrySynced = true;
-        bool deleted = false;
-        std::vector<Change> pending;
-    };
-
-    static void Apply(std::string& content, const Change& change);
-
     sqlite3_vfs m_vfs{};
     unsigned m_calls = 0;
     std::int64_t m_left = 0;
     int m_result = SQLITE_OK;
     bool m_stays = false;
     bool m_struck = false;
-    bool m_watching = false;
-    std::map<std::string, Medium> m_media;
+    std::optional<PowerMedium> m_medium;
+    std::optional<PowerMedium> m_kept;  ///< of the last watch, once it has ended
 };
 
 }  // namespace cqsurvey
