@@ -17,9 +17,9 @@ VolumeFile::VolumeFile(sqlite3* connection, std::int64_t id, std::uint32_t lengt
 void VolumeFile::CheckBlocks() {
     const SqlBudget budget(m_connection);
     SqlStatement count(m_connection,
-                       "SELECT count(*) FROM Volume_Block WHERE Position >= ?1 AND Position < ?2");
+                       "SELECT count(*) FROM Volume_Block WHERE Position BETWEEN ?1 AND ?2");
     count.BindInt(1, Position(0));
-    count.BindInt(2, Position(0) + (std::int64_t{1} << 32));
+    count.BindInt(2, Position(kLastPossible));
     const std::int64_t found = count.Step() ? sqlite3_column_int64(count.Get(), 0) : 0;
     if (found != m_savedBlocks) {
         throw StoreFailure(error::kDamaged, "file " + std::to_string(m_id) + " of " +
@@ -32,9 +32,9 @@ bool VolumeFile::IsSound() {
     const SqlBudget budget(m_connection);
     SqlStatement rows(m_connection,
                       "SELECT count(*), total(length(Bytes) = min(?3, ?4 - (Position - ?1) * ?3)) "
-                      "FROM Volume_Block WHERE Position >= ?1 AND Position < ?2");
+                      "FROM Volume_Block WHERE Position BETWEEN ?1 AND ?2");
     rows.BindInt(1, Position(0));
-    rows.BindInt(2, Position(0) + (std::int64_t{1} << 32));
+    rows.BindInt(2, Position(kLastPossible));
     rows.BindInt(3, kBlock);
     rows.BindInt(4, m_savedLength);
     return rows.Step() && sqlite3_column_int64(rows.Get(), 0) == m_savedBlocks &&
@@ -44,10 +44,10 @@ bool VolumeFile::IsSound() {
 std::vector<std::byte> VolumeFile::Salvage(std::uint32_t most) {
     const SqlBudget budget(m_connection);
     SqlStatement rows(m_connection,
-                      "SELECT Bytes FROM Volume_Block WHERE Position >= ?1 AND Position < ?2 "
+                      "SELECT Bytes FROM Volume_Block WHERE Position BETWEEN ?1 AND ?2 "
                       "ORDER BY Position");
     rows.BindInt(1, Position(0));
-    rows.BindInt(2, Position(0) + (std::int64_t{1} << 32));
+    rows.BindInt(2, Position(kLastPossible));
     std::vector<std::byte> bytes;
     while (bytes.size() < most && rows.Step()) {
         const auto* block = static_cast<const std::byte*>(sqlite3_column_blob(rows.Get(), 0));
@@ -181,10 +181,9 @@ void VolumeFile::SetLength(std::uint32_t length) {
 
 void VolumeFile::DeleteRows(std::uint32_t firstBlock) {
     const SqlBudget budget(m_connection);
-    SqlStatement remove(m_connection,
-                        "DELETE FROM Volume_Block WHERE Position >= ?1 AND Position < ?2");
+    SqlStatement remove(m_connection, "DELETE FROM Volume_Block WHERE Position BETWEEN ?1 AND ?2");
     remove.BindInt(1, Position(firstBlock));
-    remove.BindInt(2, Position(0) + (std::int64_t{1} << 32));
+    remove.BindInt(2, Position(kLastPossible));
     remove.Run();
 }
 

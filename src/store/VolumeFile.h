@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <string>
 #include <vector>
@@ -105,6 +106,10 @@ class VolumeFile {
 
     /// This many clean blocks, about 1 MB, may stay in memory.
     static constexpr std::size_t kMostClean = 256;
+
+    /// The last block that a key has room for. The key of the block after it would be the next
+    /// file's, and of the last file there is no such number.
+    static constexpr std::uint32_t kLastPossible = std::numeric_limits<std::uint32_t>::max();
 
     sqlite3* m_connection;
     std::int64_t m_id;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -101,6 +102,23 @@ TEST_F(VolumeFileTest, BlocksInTheDatabaseAreFullButTheLast) {
                       "(SELECT * FROM Volume_Block WHERE Position >> 32 = 3 ORDER BY Position) "
                       "WHERE Position < 4 << 32"),
               "0:4032,1:4032,2:5");
+}
+
+TEST_F(VolumeFileTest, TheFileOfTheHighestNumberIsLikeAnyOther) {
+    const std::int64_t highest = std::numeric_limits<std::int32_t>::max();
+    SqlRun(m_connection.get(),
+           "INSERT INTO Volume_File VALUES(" + std::to_string(highest) + ", 0)");
+    m_file = std::make_unique<VolumeFile>(m_connection.get(), highest, 0U);
+    Begin();
+    Write(0, std::string(2 * kBlock + 5, 'a'));
+    Commit();
+    m_file = std::make_unique<VolumeFile>(m_connection.get(), highest, 2 * kBlock + 5);
+    EXPECT_NO_THROW(m_file->CheckBlocks());
+    Begin();
+    m_file->SetLength(kBlock);
+    Commit();
+    EXPECT_NO_THROW(m_file->CheckBlocks());
+    EXPECT_EQ(All(), std::string(kBlock, 'a'));
 }
 
 TEST_F(VolumeFileTest, ABlockThatIsMissingOrOfAnotherSizeIsDamage) {
