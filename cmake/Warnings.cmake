@@ -12,6 +12,12 @@ if(CQSURVEY_SANITIZE)
   target_link_options(cqsurvey_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(CQSURVEY_FUZZ)
+  target_compile_options(cqsurvey_flags INTERFACE
+    -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(cqsurvey_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
 if(CQSURVEY_COVERAGE)
   target_compile_options(cqsurvey_flags INTERFACE --coverage)
   target_link_options(cqsurvey_flags INTERFACE --coverage)
