@@ -29,19 +29,6 @@ std::string Quoted(const CString& name) {
     return "\"" + ToUtf8(name) + "\"";
 }
 
-CString Folded(const CString& name) {
-    std::u32string folded;
-    for (std::size_t at = 0; at < name.size();) {
-        folded.push_back(FoldCase(NextCodePoint(name, at)));
-    }
-    CString key;
-    for (const char32_t unit : folded) {
-        key.push_back(static_cast<char16_t>(unit >> 16));
-        key.push_back(static_cast<char16_t>(unit & 0xFFFF));
-    }
-    return key;
-}
-
 /// "Layer 5", or with another number behind it while there is one of that name already.
 template <class Key>
 CString FreeName(const std::string& word, CqHandle number, const std::set<CString>& taken,
@@ -119,6 +106,7 @@ void RecordMender::MendLayers() {
 void RecordMender::MendGroups() {
     std::set<CString> names;
     std::vector<CqHandle> doubled;
+    const auto folded = [](const CString& name) { return Folded(name); };
     for (const auto& [number, record] : m_job.groups) {
         const CString name = GroupLayout::Get<"GroupName">(record.data());
         if (!name.empty() && !names.insert(Folded(name)).second) {
@@ -127,7 +115,7 @@ void RecordMender::MendGroups() {
     }
     for (const CqHandle number : doubled) {
         std::byte* record = m_job.groups[number].data();
-        const CString name = FreeName("Group", number, names, Folded);
+        const CString name = FreeName("Group", number, names, folded);
         m_job.Lose(kGroups, number,
                    "another group has the name " + Quoted(GroupLayout::Get<"GroupName">(record)) +
                        " too; this one is now " + Quoted(name));
@@ -140,7 +128,7 @@ void RecordMender::MendGroups() {
         if (group == 0 || m_job.groups.contains(group) || !m_job.IsLost(kGroups, group)) {
             continue;
         }
-        const CString name = FreeName("Group", group, names, Folded);
+        const CString name = FreeName("Group", group, names, folded);
         GroupLayout::Set<"GroupName">(m_job.groups[group].data(), name);
         names.insert(Folded(name));
         m_job.Lose(kGroups, group, "the group is gone; it was made anew as " + Quoted(name));
