@@ -18,6 +18,11 @@ if(CQSURVEY_FUZZ)
   target_link_options(cqsurvey_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(CQSURVEY_SANITIZE_THREADS)
+  target_compile_options(cqsurvey_flags INTERFACE -fsanitize=thread)
+  target_link_options(cqsurvey_flags INTERFACE -fsanitize=thread)
+endif()
+
 if(CQSURVEY_COVERAGE)
   target_compile_options(cqsurvey_flags INTERFACE --coverage)
   target_link_options(cqsurvey_flags INTERFACE --coverage)

@@ -168,9 +168,16 @@ void FillNew(const std::string& path) {
     // An absolute path is never mistaken for a URI.
     const std::string absolute = system::AbsolutePath(path);
     SqlConnection connection = OpenDatabase(absolute, SQLITE_OPEN_READWRITE);
+    // SQLite may have been built with other defaults. The bytes of a job must not depend on them.
+    if (sqlite3_db_config(connection.get(), SQLITE_DBCONFIG_LEGACY_FILE_FORMAT, 0, nullptr) !=
+        SQLITE_OK) {
+        throw StoreFailure(error::kGeneralFailure, "the database's file format cannot be chosen");
+    }
     SqlRun(connection.get(), "PRAGMA page_size=4096");
     ReservePageSums(connection.get());
     std::string sql =
+        "PRAGMA auto_vacuum=NONE;"
+        "PRAGMA secure_delete=ON;"
         "PRAGMA encoding='UTF-16le';"
         "PRAGMA journal_mode=DELETE;"
         "PRAGMA synchronous=FULL;"
@@ -327,6 +334,7 @@ void VolumeDatabase::Tune() {
            "PRAGMA cell_size_check=ON;"
            "PRAGMA foreign_keys=OFF;"
            "PRAGMA temp_store=MEMORY;"
+           "PRAGMA secure_delete=ON;"
            "PRAGMA cache_size=-8000;"
            "PRAGMA synchronous=FULL;");
 }
