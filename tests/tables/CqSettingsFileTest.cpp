@@ -326,7 +326,7 @@ TEST_F(CqSettingsFileTest, NumbersAreReadAsTheLanguagesLibraryReadsThem) {
         ASSERT_EQ(m_settings.GetInt(u"S", u"k", integer), 1);
         ASSERT_EQ(m_settings.GetDouble(u"S", u"k", real), 1);
         const double expected = static_cast<double>(std::strtof(text.c_str(), nullptr));
-        ASSERT_EQ(integer, static_cast<std::int32_t>(std::strtol(text.c_str(), nullptr, 10)));
+        ASSERT_EQ(integer, static_cast<std::int32_t>(std::strtoll(text.c_str(), nullptr, 10)));
         ASSERT_EQ(std::isnan(real), std::isnan(expected));
         if (!std::isnan(expected)) {
             ASSERT_EQ(real, expected);
