@@ -6,6 +6,7 @@
 
 #include "cqjob/Arguments.h"
 #include "cqjob/Command.h"
+#include "cqjob/DxfImport.h"
 #include "cqjob/Failure.h"
 #include "cqjob/Interrupt.h"
 #include "cqjob/JobFile.h"
@@ -47,6 +48,10 @@ constexpr const char* kFooter =
     "is 1 when lines were refused and no point could be recorded, and with --strict when any line\n"
     "was refused.\n"
     "\n"
+    "A file named .dxf is a drawing: --points, --names, --fills, --tolerance, --unit and\n"
+    "--file-unit are for such a file, and so are --duplicates, --group and --origin. The report\n"
+    "accounts for every entity: what it became, or why it was left out.\n"
+    "\n"
     "Example:\n"
     "  cqjob import site.job points.csv --order pnezd\n"
     "  cqjob import site.job total_station.csv --order header --no-height -9.99E+27\n"
@@ -57,7 +62,7 @@ constexpr const char* kFooter =
 class ImportCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
-        CommandLine& command = program.AddCommand("import", "Record the points of a text file");
+        CommandLine& command = program.AddCommand("import", "Record the points of a text file, or the drawing of a DXF file");
         AddJob(command, "The job into which the points go");
         command.Add("FILE", m_file, "The text file of points, - for standard input")
             .Required()
@@ -105,12 +110,16 @@ class ImportCommand : public Command {
             .InRange(1, 65535)
             .ShowDefault();
         command.AddFlag("--strict", m_strict, "Record nothing when any line is refused");
+        m_dxf.AddTo(command);
         AddJson(command);
         command.SetFooter(kFooter);
         return command;
     }
 
     int Run(Console& console) override {
+        if (m_dxf.IsAsked(m_file)) {
+            return RunDxf(console);
+        }
         const exchange::FieldTextReadOptions options = ReadOptions();
         RequireOtherFile(m_file, m_job);
         const Interrupt interrupt;
@@ -182,14 +191,30 @@ class ImportCommand : public Command {
         return options;
     }
 
-    ImportReport Import(Console& console, CqSurveyDB& db, const exchange::TextSource& source,
-                        FieldTextReader& reader) const {
+    int RunDxf(Console& console) const {
+        if (!m_order.empty() || !m_columns.empty()) {
+            throw UsageError("a DXF file has no columns: --order and --columns do not apply");
+        }
+        exchange::DxfReadOptions options = m_dxf.ReadOptions();
+        options.duplicates = ReadDuplicates();
+        options.origin = static_cast<SurveyCoordType>(m_origin);
+        options.group = ReadName(m_group, "the group's name");
+        m_dxf.Run(console, m_file, m_job, std::move(options), m_json);
+        return 0;
+    }
+
+    exchange::Duplicates ReadDuplicates() const {
         using exchange::Duplicates;
         const std::map<std::string, Duplicates> ways = {{"refuse", Duplicates::Refuse},
                                                         {"skip", Duplicates::Skip},
                                                         {"rename", Duplicates::Rename}};
+        return ways.at(m_duplicates);
+    }
+
+    ImportReport Import(Console& console, CqSurveyDB& db, const exchange::TextSource& source,
+                        FieldTextReader& reader) const {
         exchange::ImportOptions options;
-        options.duplicates = ways.at(m_duplicates);
+        options.duplicates = ReadDuplicates();
         options.origin = static_cast<SurveyCoordType>(m_origin);
         options.group = FromUtf8(m_group);
         options.strict = m_strict;
@@ -301,6 +326,7 @@ class ImportCommand : public Command {
     std::string m_group;
     int m_origin = 1;
     bool m_strict = false;
+    DxfImport m_dxf;
 };
 
 }  // namespace
