@@ -10,6 +10,7 @@
 #include "cqsurvey/exchange/ColumnOrder.h"
 #include "cqsurvey/exchange/DxfReader.h"
 #include "cqsurvey/exchange/DxfReport.h"
+#include "cqsurvey/exchange/DxfWriter.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "cqsurvey/exchange/FieldText.h"
 #include "cqsurvey/exchange/FieldTextReader.h"
