@@ -62,11 +62,11 @@ struct DxfWriteOptions {
     /// Put each point with a feature code on a layer CODE_n of its own colour, instead of its own.
     bool layersByCode = false;
     /// The job's unit, which the file says unless the version is R12.
-    std::optional<LengthUnit> unit;
+    std::optional<LengthUnit> unit = std::nullopt;
     /// The image's file, when there is one; not for R12.
-    std::optional<DxfImage> image;
+    std::optional<DxfImage> image = std::nullopt;
     /// Called with the number of entities read. An exception that it throws ends the writing.
-    std::function<void(std::size_t entities)> progress;
+    std::function<void(std::size_t entities)> progress = nullptr;
 };
 
 /// Writes the points and the drawing of a job as a DXF file. DxfReader reads the same job back,

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <iterator>
 #include <utility>
 
 #include "cqsurvey/Text.h"
@@ -24,7 +25,7 @@ void GroupWriter::Raw(int code, std::string_view value) {
     }
 }
 
-std::string GroupWriter::Encode(std::u16string_view text) const {
+std::string GroupWriter::Encode(std::u16string_view text) {
     if (m_version == DxfVersion::R2018) {
         return ToUtf8(text);
     }
@@ -33,6 +34,8 @@ std::string GroupWriter::Encode(std::u16string_view text) const {
         const char16_t unit = text[i];
         if (unit < 0x80) {
             out += static_cast<char>(unit);
+        } else if (const auto bytes = m_page.TryEncode(text.substr(i, 1))) {
+            out += *bytes;
         } else {
             fmt::format_to(std::back_inserter(out), "\\U+{:04X}", static_cast<unsigned>(unit));
         }

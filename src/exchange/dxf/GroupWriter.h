@@ -5,14 +5,15 @@
 #include <string>
 #include <string_view>
 
+#include "cqsurvey/CodePage.h"
 #include "cqsurvey/Types.h"
 #include "cqsurvey/exchange/DxfWriter.h"
 #include "exchange/dxf/Affine.h"
 
 namespace cqsurvey::exchange::dxf {
 
-/// Writes the groups of a DXF file in its text form. Characters beyond ASCII are in UTF-8 in R2018,
-/// and before it \U+XXXX, which every program reads whatever its code page.
+/// Writes the groups of a DXF file in its text form. Texts are in UTF-8 in R2018, and before it in
+/// the code page of Western Europe; a character that the page lacks is written as \U+XXXX.
 class GroupWriter {
  public:
     GroupWriter(DxfVersion version, DxfWriter::Sink sink);
@@ -40,7 +41,7 @@ class GroupWriter {
     void Subclass(std::string_view name);
 
     /// The text as the version writes it, without regard to control characters.
-    [[nodiscard]] std::string Encode(std::u16string_view text) const;
+    [[nodiscard]] std::string Encode(std::u16string_view text);
 
     void Flush();
 
@@ -49,6 +50,7 @@ class GroupWriter {
  private:
     DxfVersion m_version;
     DxfWriter::Sink m_sink;
+    CqCodePage m_page{1252};
     std::string m_buffer;
     std::uint64_t m_lastHandle = kFirstFree;
 };

@@ -12,7 +12,11 @@ import subprocess
 import sys
 import tempfile
 
-import ezdxf
+try:
+    import ezdxf
+except ImportError:
+    print("ezdxf is not installed, skipped")
+    sys.exit(77)
 from ezdxf import path, recover
 from ezdxf.entities import LWPolyline
 from ezdxf.tools.text import plain_text
