@@ -64,8 +64,7 @@ void DxfExport::AddTo(CommandLine& command) {
         .Placeholder("LENGTH")
         .ShowDefault();
     command
-        .Add("--points", m_points,
-             "DXF: survey points as point, as block with attributes, or both")
+        .Add("--points", m_points, "DXF: survey points as point, as block with attributes, or both")
         .Placeholder("WAY")
         .OneOf({"both", "point", "block"})
         .ShowDefault();
@@ -84,9 +83,8 @@ bool DxfExport::IsAsked(const std::string& file) const {
 exchange::DxfWriteOptions DxfExport::ReadOptions() const {
     const std::map<std::string, DxfVersion> versions = {
         {"R12", DxfVersion::R12}, {"R2000", DxfVersion::R2000}, {"R2018", DxfVersion::R2018}};
-    const std::map<std::string, DxfPoints> points = {{"both", DxfPoints::Both},
-                                                     {"point", DxfPoints::Point},
-                                                     {"block", DxfPoints::Block}};
+    const std::map<std::string, DxfPoints> points = {
+        {"both", DxfPoints::Both}, {"point", DxfPoints::Point}, {"block", DxfPoints::Block}};
     exchange::DxfWriteOptions options;
     options.version = versions.at(m_version);
     options.arcs = m_arcs == "keep" ? DxfArcs::Keep : DxfArcs::Break;
@@ -120,8 +118,7 @@ void DxfExport::Run(Console& console, const std::string& job, const std::string&
     Progress progress(console, "entities");
     const auto whole = static_cast<std::uint64_t>(db.GetNumCadEntities());
     options.progress = [&](std::size_t entities) { progress.Update(entities, entities, whole); };
-    exchange::DxfWriter writer(db, options,
-                               [&](std::string_view piece) { output.Write(piece); });
+    exchange::DxfWriter writer(db, options, [&](std::string_view piece) { output.Write(piece); });
     const exchange::DxfReport report = writer.Write();
     if (picture) {
         picture->Finish();

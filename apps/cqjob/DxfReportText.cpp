@@ -15,7 +15,7 @@ namespace {
 
 std::string DescribeDeviation(double deviation) {
     constexpr double kLeastShown = 1e-6;
-    return deviation == 0.0         ? ""
+    return deviation == 0.0          ? ""
            : deviation < kLeastShown ? "below 0.000001"
                                      : FormatNumber(deviation, 6);
 }
@@ -33,12 +33,12 @@ void DxfReportText::WriteText(Console& console, bool isImport) const {
     }
     console.Print("\n");
     if (isImport) {
-        console.Print("  recorded: {}, {} of {}, {}, {}, {}\n", Count(m_report.points, "point"),
-                      Count(m_report.polylines, "polyline"),
-                      m_report.vertices == 1 ? "1 vertex"
-                                             : fmt::format("{} vertices", m_report.vertices),
-                      Count(m_report.circles, "circle"), Count(m_report.texts, "text"),
-                      Count(m_report.layers, "new layer"));
+        console.Print(
+            "  recorded: {}, {} of {}, {}, {}, {}\n", Count(m_report.points, "point"),
+            Count(m_report.polylines, "polyline"),
+            m_report.vertices == 1 ? "1 vertex" : fmt::format("{} vertices", m_report.vertices),
+            Count(m_report.circles, "circle"), Count(m_report.texts, "text"),
+            Count(m_report.layers, "new layer"));
     }
     if (m_report.GetDeviation() > 0.0) {
         console.Print("  largest deviation: {}\n", DescribeDeviation(m_report.GetDeviation()));

@@ -14,14 +14,14 @@ struct Row {
     std::string_view option;
 };
 
-constexpr std::array<Row, 7> kRows{{{LengthUnit::Metre, 1.0, "metre", "m"},
-                                    {LengthUnit::Millimetre, 0.001, "millimetre", "mm"},
-                                    {LengthUnit::Centimetre, 0.01, "centimetre", "cm"},
-                                    {LengthUnit::Kilometre, 1000.0, "kilometre", "km"},
-                                    {LengthUnit::Foot, 0.3048, "foot", "ft"},
-                                    {LengthUnit::UsSurveyFoot, 1200.0 / 3937.0, "US survey foot",
-                                     "us-ft"},
-                                    {LengthUnit::Inch, 0.0254, "inch", "in"}}};
+constexpr std::array<Row, 7> kRows{
+    {{LengthUnit::Metre, 1.0, "metre", "m"},
+     {LengthUnit::Millimetre, 0.001, "millimetre", "mm"},
+     {LengthUnit::Centimetre, 0.01, "centimetre", "cm"},
+     {LengthUnit::Kilometre, 1000.0, "kilometre", "km"},
+     {LengthUnit::Foot, 0.3048, "foot", "ft"},
+     {LengthUnit::UsSurveyFoot, 1200.0 / 3937.0, "US survey foot", "us-ft"},
+     {LengthUnit::Inch, 0.0254, "inch", "in"}}};
 
 const Row& RowOf(LengthUnit unit) {
     return *std::find_if(kRows.begin(), kRows.end() - 1,

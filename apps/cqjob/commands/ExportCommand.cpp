@@ -18,7 +18,8 @@ namespace {
 class ExportCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
-        CommandLine& command = program.AddCommand("export", "Write a job's points to a text file, or all of it to a DXF file");
+        CommandLine& command = program.AddCommand(
+            "export", "Write a job's points to a text file, or all of it to a DXF file");
         AddJob(command, "The job; it is not changed");
         command.Add("FILE", m_file, "The file to write, - for standard output")
             .Required()

@@ -62,7 +62,8 @@ constexpr const char* kFooter =
 class ImportCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
-        CommandLine& command = program.AddCommand("import", "Record the points of a text file, or the drawing of a DXF file");
+        CommandLine& command = program.AddCommand(
+            "import", "Record the points of a text file, or the drawing of a DXF file");
         AddJob(command, "The job into which the points go");
         command.Add("FILE", m_file, "The text file of points, - for standard input")
             .Required()

@@ -25,7 +25,7 @@ struct DxfPointRule {
     enum class Kind {
         Points,  ///< every POINT
         Layer,   ///< every POINT and inserted block on the layer `name`
-        Block    ///< every insert of the block `name`; its attribute `attribute` is the point's name
+        Block  ///< every insert of the block `name`; its attribute `attribute` is the point's name
     };
     Kind kind = Kind::Points;
     std::string name;       ///< in UTF-8; letter case does not matter

@@ -38,10 +38,10 @@ struct DxfRow {
     std::string layer;  ///< in UTF-8
     DxfFate fate = DxfFate::Taken;
     std::string what;
-    bool inBlock = false;         ///< drawn by a block that was inserted
+    bool inBlock = false;  ///< drawn by a block that was inserted
     std::uint64_t count = 0;
-    std::uint64_t place = 0;      ///< of the first: a line, a byte of a binary file, or a handle
-    double deviation = 0.0;       ///< the largest
+    std::uint64_t place = 0;  ///< of the first: a line, a byte of a binary file, or a handle
+    double deviation = 0.0;   ///< the largest
 };
 
 /// An account of every entity of a file that was read, or of a job that was written. Every entity
@@ -78,10 +78,10 @@ class CQSURVEY_EXCHANGE_API DxfReport {
     [[nodiscard]] double GetDeviation() const;
 
     // What the file says about itself, as far as the report tells it.
-    std::string version;    ///< "R2000", or the file's own word
-    std::string unit;       ///< of the file, "unspecified" when it does not say
-    double scale = 1.0;     ///< by which its lengths were multiplied
-    int codePage = 0;       ///< of its texts
+    std::string version;  ///< "R2000", or the file's own word
+    std::string unit;     ///< of the file, "unspecified" when it does not say
+    double scale = 1.0;   ///< by which its lengths were multiplied
+    int codePage = 0;     ///< of its texts
 
     // What came into the job.
     std::uint64_t points = 0;

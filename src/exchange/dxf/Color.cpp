@@ -34,8 +34,9 @@ int Channel(std::uint32_t rgb, unsigned shift) {
 
 std::uint32_t ColorOf(int number) {
     // 7 is the ink, black or white; a drawing's own white is meant more often.
-    static constexpr std::array<std::uint32_t, 10> kPure{
-        0, 0xFF0000, 0xFFFF00, 0x00FF00, 0x00FFFF, 0x0000FF, 0xFF00FF, 0xFFFFFF, 0x808080, 0xC0C0C0};
+    static constexpr std::array<std::uint32_t, 10> kPure{0,        0xFF0000, 0xFFFF00, 0x00FF00,
+                                                         0x00FFFF, 0x0000FF, 0xFF00FF, 0xFFFFFF,
+                                                         0x808080, 0xC0C0C0};
     if (number < kFirstHue) {
         return kPure.at(static_cast<std::size_t>(std::max(number, 0)));
     }

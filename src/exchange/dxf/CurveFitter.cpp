@@ -34,9 +34,8 @@ double Distance(const Vec3& at, const Vec3& p, const Vec3& q, double bulge) {
     const double dy = q.y - p.y;
     const double square = dx * dx + dy * dy;
     const double along =
-        square == 0.0
-            ? 0.0
-            : std::clamp(((at.x - p.x) * dx + (at.y - p.y) * dy) / square, 0.0, 1.0);
+        square == 0.0 ? 0.0
+                      : std::clamp(((at.x - p.x) * dx + (at.y - p.y) * dy) / square, 0.0, 1.0);
     return std::hypot(at.x - p.x - along * dx, at.y - p.y - along * dy);
 }
 
@@ -75,8 +74,8 @@ void CurveFitter::Fit(const Curve& curve, double from, const Vec3& p, double to,
     for (int i = 1; i < kLooks; ++i) {
         const double part = static_cast<double>(i) / kLooks;
         const Vec3 at = curve(from + (to - from) * part);
-        farthest = std::max({farthest, Distance(at, p, q, bulge),
-                             std::fabs(at.z - (p.z + (q.z - p.z) * part))});
+        farthest = std::max(
+            {farthest, Distance(at, p, q, bulge), std::fabs(at.z - (p.z + (q.z - p.z) * part))});
     }
     if ((farthest > m_tolerance || std::fabs(bulge) > kSharp) && depth < kDeepest) {
         Fit(curve, from, p, middle, m, depth + 1, out);

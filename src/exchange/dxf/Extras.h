@@ -9,6 +9,9 @@
 
 namespace cqsurvey::exchange::dxf {
 
+/// The name under which this library keeps what only a job has in the extended data of an entity.
+inline constexpr std::string_view kApplication = "CQSURVEY";
+
 /// What a job knows of an entity and a DXF entity has no group for: its feature code, for example.
 /// It is kept as extended data of this library, in texts such as "CODE=12", which other programs
 /// carry along or drop.

@@ -30,12 +30,12 @@ Form FormOf(int code) {
         Form form;
     };
     static constexpr std::array<Range, 25> kRanges{
-        {{9, Form::String},    {59, Form::Real},      {79, Form::Whole16},   {99, Form::Whole32},
-         {109, Form::String},  {149, Form::Real},     {169, Form::Whole64},  {179, Form::Whole16},
-         {239, Form::Real},    {289, Form::Whole16},  {299, Form::Bool},     {309, Form::String},
-         {319, Form::Chunk},   {369, Form::String},   {389, Form::Whole16},  {399, Form::String},
-         {409, Form::Whole16}, {419, Form::String},   {429, Form::Whole32},  {439, Form::String},
-         {459, Form::Whole32}, {469, Form::Real},     {1003, Form::String},  {1004, Form::Chunk},
+        {{9, Form::String},    {59, Form::Real},     {79, Form::Whole16},  {99, Form::Whole32},
+         {109, Form::String},  {149, Form::Real},    {169, Form::Whole64}, {179, Form::Whole16},
+         {239, Form::Real},    {289, Form::Whole16}, {299, Form::Bool},    {309, Form::String},
+         {319, Form::Chunk},   {369, Form::String},  {389, Form::Whole16}, {399, Form::String},
+         {409, Form::Whole16}, {419, Form::String},  {429, Form::Whole32}, {439, Form::String},
+         {459, Form::Whole32}, {469, Form::Real},    {1003, Form::String}, {1004, Form::Chunk},
          {1009, Form::String}}};
     for (const Range& range : kRanges) {
         if (code <= range.last) {

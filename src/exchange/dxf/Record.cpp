@@ -39,7 +39,8 @@ double Record::Number(const Entry& entry) const {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error == std::errc::result_out_of_range && end == text.data() + text.size()) {
         // Programs write numbers as small as 1e-320 where they mean 0.
-        return text.find("e-") != std::string_view::npos || text.find("E-") != std::string_view::npos
+        return text.find("e-") != std::string_view::npos ||
+                       text.find("E-") != std::string_view::npos
                    ? 0.0
                    : HUGE_VAL;
     }

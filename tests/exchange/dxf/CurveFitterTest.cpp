@@ -27,8 +27,9 @@ double FarthestFrom(const std::vector<PathVertex>& path, const CurveFitter::Curv
             const Vec3& q = path[k + 1].at;
             if (path[k].bulge == 0.0) {
                 const double length = std::hypot(q.x - p.x, q.y - p.y);
-                const double along = std::clamp(
-                    ((at.x - p.x) * (q.x - p.x) + (at.y - p.y) * (q.y - p.y)) / length, 0.0, length);
+                const double along =
+                    std::clamp(((at.x - p.x) * (q.x - p.x) + (at.y - p.y) * (q.y - p.y)) / length,
+                               0.0, length);
                 nearest = std::min(nearest, std::hypot(at.x - p.x - along * (q.x - p.x) / length,
                                                        at.y - p.y - along * (q.y - p.y) / length));
                 continue;

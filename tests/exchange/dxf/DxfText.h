@@ -68,9 +68,8 @@ class DrawnJob {
 
     std::string Write(const DxfWriteOptions& options = {}) {
         std::string text;
-        static_cast<void>(DxfWriter(db, options, [&](std::string_view bytes) {
-                              text += bytes;
-                          }).Write());
+        static_cast<void>(
+            DxfWriter(db, options, [&](std::string_view bytes) { text += bytes; }).Write());
         return text;
     }
 
@@ -109,10 +108,9 @@ inline std::vector<std::string> DrawnJob::List() {
                 list.emplace_back("line");
                 break;
             case EntVertex:
-                list.back() += " " + Place(*entity) +
-                               (entity->GetBulge() == 0.0
-                                    ? ""
-                                    : "(" + number(entity->GetBulge()) + ")");
+                list.back() +=
+                    " " + Place(*entity) +
+                    (entity->GetBulge() == 0.0 ? "" : "(" + number(entity->GetBulge()) + ")");
                 break;
             case EntText:
                 list.push_back("text " + ToUtf8(entity->GetText()) + " " + Place(*entity) + " h" +
