@@ -62,6 +62,10 @@ struct DxfReadOptions {
     SurveyCoordType origin{1};
     CString group;
 
+    /// How many entities inserted blocks may draw. A few blocks, each inserted many times in the
+    /// next, can stand for more than any machine can draw.
+    std::uint64_t mostDrawn = 20'000'000;
+
     /// What messages call the job. Empty: they do not name it.
     std::string jobName;
 

@@ -33,6 +33,8 @@ class Affine {
     /// Maps a difference of two points.
     [[nodiscard]] Vec3 Direction(const Vec3& d) const;
 
+    /// True when it changes nothing at all.
+    [[nodiscard]] bool IsSame() const { return m_same; }
     /// True when a circle in the xy plane stays a circle in plan, at one height.
     [[nodiscard]] bool KeepsCircles() const;
     /// True when a counter-clockwise turn becomes a clockwise one.

@@ -189,10 +189,10 @@ void EntityConverter::Explode(const Record& record, Block& block, const Affine& 
     inside.dimension = context.dimension;
     inside.block = StyleOf(record, context, m_scene);
     for (const Record& entity : block.entities) {
-        if (++m_drawn > kMostDrawn) {
-            record.GetOrigin().Fail(
-                record.place,
-                fmt::format("the inserted blocks draw more than {} entities", kMostDrawn));
+        if (++m_drawn > m_scene.options.mostDrawn) {
+            record.GetOrigin().Fail(record.place,
+                                    fmt::format("the inserted blocks draw more than {} entities",
+                                                m_scene.options.mostDrawn));
         }
         Convert(entity, inside);
     }

@@ -17,11 +17,9 @@ namespace cqsurvey::exchange::dxf {
 
 /// Converts entities, each with the converter of its kind, and counts what they came to. An
 /// inserted block is drawn entity by entity. A block that contains itself is an error, and so are
-/// inserts that draw more than kMostDrawn entities: a few blocks, each inserted many times in the
-/// next, can stand for more than any machine can draw.
+/// inserts that draw more entities than the options allow.
 class EntityConverter {
  public:
-    static constexpr std::uint64_t kMostDrawn = 20'000'000;
     static constexpr int kDeepest = 64;
 
     EntityConverter(Scene& scene, Blocks& blocks);

@@ -44,22 +44,21 @@ CString TextConverter::ValueOf(const Record& record, TextDecoder& decoder) {
     return ResolveText(decoder.Decode(record.Text(1))).text;
 }
 
-DxfOutcome TextConverter::Draw(DrawnText text, double radians, const Affine& map,
-                               const Record& record, const Context& context, bool changed) {
+DxfOutcome TextConverter::Draw(DrawnText text, const Affine& map, const Record& record,
+                               const Context& context, bool changed) {
     if (text.text.empty()) {
         return LeftOut("it has no text");
     }
-    const Vec3 along = map.Direction({std::cos(radians), std::sin(radians), 0.0});
-    const double length = std::hypot(along.x, along.y);
-    const bool level = radians == 0.0 && along.y == 0.0 && along.x > 0.0;
-    text.at = map.Point(text.at);
-    text.rotation = level ? 0.0 : std::atan2(along.y, along.x) * 180.0 / kPi;
-    if (context.depth == 0 && length == 1.0 && record.Find(50) != nullptr &&
-        record.Find(230) == nullptr && record.type != "MTEXT") {
-        text.rotation = record.Number(50);
+    // Otherwise a turn to radians and back could change the last digit.
+    if (!map.IsSame()) {
+        const double radians = text.rotation * kPi / 180.0;
+        const Vec3 along = map.Direction({std::cos(radians), std::sin(radians), 0.0});
+        const double length = std::hypot(along.x, along.y);
+        text.at = map.Point(text.at);
+        text.rotation = std::atan2(along.y, along.x) * 180.0 / kPi;
+        // The height is measured across the line of the text.
+        text.height *= length > 0.0 ? std::fabs(map.Determinant()) / length : 0.0;
     }
-    // The height is measured across the line of the text.
-    text.height *= length > 0.0 ? std::fabs(map.Determinant()) / length : 0.0;
     text.style = StyleName(record);
     const bool mirrored = map.Mirrors();
     const bool tooLong = text.text.size() > limits::kReadableText;
@@ -79,7 +78,7 @@ DxfOutcome TextConverter::Text(const Record& record, const Context& context) {
     DrawnText text;
     text.text = plain.text;
     text.height = record.Number(40);
-    double radians = record.Number(50) * kPi / 180.0;
+    text.rotation = record.Number(50);
     bool changed = plain.changed || record.Number(41, 1.0) != 1.0 || record.Number(51) != 0.0 ||
                    record.Whole(71) != 0;
     const bool stretched = along == kAligned || along == kFit;
@@ -89,10 +88,10 @@ DxfOutcome TextConverter::Text(const Record& record, const Context& context) {
     text.align2 = along == kMiddle ? 2 : stretched ? 0 : across;
     if (stretched && record.Find(11) != nullptr) {
         const Vec3 end = PointOf(record, 11);
-        radians = std::atan2(end.y - text.at.y, end.x - text.at.x);
+        text.rotation = std::atan2(end.y - text.at.y, end.x - text.at.x) * 180.0 / kPi;
         changed = true;
     }
-    return Draw(std::move(text), radians, ObjectMap(record, context), record, context, changed);
+    return Draw(std::move(text), ObjectMap(record, context), record, context, changed);
 }
 
 DxfOutcome TextConverter::Attribute(const Record& record, const Context& context) {
@@ -125,12 +124,10 @@ DxfOutcome TextConverter::MText(const Record& record, const Context& context) {
     const int attachment = record.Whole(71, 1);
     text.align1 = attachment >= 1 && attachment <= 9 ? (attachment - 1) % 3 : 0;
     text.align2 = attachment >= 1 && attachment <= 9 ? 3 - (attachment - 1) / 3 : 3;
-    double radians = record.Number(50) * kPi / 180.0;
-    Affine map = context.map;
-    if (record.Find(11) != nullptr) {
-        radians = std::atan2(record.Number(21), record.Number(11));
-    }
-    return Draw(std::move(text), radians, map, record, context, plain.changed);
+    text.rotation = record.Find(11) == nullptr
+                        ? record.Number(50)
+                        : std::atan2(record.Number(21), record.Number(11)) * 180.0 / kPi;
+    return Draw(std::move(text), context.map, record, context, plain.changed);
 }
 
 }  // namespace cqsurvey::exchange::dxf

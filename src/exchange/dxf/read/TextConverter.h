@@ -20,8 +20,8 @@ class TextConverter {
     [[nodiscard]] static CString ValueOf(const Record& record, TextDecoder& decoder);
 
  private:
-    DxfOutcome Draw(DrawnText text, double radians, const Affine& map, const Record& record,
-                    const Context& context, bool changed);
+    DxfOutcome Draw(DrawnText text, const Affine& map, const Record& record, const Context& context,
+                    bool changed);
     CString StyleName(const Record& record);
 
     Scene& m_scene;
