@@ -113,7 +113,7 @@ TEST(GroupReaderTest, ABinaryFileThatIsCutIsAnErrorWithItsByte) {
         EXPECT_TRUE(fault == "none" || fault.find("text: byte ") == 0) << length << fault;
     }
     EXPECT_EQ(FaultOf(whole.substr(0, whole.size() - 1)),
-              "text: byte 63: the file ends inside a value");
+              "text: byte 55: the file ends inside a value");
 }
 
 }  // namespace

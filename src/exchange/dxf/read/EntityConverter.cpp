@@ -173,6 +173,8 @@ DxfOutcome EntityConverter::Draw(const Record& record, Block& block, const Place
     m_open.push_back(&block);
     for (int row = 0; row < places.rows; ++row) {
         for (int column = 0; column < places.columns; ++column) {
+            // A block without entities takes time, too.
+            CountDrawn(record);
             const Vec3 step{column * places.columnStep, row * places.rowStep, 0.0};
             Explode(record, block, places.stand * Affine::Shift(step) * places.unit, context);
         }
@@ -189,14 +191,17 @@ void EntityConverter::Explode(const Record& record, Block& block, const Affine& 
     inside.dimension = context.dimension;
     inside.block = StyleOf(record, context, m_scene);
     for (const Record& entity : block.entities) {
-        if (++m_drawn > m_scene.options.mostDrawn) {
-            record.GetOrigin().Fail(record.place,
-                                    fmt::format("the inserted blocks draw more than {} entities",
-                                                m_scene.options.mostDrawn));
-        }
+        CountDrawn(record);
         Convert(entity, inside);
     }
-    ++m_drawn;
+}
+
+void EntityConverter::CountDrawn(const Record& insert) {
+    if (++m_drawn > m_scene.options.mostDrawn) {
+        insert.GetOrigin().Fail(insert.place,
+                                fmt::format("the inserted blocks draw more than {} entities",
+                                            m_scene.options.mostDrawn));
+    }
 }
 
 }  // namespace cqsurvey::exchange::dxf

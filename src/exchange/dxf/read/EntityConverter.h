@@ -52,6 +52,7 @@ class EntityConverter {
     DxfOutcome Table(const Record& record, const Context& context);
     DxfOutcome Draw(const Record& record, Block& block, const Places& places,
                     const Context& context, std::string_view what);
+    void CountDrawn(const Record& insert);
     void Explode(const Record& record, Block& block, const Affine& map, const Context& context);
 
     Scene& m_scene;

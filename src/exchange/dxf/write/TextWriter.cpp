@@ -28,12 +28,16 @@ bool IsUsual(const Align& align) {
     return align.along <= kMostAlong && align.across <= kMostAcross;
 }
 
-/// The backslash begins a code in any text of a file that has such codes.
+/// True for what a reader takes for a character by its number.
+bool StartsUnicode(std::u16string_view text) {
+    return text.starts_with(u"\\U+") || text.starts_with(u"\\M+");
+}
+
+/// Protects what a reader would take for a character by its number.
 CString EscapeUnicode(const CString& text) {
     CString out;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const std::u16string_view rest = std::u16string_view(text).substr(i);
-        if (rest.starts_with(u"\\U+") || rest.starts_with(u"\\M+")) {
+        if (StartsUnicode(std::u16string_view(text).substr(i))) {
             out += u"\\U+005C";
         } else {
             out += text[i];
@@ -147,6 +151,8 @@ void TextWriter::WriteChunks(const CString& text) {
         CString piece;
         if (c == u'\n') {
             piece = u"\\P";
+        } else if (StartsUnicode(std::u16string_view(text).substr(i))) {
+            piece = u"\\U+005C";
         } else if (c == u'\\' || c == u'{' || c == u'}') {
             piece = {u'\\', c};
         } else if (c == u'^') {

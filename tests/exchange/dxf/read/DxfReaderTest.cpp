@@ -209,7 +209,7 @@ TEST(DxfReaderTest, ABlockThatContainsItselfIsAnErrorWithTheLine) {
         "0 BLOCK|2 A|10 0|20 0|0 INSERT|8 0|2 B|10 0|20 0|0 ENDBLK|"
         "0 BLOCK|2 B|10 0|20 0|0 INSERT|8 0|2 a|10 0|20 0|0 ENDBLK";
     EXPECT_EQ(FaultOf(DxfText{.blocks = blocks, .entities = "0 INSERT|2 A|10 0|20 0"}.Make()),
-              "text:35: the block \"A\" contains itself, or stands too deep in other blocks");
+              "text:33: the block \"A\" contains itself, or stands too deep in other blocks");
 }
 
 TEST(DxfReaderTest, BlocksThatStandForTooManyEntitiesAreAnError) {
@@ -225,6 +225,14 @@ TEST(DxfReaderTest, BlocksThatStandForTooManyEntitiesAreAnError) {
         static_cast<void>(job.Read(
             DxfText{.blocks = blocks, .entities = "0 INSERT|2 B12|10 0|20 0"}.Make(), options)),
         ExchangeError);
+}
+
+TEST(DxfReaderTest, AnArrayOfAnEmptyBlockEndsToo) {
+    EXPECT_NE(FaultOf(DxfText{.blocks = "0 BLOCK|2 B|10 0|20 0|0 ENDBLK",
+                              .entities = "0 INSERT|2 B|70 2000000000|71 2000000000"}
+                          .Make())
+                  .find("the inserted blocks draw more than"),
+              std::string::npos);
 }
 
 TEST(DxfReaderTest, ADimensionIsDrawnByItsBlockWithoutItsPoints) {
@@ -310,7 +318,7 @@ TEST(DxfReaderTest, ALayerOfAJobThatHasADrawingKeepsItsColour) {
     static_cast<void>(job.Draw("0 LINE|8 Road|10 0|20 0|11 1|21 1"));
     const DxfReport report = job.Read(DxfText{.tables = "0 LAYER|2 Road|70 0|62 5"}.Make());
     EXPECT_EQ(job.db.GetLayerColor(u"Road"), 2);
-    EXPECT_EQ(report.GetNotes().front(),
+    EXPECT_EQ(report.GetNotes().back(),
               "the job's layer \"Road\" keeps its colour, line and visibility, which differ from "
               "the file's");
 }

@@ -131,7 +131,8 @@ TEST(DxfWriterTest, CirclesTextsLayersAndColoursComeBack) {
 TEST(DxfWriterTest, ATextOfSeveralLinesComesBackUnlessTheVersionIsR12) {
     DrawnJob job;
     for (int across = 0; across <= 3; ++across) {
-        DrawText(job.db, u"one\ntwo {x} \\P ^ 50%\n\nfour \u65E5", 1, 2, 3.0, 40.0, 2, across);
+        DrawText(job.db, u"one\ntwo {x} \\P \\U+0041 ^ 50%%d\n\nfour \u65E5", 1, 2, 3.0, 40.0, 2,
+                 across);
     }
     DrawText(job.db, CString(100, u'\u65E5') + u"\n" + CString(100, u'\\'), 1, 2, 3.0);
     for (const DxfVersion version : {DxfVersion::R2000, DxfVersion::R2018}) {
