@@ -228,11 +228,15 @@ TEST(DxfReaderTest, BlocksThatStandForTooManyEntitiesAreAnError) {
 }
 
 TEST(DxfReaderTest, AnArrayOfAnEmptyBlockEndsToo) {
-    EXPECT_NE(FaultOf(DxfText{.blocks = "0 BLOCK|2 B|10 0|20 0|0 ENDBLK",
-                              .entities = "0 INSERT|2 B|70 2000000000|71 2000000000"}
-                          .Make())
-                  .find("the inserted blocks draw more than"),
-              std::string::npos);
+    DxfReadOptions options;
+    options.mostDrawn = 1000;
+    DrawnJob job;
+    EXPECT_THROW(
+        static_cast<void>(job.Read(DxfText{.blocks = "0 BLOCK|2 B|10 0|20 0|0 ENDBLK",
+                                           .entities = "0 INSERT|2 B|70 2000000000|71 2000000000"}
+                                       .Make(),
+                                   options)),
+        ExchangeError);
 }
 
 TEST(DxfReaderTest, ADimensionIsDrawnByItsBlockWithoutItsPoints) {
