@@ -2,6 +2,7 @@
 #include <cqsurvey/exchange/exchange.h>
 
 #include "cqjob/Command.h"
+#include "cqjob/DxfExport.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/OutputFile.h"
@@ -18,7 +19,8 @@ namespace {
 class ExportCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
-        CommandLine& command = program.AddCommand("export", "Write a job's points to a text file");
+        CommandLine& command = program.AddCommand(
+            "export", "Write a job's points to a text file, or all of it to a DXF file");
         AddJob(command, "The job; it is not changed");
         command.Add("FILE", m_file, "The file to write, - for standard output")
             .Required()
@@ -55,6 +57,7 @@ class ExportCommand : public Command {
             .Placeholder("N")
             .ShowDefault();
         m_view.AddTo(command);
+        m_dxf.AddTo(command);
         command.AddFlag("--force", m_force, "Replace an existing file");
         AddJson(command);
         command.SetFooter(
@@ -68,15 +71,25 @@ class ExportCommand : public Command {
             "\n" +
             std::string(ViewOptions::kHelp) +
             "\n"
+            "A file named .dxf is a drawing: it holds all of the job, whatever the filter, and\n"
+            "--version, --arcs, --tolerance, --points, --code-layers, --unit and --image are for\n"
+            "such a file. The report tells what the format cannot hold.\n"
+            "\n"
             "Example:\n"
             "  cqjob export site.job points.csv\n"
             "  cqjob export site.job - --order pnezd --decimals 3\n"
-            "  cqjob export site.job road.csv --group Road --sort code");
+            "  cqjob export site.job road.csv --group Road --sort code\n"
+            "  cqjob export site.job plan.dxf --version R2000 --unit m");
         m_command = &command;
         return command;
     }
 
     int Run(Console& console) override {
+        if (m_dxf.IsAsked(m_file)) {
+            RequireOwnOutput(m_file);
+            m_dxf.Run(console, m_job, m_file, m_force, m_json);
+            return 0;
+        }
         exchange::FieldTextWriter writer(ReadOptions());
         RequireOtherFile(m_file, m_job);
         RequireOwnOutput(m_file);
@@ -152,6 +165,7 @@ class ExportCommand : public Command {
     bool m_safe = false;
     int m_codePage = CqCodePage::kUtf8;
     bool m_force = false;
+    DxfExport m_dxf;
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "cqjob/Arguments.h"
 #include "cqjob/Command.h"
+#include "cqjob/DxfImport.h"
 #include "cqjob/Failure.h"
 #include "cqjob/Interrupt.h"
 #include "cqjob/JobChange.h"
@@ -42,6 +43,10 @@ constexpr const char* kFooter =
     "or the point of that name gets the new coordinates and code (update); or it is compared with\n"
     "the new ones and stays (check). Each way tells the differences dE, dN, dH: file less job.\n"
     "\n"
+    "A file named .dxf is a drawing: --points, --names, --fills, --tolerance, --unit and\n"
+    "--file-unit are for such a file, and so are --duplicates, --group and --origin. The report\n"
+    "accounts for every entity: what it became, or why it was left out.\n"
+    "\n"
     "Example:\n"
     "  cqjob import site.job points.csv --order pnezd\n"
     "  cqjob import site.job total_station.csv --order header --no-height -9.99E+27\n"
@@ -66,6 +71,7 @@ std::string Advise(ForeignFile kind) {
         case ForeignFile::Dwg:
             return "no command takes it; save it as DXF";
         case ForeignFile::Dxf:
+            return "cqjob import JOB FILE --format dxf takes it";
         case ForeignFile::LandXml:
         case ForeignFile::Xml:
         case ForeignFile::Database:
@@ -79,7 +85,8 @@ std::string Advise(ForeignFile kind) {
 class ImportCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
-        CommandLine& command = program.AddCommand("import", "Record the points of text files");
+        CommandLine& command = program.AddCommand(
+            "import", "Record the points of text files, or the drawing of a DXF file");
         AddJob(command, "The job into which the points go");
         command.Add("FILE", m_files, "The text files of points, - for standard input")
             .Required()
@@ -93,8 +100,10 @@ class ImportCommand : public Command {
             .OneOf({"refuse", "skip", "rename", "update", "check"})
             .ShowDefault();
         command
-            .Add("--tolerance", m_tolerance,
-                 "With --duplicates check: the largest distance in plan and in height")
+            .Add(
+                "--tolerance", m_tolerance,
+                "With --duplicates check: the largest distance in plan and in height. DXF: how far "
+                "arcs may be from the ellipse or spline that they replace, 0.001 without it")
             .Placeholder("LENGTH")
             .Check(FindNumberFault);
         command.Add("--group", m_group, "Put the points into this group, new or not")
@@ -110,12 +119,18 @@ class ImportCommand : public Command {
             .ShowDefault();
         command.AddFlag("--strict", m_strict, "Record nothing when any line is refused");
         command.AddFlag("--dry-run", m_dryRun, "Do everything but record");
+        m_dxf.AddTo(command);
         AddJson(command);
         command.SetFooter(std::string(PointFileOptions::kHelp) + kFooter);
         return command;
     }
 
     int Run(Console& console) override {
+        for (const std::string& file : m_files) {
+            if (m_dxf.IsAsked(file)) {
+                return RunDxf(console);
+            }
+        }
         const exchange::FieldTextReadOptions how = m_how.Read();
         m_options = ReadOptions();
         for (const std::string& file : m_files) {
@@ -159,23 +174,58 @@ class ImportCommand : public Command {
     }
 
  private:
-    exchange::ImportOptions ReadOptions() const {
+    int RunDxf(Console& console) const {
+        if (m_files.size() > 1) {
+            throw UsageError("a DXF file is imported alone");
+        }
+        if (m_how.HasColumns()) {
+            throw UsageError("a DXF file has no columns: --order and --columns do not apply");
+        }
+        if (m_dryRun || m_strict || m_layerFromCode || !m_layer.empty()) {
+            throw UsageError(
+                "--dry-run, --strict, --layer and --layer-from-code are for text files");
+        }
+        exchange::DxfReadOptions options = m_dxf.ReadOptions();
+        options.duplicates = ReadDuplicates();
+        if (options.duplicates == exchange::Duplicates::Update ||
+            options.duplicates == exchange::Duplicates::Check) {
+            throw UsageError("--duplicates update and check are for text files");
+        }
+        if (m_tolerance) {
+            options.tolerance = ReadTolerance();
+        }
+        options.origin = static_cast<SurveyCoordType>(m_origin);
+        options.group = ReadName(m_group, "the group's name");
+        m_dxf.Run(console, m_files.front(), m_job, std::move(options), m_json);
+        return 0;
+    }
+
+    exchange::Duplicates ReadDuplicates() const {
         using exchange::Duplicates;
         const std::map<std::string, Duplicates> ways = {{"refuse", Duplicates::Refuse},
                                                         {"skip", Duplicates::Skip},
                                                         {"rename", Duplicates::Rename},
                                                         {"update", Duplicates::Update},
                                                         {"check", Duplicates::Check}};
+        return ways.at(m_duplicates);
+    }
+
+    double ReadTolerance() const {
+        const double tolerance = ParseNumber(*m_tolerance).value;
+        if (!(tolerance >= 0.0)) {
+            throw UsageError("--tolerance is at least 0");
+        }
+        return tolerance;
+    }
+
+    exchange::ImportOptions ReadOptions() const {
         exchange::ImportOptions options;
-        options.duplicates = ways.at(m_duplicates);
-        if ((options.duplicates == Duplicates::Check) != m_tolerance.has_value()) {
+        options.duplicates = ReadDuplicates();
+        if ((options.duplicates == exchange::Duplicates::Check) != m_tolerance.has_value()) {
             throw UsageError("--duplicates check and --tolerance need each other");
         }
         if (m_tolerance) {
-            options.tolerance = ParseNumber(*m_tolerance).value;
-            if (!(options.tolerance >= 0.0)) {
-                throw UsageError("--tolerance is at least 0");
-            }
+            options.tolerance = ReadTolerance();
         }
         options.origin = static_cast<SurveyCoordType>(m_origin);
         options.group = ReadName(m_group, "the group's name");
@@ -306,6 +356,7 @@ class ImportCommand : public Command {
     int m_origin = 1;
     bool m_strict = false;
     bool m_dryRun = false;
+    DxfImport m_dxf;
 };
 
 }  // namespace

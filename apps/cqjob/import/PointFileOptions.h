@@ -46,6 +46,9 @@ class PointFileOptions {
     /// What the options say. Throws UsageError and exchange::OptionError when they make no sense.
     [[nodiscard]] exchange::FieldTextReadOptions Read() const;
 
+    /// Whether an option says what the columns are.
+    [[nodiscard]] bool HasColumns() const { return !m_order.empty() || !m_columns.empty(); }
+
  private:
     std::string m_order;
     std::string m_columns;

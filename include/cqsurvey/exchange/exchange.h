@@ -2,13 +2,17 @@
 
 /// Reads and writes other formats than the job's own: everything an application needs.
 ///
-/// So far these are field text files, the lists of points that surveyors exchange as CSV and the
-/// like. FieldTextReader reads a file into an open job, FieldTextWriter makes the lines of a file.
+/// Field text files are the lists of points that surveyors exchange as CSV and the like:
+/// FieldTextReader reads a file into an open job, FieldTextWriter makes the lines of a file. DXF
+/// files are drawings: DxfReader reads one into an open job, DxfWriter writes a job as one.
 /// JobInspection looks for mistakes in the points of a job, such as those that come with a file.
 
 #include "cqsurvey/exchange/ColumnOrder.h"
 #include "cqsurvey/exchange/CoordinateOperation.h"
 #include "cqsurvey/exchange/CoordinateSystem.h"
+#include "cqsurvey/exchange/DxfReader.h"
+#include "cqsurvey/exchange/DxfReport.h"
+#include "cqsurvey/exchange/DxfWriter.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "cqsurvey/exchange/FieldText.h"
 #include "cqsurvey/exchange/FieldTextReader.h"
@@ -17,4 +21,5 @@
 #include "cqsurvey/exchange/Import.h"
 #include "cqsurvey/exchange/ImportReport.h"
 #include "cqsurvey/exchange/JobInspection.h"
+#include "cqsurvey/exchange/LengthUnit.h"
 #include "cqsurvey/exchange/TextSource.h"

@@ -1,0 +1,42 @@
+#include "exchange/dxf/read/Blocks.h"
+
+#include <utility>
+
+#include "exchange/dxf/Names.h"
+
+namespace cqsurvey::exchange::dxf {
+
+namespace {
+
+constexpr int kExternal = 4 | 8;
+
+}  // namespace
+
+void Blocks::Begin(const Record& record) {
+    const std::string_view name = record.Text(2);
+    Block& block = m_blocks[Upper(name)];
+    block = {};
+    block.name = name;
+    block.base = {record.Number(10), record.Number(20), record.Number(30)};
+    block.external = (record.Whole(70) & kExternal) != 0;
+    m_open = &block;
+    m_bytes += sizeof(Block) + 2 * name.size();
+}
+
+void Blocks::Add(Record record) {
+    record.Shrink();
+    m_bytes += record.GetSize();
+    if (m_bytes > kMostBytes) {
+        record.GetOrigin().Fail(record.place, "the blocks of the file are too large");
+    }
+    if (m_open != nullptr) {
+        m_open->entities.push_back(std::move(record));
+    }
+}
+
+Block* Blocks::Find(std::string_view name) {
+    const auto found = m_blocks.find(Upper(name));
+    return found == m_blocks.end() ? nullptr : &found->second;
+}
+
+}  // namespace cqsurvey::exchange::dxf

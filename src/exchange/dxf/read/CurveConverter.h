@@ -1,0 +1,26 @@
+#pragma once
+
+#include <vector>
+
+#include "exchange/dxf/read/Scene.h"
+
+namespace cqsurvey::exchange::dxf {
+
+/// Converts what is curved by itself: ARC, CIRCLE, ELLIPSE, SPLINE.
+class CurveConverter {
+ public:
+    explicit CurveConverter(Scene& scene) : m_scene(scene) {}
+
+    [[nodiscard]] DxfOutcome Arc(const Record& record, const Context& context);
+    [[nodiscard]] DxfOutcome Circle(const Record& record, const Context& context);
+    [[nodiscard]] DxfOutcome Ellipse(const Record& record, const Context& context);
+    [[nodiscard]] DxfOutcome Spline(const Record& record, const Context& context);
+
+ private:
+    DxfOutcome WholeCircle(const Record& record, const Context& context, const Vec3& centre,
+                           double radius);
+
+    Scene& m_scene;
+};
+
+}  // namespace cqsurvey::exchange::dxf

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/exchange/DxfReport.h"
+#include "exchange/dxf/CurveFitter.h"
+#include "exchange/dxf/Extras.h"
+
+namespace cqsurvey::exchange::dxf {
+
+/// How an entity is drawn.
+struct Style {
+    CString layer;
+    int color = 256;
+    int line = 256;
+};
+
+/// A text as the job holds it.
+struct DrawnText {
+    Vec3 at;
+    CString text;
+    int align1 = 0;
+    int align2 = 0;
+    CString style;
+    double height = 0.0;
+    double rotation = 0.0;  ///< in degrees
+};
+
+/// Draws in a job, and counts what it draws. Coordinates that are not finite, or too large for a
+/// plan, are refused: the functions return false then, and nothing is drawn.
+class Drawing {
+ public:
+    Drawing(CqSurveyDB& db, DxfReport& report);
+    Drawing(const Drawing&) = delete;
+    Drawing& operator=(const Drawing&) = delete;
+
+    bool Polyline(const Style& style, const std::vector<PathVertex>& path, const Extras& extras);
+    bool Circle(const Style& style, const Vec3& centre, double radius, const Extras& extras);
+    bool Text(const Style& style, const DrawnText& text, const Extras& extras);
+
+    /// Chooses layer and colour of what is drawn next.
+    void Use(const Style& style);
+
+    /// Puts the layer, colour and group back that were current.
+    void Finish();
+
+    [[nodiscard]] CqSurveyDB& GetJob() { return m_db; }
+    [[nodiscard]] static bool IsUsable(const Vec3& at);
+
+ private:
+    CqSurveyDB& m_db;
+    DxfReport& m_report;
+    CString m_layer;
+    int m_color;
+    CString m_group;
+};
+
+}  // namespace cqsurvey::exchange::dxf

@@ -1,0 +1,33 @@
+#include "exchange/dxf/write/NameTable.h"
+
+#include <fmt/format.h>
+
+#include "cqsurvey/Text.h"
+#include "exchange/dxf/Names.h"
+
+namespace cqsurvey::exchange::dxf {
+
+const CString& NameTable::Find(const CString& name, bool& changed) {
+    const auto [place, added] = m_names.try_emplace(name);
+    CString& safe = place->second;
+    if (added) {
+        constexpr std::u16string_view kForbidden = u"<>/\\\":;?*|=`^,";
+        safe = name;
+        for (char16_t& c : safe) {
+            if (c < u' ' || c == 0x7F || kForbidden.find(c) != std::u16string_view::npos) {
+                c = u'_';
+            }
+        }
+        if (safe.empty()) {
+            safe = u"_";
+        }
+        const CString whole = safe;
+        for (int number = 2; !m_taken.try_emplace(Upper(ToUtf8(safe)), true).second; ++number) {
+            safe = whole + FromUtf8(fmt::format("_{}", number));
+        }
+    }
+    changed = safe != name;
+    return safe;
+}
+
+}  // namespace cqsurvey::exchange::dxf
