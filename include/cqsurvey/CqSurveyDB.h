@@ -25,8 +25,8 @@ struct Job;
 /// tells. By convention a height that was not measured is a quiet not-a-number.
 ///
 /// Points, entities and layers are named by handles, the numbers of their records. Handle 0 names
-/// nothing. Entity handle 1 is the header of the entity chain and never an entity: the operations of
-/// the drawing refuse it as they refuse 0.
+/// nothing. Entity handle 1 is the header of the entity chain and never an entity: the operations
+/// of the drawing refuse it as they refuse 0.
 ///
 /// Results: unless its comment says otherwise, an operation that returns int returns 1 when it did
 /// what it was asked to do, and 0, with nothing changed, when it refuses. Handle 0 is refused, and
@@ -205,8 +205,8 @@ class CQSURVEY_API CqSurveyDB {
     /// Builds the view anew and returns the number of its points. Key 0 sorts by name in natural
     /// order (P2 before P10), 1 by feature code; any other key keeps record order. Order 1 is
     /// descending; record order is reversed by any order but 0. Natural order compares the numbers
-    /// at the ends of the names by their values: a name without one comes before all others with the
-    /// same beginning, and every number above 2147483647 counts as that number.
+    /// at the ends of the names by their values: a name without one comes before all others with
+    /// the same beginning, and every number above 2147483647 counts as that number.
     std::int32_t SetSortCoordSetting(std::uint16_t key, std::uint16_t order,
                                      const COORDFILTER& filter);
     /// Replaces all three arguments by the setting in force; returns the number of points.

@@ -32,8 +32,9 @@ struct PlotReport {
 };
 
 /// The drawing of a job: read once, drawn any number of times. A picture is one page with north up.
-/// It has the map in its frame with a grid, and below it a title block with the heading, the extents
-/// and the number of objects of what is shown, a scale bar and a north arrow. Paper smaller than 100 x 80 mm has only the map.
+/// It has the map in its frame with a grid, and below it a title block with the heading, the
+/// extents and the number of objects of what is shown, a scale bar and a north arrow. Paper smaller
+/// than 100 x 80 mm has only the map.
 ///
 /// CqSurveyDB.h says what the numbers of colours, line types and alignments mean; line type 256,
 /// like colour 256, is that of the layer. A layer or an entity with a negative colour is hidden. Of
