@@ -6,7 +6,7 @@
 
 #include "cqjob/CommandLine.h"
 #include "cqjob/Console.h"
-#include "cqjob/PointList.h"
+#include "cqjob/points/PointList.h"
 
 namespace cqsurvey::cqjob {
 

@@ -1,7 +1,5 @@
 #include "store/CheckedVfs.h"
 
-#include <algorithm>
-#include <array>
 #include <cstring>
 #include <new>
 
@@ -12,178 +10,16 @@ namespace cqsurvey {
 
 namespace {
 
-using Sums = CheckedVfs::Sums;
-
 // SQLite leaves the codes from 100 on to such layers.
 constexpr int kSetSums = 0x43710001;
 constexpr int kGetSums = 0x43710002;
 constexpr int kGetWrongPage = 0x43710003;
 
-/// What is known about the main file of a database. Nothing here throws: SQLite is C.
-class MainFile {
- public:
-    explicit MainFile(sqlite3_file* real) : m_real(real) {}
-
-    [[nodiscard]] int SetSums(Sums sums);
-    [[nodiscard]] Sums GetSums() const { return m_sums; }
-    [[nodiscard]] std::uint32_t GetWrongPage() const { return m_wrongPage; }
-
-    [[nodiscard]] int Read(void* buffer, int count, sqlite3_int64 at);
-    [[nodiscard]] int Write(const void* bytes, int count, sqlite3_int64 at);
-    /// To be called when the pages of a step are written and before they are synced.
-    [[nodiscard]] int EndStep();
-
-    /// To be called before the first sector of the journal is written, which may be changed.
-    void BeginJournal(std::byte* header);
-    /// To be called when a page is read from the journal, which only an undo does.
-    void NoteUndo() {
-        if (m_sums == Sums::Made) {
-            m_sums = Sums::Ignored;
-        }
-    }
-
- private:
-    [[nodiscard]] int WriteReal(const std::byte* bytes, std::size_t count, sqlite3_int64 at) {
-        return m_real->pMethods->xWrite(m_real, bytes, static_cast<int>(count), at);
-    }
-    [[nodiscard]] int WriteMark();
-    [[nodiscard]] int KeepFirstPage(const std::byte* bytes, std::size_t count);
-
-    sqlite3_file* m_real;
-    Sums m_sums = Sums::Ignored;
-    bool m_stepOpen = false;
-    std::uint32_t m_stepBefore = 0;  ///< to which the journal leads back
-    std::uint32_t m_step = 0;        ///< the last one that was whole
-    std::uint32_t m_wrongPage = 0;
-    /// Page 1 as it is when the open step is whole, and the same with its mark.
-    std::vector<std::byte> m_firstPage;
-    std::vector<std::byte> m_marked;
-};
-
-int MainFile::KeepFirstPage(const std::byte* bytes, std::size_t count) {
-    try {
-        m_marked.resize(count);
-        m_firstPage.resize(count);
-    } catch (const std::bad_alloc&) {
-        return SQLITE_IOERR_NOMEM;
-    }
-    std::copy_n(bytes, count, m_firstPage.begin());
-    return SQLITE_OK;
-}
-
-int MainFile::SetSums(Sums sums) {
-    m_stepOpen = false;
-    if (sums == Sums::Ignored) {
-        m_sums = sums;
-        return SQLITE_OK;
-    }
-    std::array<std::byte, DatabaseHeader::kSize> start{};
-    int result = m_real->pMethods->xRead(m_real, start.data(), static_cast<int>(start.size()), 0);
-    if (result != SQLITE_OK && result != SQLITE_IOERR_SHORT_READ) {
-        return result;
-    }
-    const DatabaseHeader header(start.data());
-    const bool isNew = result == SQLITE_IOERR_SHORT_READ;
-    m_step = isNew ? 0 : header.GetStep();
-    m_stepBefore = m_step;
-    m_firstPage.clear();
-    if (sums == Sums::Kept) {
-        const std::size_t size = header.GetPageSize();
-        if (isNew || !IsPageSize(size)) {
-            return SQLITE_NOTADB;
-        }
-        std::vector<std::byte> page;
-        try {
-            page.resize(size);
-        } catch (const std::bad_alloc&) {
-            return SQLITE_NOMEM;
-        }
-        result = m_real->pMethods->xRead(m_real, page.data(), static_cast<int>(size), 0);
-        if (result == SQLITE_OK) {
-            result = KeepFirstPage(page.data(), size);
-        }
-        if (result != SQLITE_OK) {
-            return result;
-        }
-    }
-    m_sums = sums;
-    return SQLITE_OK;
-}
-
-int MainFile::Read(void* buffer, int count, sqlite3_int64 at) {
-    const int result = m_real->pMethods->xRead(m_real, buffer, count, at);
-    const auto size = static_cast<std::size_t>(count);
-    if (result != SQLITE_OK || m_sums != Sums::Kept || !IsPageSize(size)) {
-        return result;
-    }
-    auto* page = static_cast<std::byte*>(buffer);
-    if (!HasItsSum(page, size)) {
-        m_wrongPage = static_cast<std::uint32_t>(at / count) + 1;
-        return SQLITE_IOERR_DATA;
-    }
-    if (at == 0 && m_stepOpen && size == m_firstPage.size()) {
-        // The page cache, and with it the next journal, must never see the mark.
-        std::copy(m_firstPage.begin(), m_firstPage.end(), page);
-    }
-    return SQLITE_OK;
-}
-
-int MainFile::WriteMark() {
-    m_marked = m_firstPage;
-    DatabaseHeader::Stamp(m_marked.data(), m_marked.size(), m_stepBefore + 1, false);
-    DatabaseHeader::Stamp(m_firstPage.data(), m_firstPage.size(), m_stepBefore + 1, true);
-    m_stepOpen = true;
-    return WriteReal(m_marked.data(), m_marked.size(), 0);
-}
-
-int MainFile::Write(const void* bytes, int count, sqlite3_int64 at) {
-    const auto size = static_cast<std::size_t>(count);
-    if (m_sums == Sums::Ignored || !IsPageSize(size)) {
-        return m_real->pMethods->xWrite(m_real, bytes, count, at);
-    }
-    // The bytes are a page of SQLite's cache, or a buffer that it is about to copy there. The sum
-    // is written into them, so that the cache holds what the file does.
-    auto* page = static_cast<std::byte*>(const_cast<void*>(bytes));
-    if (at == 0) {
-        DatabaseHeader::Stamp(page, size, m_stepBefore + 1, true);
-        const int result = KeepFirstPage(page, size);
-        return result == SQLITE_OK ? WriteMark() : result;
-    }
-    if (!m_stepOpen && !m_firstPage.empty()) {
-        if (const int result = WriteMark(); result != SQLITE_OK) {
-            return result;
-        }
-    }
-    WritePageSum(page, size);
-    return WriteReal(page, size, at);
-}
-
-int MainFile::EndStep() {
-    if (!m_stepOpen || m_sums == Sums::Ignored) {
-        return SQLITE_OK;
-    }
-    const int result = WriteReal(m_firstPage.data(), m_firstPage.size(), 0);
-    if (result == SQLITE_OK) {
-        m_step = m_stepBefore + 1;
-        m_stepOpen = false;
-    }
-    return result;
-}
-
-void MainFile::BeginJournal(std::byte* header) {
-    m_stepBefore = m_step;
-    if (m_sums == Sums::Kept && !m_stepOpen) {
-        JournalStamp stamp{m_step, {}};
-        std::copy(m_firstPage.end() - kPageSumBytes, m_firstPage.end(), stamp.sum.begin());
-        stamp.Write(header);
-    }
-}
-
 /// An open file of the layer. Only a database and its journal are looked at.
 struct File {
     sqlite3_file base;
     sqlite3_file* real;
-    MainFile* main;  ///< of the database to which this file belongs, or null
+    CheckedFile* main;  ///< of the database to which this file belongs, or null
     bool isJournal;
 };
 
@@ -264,12 +100,12 @@ int CheckReservedLock(sqlite3_file* file, int* reserved) {
 
 int FileControl(sqlite3_file* file, int what, void* argument) {
     if (IsMain(file)) {
-        MainFile& main = *Of(file).main;
+        CheckedFile& main = *Of(file).main;
         switch (what) {
             case kSetSums:
-                return main.SetSums(*static_cast<Sums*>(argument));
+                return main.SetSums(*static_cast<PageSums*>(argument));
             case kGetSums:
-                *static_cast<Sums*>(argument) = main.GetSums();
+                *static_cast<PageSums*>(argument) = main.GetSums();
                 return SQLITE_OK;
             case kGetWrongPage:
                 *static_cast<std::uint32_t*>(argument) = main.GetWrongPage();
@@ -361,7 +197,7 @@ int Open(sqlite3_vfs* /*vfs*/, const char* path, sqlite3_file* file, int flags, 
     }
     std::memset(opened.real, 0, static_cast<std::size_t>(below->szOsFile));
     if (path != nullptr && (flags & SQLITE_OPEN_MAIN_DB) != 0) {
-        opened.main = new (std::nothrow) MainFile(opened.real);
+        opened.main = new (std::nothrow) CheckedFile(opened.real);
         if (opened.main == nullptr) {
             sqlite3_free(opened.real);
             return SQLITE_NOMEM;
@@ -435,7 +271,7 @@ int Control(sqlite3* connection, int what, void* argument) {
 }
 
 /// The file below the main file of a connection.
-sqlite3_file* RealMainFile(sqlite3* connection) {
+sqlite3_file* RealCheckedFile(sqlite3* connection) {
     sqlite3_file* file = nullptr;
     const int result = Control(connection, SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file));
     if (result != SQLITE_OK || file == nullptr || file->pMethods == nullptr) {
@@ -457,15 +293,15 @@ const char* CheckedVfs::GetName() {
     return "cqsurvey";
 }
 
-void CheckedVfs::SetSums(sqlite3* connection, Sums sums) {
+void CheckedVfs::SetSums(sqlite3* connection, PageSums sums) {
     const int result = Control(connection, kSetSums, &sums);
     if (result != SQLITE_OK) {
         throw SqlFailure(nullptr, result);
     }
 }
 
-CheckedVfs::Sums CheckedVfs::GetSums(sqlite3* connection) noexcept {
-    Sums sums = Sums::Ignored;
+PageSums CheckedVfs::GetSums(sqlite3* connection) noexcept {
+    PageSums sums = PageSums::Ignored;
     (void)Control(connection, kGetSums, &sums);
     return sums;
 }
@@ -477,10 +313,10 @@ std::uint32_t CheckedVfs::GetWrongPage(sqlite3* connection) noexcept {
 }
 
 std::uint32_t CheckedVfs::FindWrongPage(sqlite3* connection, std::uint32_t after) {
-    if (GetSums(connection) != Sums::Kept) {
+    if (GetSums(connection) != PageSums::Kept) {
         return 0;
     }
-    sqlite3_file* real = RealMainFile(connection);
+    sqlite3_file* real = RealCheckedFile(connection);
     std::vector<std::byte> page = ReadFirstPage(connection);
     if (page.empty()) {
         return 1;
@@ -502,7 +338,7 @@ std::uint32_t CheckedVfs::FindWrongPage(sqlite3* connection, std::uint32_t after
 }
 
 std::vector<std::byte> CheckedVfs::ReadFirstPage(sqlite3* connection) {
-    sqlite3_file* real = RealMainFile(connection);
+    sqlite3_file* real = RealCheckedFile(connection);
     std::vector<std::byte> page(DatabaseHeader::kSize);
     const auto read = [&] {
         const int result =

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "store/CheckedFile.h"
+
 namespace cqsurvey {
 
 /// A layer of files between SQLite and the system that finds bytes that changed on the medium, and
@@ -39,16 +41,11 @@ class CheckedVfs {
     /// StoreFailure when SQLite does not take it.
     [[nodiscard]] static const char* GetName();
 
-    enum class Sums : std::uint8_t {
-        Ignored,  ///< bytes pass unchanged; the state of a file that was just opened
-        Made,     ///< pages get their sums when they are written, for a new or rewritten file
-        Kept,     ///< as Made, and a page that is read must have its sum
-    };
     /// For the main file of a connection that was opened through the layer. Between Made and Kept
     /// every page must have been written. When SQLite undoes what was written since Made, the layer
     /// goes back to Ignored, because the old pages have no room for sums. Throws StoreFailure.
-    static void SetSums(sqlite3* connection, Sums sums);
-    [[nodiscard]] static Sums GetSums(sqlite3* connection) noexcept;
+    static void SetSums(sqlite3* connection, PageSums sums);
+    [[nodiscard]] static PageSums GetSums(sqlite3* connection) noexcept;
 
     /// The number of the page whose sum was wrong last, counted from 1; 0 when there was none.
     [[nodiscard]] static std::uint32_t GetWrongPage(sqlite3* connection) noexcept;

@@ -130,7 +130,7 @@ void ReservePageSums(sqlite3* connection) {
     if (sqlite3_file_control(connection, "main", SQLITE_FCNTL_RESERVE_BYTES, &bytes) != SQLITE_OK) {
         throw StoreFailure(error::kGeneralFailure, "pages have no room for their sums");
     }
-    CheckedVfs::SetSums(connection, CheckedVfs::Sums::Made);
+    CheckedVfs::SetSums(connection, PageSums::Made);
 }
 
 const char* JournalOf(sqlite3* connection) {
@@ -370,7 +370,7 @@ void VolumeDatabase::CheckPageSums() {
                                "missing. If the job was renamed or moved, give the file whose name "
                                "ends in \"-journal\" the name of the job and \"-journal\"");
         }
-        CheckedVfs::SetSums(connection, CheckedVfs::Sums::Kept);
+        CheckedVfs::SetSums(connection, PageSums::Kept);
         return;
     }
     m_writtenByOthers = header.GetFormatVersion() >= kFirstVersionWithSums;
@@ -387,7 +387,7 @@ void VolumeDatabase::CheckWritingOfOthers() const {
 
 bool VolumeDatabase::MakePageSums() {
     sqlite3* connection = m_connection.get();
-    if (CheckedVfs::GetSums(connection) == CheckedVfs::Sums::Kept) {
+    if (CheckedVfs::GetSums(connection) == PageSums::Kept) {
         return false;
     }
     // SQLite writes the new file into a database that it attaches, and then page by page over the
@@ -397,7 +397,7 @@ bool VolumeDatabase::MakePageSums() {
         const SqlBudget budget(connection);
         ReservePageSums(connection);
         SqlRun(connection, "VACUUM");
-        CheckedVfs::SetSums(connection, CheckedVfs::Sums::Kept);
+        CheckedVfs::SetSums(connection, PageSums::Kept);
     } catch (...) {
         sqlite3_limit(connection, SQLITE_LIMIT_ATTACHED, attached);
         throw;

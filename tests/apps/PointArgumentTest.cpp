@@ -1,4 +1,4 @@
-#include "cqjob/PointArgument.h"
+#include "cqjob/points/PointArgument.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "cqjob/PointColumn.h"
+#include "cqjob/points/PointColumn.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "cqjob/PointDetails.h"
+#include "cqjob/points/PointDetails.h"
 
 #include <gtest/gtest.h>
 

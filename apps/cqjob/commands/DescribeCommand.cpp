@@ -8,7 +8,7 @@
 #include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/PointArgument.h"
+#include "cqjob/points/PointArgument.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {

@@ -10,8 +10,8 @@
 #include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/PointArgument.h"
-#include "cqjob/PointDetails.h"
+#include "cqjob/points/PointArgument.h"
+#include "cqjob/points/PointDetails.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 

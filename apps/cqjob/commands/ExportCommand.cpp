@@ -2,7 +2,6 @@
 #include <cqsurvey/exchange/exchange.h>
 
 #include "cqjob/Command.h"
-#include "cqjob/DxfExport.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/OutputFile.h"
@@ -10,6 +9,7 @@
 #include "cqjob/SeparatorOption.h"
 #include "cqjob/SystemOptions.h"
 #include "cqjob/ViewOptions.h"
+#include "cqjob/dxf/DxfExport.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {

@@ -7,10 +7,10 @@
 #include "cqjob/Command.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/PointColumn.h"
-#include "cqjob/PointDetails.h"
 #include "cqjob/TextTable.h"
 #include "cqjob/ViewOptions.h"
+#include "cqjob/points/PointColumn.h"
+#include "cqjob/points/PointDetails.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 

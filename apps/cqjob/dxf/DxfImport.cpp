@@ -1,17 +1,17 @@
-#include "cqjob/DxfImport.h"
+#include "cqjob/dxf/DxfImport.h"
 
 #include <cqsurvey/cqsurvey.h>
 #include <cqsurvey/exchange/exchange.h>
 
 #include <utility>
 
-#include "cqjob/DxfReportText.h"
 #include "cqjob/Failure.h"
 #include "cqjob/Interrupt.h"
 #include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Progress.h"
+#include "cqjob/dxf/DxfReportText.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {

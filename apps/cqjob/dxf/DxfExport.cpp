@@ -1,4 +1,4 @@
-#include "cqjob/DxfExport.h"
+#include "cqjob/dxf/DxfExport.h"
 
 #include <cqsurvey/exchange/exchange.h>
 
@@ -9,13 +9,13 @@
 #include <optional>
 #include <string_view>
 
-#include "cqjob/DxfImport.h"
-#include "cqjob/DxfReportText.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/OutputFile.h"
 #include "cqjob/Progress.h"
+#include "cqjob/dxf/DxfImport.h"
+#include "cqjob/dxf/DxfReportText.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {

@@ -1,4 +1,4 @@
-#include "cqjob/PointList.h"
+#include "cqjob/points/PointList.h"
 
 #include <fmt/format.h>
 

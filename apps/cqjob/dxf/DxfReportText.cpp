@@ -1,4 +1,4 @@
-#include "cqjob/DxfReportText.h"
+#include "cqjob/dxf/DxfReportText.h"
 
 #include <vector>
 

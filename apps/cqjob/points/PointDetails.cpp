@@ -1,4 +1,4 @@
-#include "cqjob/PointDetails.h"
+#include "cqjob/points/PointDetails.h"
 
 #include <fmt/chrono.h>
 

@@ -1,4 +1,4 @@
-#include "cqjob/PointColumn.h"
+#include "cqjob/points/PointColumn.h"
 
 #include <cqsurvey/CodeWord.h>
 #include <fmt/format.h>

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "cqjob/PointDetails.h"
+#include "cqjob/points/PointDetails.h"
 
 namespace cqsurvey::cqjob {
 
