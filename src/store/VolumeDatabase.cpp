@@ -246,6 +246,8 @@ void VolumeDatabase::Publish(const std::string& path) {
     const std::string draft = VolumeDraftPath(path);
     // Its last step was committed, so a journal that could not be removed at the close is inert.
     system::Remove(draft + "-journal");
+    // A loss of power must not bring the journal back when it has kept the new name.
+    system::SyncFolderOf(system::AbsolutePath(path));
     system::RenameNew(draft, path, failure);
     if (failure) {
         system::Remove(draft);

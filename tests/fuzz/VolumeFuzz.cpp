@@ -16,7 +16,14 @@ class VolumeFuzz : public FuzzTarget {
     }
 
     void Run(std::string_view bytes) override {
-        m_folder.Put("a.job", bytes);
+        // Every second time as a file of the first version, whose pages have no sums: what is wrong
+        // in it gets further.
+        std::string file(bytes);
+        if (file.size() > 100 && HashOf(bytes) % 2 == 0) {
+            file[63] = 1;  // the lowest byte of the format version
+            file[99] = 0;  // and that of the writer's
+        }
+        m_folder.Put("a.job", file);
         std::filesystem::remove(m_folder.Host("a.job-journal"));
         CStringList groups;
         SVDB_INFORMATION information;
