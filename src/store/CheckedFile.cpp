@@ -79,7 +79,6 @@ int CheckedFile::Read(void* buffer, int count, sqlite3_int64 at) {
 int CheckedFile::WriteMark() {
     m_marked = m_firstPage;
     DatabaseHeader::Stamp(m_marked.data(), m_marked.size(), m_stepBefore + 1, false);
-    DatabaseHeader::Stamp(m_firstPage.data(), m_firstPage.size(), m_stepBefore + 1, true);
     m_stepOpen = true;
     return WriteReal(m_marked.data(), m_marked.size(), 0);
 }
@@ -93,11 +92,16 @@ int CheckedFile::Write(const void* bytes, int count, sqlite3_int64 at) {
     // is written into them, so that the cache holds what the file does.
     auto* page = static_cast<std::byte*>(const_cast<void*>(bytes));
     if (at == 0) {
-        DatabaseHeader::Stamp(page, size, m_stepBefore + 1, true);
+        // A page that is as the journal has it is being put back: the step is undone.
+        const DatabaseHeader header(page);
+        if (!header.HasPageSums() || !HasItsSum(page, size) || header.GetStep() != m_stepBefore) {
+            DatabaseHeader::Stamp(page, size, m_stepBefore + 1, true);
+        }
         const int result = KeepFirstPage(page, size);
         return result == SQLITE_OK ? WriteMark() : result;
     }
     if (!m_stepOpen && !m_firstPage.empty()) {
+        DatabaseHeader::Stamp(m_firstPage.data(), m_firstPage.size(), m_stepBefore + 1, true);
         if (const int result = WriteMark(); result != SQLITE_OK) {
             return result;
         }
@@ -112,7 +116,7 @@ int CheckedFile::EndStep() {
     }
     const int result = WriteReal(m_firstPage.data(), m_firstPage.size(), 0);
     if (result == SQLITE_OK) {
-        m_step = m_stepBefore + 1;
+        m_step = DatabaseHeader(m_firstPage.data()).GetStep();
         m_stepOpen = false;
     }
     return result;
