@@ -365,8 +365,8 @@ TEST_F(JobRepair, MakesASoundJobOfAnyBytesOrNone) {
             CqSurveyDB db(folder.Path(u"good.job"));
             const CqJobCheck check(db);
             for (const CqJobFinding& finding : check.GetFindings()) {
-                ADD_FAILURE() << i << ": " << finding.table << " " << finding.record << ": "
-                              << finding.text;
+                EXPECT_EQ(finding.kind, CqJobFinding::Kind::Note)
+                    << i << ": " << finding.table << " " << finding.record << ": " << finding.text;
             }
             ++made;
         } catch (const CqSurveyException& failure) {

@@ -105,7 +105,7 @@ TEST_F(SystemTest, EachErrorHasTheCodeThatSaysWhatToDo) {
     for (const int number : {EACCES, EPERM, EROFS}) {
         EXPECT_EQ(code(number), error::kAccessDenied) << number;
     }
-    for (const int number : {ENOSPC, EDQUOT}) {
+    for (const int number : {ENOSPC, EDQUOT, EFBIG}) {
         EXPECT_EQ(code(number), error::kVolumeFull) << number;
     }
     for (const int number : {ENOENT, ENOTDIR}) {
@@ -114,7 +114,7 @@ TEST_F(SystemTest, EachErrorHasTheCodeThatSaysWhatToDo) {
     for (const int number : {ENAMETOOLONG, EINVAL, EISDIR, ELOOP}) {
         EXPECT_EQ(code(number), error::kInvalidArgument) << number;
     }
-    for (const int number : {EIO, EFBIG, EMFILE, ENFILE}) {
+    for (const int number : {EIO, EMFILE, ENFILE}) {
         EXPECT_EQ(code(number), error::kReadWriteFailed) << number;
     }
     EXPECT_EQ(code(EEXIST), error::kFileExists);

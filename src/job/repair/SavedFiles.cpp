@@ -204,6 +204,14 @@ void SavedFiles::MendSettings(File& file) {
         part = part.substr(0, part.rfind('\n') + 1);
         text += part;
     }
+    // Settings without these would count as damaged.
+    for (const CString& section :
+         {CqSurveyDB::m_SettingsSection, CqSurveyDB::m_BGSettingsSection}) {
+        const std::string heading = "[" + ToUtf8(section) + "]";
+        if (text.find(heading) == std::string::npos) {
+            text += heading + "\r\n";
+        }
+    }
     file.length = static_cast<std::uint32_t>(text.size());
     file.blocks.clear();
     for (std::size_t at = 0; at < text.size(); at += kBlock) {
