@@ -1,8 +1,8 @@
 """check_symbols.py LIBRARY HEADER_FOLDER MACRO NAMESPACE: the library shows what the headers of the
 folder mark with the macro, no more.
 
-Weak instantiations of the standard library's templates, over the public types at most, are let
-through: the language makes every program that uses them show them.
+Weak instantiations of the standard library's templates, over the public types at most, and constants
+of public types are let through: the language makes every program that uses them show them.
 """
 
 import pathlib
@@ -33,6 +33,9 @@ for line in output.splitlines():
         rf"{namespace}::(\w+)", name)
     if ours and ours.group(1) in public:
         shown.add(ours.group(1))
+    elif kind in "Vu" and (constant := re.fullmatch(r"cqsurvey::(\w+)::k\w+", name)) \
+            and constant.group(1) in types:
+        continue
     elif not (kind in "WVu" and re.search(r"(^|\s)(std|__gnu_cxx)::", name)
               and set(re.findall(r"cqsurvey::(?:[a-z]+::)?(\w+)", name)) <= types):
         bad.append(line)

@@ -124,7 +124,8 @@ def of_job(cqjob, name, folder):
             vertices.clear()
 
     for entity in json.loads(answer.stdout)["entities"]:
-        place = (entity["easting"], entity["northing"])
+        # A polyline has no place of its own; its vertices have.
+        place = (entity.get("easting"), entity.get("northing"))
         kind = entity["type"]
         if kind != "vertex":
             end()
