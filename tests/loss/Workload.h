@@ -18,8 +18,9 @@ namespace cqsurvey {
 ///     Step(&db)       does the next operation on a job and on its model
 ///     Step(nullptr)   does it on the model only
 ///
-/// What comes next follows from the seed and the model alone. So a copy of a workload that works on
-/// no job knows what another one, in a process that was killed, had done after any number of steps.
+/// The operations are drawn by a random generator, from its first number and from the model, never
+/// from a job. So the work of a process that was killed can be done again on a model, step by step,
+/// to know what its jobs must hold.
 class Workload {
  public:
     /// Writes the files that the work imports into the folder, and begins without a job.
