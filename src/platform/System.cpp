@@ -114,13 +114,20 @@ void RenameNew(const std::string& from, const std::string& to, std::error_code& 
     }
 }
 
-void SyncFolderOf(const std::string& path) {
+void SyncFolderOf(const std::string& path, std::error_code& failure) {
+    failure.clear();
     const std::string folder = FolderOf(path);
     const int descriptor =
         Uninterrupted([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
     if (descriptor >= 0) {
-        ::fsync(descriptor);
+        failure = FailureOf(Uninterrupted([&] { return ::fsync(descriptor); }) != 0);
         ::close(descriptor);
+    } else {
+        failure = LastError();
+    }
+    if (failure.value() == EACCES || failure.value() == EINVAL || failure.value() == ENOTSUP ||
+        failure.value() == EROFS) {
+        failure.clear();
     }
 }
 

@@ -163,6 +163,14 @@ void RequireOwnJournal(sqlite3* connection) {
     }
 }
 
+void RequireDurableNames(const std::string& path) {
+    std::error_code failure;
+    system::SyncFolderOf(path, failure);
+    if (failure) {
+        ThrowSystem(failure, path);
+    }
+}
+
 /// Turns an empty file into an empty volume and makes it durable.
 void FillNew(const std::string& path) {
     // An absolute path is never mistaken for a URI.
@@ -189,7 +197,7 @@ void FillNew(const std::string& path) {
         std::to_string(VolumeDatabase::kFormatVersion) + ";";
     SqlRun(connection.get(), sql + VolumeSchema::CreateSql() + "COMMIT;");
     connection.reset();
-    system::SyncFolderOf(absolute);
+    RequireDurableNames(absolute);
 }
 
 /// Makes the file of an empty volume. Failures speak of `path`, under which people know it.
@@ -247,13 +255,19 @@ void VolumeDatabase::Publish(const std::string& path) {
     // Its last step was committed, so a journal that could not be removed at the close is inert.
     system::Remove(draft + "-journal");
     // A loss of power must not bring the journal back when it has kept the new name.
-    system::SyncFolderOf(system::AbsolutePath(path));
-    system::RenameNew(draft, path, failure);
+    system::SyncFolderOf(system::AbsolutePath(path), failure);
+    if (!failure) {
+        system::RenameNew(draft, path, failure);
+    }
     if (failure) {
         system::Remove(draft);
         ThrowSystem(failure, path);
     }
-    system::SyncFolderOf(system::AbsolutePath(path));
+    system::SyncFolderOf(system::AbsolutePath(path), failure);
+    if (failure) {
+        system::Remove(path);
+        ThrowSystem(failure, path);
+    }
 }
 
 VolumeDatabase::Identity VolumeDatabase::Identify(const std::string& path) {

@@ -219,6 +219,24 @@ TEST_F(PowerCut, UnderACreationLeavesAWholeJobOrNothingAtItsPath) {
     }
 }
 
+TEST_F(PowerCut, NoJobIsReportedInAFolderWhoseNamesCouldNotBeMadeDurable) {
+    for (std::int64_t at = 1;; ++at) {
+        SCOPED_TRACE("sync " + std::to_string(at));
+        m_vfs.WatchPower(m_folder.Utf8("."));
+        m_vfs.FailAt(FaultVfs::kSyncFolder, at, SQLITE_IOERR, false);
+        CqSurveyDB db;
+        const bool reported = Report([&] { db.CreateNew(m_path); });
+        const bool struck = m_vfs.Struck();
+        m_vfs.Heal();
+        ASSERT_NE(reported, struck);
+        if (reported) {
+            ASSERT_GE(at, 3);
+            break;
+        }
+        ASSERT_EQ(NamesInFolder(m_folder.Utf8(".")), std::set<std::string>{});
+    }
+}
+
 TEST_F(PowerCut, AfterAnotherLeavesAllTheWorkThatWasReported) {
     constexpr std::uint32_t kFolders = 6;
     constexpr std::uint32_t kCuts = 15;

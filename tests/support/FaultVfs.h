@@ -23,7 +23,8 @@ class FaultVfs {
         kTruncate = 8,
         kSync = 16,
         kDelete = 32,
-        kChanging = kWrite | kTruncate | kSync | kDelete,
+        kSyncFolder = 64,  ///< only while the power is watched
+        kChanging = kWrite | kTruncate | kSync | kDelete | kSyncFolder,
     };
 
     FaultVfs();

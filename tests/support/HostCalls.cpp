@@ -15,11 +15,11 @@
 namespace cqsurvey {
 namespace {
 
-/// Does the call unless the power is cut, and tells of it.
+/// Does the call unless an accident waits in it, and tells of it.
 template <class Tell, class Call>
-int TellAndDo(Tell&& tell, Call&& call) {
+int TellAndDo(FaultVfs::Call kind, Tell&& tell, Call&& call) {
     FaultVfs* vfs = FaultVfs::GetWatching();
-    if (vfs != nullptr && vfs->Strike(FaultVfs::kDelete)) {
+    if (vfs != nullptr && vfs->Strike(kind)) {
         errno = EIO;
         return -1;
     }
@@ -41,24 +41,27 @@ std::string PathOf(int descriptor) {
 }  // namespace
 }  // namespace cqsurvey
 
+using cqsurvey::FaultVfs;
 using cqsurvey::PowerMedium;
 
 extern "C" {
 
 [[gnu::visibility("default")]] int unlink(const char* path) noexcept {
-    return cqsurvey::TellAndDo([&](PowerMedium& medium) { medium.Remove(path); },
-                               [&] { return unlinkat(AT_FDCWD, path, 0); });
+    return cqsurvey::TellAndDo(
+        FaultVfs::kDelete, [&](PowerMedium& medium) { medium.Remove(path); },
+        [&] { return unlinkat(AT_FDCWD, path, 0); });
 }
 
 [[gnu::visibility("default")]] int rename(const char* from, const char* to) noexcept {
-    return cqsurvey::TellAndDo([&](PowerMedium& medium) { medium.Rename(from, to); },
-                               [&] { return renameat(AT_FDCWD, from, AT_FDCWD, to); });
+    return cqsurvey::TellAndDo(
+        FaultVfs::kDelete, [&](PowerMedium& medium) { medium.Rename(from, to); },
+        [&] { return renameat(AT_FDCWD, from, AT_FDCWD, to); });
 }
 
 [[gnu::visibility("default")]] int renameat2(int fromFolder, const char* from, int toFolder,
                                              const char* to, unsigned flags) noexcept {
     return cqsurvey::TellAndDo(
-        [&](PowerMedium& medium) { medium.Rename(from, to); },
+        FaultVfs::kDelete, [&](PowerMedium& medium) { medium.Rename(from, to); },
         [&] {
             return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
         });
@@ -66,6 +69,7 @@ extern "C" {
 
 [[gnu::visibility("default")]] int fsync(int descriptor) {
     return cqsurvey::TellAndDo(
+        FaultVfs::kSyncFolder,
         [&](PowerMedium& medium) { medium.SyncFolder(cqsurvey::PathOf(descriptor)); },
         [&] { return static_cast<int>(syscall(SYS_fsync, descriptor)); });
 }
