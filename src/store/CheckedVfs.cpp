@@ -2,7 +2,10 @@
 
 #include <cstring>
 #include <new>
+#include <system_error>
 
+#include "cqsurvey/ErrorCodes.h"
+#include "platform/System.h"
 #include "store/DatabasePage.h"
 #include "store/Sql.h"
 
@@ -58,15 +61,28 @@ int Read(sqlite3_file* file, void* buffer, int count, sqlite3_int64 at) {
     return Methods(file).xRead(Real(file), buffer, count, at);
 }
 
+/// SQLite knows one error of the system that means a full disk. A quota and a limit for the size of
+/// files mean it, too.
+int FullOr(sqlite3_file* file, int result) {
+    if ((result & 0xFF) != SQLITE_IOERR) {
+        return result;
+    }
+    int number = 0;
+    const int told = Methods(file).xFileControl(Real(file), SQLITE_FCNTL_LAST_ERRNO, &number);
+    const std::error_code failure(number, std::system_category());
+    return told == SQLITE_OK && system::ErrorCode(failure) == error::kVolumeFull ? SQLITE_FULL
+                                                                                 : result;
+}
+
 int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 at) {
     if (IsMain(file)) {
-        return Of(file).main->Write(bytes, count, at);
+        return FullOr(file, Of(file).main->Write(bytes, count, at));
     }
     if (Of(file).isJournal && at == 0 && count >= static_cast<int>(JournalStamp::kHeader)) {
         // A buffer of SQLite's that it fills anew for each use.
         Of(file).main->BeginJournal(static_cast<std::byte*>(const_cast<void*>(bytes)));
     }
-    return Methods(file).xWrite(Real(file), bytes, count, at);
+    return FullOr(file, Methods(file).xWrite(Real(file), bytes, count, at));
 }
 
 int Truncate(sqlite3_file* file, sqlite3_int64 size) {

@@ -9,6 +9,7 @@
 #include "store/OtherProcess.h"
 #include "store/StoreTesting.h"
 #include "store/Volume.h"
+#include "support/FileSizeLimit.h"
 
 namespace cqsurvey {
 namespace {
@@ -281,6 +282,28 @@ TEST_F(CheckedVfsTest, AStepThatFailsAtAnyCallLeavesTheSums) {
         EXPECT_EQ(WrongPage(ReadHostFile(m_host)), 0U);
         EXPECT_EQ(ReadContents(u"V").things.size(), 300U);
     }
+}
+
+TEST_F(CheckedVfsTest, AFileThatMayNotGrowIsAFullDisk) {
+    Append(500);
+    const std::string before = ReadHostFile(m_host);
+    const auto write = [&] {
+        EXPECT_DONE(StoreBeginStep(u"V"));
+        const bool done =
+            PutFile(u"V:/One", std::string(300000, 'b')) != 0 && StoreCommitStep(u"V") != 0;
+        const std::int32_t code = done ? error::kNone : QrfsGetLastError();
+        if (!done) {
+            StoreRollbackStep(u"V");
+        }
+        return code;
+    };
+    for (const std::size_t limit : {std::size_t{0}, std::size_t{3000}, before.size()}) {
+        SCOPED_TRACE(limit);
+        const FileSizeLimit full(limit);
+        EXPECT_EQ(write(), error::kVolumeFull);
+    }
+    EXPECT_TRUE(ReadHostFile(m_host) == before);
+    EXPECT_EQ(write(), error::kNone);
 }
 
 TEST_F(CheckedVfsTest, AFileWithoutTheJournalOfItsOpenStepIsRefused) {
