@@ -295,7 +295,8 @@ int CqSettingsFile::WriteString(const CString& section, const CString& key, cons
     }
     BeginChange();
     if (!present) {
-        found->lines.emplace_back(key + u'=' + value);
+        CqSettingsText added(key + u'=' + value);
+        found->lines.push_back(std::move(added));
     } else if (value.empty()) {
         found->lines.erase(line);
     } else {
