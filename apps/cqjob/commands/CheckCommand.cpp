@@ -1,10 +1,9 @@
 #include <cqsurvey/cqsurvey.h>
 
-#include <algorithm>
-
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
+#include "cqjob/JobReports.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Progress.h"
 #include "cqjob/RepairReport.h"
@@ -54,57 +53,24 @@ class CheckCommand : public Command {
             return RepairJob(console, m_jobs.front(), m_repair, m_json,
                              static_cast<std::size_t>(m_limit));
         }
-        JsonWriter json(console);
         if (m_jobs.size() == 1) {
-            m_job = m_jobs.front();
-            return CheckJob(console, json);
+            JsonWriter json(console);
+            return CheckJob(console, m_jobs.front(), json);
         }
-        if (m_json) {
-            json.BeginObject();
-            json.Key("jobs");
-            json.BeginArray();
-        }
-        int status = 0;
-        for (const std::string& job : m_jobs) {
-            m_job = job;
-            status = std::max(status, TryJob(console, json));
-        }
-        if (m_json) {
-            json.EndArray();
-            json.EndObject();
-        }
-        return status;
+        return ReportEach(console, m_jobs, m_json, [&](const std::string& job, JsonWriter& json) {
+            return CheckJob(console, job, json);
+        });
     }
 
  private:
-    /// As CheckJob, but a job that cannot be opened does not keep the others from being checked.
-    int TryJob(Console& console, JsonWriter& json) const {
-        std::string reason;
-        try {
-            return CheckJob(console, json);
-        } catch (const Failure& failure) {
-            reason = failure.what();
-        } catch (const CException& failure) {
-            reason = Printable(m_job) + ": " + Printable(failure.what());
-        }
-        if (m_json) {
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("error", reason);
-            json.EndObject();
-        }
-        console.Say("cqjob: {}\n", reason);
-        return 1;
-    }
-
-    int CheckJob(Console& console, JsonWriter& json) const {
+    int CheckJob(Console& console, const std::string& job, JsonWriter& json) const {
         CqSurveyDB db;
-        OpenToRead(db, m_job);
+        OpenToRead(db, job);
         const CqJobCheck check = Look(console, db);
         if (m_json) {
-            WriteJson(json, check);
+            WriteJson(json, job, check);
         } else {
-            WriteText(console, check);
+            WriteText(console, job, check);
         }
         db.Close();
         return check.GetCount() == 0 ? 0 : 1;
@@ -117,7 +83,7 @@ class CheckCommand : public Command {
             [&](std::uint64_t done, std::uint64_t whole) { progress.Update(done, done, whole); });
     }
 
-    void WriteText(Console& console, const CqJobCheck& check) const {
+    void WriteText(Console& console, const std::string& job, const CqJobCheck& check) const {
         for (const CqJobFinding& finding : check.GetFindings()) {
             console.Print("{}{}{}: {}\n", finding.kind == Kind::Note ? "note: " : "", finding.table,
                           finding.record == 0 ? "" : fmt::format(" record {}", finding.record),
@@ -127,14 +93,14 @@ class CheckCommand : public Command {
         if (all > check.GetFindings().size()) {
             console.Print("... and {} more\n", all - check.GetFindings().size());
         }
-        console.Print("{}: {} checks, {} wrong{}\n", Printable(m_job), check.GetChecks(),
+        console.Print("{}: {} checks, {} wrong{}\n", Printable(job), check.GetChecks(),
                       check.GetCount(),
                       check.GetNoteCount() == 0 ? "" : ", " + Count(check.GetNoteCount(), "note"));
     }
 
-    void WriteJson(JsonWriter& json, const CqJobCheck& check) const {
+    void WriteJson(JsonWriter& json, const std::string& job, const CqJobCheck& check) const {
         json.BeginObject();
-        json.Member("job", m_job);
+        json.Member("job", job);
         json.Member("checks", check.GetChecks());
         json.Member("wrong", check.GetCount());
         json.Member("notes", check.GetNoteCount());

@@ -1,5 +1,4 @@
 #include <cqsurvey/cqsurvey.h>
-#include <cqsurvey/exchange/ExchangeError.h>
 #include <cqsurvey/exchange/JobInspection.h>
 
 #include <cmath>
@@ -7,6 +6,7 @@
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
+#include "cqjob/JobReports.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Progress.h"
 #include "text/Printable.h"
@@ -55,41 +55,21 @@ class InspectCommand : public Command {
         if (std::isnan(m_tolerance)) {
             throw UsageError("--tolerance takes a number");
         }
-        JsonWriter json(console);
-        if (m_json) {
-            json.BeginObject();
-            json.Key("jobs");
-            json.BeginArray();
-        }
-        int status = 0;
-        for (const std::string& job : m_jobs) {
-            m_job = job;
-            try {
-                const JobInspection inspection = Inspect(console);
-                if (m_json) {
-                    WriteJson(json, inspection);
-                } else {
-                    WriteText(console, inspection);
-                }
-            } catch (const Failure& failure) {
-                status = SayFailure(console, json, failure.what());
-            } catch (const exchange::ExchangeError& failure) {
-                status = SayFailure(console, json, Printable(job) + ": " + failure.what());
-            } catch (const CException& failure) {
-                status = SayFailure(console, json, Printable(job) + ": " + failure.what());
+        return ReportEach(console, m_jobs, m_json, [&](const std::string& job, JsonWriter& json) {
+            const JobInspection inspection = Inspect(console, job);
+            if (m_json) {
+                WriteJson(json, job, inspection);
+            } else {
+                WriteText(console, job, inspection);
             }
-        }
-        if (m_json) {
-            json.EndArray();
-            json.EndObject();
-        }
-        return status;
+            return 0;
+        });
     }
 
  private:
-    JobInspection Inspect(Console& console) const {
+    JobInspection Inspect(Console& console, const std::string& job) const {
         CqSurveyDB db;
-        OpenToRead(db, m_job);
+        OpenToRead(db, job);
         Progress progress(console, "looks at points");
         exchange::InspectOptions options;
         options.tolerance = m_tolerance;
@@ -101,19 +81,9 @@ class InspectCommand : public Command {
         return inspection;
     }
 
-    int SayFailure(Console& console, JsonWriter& json, const std::string& text) const {
-        if (m_json) {
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("error", text);
-            json.EndObject();
-        }
-        console.Say("cqjob: {}\n", text);
-        return 1;
-    }
-
-    void WriteText(Console& console, const JobInspection& inspection) const {
-        console.Print("{}: {}, {}\n", Printable(m_job), Count(inspection.GetPoints(), "point"),
+    void WriteText(Console& console, const std::string& job,
+                   const JobInspection& inspection) const {
+        console.Print("{}: {}, {}\n", Printable(job), Count(inspection.GetPoints(), "point"),
                       Count(inspection.GetFindings().size(), "finding"));
         std::size_t shown = 0;
         const InspectionFinding* before = nullptr;
@@ -133,9 +103,10 @@ class InspectCommand : public Command {
         }
     }
 
-    void WriteJson(JsonWriter& json, const JobInspection& inspection) const {
+    void WriteJson(JsonWriter& json, const std::string& job,
+                   const JobInspection& inspection) const {
         json.BeginObject();
-        json.Member("job", m_job);
+        json.Member("job", job);
         json.Member("points", inspection.GetPoints());
         json.Key("counts");
         json.BeginObject();

@@ -1,0 +1,62 @@
+#include "cqjob/JobReports.h"
+
+#include <cqsurvey/cqsurvey.h>
+#include <cqsurvey/exchange/ExchangeError.h>
+
+#include <algorithm>
+
+#include "cqjob/Failure.h"
+#include "text/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+/// Why the report could not be made; empty when it was made.
+std::string TryReport(const std::string& job, JsonWriter& json, const JobReport& report,
+                      int& status) {
+    try {
+        status = std::max(status, report(job, json));
+        return {};
+    } catch (const Failure& failure) {
+        return failure.what();
+    } catch (const exchange::ExchangeError& failure) {
+        return Printable(job) + ": " + failure.what();
+    } catch (const CException& failure) {
+        return Printable(job) + ": " + Printable(failure.what());
+    }
+}
+
+}  // namespace
+
+int ReportEach(Console& console, const std::vector<std::string>& jobs, bool asJson,
+               const JobReport& report) {
+    JsonWriter json(console);
+    if (asJson) {
+        json.BeginObject();
+        json.Key("jobs");
+        json.BeginArray();
+    }
+    int status = 0;
+    for (const std::string& job : jobs) {
+        const std::string reason = TryReport(job, json, report, status);
+        if (reason.empty()) {
+            continue;
+        }
+        status = std::max(status, 1);
+        if (asJson) {
+            json.BeginObject();
+            json.Member("job", job);
+            json.Member("error", reason);
+            json.EndObject();
+        }
+        console.Say("cqjob: {}\n", reason);
+    }
+    if (asJson) {
+        json.EndArray();
+        json.EndObject();
+    }
+    return status;
+}
+
+}  // namespace cqsurvey::cqjob
