@@ -9,7 +9,7 @@
 #include "cqjob/SeparatorOption.h"
 #include "cqjob/SystemOptions.h"
 #include "cqjob/ViewOptions.h"
-#include "cqjob/dxf/DxfExport.h"
+#include "cqjob/drawing/DxfExport.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {

@@ -13,7 +13,7 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Progress.h"
-#include "cqjob/dxf/DxfImport.h"
+#include "cqjob/drawing/DxfImport.h"
 #include "cqjob/import/ImportReports.h"
 #include "cqjob/import/PointFileOptions.h"
 #include "text/NumberText.h"

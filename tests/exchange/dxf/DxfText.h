@@ -57,12 +57,12 @@ class DrawnJob {
  public:
     DrawnJob() { db.CreateNew(folder.Path(u"site.job")); }
 
-    DxfReport Read(const std::string& text, const DxfReadOptions& options = {}) {
+    DrawingReport Read(const std::string& text, const DxfReadOptions& options = {}) {
         StringSource source(text);
         return DxfReader(source, options).Import(db);
     }
 
-    DxfReport Draw(const std::string& entities, const DxfReadOptions& options = {}) {
+    DrawingReport Draw(const std::string& entities, const DxfReadOptions& options = {}) {
         return Read(DxfText{.entities = entities}.Make(), options);
     }
 

@@ -34,12 +34,12 @@ bool IsCurved(const PathVertex& from, const PathVertex& to) {
 LineWriter::LineWriter(GroupWriter& out, Contents& contents, const DxfWriteOptions& options)
     : m_out(out), m_options(options), m_frame(out, contents) {}
 
-DxfOutcome LineWriter::Circle(const CqCadEntity& entity) {
+DrawingOutcome LineWriter::Circle(const CqCadEntity& entity) {
     bool noHeight = false;
     const Vec3 at = EntityFrame::PlaceOf(entity, noHeight);
     const double radius = entity.GetRadius();
     if (!IsFinite(at) || !std::isfinite(radius) || !(radius > 0.0)) {
-        return {DxfFate::LeftOut, "its radius is not positive, or its numbers are not finite"};
+        return {DrawingFate::LeftOut, "its radius is not positive, or its numbers are not finite"};
     }
     Extras extras;
     extras.Set("HEIGHT", noHeight ? "NONE" : "");
@@ -49,12 +49,12 @@ DxfOutcome LineWriter::Circle(const CqCadEntity& entity) {
     m_out.Point(10, at);
     m_out.Number(40, radius);
     m_frame.WriteExtras(extras);
-    return {DxfFate::Taken, "CIRCLE"};
+    return {DrawingFate::Taken, "CIRCLE"};
 }
 
-DxfOutcome LineWriter::Polyline(const CqCadEntity& entity, std::vector<PathVertex> path) {
+DrawingOutcome LineWriter::Polyline(const CqCadEntity& entity, std::vector<PathVertex> path) {
     if (path.size() < 2) {
-        return {DxfFate::LeftOut, "it has fewer than two vertices"};
+        return {DrawingFate::LeftOut, "it has fewer than two vertices"};
     }
     std::size_t without = 0;
     for (PathVertex& vertex : path) {
@@ -63,7 +63,7 @@ DxfOutcome LineWriter::Polyline(const CqCadEntity& entity, std::vector<PathVerte
             ++without;
         }
         if (!IsFinite(vertex.at) || !std::isfinite(vertex.bulge)) {
-            return {DxfFate::LeftOut, "its numbers are not finite"};
+            return {DrawingFate::LeftOut, "its numbers are not finite"};
         }
     }
     Extras extras;
@@ -75,8 +75,8 @@ DxfOutcome LineWriter::Polyline(const CqCadEntity& entity, std::vector<PathVerte
     if (level) {
         WriteLevel(entity, path, extras);
         return without != 0 && without != path.size()
-                   ? DxfOutcome{DxfFate::Converted, "polyline, height 0 where it has none"}
-                   : DxfOutcome{DxfFate::Taken, m_out.IsR12() ? "POLYLINE" : "LWPOLYLINE"};
+                   ? DrawingOutcome{DrawingFate::Converted, "polyline, height 0 where it has none"}
+                   : DrawingOutcome{DrawingFate::Taken, m_out.IsR12() ? "POLYLINE" : "LWPOLYLINE"};
     }
     bool curved = false;
     for (std::size_t i = 0; i + 1 < path.size(); ++i) {
@@ -84,8 +84,9 @@ DxfOutcome LineWriter::Polyline(const CqCadEntity& entity, std::vector<PathVerte
     }
     if (!curved) {
         WriteSpace(entity, path, extras);
-        return without != 0 ? DxfOutcome{DxfFate::Converted, "polyline, height 0 where it has none"}
-                            : DxfOutcome{DxfFate::Taken, "POLYLINE in space"};
+        return without != 0
+                   ? DrawingOutcome{DrawingFate::Converted, "polyline, height 0 where it has none"}
+                   : DrawingOutcome{DrawingFate::Taken, "POLYLINE in space"};
     }
     return m_options.arcs == DxfArcs::Break ? BreakArcs(entity, path, extras)
                                             : KeepArcs(entity, path, extras);
@@ -152,8 +153,8 @@ void LineWriter::WriteSpace(const CqCadEntity& entity, const std::vector<PathVer
     m_frame.BeginPart("SEQEND", handle, entity.GetLayer());
 }
 
-DxfOutcome LineWriter::BreakArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
-                                 const Extras& extras) {
+DrawingOutcome LineWriter::BreakArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
+                                     const Extras& extras) {
     CurveFitter fitter(m_options.tolerance, false);
     std::vector<PathVertex> broken;
     for (std::size_t i = 0; i + 1 < path.size(); ++i) {
@@ -180,12 +181,12 @@ DxfOutcome LineWriter::BreakArcs(const CqCadEntity& entity, const std::vector<Pa
     }
     broken.push_back({path.back().at, 0.0});
     WriteSpace(entity, broken, extras);
-    return {DxfFate::Converted, "POLYLINE in space, its arcs broken into lines",
+    return {DrawingFate::Converted, "POLYLINE in space, its arcs broken into lines",
             fitter.GetDeviation()};
 }
 
-DxfOutcome LineWriter::KeepArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
-                                const Extras& extras) {
+DrawingOutcome LineWriter::KeepArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
+                                    const Extras& extras) {
     double deviation = 0.0;
     std::vector<PathVertex> straight;
     const auto flush = [&] {
@@ -212,8 +213,8 @@ DxfOutcome LineWriter::KeepArcs(const CqCadEntity& entity, const std::vector<Pat
         WriteLevel(entity, {from, {to.at, 0.0}}, extras);
     }
     flush();
-    return {DxfFate::Converted, "several polylines, each arc level between the heights of its ends",
-            deviation};
+    return {DrawingFate::Converted,
+            "several polylines, each arc level between the heights of its ends", deviation};
 }
 
 }  // namespace cqsurvey::exchange::dxf

@@ -170,12 +170,12 @@ TEST(DxfWriterTest, ArcsInSpaceAreBrokenWithinTheToleranceOrKeptLevel) {
     DrawPath(job.db, {{0, 0, 10, 0}, {5, 0, 20, 1}, {15, 0, 40, 0}, {20, 0, 50, 0}});
     std::string text;
     DxfWriter writer(job.db, {.tolerance = 0.01}, [&](std::string_view bytes) { text += bytes; });
-    const DxfReport report = writer.Write();
-    EXPECT_EQ(report.Get(DxfFate::Converted), 1U);
+    const DrawingReport report = writer.Write();
+    EXPECT_EQ(report.Get(DrawingFate::Converted), 1U);
     EXPECT_GT(report.GetDeviation(), 0.0);
     EXPECT_LE(report.GetDeviation(), 0.01);
     DrawnJob broken;
-    const DxfReport read = broken.Read(text);
+    const DrawingReport read = broken.Read(text);
     EXPECT_EQ(read.polylines, 1U);
     EXPECT_GT(read.vertices, 20U);
     EXPECT_EQ(broken.List().at(0).find('('), std::string::npos);
@@ -192,7 +192,7 @@ TEST(DxfWriterTest, LayersThatDifferOnlyInCaseOrHoldForbiddenSignsAreRenamedAndS
     job.db.AddLayer(u"ROAD", 2, 0);
     job.db.AddLayer(u"a/b:c", 3, 0);
     std::string text;
-    const DxfReport report =
+    const DrawingReport report =
         DxfWriter(job.db, {}, [&](std::string_view bytes) { text += bytes; }).Write();
     DrawnJob back;
     static_cast<void>(back.Read(text));
@@ -204,7 +204,7 @@ TEST(DxfWriterTest, PointsAloneLoseTheirNamesAndTheReportSaysSo) {
     DrawnJob job;
     DrawPoint(job.db, u"P1", 1, 2, 3, 4);
     std::string text;
-    const DxfReport report =
+    const DrawingReport report =
         DxfWriter(job.db, {.points = DxfPoints::Point}, [&](std::string_view bytes) {
             text += bytes;
         }).Write();
@@ -230,9 +230,9 @@ TEST(DxfWriterTest, WhatCannotBeWrittenIsLeftOutWithTheReason) {
     DrawText(job.db, u"", 1, 2, 3);
     DrawPoint(job.db, u"P", HUGE_VAL, 2);
     DrawLine(job.db, {{0, 0, 0}, {kNone, 1, 0}});
-    const DxfReport report = DxfWriter(job.db, {}, [](std::string_view) {}).Write();
+    const DrawingReport report = DxfWriter(job.db, {}, [](std::string_view) {}).Write();
     EXPECT_EQ(report.GetSum(), 5U);
-    EXPECT_EQ(report.Get(DxfFate::LeftOut), 5U);
+    EXPECT_EQ(report.Get(DrawingFate::LeftOut), 5U);
 }
 
 TEST(DxfWriterTest, TheHeaderSaysUnitExtentsAndCodePage) {

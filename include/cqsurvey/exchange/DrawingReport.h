@@ -14,18 +14,18 @@
 namespace cqsurvey::exchange {
 
 /// What became of an entity on its way into a job or out of one.
-enum class DxfFate : std::uint8_t {
+enum class DrawingFate : std::uint8_t {
     Taken,      ///< as it is
     Converted,  ///< as something like it; the row says what, and how far it is off
     LeftOut     ///< not at all; the row says why
 };
 
 /// "taken", "converted" or "left out".
-[[nodiscard]] CQSURVEY_EXCHANGE_API const char* FateWord(DxfFate fate);
+[[nodiscard]] CQSURVEY_EXCHANGE_API const char* FateWord(DrawingFate fate);
 
 /// What one entity came to.
-struct DxfOutcome {
-    DxfFate fate = DxfFate::Taken;
+struct DrawingOutcome {
+    DrawingFate fate = DrawingFate::Taken;
     /// What it became, or why it was left out: an English phrase in UTF-8.
     std::string_view what;
     /// The largest distance between it and what replaced it, in the job's unit.
@@ -33,10 +33,10 @@ struct DxfOutcome {
 };
 
 /// The entities of one kind and layer that came to the same.
-struct DxfRow {
+struct DrawingRow {
     std::string kind;   ///< as its source calls it, such as "LWPOLYLINE" or "polyline"
     std::string layer;  ///< in UTF-8
-    DxfFate fate = DxfFate::Taken;
+    DrawingFate fate = DrawingFate::Taken;
     std::string what;
     bool inBlock = false;  ///< drawn by a block that was inserted
     std::uint64_t count = 0;
@@ -46,18 +46,18 @@ struct DxfRow {
 
 /// An account of every entity of a file that was read, or of a job that was written. Every entity
 /// is counted once; those that inserted blocks draw are counted in addition, as such.
-class CQSURVEY_EXCHANGE_API DxfReport {
+class CQSURVEY_EXCHANGE_API DrawingReport {
  public:
-    DxfReport() = default;
-    DxfReport(const DxfReport&) = delete;
-    DxfReport& operator=(const DxfReport&) = delete;
-    DxfReport(DxfReport&&) = default;
-    DxfReport& operator=(DxfReport&&) = default;
-    ~DxfReport() = default;
+    DrawingReport() = default;
+    DrawingReport(const DrawingReport&) = delete;
+    DrawingReport& operator=(const DrawingReport&) = delete;
+    DrawingReport(DrawingReport&&) = default;
+    DrawingReport& operator=(DrawingReport&&) = default;
+    ~DrawingReport() = default;
 
     /// Counts one entity. When there are kMostRows rows, those that would need a new one share one
     /// for each fate, so that a file cannot fill the memory.
-    void Count(std::string_view kind, std::string_view layer, const DxfOutcome& outcome,
+    void Count(std::string_view kind, std::string_view layer, const DrawingOutcome& outcome,
                bool inBlock, std::uint64_t place);
 
     static constexpr std::size_t kMostRows = 200'000;
@@ -66,11 +66,11 @@ class CQSURVEY_EXCHANGE_API DxfReport {
     void Note(const std::string& sentence);
 
     /// The rows: by kind, layer, fate.
-    [[nodiscard]] std::vector<DxfRow> GetRows() const;
+    [[nodiscard]] std::vector<DrawingRow> GetRows() const;
     [[nodiscard]] const std::vector<std::string>& GetNotes() const { return m_notes; }
 
     /// The number of entities of the fate, without those that blocks draw.
-    [[nodiscard]] std::uint64_t Get(DxfFate fate) const;
+    [[nodiscard]] std::uint64_t Get(DrawingFate fate) const;
     [[nodiscard]] std::uint64_t GetSum() const;
     /// The number of entities that inserted blocks draw.
     [[nodiscard]] std::uint64_t GetInBlocks() const;
@@ -92,7 +92,7 @@ class CQSURVEY_EXCHANGE_API DxfReport {
     std::uint64_t layers = 0;  ///< that the job did not have
 
  private:
-    using Key = std::tuple<std::string, std::string, DxfFate, std::string, bool>;
+    using Key = std::tuple<std::string, std::string, DrawingFate, std::string, bool>;
     struct Sum {
         std::uint64_t count = 0;
         std::uint64_t place = 0;

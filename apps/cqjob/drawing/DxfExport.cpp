@@ -1,4 +1,4 @@
-#include "cqjob/dxf/DxfExport.h"
+#include "cqjob/drawing/DxfExport.h"
 
 #include <cqsurvey/exchange/exchange.h>
 
@@ -14,8 +14,8 @@
 #include "cqjob/JsonWriter.h"
 #include "cqjob/OutputFile.h"
 #include "cqjob/Progress.h"
-#include "cqjob/dxf/DxfImport.h"
-#include "cqjob/dxf/DxfReportText.h"
+#include "cqjob/drawing/DrawingReportText.h"
+#include "cqjob/drawing/DxfImport.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -122,13 +122,13 @@ void DxfExport::Run(Console& console, const std::string& job, const std::string&
     const auto whole = static_cast<std::uint64_t>(db.GetNumCadEntities());
     options.progress = [&](std::size_t entities) { progress.Update(entities, entities, whole); };
     exchange::DxfWriter writer(db, options, [&](std::string_view piece) { output.Write(piece); });
-    const exchange::DxfReport report = writer.Write();
+    const exchange::DrawingReport report = writer.Write();
     if (picture) {
         picture->Finish();
     }
     output.Finish();
     db.Close();
-    const DxfReportText text(report);
+    const DrawingReportText text(report);
     if (json) {
         JsonWriter members(console);
         members.BeginObject();

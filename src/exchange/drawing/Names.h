@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace cqsurvey::exchange::dxf {
+namespace cqsurvey::exchange {
 
 /// Names of a DXF file are the same in either letter case. Only the letters of ASCII are folded:
 /// the others are written alike by every program.
@@ -16,4 +16,4 @@ namespace cqsurvey::exchange::dxf {
     return upper;
 }
 
-}  // namespace cqsurvey::exchange::dxf
+}  // namespace cqsurvey::exchange

@@ -1,4 +1,4 @@
-#include "cqjob/dxf/DxfReportText.h"
+#include "cqjob/drawing/DrawingReportText.h"
 
 #include <vector>
 
@@ -8,8 +8,8 @@
 
 namespace cqsurvey::cqjob {
 
-using exchange::DxfFate;
-using exchange::DxfRow;
+using exchange::DrawingFate;
+using exchange::DrawingRow;
 
 namespace {
 
@@ -22,12 +22,12 @@ std::string DescribeDeviation(double deviation) {
 
 }  // namespace
 
-void DxfReportText::WriteText(Console& console, bool isImport) const {
+void DrawingReportText::WriteText(Console& console, bool isImport) const {
     console.Print("  version {}, unit {}, code page {}\n", Printable(m_report.version),
                   Printable(m_report.unit), m_report.codePage);
     console.Print("  {} entities = {} taken + {} converted + {} left out", m_report.GetSum(),
-                  m_report.Get(DxfFate::Taken), m_report.Get(DxfFate::Converted),
-                  m_report.Get(DxfFate::LeftOut));
+                  m_report.Get(DrawingFate::Taken), m_report.Get(DrawingFate::Converted),
+                  m_report.Get(DrawingFate::LeftOut));
     if (m_report.GetInBlocks() > 0) {
         console.Print("; and {} that inserted blocks draw", m_report.GetInBlocks());
     }
@@ -53,7 +53,7 @@ void DxfReportText::WriteText(Console& console, bool isImport) const {
                               {"What"},
                               {"Deviation", true},
                               {isImport ? "First at" : "First handle", true}});
-    for (const DxfRow& row : m_report.GetRows()) {
+    for (const DrawingRow& row : m_report.GetRows()) {
         table.Add({std::to_string(row.count), row.inBlock ? row.kind + " in a block" : row.kind,
                    row.layer, exchange::FateWord(row.fate), row.what,
                    DescribeDeviation(row.deviation), std::to_string(row.place)});
@@ -61,15 +61,15 @@ void DxfReportText::WriteText(Console& console, bool isImport) const {
     table.Finish();
 }
 
-void DxfReportText::WriteJson(JsonWriter& json, bool isImport) const {
+void DrawingReportText::WriteJson(JsonWriter& json, bool isImport) const {
     json.Member("version", m_report.version);
     json.Member("unit", m_report.unit);
     json.Member("scale", m_report.scale);
     json.Member("code_page", m_report.codePage);
     json.Member("entities", m_report.GetSum());
-    json.Member("taken", m_report.Get(DxfFate::Taken));
-    json.Member("converted", m_report.Get(DxfFate::Converted));
-    json.Member("left_out", m_report.Get(DxfFate::LeftOut));
+    json.Member("taken", m_report.Get(DrawingFate::Taken));
+    json.Member("converted", m_report.Get(DrawingFate::Converted));
+    json.Member("left_out", m_report.Get(DrawingFate::LeftOut));
     json.Member("in_blocks", m_report.GetInBlocks());
     json.Member("largest_deviation", m_report.GetDeviation());
     if (isImport) {
@@ -88,7 +88,7 @@ void DxfReportText::WriteJson(JsonWriter& json, bool isImport) const {
     json.EndArray();
     json.Key("rows");
     json.BeginArray();
-    for (const DxfRow& row : m_report.GetRows()) {
+    for (const DrawingRow& row : m_report.GetRows()) {
         json.BeginObject();
         json.Member("kind", row.kind);
         json.Member("layer", row.layer);

@@ -1,10 +1,10 @@
-#include "exchange/dxf/CurveFitter.h"
+#include "exchange/drawing/CurveFitter.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
-namespace cqsurvey::exchange::dxf {
+namespace cqsurvey::exchange {
 
 namespace {
 
@@ -86,4 +86,4 @@ void CurveFitter::Fit(const Curve& curve, double from, const Vec3& p, double to,
     out.push_back({p, bulge});
 }
 
-}  // namespace cqsurvey::exchange::dxf
+}  // namespace cqsurvey::exchange

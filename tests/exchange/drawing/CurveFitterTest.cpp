@@ -1,4 +1,4 @@
-#include "exchange/dxf/CurveFitter.h"
+#include "exchange/drawing/CurveFitter.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 #include "cqsurvey/CVector.h"
 
-namespace cqsurvey::exchange::dxf {
+namespace cqsurvey::exchange {
 namespace {
 
 constexpr double kPi = std::numbers::pi;
@@ -112,4 +112,4 @@ TEST(CurveFitterTest, ACurveThatJumpsEndsAllTheSame) {
 }
 
 }  // namespace
-}  // namespace cqsurvey::exchange::dxf
+}  // namespace cqsurvey::exchange

@@ -1,23 +1,23 @@
-#include "cqsurvey/exchange/DxfReport.h"
+#include "cqsurvey/exchange/DrawingReport.h"
 
 #include <algorithm>
 
 namespace cqsurvey::exchange {
 
-const char* FateWord(DxfFate fate) {
+const char* FateWord(DrawingFate fate) {
     switch (fate) {
-        case DxfFate::Taken:
+        case DrawingFate::Taken:
             return "taken";
-        case DxfFate::Converted:
+        case DrawingFate::Converted:
             return "converted";
-        case DxfFate::LeftOut:
+        case DrawingFate::LeftOut:
             break;
     }
     return "left out";
 }
 
-void DxfReport::Count(std::string_view kind, std::string_view layer, const DxfOutcome& outcome,
-                      bool inBlock, std::uint64_t place) {
+void DrawingReport::Count(std::string_view kind, std::string_view layer,
+                          const DrawingOutcome& outcome, bool inBlock, std::uint64_t place) {
     // Entities that follow each other are mostly alike.
     const auto same = [&](const Key& key) {
         return std::get<0>(key) == kind && std::get<1>(key) == layer &&
@@ -35,7 +35,7 @@ void DxfReport::Count(std::string_view kind, std::string_view layer, const DxfOu
     m_last->second.deviation = std::max(m_last->second.deviation, outcome.deviation);
 }
 
-void DxfReport::Note(const std::string& sentence) {
+void DrawingReport::Note(const std::string& sentence) {
     constexpr std::size_t kMost = 1000;
     if (m_notes.size() < kMost &&
         std::find(m_notes.begin(), m_notes.end(), sentence) == m_notes.end()) {
@@ -43,19 +43,20 @@ void DxfReport::Note(const std::string& sentence) {
     }
 }
 
-std::vector<DxfRow> DxfReport::GetRows() const {
-    std::vector<DxfRow> rows;
+std::vector<DrawingRow> DrawingReport::GetRows() const {
+    std::vector<DrawingRow> rows;
     rows.reserve(m_rows.size());
     for (const auto& [key, sum] : m_rows) {
         const auto& [kind, layer, fate, what, inBlock] = key;
         rows.push_back({kind, layer, fate, what, inBlock, sum.count, sum.place, sum.deviation});
     }
-    std::stable_sort(rows.begin(), rows.end(),
-                     [](const DxfRow& a, const DxfRow& b) { return a.inBlock < b.inBlock; });
+    std::stable_sort(rows.begin(), rows.end(), [](const DrawingRow& a, const DrawingRow& b) {
+        return a.inBlock < b.inBlock;
+    });
     return rows;
 }
 
-std::uint64_t DxfReport::Get(DxfFate fate) const {
+std::uint64_t DrawingReport::Get(DrawingFate fate) const {
     std::uint64_t count = 0;
     for (const auto& [key, sum] : m_rows) {
         count += std::get<2>(key) == fate && !std::get<4>(key) ? sum.count : 0;
@@ -63,11 +64,11 @@ std::uint64_t DxfReport::Get(DxfFate fate) const {
     return count;
 }
 
-std::uint64_t DxfReport::GetSum() const {
-    return Get(DxfFate::Taken) + Get(DxfFate::Converted) + Get(DxfFate::LeftOut);
+std::uint64_t DrawingReport::GetSum() const {
+    return Get(DrawingFate::Taken) + Get(DrawingFate::Converted) + Get(DrawingFate::LeftOut);
 }
 
-std::uint64_t DxfReport::GetInBlocks() const {
+std::uint64_t DrawingReport::GetInBlocks() const {
     std::uint64_t count = 0;
     for (const auto& [key, sum] : m_rows) {
         count += std::get<4>(key) ? sum.count : 0;
@@ -75,7 +76,7 @@ std::uint64_t DxfReport::GetInBlocks() const {
     return count;
 }
 
-double DxfReport::GetDeviation() const {
+double DrawingReport::GetDeviation() const {
     double largest = 0.0;
     for (const auto& [key, sum] : m_rows) {
         largest = std::max(largest, sum.deviation);

@@ -4,11 +4,11 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
-#include "cqsurvey/exchange/DxfReport.h"
-#include "exchange/dxf/CurveFitter.h"
-#include "exchange/dxf/Extras.h"
+#include "cqsurvey/exchange/DrawingReport.h"
+#include "exchange/drawing/CurveFitter.h"
+#include "exchange/drawing/Extras.h"
 
-namespace cqsurvey::exchange::dxf {
+namespace cqsurvey::exchange {
 
 /// How an entity is drawn.
 struct Style {
@@ -32,7 +32,7 @@ struct DrawnText {
 /// plan, are refused: the functions return false then, and nothing is drawn.
 class Drawing {
  public:
-    Drawing(CqSurveyDB& db, DxfReport& report);
+    Drawing(CqSurveyDB& db, DrawingReport& report);
     Drawing(const Drawing&) = delete;
     Drawing& operator=(const Drawing&) = delete;
 
@@ -43,6 +43,9 @@ class Drawing {
     /// Chooses layer and colour of what is drawn next.
     void Use(const Style& style);
 
+    /// The polyline that was drawn last; 0 when none was.
+    [[nodiscard]] CqHandle GetLastPolyline() const { return m_lastPolyline; }
+
     /// Puts the layer, colour and group back that were current.
     void Finish();
 
@@ -51,10 +54,11 @@ class Drawing {
 
  private:
     CqSurveyDB& m_db;
-    DxfReport& m_report;
+    DrawingReport& m_report;
     CString m_layer;
     int m_color;
     CString m_group;
+    CqHandle m_lastPolyline = 0;
 };
 
-}  // namespace cqsurvey::exchange::dxf
+}  // namespace cqsurvey::exchange

@@ -3,14 +3,15 @@
 #include <functional>
 #include <vector>
 
-#include "exchange/dxf/Affine.h"
+#include "exchange/drawing/Vec3.h"
 
-namespace cqsurvey::exchange::dxf {
+namespace cqsurvey::exchange {
 
 /// A vertex of a polyline: `bulge` curves the segment to the next vertex as in the job.
 struct PathVertex {
     Vec3 at;
     double bulge = 0.0;
+    bool hasHeight = true;  ///< otherwise at.z is 0 and means nothing
 };
 
 /// The arc between two points of a plan.
@@ -50,4 +51,4 @@ class CurveFitter {
     double m_deviation = 0.0;
 };
 
-}  // namespace cqsurvey::exchange::dxf
+}  // namespace cqsurvey::exchange

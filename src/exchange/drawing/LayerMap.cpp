@@ -1,17 +1,18 @@
-#include "exchange/dxf/read/LayerMap.h"
+#include "exchange/drawing/LayerMap.h"
 
 #include <fmt/format.h>
 
 #include <cstddef>
+#include <utility>
 
 #include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/PointNames.h"
-#include "exchange/dxf/Names.h"
+#include "exchange/drawing/Names.h"
 #include "text/Printable.h"
 
-namespace cqsurvey::exchange::dxf {
+namespace cqsurvey::exchange {
 
 namespace {
 
@@ -19,18 +20,31 @@ constexpr int kInk = 7;
 
 }  // namespace
 
-LayerMap::LayerMap(CqSurveyDB& db, TextDecoder& decoder, DxfReport& report)
-    : m_db(db), m_decoder(decoder), m_report(report), m_fresh(db.GetNumCadEntities() == 0) {}
+LayerMap::LayerMap(CqSurveyDB& db, Decode decode, DrawingReport& report)
+    : m_db(db),
+      m_decode(std::move(decode)),
+      m_report(report),
+      m_fresh(db.GetNumCadEntities() == 0) {}
 
 void LayerMap::Define(std::string_view bytes, int color, int line) {
-    m_byBytes[std::string(bytes)] = &Add(m_decoder.Decode(bytes), color, line, true);
+    m_byBytes[std::string(bytes)] = &Add(m_decode(bytes), color, line, true);
 }
 
 const LayerMap::Layer& LayerMap::Find(std::string_view bytes) {
+    const std::uint64_t before = m_report.layers;
+    const Layer& layer = Use(bytes);
+    if (m_report.layers != before) {
+        m_report.Note(
+            fmt::format("the layer {} is not in the file's table of layers", Quoted(layer.shown)));
+    }
+    return layer;
+}
+
+const LayerMap::Layer& LayerMap::Use(std::string_view bytes) {
     if (const auto found = m_byBytes.find(bytes); found != m_byBytes.end()) {
         return *found->second;
     }
-    const Layer& layer = Add(m_decoder.Decode(bytes), kInk, 0, false);
+    const Layer& layer = Add(m_decode(bytes), kInk, 0, false);
     // One layer may be written in many mixtures of letter case.
     constexpr std::size_t kMost = 100'000;
     if (m_byBytes.size() < kMost) {
@@ -74,10 +88,6 @@ const LayerMap::Layer& LayerMap::Add(const CString& name, int color, int line, b
                             Quoted(layer.shown)));
         }
         ++m_report.layers;
-        if (!defined) {
-            m_report.Note(fmt::format("the layer {} is not in the file's table of layers",
-                                      Quoted(layer.shown)));
-        }
     } else if (m_fresh && defined) {
         m_db.EditLayerColor(layer.name, color);
         m_db.EditLayerLine(layer.name, line);
@@ -91,4 +101,4 @@ const LayerMap::Layer& LayerMap::Add(const CString& name, int color, int line, b
     return layer;
 }
 
-}  // namespace cqsurvey::exchange::dxf
+}  // namespace cqsurvey::exchange

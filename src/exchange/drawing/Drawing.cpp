@@ -1,11 +1,11 @@
-#include "exchange/dxf/read/Drawing.h"
+#include "exchange/drawing/Drawing.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
 
-namespace cqsurvey::exchange::dxf {
+namespace cqsurvey::exchange {
 
 namespace {
 
@@ -22,7 +22,7 @@ int ToInt(std::int64_t value) {
 
 }  // namespace
 
-Drawing::Drawing(CqSurveyDB& db, DxfReport& report)
+Drawing::Drawing(CqSurveyDB& db, DrawingReport& report)
     : m_db(db),
       m_report(report),
       m_layer(db.GetCurrentLayer()),
@@ -62,9 +62,10 @@ bool Drawing::Polyline(const Style& style, const std::vector<PathVertex>& path,
     const bool noHeight = extras.Get("HEIGHT") == kNoHeight;
     CqCadEntityList* list = m_db.StartPline(style.line, ToInt(extras.GetWhole("CODE")));
     for (const PathVertex& vertex : path) {
-        m_db.AddVertex(list, ToCoords(vertex.at, noHeight).data(), vertex.bulge);
+        m_db.AddVertex(list, ToCoords(vertex.at, noHeight || !vertex.hasHeight).data(),
+                       vertex.bulge);
     }
-    static_cast<void>(m_db.EndPline(list));
+    m_lastPolyline = m_db.EndPline(list);
     ++m_report.polylines;
     m_report.vertices += path.size();
     return true;
@@ -98,4 +99,4 @@ bool Drawing::Text(const Style& style, const DrawnText& text, const Extras& extr
     return true;
 }
 
-}  // namespace cqsurvey::exchange::dxf
+}  // namespace cqsurvey::exchange

@@ -1,29 +1,9 @@
-#include "exchange/dxf/Extras.h"
+#include "exchange/drawing/Extras.h"
 
 #include <charconv>
 #include <system_error>
 
-namespace cqsurvey::exchange::dxf {
-
-namespace {
-
-constexpr int kExtendedText = 1000;
-
-}  // namespace
-
-Extras::Extras(const Record& record) {
-    for (const Entry& entry : record.GetEntries()) {
-        if (entry.code == 0) {
-            break;
-        }
-        if (entry.code == kExtendedText) {
-            const std::string_view text = record.Text(entry);
-            if (const std::size_t equals = text.find('='); equals != std::string_view::npos) {
-                m_values[std::string(text.substr(0, equals))] = text.substr(equals + 1);
-            }
-        }
-    }
-}
+namespace cqsurvey::exchange {
 
 std::string_view Extras::Get(std::string_view key) const {
     const auto found = m_values.find(key);
@@ -37,7 +17,7 @@ std::int64_t Extras::GetWhole(std::string_view key, std::int64_t fallback) const
     return error == std::errc{} && end == text.data() + text.size() ? value : fallback;
 }
 
-void Extras::Set(const std::string& key, const std::string& value) {
+void Extras::Set(const std::string& key, std::string_view value) {
     if (!value.empty()) {
         m_values[key] = value;
     }
@@ -49,4 +29,4 @@ void Extras::SetWhole(const std::string& key, std::int64_t value, std::int64_t u
     }
 }
 
-}  // namespace cqsurvey::exchange::dxf
+}  // namespace cqsurvey::exchange

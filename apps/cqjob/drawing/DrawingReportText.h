@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cqsurvey/exchange/DxfReport.h>
+#include <cqsurvey/exchange/DrawingReport.h>
 
 #include "cqjob/Console.h"
 #include "cqjob/JsonWriter.h"
@@ -8,10 +8,10 @@
 namespace cqsurvey::cqjob {
 
 /// The account of a DXF import or export, as text for people and as JSON for programs.
-class DxfReportText {
+class DrawingReportText {
  public:
     /// The report must outlive this object.
-    explicit DxfReportText(const exchange::DxfReport& report) : m_report(report) {}
+    explicit DrawingReportText(const exchange::DrawingReport& report) : m_report(report) {}
 
     /// `isImport` says whether the entities are those of a file, whose places are lines.
     void WriteText(Console& console, bool isImport) const;
@@ -20,7 +20,7 @@ class DxfReportText {
     void WriteJson(JsonWriter& json, bool isImport) const;
 
  private:
-    const exchange::DxfReport& m_report;
+    const exchange::DrawingReport& m_report;
 };
 
 }  // namespace cqsurvey::cqjob

@@ -1,4 +1,4 @@
-#include "cqjob/dxf/DxfImport.h"
+#include "cqjob/drawing/DxfImport.h"
 
 #include <cqsurvey/cqsurvey.h>
 #include <cqsurvey/exchange/exchange.h>
@@ -11,7 +11,7 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Progress.h"
-#include "cqjob/dxf/DxfReportText.h"
+#include "cqjob/drawing/DrawingReportText.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -159,9 +159,9 @@ void DxfImport::Run(Console& console, const std::string& file, const std::string
     OpenToWrite(db, job);
     options.jobUnit = FindJobUnit(db, options.jobUnit);
     exchange::DxfReader reader(source, std::move(options));
-    const exchange::DxfReport report = reader.Import(db);
+    const exchange::DrawingReport report = reader.Import(db);
     CloseChanged(db);
-    const DxfReportText text(report);
+    const DrawingReportText text(report);
     if (json) {
         JsonWriter writer(console);
         writer.BeginObject();
