@@ -9,7 +9,7 @@
 #include "cqjob/SeparatorOption.h"
 #include "cqjob/SystemOptions.h"
 #include "cqjob/ViewOptions.h"
-#include "cqjob/drawing/DxfExport.h"
+#include "cqjob/drawing/DrawingExport.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -57,7 +57,7 @@ class ExportCommand : public Command {
             .Placeholder("N")
             .ShowDefault();
         m_view.AddTo(command);
-        m_dxf.AddTo(command);
+        m_drawing.AddTo(command);
         command.AddFlag("--force", m_force, "Replace an existing file");
         AddJson(command);
         command.SetFooter(
@@ -85,9 +85,9 @@ class ExportCommand : public Command {
     }
 
     int Run(Console& console) override {
-        if (m_dxf.IsAsked(m_file)) {
+        if (m_drawing.IsAsked(m_file)) {
             RequireOwnOutput(m_file);
-            m_dxf.Run(console, m_job, m_file, m_force, m_json);
+            m_drawing.Run(console, m_job, m_file, m_force, m_json);
             return 0;
         }
         exchange::FieldTextWriter writer(ReadOptions());
@@ -165,7 +165,7 @@ class ExportCommand : public Command {
     bool m_safe = false;
     int m_codePage = CqCodePage::kUtf8;
     bool m_force = false;
-    DxfExport m_dxf;
+    DrawingExport m_drawing;
 };
 
 }  // namespace

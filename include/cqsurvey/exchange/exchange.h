@@ -21,5 +21,6 @@
 #include "cqsurvey/exchange/Import.h"
 #include "cqsurvey/exchange/ImportReport.h"
 #include "cqsurvey/exchange/JobInspection.h"
+#include "cqsurvey/exchange/LandXmlReader.h"
 #include "cqsurvey/exchange/LengthUnit.h"
 #include "cqsurvey/exchange/TextSource.h"

@@ -46,6 +46,9 @@ class Drawing {
     /// The polyline that was drawn last; 0 when none was.
     [[nodiscard]] CqHandle GetLastPolyline() const { return m_lastPolyline; }
 
+    /// The layer that was current before.
+    [[nodiscard]] const CString& GetLayerBefore() const { return m_layer; }
+
     /// Puts the layer, colour and group back that were current.
     void Finish();
 

@@ -6,8 +6,8 @@
 
 namespace cqsurvey::exchange {
 
-/// Names of a DXF file are the same in either letter case. Only the letters of ASCII are folded:
-/// the others are written alike by every program.
+/// For names that are the same in either letter case. Only the letters of ASCII are folded: the
+/// others are written alike by every program.
 [[nodiscard]] inline std::string Upper(std::string_view name) {
     std::string upper(name);
     std::transform(upper.begin(), upper.end(), upper.begin(), [](char c) {

@@ -39,6 +39,10 @@ void SurveyPoints::UseGroup(const CString& group) {
     }
 }
 
+CqHandle SurveyPoints::GetLastEntity() const {
+    return m_last == 0 ? 0 : m_drawing.GetJob().GetCadEntityHandleByCoordRecHandle(m_last);
+}
+
 DrawingOutcome SurveyPoints::Add(const Style& style, Vec3 at, const PointDetails& details,
                                  const Extras& extras) {
     m_last = 0;

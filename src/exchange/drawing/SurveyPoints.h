@@ -35,6 +35,9 @@ class SurveyPoints {
     /// The point that was recorded last; 0 when the last one was not.
     [[nodiscard]] CqHandle GetLast() const { return m_last; }
 
+    /// Its entity in the drawing.
+    [[nodiscard]] CqHandle GetLastEntity() const;
+
     /// Names that the job does not have.
     [[nodiscard]] PointNames& GetNames() { return m_names; }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cqsurvey/exchange/DxfReader.h>
+#include <cqsurvey/exchange/LandXmlReader.h>
 
 #include <optional>
 #include <string>
@@ -8,11 +9,9 @@
 
 #include "cqjob/CommandLine.h"
 #include "cqjob/Console.h"
+#include "cqjob/drawing/DrawingFormat.h"
 
 namespace cqsurvey::cqjob {
-
-/// True for a path that ends with ".dxf", in any letter case.
-[[nodiscard]] bool IsDxfName(const std::string& path);
 
 /// The unit of an option's word, nothing for an empty word. Throws UsageError for another word.
 [[nodiscard]] std::optional<exchange::LengthUnit> ReadUnit(const std::string& word,
@@ -23,27 +22,37 @@ namespace cqsurvey::cqjob {
 [[nodiscard]] std::optional<exchange::LengthUnit> FindJobUnit(
     CqSurveyDB& db, std::optional<exchange::LengthUnit> asked);
 
-/// The part of the command import that reads DXF files.
-class DxfImport {
+/// The part of the command import that reads files of drawings: DXF, LandXML, SIMA.
+class DrawingImport {
  public:
-    /// Adds the options that are for DXF files.
+    /// What a drawing shares with a text of points.
+    struct Common {
+        exchange::Duplicates duplicates = exchange::Duplicates::Refuse;
+        std::optional<double> tolerance = std::nullopt;
+        SurveyCoordType origin{1};
+        CString group{};
+    };
+
+    /// Adds the options that are for such files.
     void AddTo(CommandLine& command);
 
-    /// True when `file` is to be read as a DXF file.
-    [[nodiscard]] bool IsAsked(const std::string& file) const;
+    /// What `file` is to be read as.
+    [[nodiscard]] DrawingFormat FindFormatOf(const std::string& file) const;
 
-    /// What the options say. Throws UsageError when they make no sense.
-    [[nodiscard]] exchange::DxfReadOptions ReadOptions() const;
-
-    /// Imports the file and writes the report.
+    /// Imports the file and writes the report. Throws UsageError when the options make no sense.
     void Run(Console& console, const std::string& file, const std::string& job,
-             exchange::DxfReadOptions options, bool json) const;
+             const Common& common, bool json) const;
 
  private:
+    [[nodiscard]] exchange::DxfReadOptions ReadDxfOptions() const;
+    [[nodiscard]] exchange::LandXmlReadOptions ReadLandXmlOptions() const;
+
     std::string m_format = "auto";
     std::vector<std::string> m_points;
     std::string m_names;
     bool m_fills = false;
+    std::vector<std::string> m_surfaces;
+    bool m_anySystem = false;
     std::string m_unit;
     std::string m_fileUnit;
 };

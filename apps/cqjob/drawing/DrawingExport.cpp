@@ -1,4 +1,4 @@
-#include "cqjob/drawing/DxfExport.h"
+#include "cqjob/drawing/DrawingExport.h"
 
 #include <cqsurvey/exchange/exchange.h>
 
@@ -14,8 +14,8 @@
 #include "cqjob/JsonWriter.h"
 #include "cqjob/OutputFile.h"
 #include "cqjob/Progress.h"
+#include "cqjob/drawing/DrawingImport.h"
 #include "cqjob/drawing/DrawingReportText.h"
-#include "cqjob/drawing/DxfImport.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -44,7 +44,7 @@ std::string ReadImage(CqSurveyDB& db) {
 
 }  // namespace
 
-void DxfExport::AddTo(CommandLine& command) {
+void DrawingExport::AddTo(CommandLine& command) {
     command.Add("--format", m_format, "What to write: text or dxf; auto goes by the file's name")
         .Placeholder("WORD")
         .OneOf({"auto", "text", "dxf"})
@@ -78,11 +78,11 @@ void DxfExport::AddTo(CommandLine& command) {
                     "DXF: write the background image beside the drawing, or not");
 }
 
-bool DxfExport::IsAsked(const std::string& file) const {
-    return m_format == "dxf" || (m_format == "auto" && IsDxfName(file));
+bool DrawingExport::IsAsked(const std::string& file) const {
+    return FindFormat(m_format, file) == DrawingFormat::Dxf;
 }
 
-exchange::DxfWriteOptions DxfExport::ReadOptions() const {
+exchange::DxfWriteOptions DrawingExport::ReadOptions() const {
     const std::map<std::string, DxfVersion> versions = {
         {"R12", DxfVersion::R12}, {"R2000", DxfVersion::R2000}, {"R2018", DxfVersion::R2018}};
     const std::map<std::string, DxfPoints> points = {
@@ -97,8 +97,8 @@ exchange::DxfWriteOptions DxfExport::ReadOptions() const {
     return options;
 }
 
-void DxfExport::Run(Console& console, const std::string& job, const std::string& file, bool replace,
-                    bool json) const {
+void DrawingExport::Run(Console& console, const std::string& job, const std::string& file,
+                        bool replace, bool json) const {
     exchange::DxfWriteOptions options = ReadOptions();
     RequireOtherFile(file, job);
     CqSurveyDB db;

@@ -1,8 +1,9 @@
-#include "cqjob/drawing/DxfImport.h"
+#include "cqjob/drawing/DrawingImport.h"
 
 #include <cqsurvey/cqsurvey.h>
 #include <cqsurvey/exchange/exchange.h>
 
+#include <type_traits>
 #include <utility>
 
 #include "cqjob/Failure.h"
@@ -49,18 +50,6 @@ DxfPointRule ReadRule(const std::string& word) {
 
 }  // namespace
 
-bool IsDxfName(const std::string& path) {
-    constexpr std::size_t kLength = 4;
-    if (path.size() < kLength) {
-        return false;
-    }
-    std::string end = path.substr(path.size() - kLength);
-    for (char& c : end) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return end == ".dxf";
-}
-
 std::optional<exchange::LengthUnit> ReadUnit(const std::string& word, const char* option) {
     if (word.empty()) {
         return std::nullopt;
@@ -87,10 +76,12 @@ std::optional<exchange::LengthUnit> FindJobUnit(CqSurveyDB& db,
     return unit;
 }
 
-void DxfImport::AddTo(CommandLine& command) {
-    command.Add("--format", m_format, "What the file is: text or dxf; auto goes by its name")
+void DrawingImport::AddTo(CommandLine& command) {
+    command
+        .Add("--format", m_format,
+             "What the file is: text, dxf, landxml or sima; auto goes by its name")
         .Placeholder("WORD")
-        .OneOf({"auto", "text", "dxf"})
+        .OneOf({"auto", "text", "dxf", "landxml", "sima"})
         .ShowDefault();
     command
         .Add("--points", m_points,
@@ -106,18 +97,27 @@ void DxfImport::AddTo(CommandLine& command) {
                     "DXF: take the outlines of hatches and solids as polylines");
     command
         .Add("--unit", m_unit,
-             "DXF: the unit of a job that states none: m, mm, cm, km, ft, us-ft, in; a file in "
+             "The unit of a job that states none: m, mm, cm, km, ft, us-ft, in; a drawing in "
              "another is scaled")
         .Placeholder("UNIT");
-    command.Add("--file-unit", m_fileUnit, "DXF: the file's unit, instead of what the file says")
+    command.Add("--file-unit", m_fileUnit, "The unit of a drawing, instead of what its file says")
         .Placeholder("UNIT");
+    command
+        .Add("--surfaces", m_surfaces,
+             "LandXML: take points, lines or both of surfaces; may be given twice")
+        .Placeholder("WHAT")
+        .OneOf({"points", "lines"})
+        .OneValueEach();
+    command.AddFlag("--any-crs", m_anySystem,
+                    "LandXML: read a file that states another coordinate system than the job, "
+                    "with its coordinates as they are");
 }
 
-bool DxfImport::IsAsked(const std::string& file) const {
-    return m_format == "dxf" || (m_format == "auto" && IsDxfName(file));
+DrawingFormat DrawingImport::FindFormatOf(const std::string& file) const {
+    return FindFormat(m_format, file);
 }
 
-exchange::DxfReadOptions DxfImport::ReadOptions() const {
+exchange::DxfReadOptions DrawingImport::ReadDxfOptions() const {
     exchange::DxfReadOptions options;
     if (!m_points.empty()) {
         options.points.emplace();
@@ -143,23 +143,53 @@ exchange::DxfReadOptions DxfImport::ReadOptions() const {
     return options;
 }
 
-void DxfImport::Run(Console& console, const std::string& file, const std::string& job,
-                    exchange::DxfReadOptions options, bool json) const {
+exchange::LandXmlReadOptions DrawingImport::ReadLandXmlOptions() const {
+    exchange::LandXmlReadOptions options;
+    for (const std::string& what : m_surfaces) {
+        (what == "points" ? options.surfacePoints : options.surfaceLines) = true;
+    }
+    options.anySystem = m_anySystem;
+    options.jobUnit = ReadUnit(m_unit, "--unit");
+    options.fileUnit = ReadUnit(m_fileUnit, "--file-unit");
+    return options;
+}
+
+void DrawingImport::Run(Console& console, const std::string& file, const std::string& job,
+                        const Common& common, bool json) const {
     RequireOtherFile(file, job);
+    const DrawingFormat format = FindFormatOf(file);
+    if (format != DrawingFormat::Dxf && (!m_points.empty() || !m_names.empty() || m_fills)) {
+        throw UsageError("--points, --names and --fills are for DXF files");
+    }
+    if (format != DrawingFormat::LandXml && (!m_surfaces.empty() || m_anySystem)) {
+        throw UsageError("--surfaces and --any-crs are for LandXML files");
+    }
     const Interrupt interrupt;
     exchange::FileSource source(file, [&source] { Interrupt::Check(source.GetName()); });
     Progress progress(console, "entities");
-    options.jobName = job;
-    options.progress = [&](std::uint64_t entities, std::uint64_t bytes,
-                           std::optional<std::uint64_t> size) {
-        Interrupt::Check(source.GetName());
-        progress.Update(entities, bytes, size);
-    };
     CqSurveyDB db;
-    OpenToWrite(db, job);
-    options.jobUnit = FindJobUnit(db, options.jobUnit);
-    exchange::DxfReader reader(source, std::move(options));
-    const exchange::DrawingReport report = reader.Import(db);
+    const auto import = [&](auto reader, auto options) {
+        options.jobName = job;
+        options.duplicates = common.duplicates;
+        options.origin = common.origin;
+        options.group = common.group;
+        options.progress = [&](std::uint64_t entities, std::uint64_t bytes,
+                               std::optional<std::uint64_t> size) {
+            Interrupt::Check(source.GetName());
+            progress.Update(entities, bytes, size);
+        };
+        OpenToWrite(db, job);
+        options.jobUnit = FindJobUnit(db, options.jobUnit);
+        return typename decltype(reader)::type(source, std::move(options)).Import(db);
+    };
+    const auto importCurves = [&](auto reader, auto options) {
+        options.tolerance = common.tolerance.value_or(options.tolerance);
+        return import(reader, std::move(options));
+    };
+    const exchange::DrawingReport report =
+        format == DrawingFormat::LandXml
+            ? importCurves(std::type_identity<exchange::LandXmlReader>(), ReadLandXmlOptions())
+            : importCurves(std::type_identity<exchange::DxfReader>(), ReadDxfOptions());
     CloseChanged(db);
     const DrawingReportText text(report);
     if (json) {

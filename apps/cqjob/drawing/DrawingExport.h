@@ -11,7 +11,7 @@
 namespace cqsurvey::cqjob {
 
 /// The part of the command export that writes DXF files.
-class DxfExport {
+class DrawingExport {
  public:
     /// Adds the options that are for DXF files.
     void AddTo(CommandLine& command);
