@@ -22,5 +22,6 @@
 #include "cqsurvey/exchange/ImportReport.h"
 #include "cqsurvey/exchange/JobInspection.h"
 #include "cqsurvey/exchange/LandXmlReader.h"
+#include "cqsurvey/exchange/LandXmlWriter.h"
 #include "cqsurvey/exchange/LengthUnit.h"
 #include "cqsurvey/exchange/TextSource.h"

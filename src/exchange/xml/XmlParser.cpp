@@ -18,6 +18,8 @@ namespace {
 // Stands between a namespace and a name. No character of an XML file is like it.
 constexpr char kSeparator = '\x01';
 
+constexpr std::size_t kPiece = 65536;
+
 XML_Parser ParserOf(void* parser) {
     return static_cast<XML_Parser>(parser);
 }
@@ -187,37 +189,38 @@ void XmlParser::Feed(std::string_view bytes, bool last) {
     }
 }
 
-void XmlParser::Run() {
-    constexpr std::size_t kPiece = 65536;
-    constexpr std::size_t kDeclaration = 256;
-    std::string buffer;
-    bool more = m_source.Read(buffer);
-    while (more && buffer.size() < kDeclaration) {
-        more = m_source.Read(buffer);
+/// Reads until there is a whole piece, or the file is at its end: a tag in many small pieces would
+/// be looked at from its beginning with each of them.
+void XmlParser::ReadPiece(std::string& buffer) {
+    buffer.clear();
+    while (buffer.size() < kPiece && m_source.Read(buffer)) {
     }
+}
+
+void XmlParser::Run() {
+    std::string buffer;
+    ReadPiece(buffer);
     ChooseEncoding(buffer);
     std::string text;
     while (!buffer.empty()) {
-        // A source may hand out any amount at once; expat wants pieces.
-        std::string_view rest = buffer;
-        while (!rest.empty()) {
-            std::string_view piece = rest.substr(0, kPiece);
+        // A source may hand out any amount at once; expat takes pieces.
+        for (std::string_view rest = buffer; !rest.empty();) {
+            const std::string_view piece = rest.substr(0, kPiece);
             rest.remove_prefix(piece.size());
-            if (m_transcoder) {
-                text.clear();
-                const bool sound = m_transcoder->Convert(piece, text);
-                Feed(text, false);
-                if (!sound) {
-                    Fail(GetLine(), fmt::format("here or shortly after, there are bytes that are "
-                                                "no characters of the encoding {}",
-                                                Quoted(m_encoding)));
-                }
-            } else {
+            if (!m_transcoder) {
                 Feed(piece, false);
+                continue;
+            }
+            text.clear();
+            const bool sound = m_transcoder->Convert(piece, text);
+            Feed(text, false);
+            if (!sound) {
+                Fail(GetLine(), fmt::format("here or shortly after, there are bytes that are no "
+                                            "characters of the encoding {}",
+                                            Quoted(m_encoding)));
             }
         }
-        buffer.clear();
-        m_source.Read(buffer);
+        ReadPiece(buffer);
     }
     if (m_transcoder && !m_transcoder->IsWhole()) {
         Fail(GetLine(), "the file is cut off: it ends inside a character");

@@ -83,6 +83,7 @@ class XmlParser {
     void Begin(const char* name, const char** attributes);
     void End();
     void ChooseEncoding(std::string_view start);
+    void ReadPiece(std::string& buffer);
     void Feed(std::string_view bytes, bool last);
     [[noreturn]] void FailToParse() const;
 

@@ -177,9 +177,9 @@ void FeatureDrawer::Flush(const Feature& feature) {
         return;
     }
     // A closed line ends exactly where it began.
-    if (m_path.size() > 2 && IsSamePlace(m_path.front(), m_path.back())) {
+    if (m_path.size() > 2 && IsSamePlace(m_path.front(), m_path.back()) &&
+        m_path.front().vertex.hasHeight == m_path.back().vertex.hasHeight) {
         m_path.back().vertex.at = m_path.front().vertex.at;
-        m_path.back().vertex.hasHeight = m_path.front().vertex.hasHeight;
     }
     std::vector<PathVertex> path;
     path.reserve(m_path.size());

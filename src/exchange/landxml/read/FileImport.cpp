@@ -6,7 +6,6 @@
 #include <initializer_list>
 #include <utility>
 
-#include "cqsurvey/CodePage.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/landxml/Names.h"
@@ -75,7 +74,6 @@ void FileImport::ReadRoot(const XmlElement& element) {
         dash == std::string_view::npos ? "" : element.space.substr(dash + 1);
     const std::string_view said = element.Get("version");
     m_report.version = of.empty() ? said : of;
-    m_report.codePage = CqCodePage::kUtf8;
     if (!of.empty() && !said.empty() && of != said) {
         m_report.Note(fmt::format("the file says its version is {}, and names the schema of {}",
                                   Printable(said), Printable(of)));

@@ -4,8 +4,10 @@
 #include <cmath>
 #include <utility>
 
+#include "cqsurvey/CodePage.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
+#include "exchange/drawing/Names.h"
 #include "exchange/landxml/Names.h"
 #include "exchange/landxml/read/FileImport.h"
 #include "text/Printable.h"
@@ -259,6 +261,16 @@ void FileImport::RecordLatePoints() {
 }
 
 void FileImport::Finish() {
+    const std::string encoding = Upper(m_parser.GetEncoding());
+    constexpr int kUtf16 = 1200;
+    constexpr int kLatin = 28591;
+    m_report.codePage = encoding == "UTF-8"        ? CqCodePage::kUtf8
+                        : encoding == "UTF-16"     ? kUtf16
+                        : encoding == "ISO-8859-1" ? kLatin
+                                                   : 0;
+    if (m_report.codePage == 0) {
+        m_report.Note(fmt::format("the file's encoding is {}", Printable(encoding)));
+    }
     m_meaning.Decide();
     RecordLatePoints();
     for (Feature& feature : m_waiting) {
