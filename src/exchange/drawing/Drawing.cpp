@@ -50,8 +50,25 @@ void Drawing::Use(const Style& style) {
     }
 }
 
+void Drawing::Tie(CqHandle polyline, const std::vector<CqHandle>& ties) {
+    CqHandle next = polyline;
+    CqCadEntity* entity = nullptr;
+    static_cast<void>(m_db.GetNextCadEntity(next, entity));
+    CqSurveyDB::DeleteCqCadEntityObject(entity);
+    for (const CqHandle tie : ties) {
+        const CqHandle vertex = next;
+        if (vertex == 0 || m_db.GetNextCadEntity(next, entity) == 0) {
+            return;
+        }
+        CqSurveyDB::DeleteCqCadEntityObject(entity);
+        if (tie != 0) {
+            m_db.LinkSiPntAndVertex(tie, vertex);
+        }
+    }
+}
+
 bool Drawing::Polyline(const Style& style, const std::vector<PathVertex>& path,
-                       const Extras& extras) {
+                       const Extras& extras, const std::vector<CqHandle>& ties) {
     const bool usable = std::all_of(path.begin(), path.end(), [](const PathVertex& vertex) {
         return IsUsable(vertex.at) && std::isfinite(vertex.bulge);
     });
@@ -65,7 +82,10 @@ bool Drawing::Polyline(const Style& style, const std::vector<PathVertex>& path,
         m_db.AddVertex(list, ToCoords(vertex.at, noHeight || !vertex.hasHeight).data(),
                        vertex.bulge);
     }
-    m_lastPolyline = m_db.EndPline(list);
+    const CqHandle polyline = m_db.EndPline(list);
+    if (std::any_of(ties.begin(), ties.end(), [](CqHandle tie) { return tie != 0; })) {
+        Tie(polyline, ties);
+    }
     ++m_report.polylines;
     m_report.vertices += path.size();
     return true;

@@ -36,15 +36,15 @@ class Drawing {
     Drawing(const Drawing&) = delete;
     Drawing& operator=(const Drawing&) = delete;
 
-    bool Polyline(const Style& style, const std::vector<PathVertex>& path, const Extras& extras);
+    /// `ties` are the entities of the survey points that the vertices are tied to, 0 for none; it
+    /// may be empty.
+    bool Polyline(const Style& style, const std::vector<PathVertex>& path, const Extras& extras,
+                  const std::vector<CqHandle>& ties = {});
     bool Circle(const Style& style, const Vec3& centre, double radius, const Extras& extras);
     bool Text(const Style& style, const DrawnText& text, const Extras& extras);
 
     /// Chooses layer and colour of what is drawn next.
     void Use(const Style& style);
-
-    /// The polyline that was drawn last; 0 when none was.
-    [[nodiscard]] CqHandle GetLastPolyline() const { return m_lastPolyline; }
 
     /// The layer that was current before.
     [[nodiscard]] const CString& GetLayerBefore() const { return m_layer; }
@@ -56,12 +56,13 @@ class Drawing {
     [[nodiscard]] static bool IsUsable(const Vec3& at);
 
  private:
+    void Tie(CqHandle polyline, const std::vector<CqHandle>& ties);
+
     CqSurveyDB& m_db;
     DrawingReport& m_report;
     CString m_layer;
     int m_color;
     CString m_group;
-    CqHandle m_lastPolyline = 0;
 };
 
 }  // namespace cqsurvey::exchange

@@ -18,6 +18,35 @@ Vec3 PlaceOf(const CqCadEntity& entity, bool& hasHeight) {
     return {point[0], point[1], hasHeight ? point[2] : 0.0};
 }
 
+namespace {
+
+WalkedVertex VertexOf(const CqCadEntity& entity) {
+    WalkedVertex vertex;
+    vertex.vertex.at = PlaceOf(entity, vertex.vertex.hasHeight);
+    vertex.vertex.bulge = entity.GetBulge();
+    vertex.tied = entity.GetMcadSiPointHandle();
+    return vertex;
+}
+
+}  // namespace
+
+void ShowEntity(CqSurveyDB& db, CqHandle entity, const DrawingVisitor& visit) {
+    CqHandle next = entity;
+    CqCadEntityPtr shown;
+    std::vector<WalkedVertex> vertices;
+    if (!CqEntityStep::Read(db, next, shown)) {
+        return;
+    }
+    // A damaged chain may go round.
+    int left = shown->GetType() == EntPline ? db.GetNumCadEntities() : 0;
+    CqCadEntityPtr vertex;
+    while (left-- > 0 && next != 0 && CqEntityStep::Read(db, next, vertex) &&
+           vertex->GetType() == EntVertex) {
+        vertices.push_back(VertexOf(*vertex));
+    }
+    visit(*shown, vertices);
+}
+
 void WalkDrawing(CqSurveyDB& db, const std::function<void(std::size_t)>& progress,
                  const DrawingVisitor& visit) {
     const auto there = static_cast<std::size_t>(db.GetNumCadEntities());
@@ -33,11 +62,7 @@ void WalkDrawing(CqSurveyDB& db, const std::function<void(std::size_t)>& progres
     };
     for (CqCadEntityPtr& entity : Entities(db)) {
         if (entity->GetType() == EntVertex && line) {
-            WalkedVertex vertex;
-            vertex.vertex.at = PlaceOf(*entity, vertex.vertex.hasHeight);
-            vertex.vertex.bulge = entity->GetBulge();
-            vertex.tied = entity->GetMcadSiPointHandle();
-            vertices.push_back(vertex);
+            vertices.push_back(VertexOf(*entity));
         } else {
             end();
             if (entity->GetType() == EntPline) {

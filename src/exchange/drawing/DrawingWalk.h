@@ -25,6 +25,9 @@ using DrawingVisitor =
 void WalkDrawing(CqSurveyDB& db, const std::function<void(std::size_t)>& progress,
                  const DrawingVisitor& visit);
 
+/// Shows one entity; nothing for the handle of none.
+void ShowEntity(CqSurveyDB& db, CqHandle entity, const DrawingVisitor& visit);
+
 /// Where an entity is. The height is 0 when it has none.
 [[nodiscard]] Vec3 PlaceOf(const CqCadEntity& entity, bool& hasHeight);
 

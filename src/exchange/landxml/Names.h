@@ -7,8 +7,6 @@ namespace cqsurvey::exchange::landxml {
 // The layers of what has no name that could be one.
 inline constexpr std::string_view kPlanFeatures = "PlanFeatures";
 inline constexpr std::string_view kAlignments = "Alignments";
-inline constexpr std::string_view kParcels = "Parcels";
-inline constexpr std::string_view kParcelNames = "Parcel numbers";
 inline constexpr std::string_view kSurfaces = "Surfaces";
 
 // What LandXmlWriter keeps in properties, in addition to the keys that all formats share.

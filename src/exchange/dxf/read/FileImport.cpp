@@ -7,9 +7,9 @@
 
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
+#include "exchange/drawing/Color.h"
 #include "exchange/drawing/LengthScale.h"
 #include "exchange/drawing/Names.h"
-#include "exchange/dxf/Color.h"
 #include "exchange/dxf/PointBlock.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"

@@ -1,7 +1,7 @@
 #include "exchange/dxf/read/Scene.h"
 
+#include "exchange/drawing/Color.h"
 #include "exchange/drawing/Names.h"
-#include "exchange/dxf/Color.h"
 #include "exchange/dxf/LineTypes.h"
 
 namespace cqsurvey::exchange::dxf {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "exchange/drawing/Chords.h"
 #include "exchange/dxf/LineTypes.h"
 
 namespace cqsurvey::exchange::dxf {
@@ -155,34 +156,11 @@ void LineWriter::WriteSpace(const CqCadEntity& entity, const std::vector<PathVer
 
 DrawingOutcome LineWriter::BreakArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
                                      const Extras& extras) {
-    CurveFitter fitter(m_options.tolerance, false);
-    std::vector<PathVertex> broken;
-    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
-        const Vec3& p = path[i].at;
-        const Vec3& q = path[i + 1].at;
-        if (!IsCurved(path[i], path[i + 1])) {
-            broken.push_back({p, 0.0});
-            continue;
-        }
-        const PlanArc arc = ArcOf(p, q, path[i].bulge);
-        const auto curve = [&](double part) -> Vec3 {
-            if (part == 0.0 || part == 1.0) {
-                return part == 0.0 ? p : q;
-            }
-            const double angle = arc.start + arc.sweep * part;
-            return {arc.x + arc.radius * std::cos(angle), arc.y + arc.radius * std::sin(angle),
-                    p.z + (q.z - p.z) * part};
-        };
-        constexpr int kPieces = 4;
-        for (int piece = 0; piece < kPieces; ++piece) {
-            fitter.Fit(curve, static_cast<double>(piece) / kPieces,
-                       static_cast<double>(piece + 1) / kPieces, broken);
-        }
-    }
-    broken.push_back({path.back().at, 0.0});
+    double deviation = 0.0;
+    const std::vector<PathVertex> broken =
+        exchange::BreakArcs(path, m_options.tolerance, deviation);
     WriteSpace(entity, broken, extras);
-    return {DrawingFate::Converted, "POLYLINE in space, its arcs broken into lines",
-            fitter.GetDeviation()};
+    return {DrawingFate::Converted, "POLYLINE in space, its arcs broken into lines", deviation};
 }
 
 DrawingOutcome LineWriter::KeepArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,

@@ -3,14 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 
-#include "cqsurvey/CqCadEntityPtr.h"
 #include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
-#include "exchange/PointNames.h"
+#include "exchange/drawing/Parcels.h"
 #include "exchange/landxml/Names.h"
-#include "text/NumberText.h"
 
 namespace cqsurvey::exchange::landxml {
 
@@ -182,32 +179,18 @@ void FeatureDrawer::Flush(const Feature& feature) {
         m_path.back().vertex.at = m_path.front().vertex.at;
     }
     std::vector<PathVertex> path;
-    path.reserve(m_path.size());
+    std::vector<CqHandle> ties;
     for (const TiedVertex& vertex : m_path) {
         path.push_back(vertex.vertex);
+        ties.push_back(vertex.entity);
     }
     path.back().bulge = 0.0;
-    if (!m_drawing.Polyline(StyleOf(feature), path, feature.extras)) {
+    if (!m_drawing.Polyline(StyleOf(feature), path, feature.extras, ties)) {
         m_refused = true;
         m_path.clear();
         return;
     }
     ++m_drawn;
-    CqSurveyDB& db = m_drawing.GetJob();
-    CqHandle next = m_drawing.GetLastPolyline();
-    CqCadEntity* entity = nullptr;
-    static_cast<void>(db.GetNextCadEntity(next, entity));
-    CqSurveyDB::DeleteCqCadEntityObject(entity);
-    for (const TiedVertex& vertex : m_path) {
-        const CqHandle handle = next;
-        if (handle == 0 || db.GetNextCadEntity(next, entity) == 0) {
-            break;
-        }
-        CqSurveyDB::DeleteCqCadEntityObject(entity);
-        if (vertex.entity != 0) {
-            db.LinkSiPntAndVertex(vertex.entity, handle);
-        }
-    }
     m_path.clear();
 }
 
@@ -246,34 +229,14 @@ bool FeatureDrawer::WriteTitle(const Feature& feature) {
     if (feature.title.empty()) {
         return false;
     }
-    DrawnText text;
-    Extras extras;
     if (feature.location && feature.location->known) {
-        text.at = feature.location->at;
-        extras.Set("HEIGHT", feature.location->hasHeight ? "" : "NONE");
-    } else if (m_vertices > 0) {
-        const auto count = static_cast<double>(m_vertices);
-        text.at = {m_east / count, m_north / count, 0.0};
-        extras.Set("HEIGHT", "NONE");
-    } else {
-        return false;
+        return DrawParcelName(m_drawing, m_layers, feature.title, feature.location->at,
+                              feature.location->hasHeight, m_options.jobUnit);
     }
-    CqSurveyDB& db = m_drawing.GetJob();
-    int scale = 0;
-    db.GetSettingsInt(CqSurveyDB::m_SettingsSection, u"Mapscale", scale, 0);
-    // Two millimetres on paper.
-    constexpr double kOnPaper = 0.002;
-    constexpr int kUsualScale = 500;
-    constexpr int kCentre = 1;
-    constexpr int kMiddle = 2;
-    text.height = kOnPaper * (scale > 0 ? scale : kUsualScale) /
-                  (m_options.jobUnit ? MetresOf(*m_options.jobUnit) : 1.0);
-    text.text = FromUtf8(feature.title);
-    text.align1 = kCentre;
-    text.align2 = kMiddle;
-    Style style;
-    style.layer = m_layers.Use(kParcelNames).name;
-    return m_drawing.Text(style, text, extras);
+    const auto count = static_cast<double>(m_vertices);
+    return m_vertices > 0 &&
+           DrawParcelName(m_drawing, m_layers, feature.title,
+                          {m_east / count, m_north / count, 0.0}, false, m_options.jobUnit);
 }
 
 }  // namespace cqsurvey::exchange::landxml

@@ -8,6 +8,7 @@
 
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
+#include "exchange/drawing/Parcels.h"
 #include "exchange/landxml/Names.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace cqsurvey::exchange::dxf {
+namespace cqsurvey::exchange {
 
 inline constexpr int kColorOfBlock = 0;
 inline constexpr int kColorOfLayer = 256;
@@ -14,4 +14,4 @@ inline constexpr int kColorOfLayer = 256;
 /// A colour of the palette, 1 to 255, in the same form.
 [[nodiscard]] std::uint32_t ColorOf(int number);
 
-}  // namespace cqsurvey::exchange::dxf
+}  // namespace cqsurvey::exchange

@@ -1,11 +1,11 @@
-#include "exchange/dxf/Color.h"
+#include "exchange/drawing/Color.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <limits>
 
-namespace cqsurvey::exchange::dxf {
+namespace cqsurvey::exchange {
 
 namespace {
 
@@ -79,4 +79,4 @@ int NearestColor(std::uint32_t rgb, bool& exact) {
     return nearest;
 }
 
-}  // namespace cqsurvey::exchange::dxf
+}  // namespace cqsurvey::exchange
