@@ -205,6 +205,7 @@ class ImportCommand : public Command {
         }
         common.origin = static_cast<SurveyCoordType>(m_origin);
         common.group = ReadName(m_group, "the group's name");
+        common.codePage = m_how.GetCodePage();
         m_drawing.Run(console, file, m_job, common, m_json);
         return 0;
     }

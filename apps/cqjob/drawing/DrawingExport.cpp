@@ -45,9 +45,13 @@ std::string ReadImage(CqSurveyDB& db) {
 }  // namespace
 
 void DrawingExport::AddTo(CommandLine& command) {
-    command.Add("--format", m_format, "What to write: text or dxf; auto goes by the file's name")
+    m_command = &command;
+    command
+        .Add("--format", m_format,
+             "What to write: text, dxf, landxml, sima, geojson or kml; auto goes by the file's "
+             "name")
         .Placeholder("WORD")
-        .OneOf({"auto", "text", "dxf"})
+        .OneOf({"auto", "text", "dxf", "landxml", "sima", "geojson", "kml"})
         .ShowDefault();
     command.Add("--version", m_version, "DXF: the version, R12, R2000 or R2018")
         .Placeholder("WORD")
@@ -60,7 +64,7 @@ void DrawingExport::AddTo(CommandLine& command) {
         .Placeholder("WAY")
         .OneOf({"break", "keep"})
         .ShowDefault();
-    command.Add("--tolerance", m_tolerance, "DXF: how far the lines of a broken arc may be off")
+    command.Add("--tolerance", m_tolerance, "How far the lines of a broken arc may be off")
         .Placeholder("LENGTH")
         .ShowDefault();
     command
@@ -71,18 +75,19 @@ void DrawingExport::AddTo(CommandLine& command) {
     command.AddFlag("--code-layers", m_codeLayers,
                     "DXF: put each point on a layer of its feature code");
     command
-        .Add("--unit", m_unit,
-             "DXF: the unit of a job that states none: m, mm, cm, km, ft, us-ft, in")
+        .Add("--unit", m_unit, "The unit of a job that states none: m, mm, cm, km, ft, us-ft, in")
         .Placeholder("UNIT");
     command.AddFlag("--image,!--no-image", m_image,
                     "DXF: write the background image beside the drawing, or not");
+    command.AddFlag("--plain", m_plain,
+                    "GeoJSON: write northings and eastings as they are, not positions in WGS 84");
 }
 
-bool DrawingExport::IsAsked(const std::string& file) const {
-    return FindFormat(m_format, file) == DrawingFormat::Dxf;
+DrawingFormat DrawingExport::FindFormatOf(const std::string& file) const {
+    return FindFormat(m_format, file);
 }
 
-exchange::DxfWriteOptions DrawingExport::ReadOptions() const {
+exchange::DxfWriteOptions DrawingExport::ReadDxfOptions() const {
     const std::map<std::string, DxfVersion> versions = {
         {"R12", DxfVersion::R12}, {"R2000", DxfVersion::R2000}, {"R2018", DxfVersion::R2018}};
     const std::map<std::string, DxfPoints> points = {
@@ -97,14 +102,68 @@ exchange::DxfWriteOptions DrawingExport::ReadOptions() const {
     return options;
 }
 
+void DrawingExport::RequireFitting(DrawingFormat format, std::optional<int> codePage) const {
+    const bool dxf = format == DrawingFormat::Dxf;
+    for (const char* option : {"--version", "--arcs", "--points", "--code-layers", "--image"}) {
+        if (!dxf && m_command->IsGiven(option)) {
+            throw UsageError(std::string(option) + " is for DXF files");
+        }
+    }
+    if (m_plain && format != DrawingFormat::GeoJson) {
+        throw UsageError("--plain is for GeoJSON files");
+    }
+    if (codePage && format != DrawingFormat::Sima) {
+        throw UsageError(std::string("the encoding of a ") + NameOf(format) +
+                         " file is fixed: --code-page does not apply");
+    }
+}
+
+exchange::DrawingReport DrawingExport::Write(
+    CqSurveyDB& db, const std::string& job, DrawingFormat format, std::optional<int> codePage,
+    const std::function<void(std::size_t)>& progress,
+    const std::function<void(std::string_view)>& sink) const {
+    const auto unit = FindJobUnit(db, ReadUnit(m_unit, "--unit"));
+    const std::string project = std::filesystem::path(job).stem().string();
+    const auto common = [&](auto options) {
+        options.unit = unit;
+        options.progress = progress;
+        return options;
+    };
+    if (format == DrawingFormat::LandXml) {
+        auto options = common(exchange::LandXmlWriteOptions());
+        options.project = project;
+        return exchange::LandXmlWriter(db, options, sink).Write();
+    }
+    if (format == DrawingFormat::Sima) {
+        auto options = common(exchange::SimaWriteOptions());
+        options.project = project;
+        options.tolerance = m_tolerance;
+        options.codePage = codePage.value_or(options.codePage);
+        return exchange::SimaWriter(db, options, sink).Write();
+    }
+    if (format == DrawingFormat::GeoJson) {
+        auto options = common(exchange::GeoJsonWriteOptions());
+        options.plain = m_plain;
+        options.tolerance = m_tolerance;
+        return exchange::GeoJsonWriter(db, options, sink).Write();
+    }
+    auto options = common(exchange::KmlWriteOptions());
+    options.project = project;
+    options.tolerance = m_tolerance;
+    return exchange::KmlWriter(db, options, sink).Write();
+}
+
 void DrawingExport::Run(Console& console, const std::string& job, const std::string& file,
-                        bool replace, bool json) const {
-    exchange::DxfWriteOptions options = ReadOptions();
+                        bool replace, std::optional<int> codePage, bool json) const {
+    const DrawingFormat format = FindFormatOf(file);
+    RequireFitting(format, codePage);
+    exchange::DxfWriteOptions options = ReadDxfOptions();
     RequireOtherFile(file, job);
     CqSurveyDB db;
     OpenToRead(db, job);
     options.unit = FindJobUnit(db, options.unit);
-    const std::string bytes = m_image && file != "-" && options.version != DxfVersion::R12
+    const bool dxf = format == DrawingFormat::Dxf;
+    const std::string bytes = dxf && m_image && file != "-" && options.version != DxfVersion::R12
                                   ? ReadImage(db)
                                   : std::string();
     std::optional<OutputFile> picture;
@@ -121,8 +180,10 @@ void DrawingExport::Run(Console& console, const std::string& job, const std::str
     Progress progress(console, "entities");
     const auto whole = static_cast<std::uint64_t>(db.GetNumCadEntities());
     options.progress = [&](std::size_t entities) { progress.Update(entities, entities, whole); };
-    exchange::DxfWriter writer(db, options, [&](std::string_view piece) { output.Write(piece); });
-    const exchange::DrawingReport report = writer.Write();
+    const auto sink = [&](std::string_view piece) { output.Write(piece); };
+    const exchange::DrawingReport report =
+        dxf ? exchange::DxfWriter(db, options, sink).Write()
+            : Write(db, job, format, codePage, options.progress, sink);
     if (picture) {
         picture->Finish();
     }

@@ -154,6 +154,14 @@ exchange::LandXmlReadOptions DrawingImport::ReadLandXmlOptions() const {
     return options;
 }
 
+exchange::SimaReadOptions DrawingImport::ReadSimaOptions(const Common& common) const {
+    exchange::SimaReadOptions options;
+    options.codePage = common.codePage.value_or(options.codePage);
+    options.jobUnit = ReadUnit(m_unit, "--unit");
+    options.fileUnit = ReadUnit(m_fileUnit, "--file-unit");
+    return options;
+}
+
 void DrawingImport::Run(Console& console, const std::string& file, const std::string& job,
                         const Common& common, bool json) const {
     RequireOtherFile(file, job);
@@ -163,6 +171,12 @@ void DrawingImport::Run(Console& console, const std::string& file, const std::st
     }
     if (format != DrawingFormat::LandXml && (!m_surfaces.empty() || m_anySystem)) {
         throw UsageError("--surfaces and --any-crs are for LandXML files");
+    }
+    if (format == DrawingFormat::Sima && common.tolerance) {
+        throw UsageError("a SIMA file has no curves: --tolerance does not apply");
+    }
+    if (format != DrawingFormat::Sima && common.codePage) {
+        throw UsageError(std::string("a ") + NameOf(format) + " file tells its code page itself");
     }
     const Interrupt interrupt;
     exchange::FileSource source(file, [&source] { Interrupt::Check(source.GetName()); });
@@ -189,6 +203,8 @@ void DrawingImport::Run(Console& console, const std::string& file, const std::st
     const exchange::DrawingReport report =
         format == DrawingFormat::LandXml
             ? importCurves(std::type_identity<exchange::LandXmlReader>(), ReadLandXmlOptions())
+        : format == DrawingFormat::Sima
+            ? import(std::type_identity<exchange::SimaReader>(), ReadSimaOptions(common))
             : importCurves(std::type_identity<exchange::DxfReader>(), ReadDxfOptions());
     CloseChanged(db);
     const DrawingReportText text(report);

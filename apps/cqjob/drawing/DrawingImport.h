@@ -2,6 +2,7 @@
 
 #include <cqsurvey/exchange/DxfReader.h>
 #include <cqsurvey/exchange/LandXmlReader.h>
+#include <cqsurvey/exchange/SimaReader.h>
 
 #include <optional>
 #include <string>
@@ -31,6 +32,7 @@ class DrawingImport {
         std::optional<double> tolerance = std::nullopt;
         SurveyCoordType origin{1};
         CString group{};
+        std::optional<int> codePage = std::nullopt;
     };
 
     /// Adds the options that are for such files.
@@ -46,6 +48,7 @@ class DrawingImport {
  private:
     [[nodiscard]] exchange::DxfReadOptions ReadDxfOptions() const;
     [[nodiscard]] exchange::LandXmlReadOptions ReadLandXmlOptions() const;
+    [[nodiscard]] exchange::SimaReadOptions ReadSimaOptions(const Common& common) const;
 
     std::string m_format = "auto";
     std::vector<std::string> m_points;
