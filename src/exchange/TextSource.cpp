@@ -25,7 +25,7 @@ bool TextSource::Read(std::string& buffer) {
         }
         m_bytes = buffer.size() - before;
         const std::string_view start = std::string_view(buffer).substr(before);
-        if (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF")) {
+        if (!m_utf16 && (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF"))) {
             throw ExchangeError(Printable(m_name) + ": the text is UTF-16; save it as UTF-8");
         }
         if (start.starts_with("\xEF\xBB\xBF")) {

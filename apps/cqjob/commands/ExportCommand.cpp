@@ -9,7 +9,7 @@
 #include "cqjob/SeparatorOption.h"
 #include "cqjob/SystemOptions.h"
 #include "cqjob/ViewOptions.h"
-#include "cqjob/dxf/DxfExport.h"
+#include "cqjob/drawing/DrawingExport.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -20,7 +20,9 @@ class ExportCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command = program.AddCommand(
-            "export", "Write a job's points to a text file, or all of it to a DXF file");
+            "export",
+            "Write a job's points to a text file, or all of it to a DXF, LandXML, SIMA, "
+            "GeoJSON or KML file");
         AddJob(command, "The job; it is not changed");
         command.Add("FILE", m_file, "The file to write, - for standard output")
             .Required()
@@ -53,11 +55,13 @@ class ExportCommand : public Command {
         command.AddFlag("--safe-csv", m_safe,
                         "For a spreadsheet: put an apostrophe before texts that begin with =, +, "
                         "- or @ and are no numbers, so that it does not run them");
-        command.Add("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
+        command
+            .Add("--code-page", m_codePage,
+                 "Code page of the file: 65001 is UTF-8; SIMA: 932 without it")
             .Placeholder("N")
             .ShowDefault();
         m_view.AddTo(command);
-        m_dxf.AddTo(command);
+        m_drawing.AddTo(command);
         command.AddFlag("--force", m_force, "Replace an existing file");
         AddJson(command);
         command.SetFooter(
@@ -71,23 +75,28 @@ class ExportCommand : public Command {
             "\n" +
             std::string(ViewOptions::kHelp) +
             "\n"
-            "A file named .dxf is a drawing: it holds all of the job, whatever the filter, and\n"
-            "--version, --arcs, --tolerance, --points, --code-layers, --unit and --image are for\n"
-            "such a file. The report tells what the format cannot hold.\n"
+            "A file named .dxf, .xml, .landxml, .sim, .geojson, .json or .kml is a drawing: it\n"
+            "holds all of the job, whatever the filter, and --version, --arcs, --tolerance,\n"
+            "--points, --code-layers, --unit, --image and --plain are for such a file. The report\n"
+            "tells what the format cannot hold.\n"
             "\n"
             "Example:\n"
             "  cqjob export site.job points.csv\n"
             "  cqjob export site.job - --order pnezd --decimals 3\n"
             "  cqjob export site.job road.csv --group Road --sort code\n"
-            "  cqjob export site.job plan.dxf --version R2000 --unit m");
+            "  cqjob export site.job plan.dxf --version R2000 --unit m\n"
+            "  cqjob export site.job plan.xml --unit m\n"
+            "  cqjob export site.job plan.kml");
         m_command = &command;
         return command;
     }
 
     int Run(Console& console) override {
-        if (m_dxf.IsAsked(m_file)) {
+        if (m_drawing.FindFormatOf(m_file) != DrawingFormat::Text) {
             RequireOwnOutput(m_file);
-            m_dxf.Run(console, m_job, m_file, m_force, m_json);
+            const auto codePage =
+                m_command->IsGiven("--code-page") ? std::optional(m_codePage) : std::nullopt;
+            m_drawing.Run(console, m_job, m_file, m_force, codePage, m_json);
             return 0;
         }
         exchange::FieldTextWriter writer(ReadOptions());
@@ -165,7 +174,7 @@ class ExportCommand : public Command {
     bool m_safe = false;
     int m_codePage = CqCodePage::kUtf8;
     bool m_force = false;
-    DxfExport m_dxf;
+    DrawingExport m_drawing;
 };
 
 }  // namespace

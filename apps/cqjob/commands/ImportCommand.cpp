@@ -13,7 +13,7 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Progress.h"
-#include "cqjob/dxf/DxfImport.h"
+#include "cqjob/drawing/DrawingImport.h"
 #include "cqjob/import/ImportReports.h"
 #include "cqjob/import/PointFileOptions.h"
 #include "text/NumberText.h"
@@ -43,9 +43,11 @@ constexpr const char* kFooter =
     "or the point of that name gets the new coordinates and code (update); or it is compared with\n"
     "the new ones and stays (check). Each way tells the differences dE, dN, dH: file less job.\n"
     "\n"
-    "A file named .dxf is a drawing: --points, --names, --fills, --tolerance, --unit and\n"
-    "--file-unit are for such a file, and so are --duplicates, --group and --origin. The report\n"
-    "accounts for every entity: what it became, or why it was left out.\n"
+    "A file named .dxf, .xml, .landxml or .sim is a drawing: --points, --names, --fills,\n"
+    "--surfaces, --any-crs, --tolerance, --unit and --file-unit are for such a file, and so are\n"
+    "--duplicates, --group and --origin. The report accounts for everything in it: what it "
+    "became,\n"
+    "or why it was left out.\n"
     "\n"
     "Example:\n"
     "  cqjob import site.job points.csv --order pnezd\n"
@@ -73,6 +75,7 @@ std::string Advise(ForeignFile kind) {
         case ForeignFile::Dxf:
             return "cqjob import JOB FILE --format dxf takes it";
         case ForeignFile::LandXml:
+            return "cqjob import JOB FILE --format landxml takes it";
         case ForeignFile::Xml:
         case ForeignFile::Database:
         case ForeignFile::Pdf:
@@ -86,7 +89,7 @@ class ImportCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command = program.AddCommand(
-            "import", "Record the points of text files, or the drawing of a DXF file");
+            "import", "Record the points of text files, or a DXF, LandXML or SIMA file");
         AddJob(command, "The job into which the points go");
         command.Add("FILE", m_files, "The text files of points, - for standard input")
             .Required()
@@ -100,10 +103,9 @@ class ImportCommand : public Command {
             .OneOf({"refuse", "skip", "rename", "update", "check"})
             .ShowDefault();
         command
-            .Add(
-                "--tolerance", m_tolerance,
-                "With --duplicates check: the largest distance in plan and in height. DXF: how far "
-                "arcs may be from the ellipse or spline that they replace, 0.001 without it")
+            .Add("--tolerance", m_tolerance,
+                 "With --duplicates check: the largest distance in plan and in height. DXF and "
+                 "LandXML: how far arcs may be from the curve that they replace, 0.001 without it")
             .Placeholder("LENGTH")
             .Check(FindNumberFault);
         command.Add("--group", m_group, "Put the points into this group, new or not")
@@ -119,7 +121,7 @@ class ImportCommand : public Command {
             .ShowDefault();
         command.AddFlag("--strict", m_strict, "Record nothing when any line is refused");
         command.AddFlag("--dry-run", m_dryRun, "Do everything but record");
-        m_dxf.AddTo(command);
+        m_drawing.AddTo(command);
         AddJson(command);
         command.SetFooter(std::string(PointFileOptions::kHelp) + kFooter);
         return command;
@@ -127,8 +129,8 @@ class ImportCommand : public Command {
 
     int Run(Console& console) override {
         for (const std::string& file : m_files) {
-            if (m_dxf.IsAsked(file)) {
-                return RunDxf(console);
+            if (m_drawing.FindFormatOf(file) != DrawingFormat::Text) {
+                return RunDrawing(console);
             }
         }
         const exchange::FieldTextReadOptions how = m_how.Read();
@@ -174,29 +176,37 @@ class ImportCommand : public Command {
     }
 
  private:
-    int RunDxf(Console& console) const {
+    int RunDrawing(Console& console) const {
         if (m_files.size() > 1) {
-            throw UsageError("a DXF file is imported alone");
+            throw UsageError("a drawing is imported alone");
+        }
+        const std::string& file = m_files.front();
+        const std::string name = NameOf(m_drawing.FindFormatOf(file));
+        if (m_drawing.FindFormatOf(file) == DrawingFormat::GeoJson ||
+            m_drawing.FindFormatOf(file) == DrawingFormat::Kml) {
+            throw UsageError(name + " files are only written");
         }
         if (m_how.HasColumns()) {
-            throw UsageError("a DXF file has no columns: --order and --columns do not apply");
+            throw UsageError("a " + name +
+                             " file has no columns: --order and --columns do not apply");
         }
         if (m_dryRun || m_strict || m_layerFromCode || !m_layer.empty()) {
             throw UsageError(
                 "--dry-run, --strict, --layer and --layer-from-code are for text files");
         }
-        exchange::DxfReadOptions options = m_dxf.ReadOptions();
-        options.duplicates = ReadDuplicates();
-        if (options.duplicates == exchange::Duplicates::Update ||
-            options.duplicates == exchange::Duplicates::Check) {
+        DrawingImport::Common common;
+        common.duplicates = ReadDuplicates();
+        if (common.duplicates == exchange::Duplicates::Update ||
+            common.duplicates == exchange::Duplicates::Check) {
             throw UsageError("--duplicates update and check are for text files");
         }
         if (m_tolerance) {
-            options.tolerance = ReadTolerance();
+            common.tolerance = ReadTolerance();
         }
-        options.origin = static_cast<SurveyCoordType>(m_origin);
-        options.group = ReadName(m_group, "the group's name");
-        m_dxf.Run(console, m_files.front(), m_job, std::move(options), m_json);
+        common.origin = static_cast<SurveyCoordType>(m_origin);
+        common.group = ReadName(m_group, "the group's name");
+        common.codePage = m_how.GetCodePage();
+        m_drawing.Run(console, file, m_job, common, m_json);
         return 0;
     }
 
@@ -356,7 +366,7 @@ class ImportCommand : public Command {
     int m_origin = 1;
     bool m_strict = false;
     bool m_dryRun = false;
-    DxfImport m_dxf;
+    DrawingImport m_drawing;
 };
 
 }  // namespace

@@ -10,6 +10,7 @@ namespace cqsurvey::cqjob {
 using exchange::ColumnOrder;
 
 void PointFileOptions::AddTo(CommandLine& command) {
+    m_command = &command;
     command
         .Add("--order", m_order, "Order of the columns: pnezd, penzd or other letters, or header")
         .Placeholder("ORDER");
@@ -30,7 +31,9 @@ void PointFileOptions::AddTo(CommandLine& command) {
         .ShowDefault();
     command.AddFlag("--decimal-comma", m_decimalComma,
                     "The decimal sign is the comma, not the point");
-    command.Add("--code-page", m_codePage, "Code page of the file: 65001 is UTF-8")
+    command
+        .Add("--code-page", m_codePage,
+             "Code page of the file: 65001 is UTF-8; SIMA: 932 without it")
         .Placeholder("N")
         .ShowDefault();
     command
@@ -51,6 +54,10 @@ void PointFileOptions::AddTo(CommandLine& command) {
         .AddFlag("--plane", m_plane,
                  "These are northings and eastings, even if they look like degrees")
         .Excludes("--from-crs");
+}
+
+std::optional<int> PointFileOptions::GetCodePage() const {
+    return m_command->IsGiven("--code-page") ? std::optional(m_codePage) : std::nullopt;
 }
 
 exchange::FieldTextReadOptions PointFileOptions::Read() const {

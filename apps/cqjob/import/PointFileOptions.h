@@ -49,7 +49,11 @@ class PointFileOptions {
     /// Whether an option says what the columns are.
     [[nodiscard]] bool HasColumns() const { return !m_order.empty() || !m_columns.empty(); }
 
+    /// The code page of --code-page; nothing when the option is not given.
+    [[nodiscard]] std::optional<int> GetCodePage() const;
+
  private:
+    CommandLine* m_command = nullptr;
     std::string m_order;
     std::string m_columns;
     std::string m_header = "auto";

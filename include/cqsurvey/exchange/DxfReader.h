@@ -8,7 +8,7 @@
 
 #include "cqsurvey/CqCoordRec.h"
 #include "cqsurvey/Types.h"
-#include "cqsurvey/exchange/DxfReport.h"
+#include "cqsurvey/exchange/DrawingReport.h"
 #include "cqsurvey/exchange/Export.h"
 #include "cqsurvey/exchange/Import.h"
 #include "cqsurvey/exchange/LengthUnit.h"
@@ -80,7 +80,7 @@ struct DxfReadOptions {
 ///
 ///     exchange::FileSource source("plan.dxf");
 ///     exchange::DxfReader reader(source, {});
-///     const exchange::DxfReport report = reader.Import(db);
+///     const exchange::DrawingReport report = reader.Import(db);
 ///
 /// Lines, polylines and arcs become polylines with true arcs; circles, texts and points become
 /// what they are. Inserted blocks are drawn entity by entity. Ellipses, splines, and arcs that are
@@ -104,7 +104,7 @@ class CQSURVEY_EXCHANGE_API DxfReader {
     /// itself, or is too large in one of its parts; CqSurveyException with error::kInvalidArgument
     /// when the job has an open CqBatch, with error::kNoMount when no job is open; and whatever
     /// CqBatch::Commit and `progress` throw. The job is then as it was before.
-    [[nodiscard]] DxfReport Import(CqSurveyDB& db);
+    [[nodiscard]] DrawingReport Import(CqSurveyDB& db);
 
  private:
     TextSource& m_source;

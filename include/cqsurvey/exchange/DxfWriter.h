@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "cqsurvey/exchange/DxfReport.h"
+#include "cqsurvey/exchange/DrawingReport.h"
 #include "cqsurvey/exchange/Export.h"
 #include "cqsurvey/exchange/LengthUnit.h"
 
@@ -73,7 +73,7 @@ struct DxfWriteOptions {
 /// except for what the report says is lost.
 ///
 ///     exchange::DxfWriter writer(db, {}, [&](std::string_view bytes) { file << bytes; });
-///     const exchange::DxfReport report = writer.Write();
+///     const exchange::DrawingReport report = writer.Write();
 ///
 /// Polylines keep their arcs as bulges, layers their colours, line types and visibility, texts
 /// their alignment. What DXF has no place for, such as feature codes of lines, is written as
@@ -90,7 +90,7 @@ class CQSURVEY_EXCHANGE_API DxfWriter {
 
     /// Hands the whole file to the sink, piece by piece. Throws ExchangeError when not every entity
     /// of the job can be reached, and whatever the sink and `progress` throw. Call it once.
-    [[nodiscard]] DxfReport Write();
+    [[nodiscard]] DrawingReport Write();
 
  private:
     CqSurveyDB& m_db;

@@ -27,9 +27,12 @@ class CQSURVEY_EXCHANGE_API TextSource {
     [[nodiscard]] const std::string& GetName() const { return m_name; }
 
     /// Appends more bytes to `buffer`; false at the end of the text. Throws ExchangeError when they
-    /// cannot be read, or when their byte-order mark is that of UTF-16; do not use what was
-    /// appended then.
+    /// cannot be read, or when their byte-order mark is that of UTF-16 and nobody accepted it; do
+    /// not use what was appended then.
     bool Read(std::string& buffer);
+
+    /// Says before the first Read that its reader knows UTF-16. Such a mark is handed out then.
+    void AcceptUtf16() { m_utf16 = true; }
 
     /// The number of lines read so far. A line ends with CR LF, LF or CR; what follows the last
     /// line end counts as a line.
@@ -56,6 +59,7 @@ class CQSURVEY_EXCHANGE_API TextSource {
     std::uint64_t m_bytes = 0;
     bool m_started = false;
     bool m_hasMark = false;
+    bool m_utf16 = false;
     bool m_openLine = false;
     bool m_afterReturn = false;
 };

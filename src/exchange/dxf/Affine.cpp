@@ -18,10 +18,6 @@ Vec3 Unit(const Vec3& v) {
 
 }  // namespace
 
-bool IsFinite(const Vec3& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
-
 Affine Affine::Scale(double x, double y, double z) {
     Affine map;
     map.m_a = {{{x, 0, 0}, {0, y, 0}, {0, 0, z}}};

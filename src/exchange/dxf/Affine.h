@@ -2,15 +2,9 @@
 
 #include <array>
 
+#include "exchange/drawing/Vec3.h"
+
 namespace cqsurvey::exchange::dxf {
-
-struct Vec3 {
-    double x = 0.0;
-    double y = 0.0;
-    double z = 0.0;
-};
-
-[[nodiscard]] bool IsFinite(const Vec3& v);
 
 /// A map of space: scale, rotation, mirroring, shift. Entities are mapped from the coordinates in
 /// which they are written to those of the drawing.

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "exchange/dxf/Names.h"
+#include "exchange/drawing/Names.h"
 #include "text/NumberText.h"
 
 namespace cqsurvey::exchange::dxf {

@@ -1,18 +1,14 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "cqsurvey/CqSurveyDB.h"
-#include "cqsurvey/Ranges.h"
-#include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/DxfReader.h"
 #include "cqsurvey/exchange/DxfWriter.h"
 #include "cqsurvey/exchange/TextSource.h"
-#include "support/TempDir.h"
+#include "exchange/drawing/DrawingJob.h"
 
 namespace cqsurvey::exchange {
 
@@ -53,16 +49,14 @@ struct DxfText {
 };
 
 /// A new job, and what was drawn in it.
-class DrawnJob {
+class DrawnJob : public DrawingJob {
  public:
-    DrawnJob() { db.CreateNew(folder.Path(u"site.job")); }
-
-    DxfReport Read(const std::string& text, const DxfReadOptions& options = {}) {
+    DrawingReport Read(const std::string& text, const DxfReadOptions& options = {}) {
         StringSource source(text);
         return DxfReader(source, options).Import(db);
     }
 
-    DxfReport Draw(const std::string& entities, const DxfReadOptions& options = {}) {
+    DrawingReport Draw(const std::string& entities, const DxfReadOptions& options = {}) {
         return Read(DxfText{.entities = entities}.Make(), options);
     }
 
@@ -72,61 +66,6 @@ class DrawnJob {
             DxfWriter(db, options, [&](std::string_view bytes) { text += bytes; }).Write());
         return text;
     }
-
-    /// Every entity as "line 0: 1,2,3 4,5,6(0.5)", "circle", "text" or "point".
-    std::vector<std::string> List();
-
-    TempDir folder;
-    CqSurveyDB db;
 };
-
-inline std::string Place(const CqCadEntity& entity) {
-    double at[3];
-    entity.GetPoint(at);
-    std::string text;
-    for (const double value : at) {
-        char digits[40];
-        std::snprintf(digits, sizeof digits, "%.9g", value == 0.0 ? 0.0 : value);
-        text += (text.empty() ? "" : ",") + std::string(digits);
-    }
-    return text;
-}
-
-inline std::vector<std::string> DrawnJob::List() {
-    std::vector<std::string> list;
-    const auto number = [](double value) {
-        char digits[40];
-        std::snprintf(digits, sizeof digits, "%.6g", value == 0.0 ? 0.0 : value);
-        return std::string(digits);
-    };
-    for (const CqCadEntityPtr& entity : Entities(db)) {
-        switch (entity->GetType()) {
-            case EntSiPnt:
-                list.push_back("point " + ToUtf8(entity->GetName()) + " " + Place(*entity));
-                break;
-            case EntPline:
-                list.emplace_back("line");
-                break;
-            case EntVertex:
-                list.back() +=
-                    " " + Place(*entity) +
-                    (entity->GetBulge() == 0.0 ? "" : "(" + number(entity->GetBulge()) + ")");
-                break;
-            case EntText:
-                list.push_back("text " + ToUtf8(entity->GetText()) + " " + Place(*entity) + " h" +
-                               number(entity->GetHeight()) + " r" + number(entity->GetRot()) +
-                               " a" + std::to_string(entity->GetAlign() & 0xFFFF) +
-                               std::to_string(entity->GetAlign() >> 16));
-                break;
-            case EntCircle:
-                list.push_back("circle " + Place(*entity) + " " + number(entity->GetRadius()));
-                break;
-            case EntBitmap:
-                list.emplace_back("bitmap");
-                break;
-        }
-    }
-    return list;
-}
 
 }  // namespace cqsurvey::exchange

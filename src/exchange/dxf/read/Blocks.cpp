@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "exchange/dxf/Names.h"
+#include "exchange/drawing/Names.h"
 
 namespace cqsurvey::exchange::dxf {
 

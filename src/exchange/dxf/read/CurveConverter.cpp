@@ -23,8 +23,8 @@ Vec3 OnCircle(const Vec3& centre, double radius, double degrees) {
 
 }  // namespace
 
-DxfOutcome CurveConverter::WholeCircle(const Record& record, const Context& context,
-                                       const Vec3& centre, double radius) {
+DrawingOutcome CurveConverter::WholeCircle(const Record& record, const Context& context,
+                                           const Vec3& centre, double radius) {
     const Affine map = ObjectMap(record, context);
     const Style style = StyleOf(record, context, m_scene);
     if (!(radius > 0.0)) {
@@ -32,7 +32,7 @@ DxfOutcome CurveConverter::WholeCircle(const Record& record, const Context& cont
     }
     if (map.KeepsCircles()) {
         return m_scene.drawing.Circle(style, map.Point(centre), radius * map.PlanScale(),
-                                      Extras(record))
+                                      ExtrasOf(record))
                    ? Taken("circle")
                    : LeftOut(kNotFinite);
     }
@@ -40,14 +40,14 @@ DxfOutcome CurveConverter::WholeCircle(const Record& record, const Context& cont
     for (const double degrees : {0.0, 90.0, 180.0, 270.0}) {
         path.push_back({OnCircle(centre, radius, degrees), std::tan(kPi / 8)});
     }
-    return DrawPlanar(path, true, map, style, Extras(record), m_scene, Taken("polyline"));
+    return DrawPlanar(path, true, map, style, ExtrasOf(record), m_scene, Taken("polyline"));
 }
 
-DxfOutcome CurveConverter::Circle(const Record& record, const Context& context) {
+DrawingOutcome CurveConverter::Circle(const Record& record, const Context& context) {
     return WholeCircle(record, context, PointOf(record, 10), record.Number(40));
 }
 
-DxfOutcome CurveConverter::Arc(const Record& record, const Context& context) {
+DrawingOutcome CurveConverter::Arc(const Record& record, const Context& context) {
     const Vec3 centre = PointOf(record, 10);
     const double radius = record.Number(40);
     const double start = record.Number(50);
@@ -58,8 +58,8 @@ DxfOutcome CurveConverter::Arc(const Record& record, const Context& context) {
     sweep += sweep < 0.0 ? 360.0 : 0.0;
     constexpr double kNothing = 1e-9;
     if (sweep < kNothing || sweep > 360.0 - kNothing) {
-        const DxfOutcome outcome = WholeCircle(record, context, centre, radius);
-        return outcome.fate == DxfFate::Taken ? Taken("circle") : outcome;
+        const DrawingOutcome outcome = WholeCircle(record, context, centre, radius);
+        return outcome.fate == DrawingFate::Taken ? Taken("circle") : outcome;
     }
     // The bulge of nearly a whole circle would make its radius inexact.
     const int pieces = sweep > 270.0 ? 2 : 1;
@@ -70,10 +70,10 @@ DxfOutcome CurveConverter::Arc(const Record& record, const Context& context) {
     }
     path.push_back({OnCircle(centre, radius, start + sweep), 0.0});
     return DrawPlanar(path, false, ObjectMap(record, context), StyleOf(record, context, m_scene),
-                      Extras(record), m_scene, Taken("polyline with an arc"));
+                      ExtrasOf(record), m_scene, Taken("polyline with an arc"));
 }
 
-DxfOutcome CurveConverter::Ellipse(const Record& record, const Context& context) {
+DrawingOutcome CurveConverter::Ellipse(const Record& record, const Context& context) {
     const Vec3 centre = PointOf(record, 10);
     const Vec3 major = PointOf(record, 11);
     const double ratio = record.Number(40, 1.0);
@@ -109,12 +109,12 @@ DxfOutcome CurveConverter::Ellipse(const Record& record, const Context& context)
                    path);
     }
     path.push_back({whole ? path.front().at : curve(to), 0.0});
-    return m_scene.drawing.Polyline(StyleOf(record, context, m_scene), path, Extras(record))
+    return m_scene.drawing.Polyline(StyleOf(record, context, m_scene), path, ExtrasOf(record))
                ? Converted("polyline with fitted arcs", fitter.GetDeviation())
                : LeftOut(kNotFinite);
 }
 
-DxfOutcome CurveConverter::Spline(const Record& record, const Context& context) {
+DrawingOutcome CurveConverter::Spline(const Record& record, const Context& context) {
     const class Spline spline(record);
     const Style style = StyleOf(record, context, m_scene);
     if (!spline.HasCurve()) {
@@ -122,7 +122,7 @@ DxfOutcome CurveConverter::Spline(const Record& record, const Context& context) 
         for (const Vec3& at : spline.GetFitPoints()) {
             path.push_back({context.map.Point(at), 0.0});
         }
-        return m_scene.drawing.Polyline(style, path, Extras(record))
+        return m_scene.drawing.Polyline(style, path, ExtrasOf(record))
                    ? Converted("polyline through the points that the spline was fitted to")
                    : LeftOut("it has neither a curve nor two points to fit one to");
     }
@@ -134,7 +134,7 @@ DxfOutcome CurveConverter::Spline(const Record& record, const Context& context) 
         fitter.Fit(curve, ends[i], ends[i + 1], path);
     }
     path.push_back({curve(ends.back()), 0.0});
-    return m_scene.drawing.Polyline(style, path, Extras(record))
+    return m_scene.drawing.Polyline(style, path, ExtrasOf(record))
                ? Converted("polyline with fitted arcs", fitter.GetDeviation())
                : LeftOut(kNotFinite);
 }

@@ -11,14 +11,14 @@ class CurveConverter {
  public:
     explicit CurveConverter(Scene& scene) : m_scene(scene) {}
 
-    [[nodiscard]] DxfOutcome Arc(const Record& record, const Context& context);
-    [[nodiscard]] DxfOutcome Circle(const Record& record, const Context& context);
-    [[nodiscard]] DxfOutcome Ellipse(const Record& record, const Context& context);
-    [[nodiscard]] DxfOutcome Spline(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Arc(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Circle(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Ellipse(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Spline(const Record& record, const Context& context);
 
  private:
-    DxfOutcome WholeCircle(const Record& record, const Context& context, const Vec3& centre,
-                           double radius);
+    DrawingOutcome WholeCircle(const Record& record, const Context& context, const Vec3& centre,
+                               double radius);
 
     Scene& m_scene;
 };

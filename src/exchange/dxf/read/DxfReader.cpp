@@ -18,9 +18,9 @@ DxfReader::DxfReader(TextSource& source, DxfReadOptions options)
     }
 }
 
-DxfReport DxfReader::Import(CqSurveyDB& db) {
+DrawingReport DxfReader::Import(CqSurveyDB& db) {
     CqBatch batch(db);
-    DxfReport report;
+    DrawingReport report;
     dxf::FileImport(m_source, m_options, db, report).Run();
     batch.Commit();
     return report;

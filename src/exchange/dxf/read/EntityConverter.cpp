@@ -36,7 +36,7 @@ EntityConverter::EntityConverter(Scene& scene, Blocks& blocks)
       m_points(scene) {}
 
 void EntityConverter::Count(const Record& record, const Context& context,
-                            const DxfOutcome& outcome) {
+                            const DrawingOutcome& outcome) {
     m_scene.report.Count(record.type, m_scene.layers.Find(record.Text(8, "0")).shown, outcome,
                          context.depth > 0, record.place);
 }
@@ -45,7 +45,7 @@ void EntityConverter::Convert(const Record& record, const Context& context) {
     Count(record, context, Dispatch(record, context));
 }
 
-DxfOutcome EntityConverter::Dispatch(const Record& record, const Context& context) {
+DrawingOutcome EntityConverter::Dispatch(const Record& record, const Context& context) {
     const std::string_view type = record.type;
     if (record.Whole(67) != 0) {
         return LeftOut("it is in paper space");
@@ -112,7 +112,7 @@ bool EntityConverter::IsPointInsert(const Record& record) const {
            m_points.IsPoint(record, record.Text(2));
 }
 
-DxfOutcome EntityConverter::Insert(const Record& record, const Context& context) {
+DrawingOutcome EntityConverter::Insert(const Record& record, const Context& context) {
     if (m_points.IsPoint(record, record.Text(2))) {
         return m_points.Insert(record, record.Text(2), context);
     }
@@ -139,7 +139,7 @@ DxfOutcome EntityConverter::Insert(const Record& record, const Context& context)
     return Draw(record, *block, places, context, "the entities of its block");
 }
 
-DxfOutcome EntityConverter::Dimension(const Record& record, const Context& context) {
+DrawingOutcome EntityConverter::Dimension(const Record& record, const Context& context) {
     Block* block = m_blocks.Find(record.Text(2));
     if (block == nullptr) {
         return LeftOut("no block draws it");
@@ -150,7 +150,7 @@ DxfOutcome EntityConverter::Dimension(const Record& record, const Context& conte
                 "the entities of the block that draws it");
 }
 
-DxfOutcome EntityConverter::Table(const Record& record, const Context& context) {
+DrawingOutcome EntityConverter::Table(const Record& record, const Context& context) {
     Block* block = m_blocks.Find(record.Text(2));
     if (block == nullptr) {
         return LeftOut("no block draws it");
@@ -161,8 +161,8 @@ DxfOutcome EntityConverter::Table(const Record& record, const Context& context) 
     return Draw(record, *block, {map, {}}, context, "the entities of the block that draws it");
 }
 
-DxfOutcome EntityConverter::Draw(const Record& record, Block& block, const Places& places,
-                                 const Context& context, std::string_view what) {
+DrawingOutcome EntityConverter::Draw(const Record& record, Block& block, const Places& places,
+                                     const Context& context, std::string_view what) {
     if (std::find(m_open.begin(), m_open.end(), &block) != m_open.end() ||
         m_open.size() >= kDeepest) {
         record.GetOrigin().Fail(record.place, fmt::format("the block {} contains itself, or stands "

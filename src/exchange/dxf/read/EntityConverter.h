@@ -28,7 +28,7 @@ class EntityConverter {
     void Convert(const Record& record, const Context& context);
 
     /// Counts one entity that is not converted.
-    void Count(const Record& record, const Context& context, const DxfOutcome& outcome);
+    void Count(const Record& record, const Context& context, const DrawingOutcome& outcome);
 
     /// True when the record is the insert of a block that becomes a survey point.
     [[nodiscard]] bool IsPointInsert(const Record& record) const;
@@ -46,12 +46,12 @@ class EntityConverter {
         double rowStep = 0.0;
     };
 
-    DxfOutcome Dispatch(const Record& record, const Context& context);
-    DxfOutcome Insert(const Record& record, const Context& context);
-    DxfOutcome Dimension(const Record& record, const Context& context);
-    DxfOutcome Table(const Record& record, const Context& context);
-    DxfOutcome Draw(const Record& record, Block& block, const Places& places,
-                    const Context& context, std::string_view what);
+    DrawingOutcome Dispatch(const Record& record, const Context& context);
+    DrawingOutcome Insert(const Record& record, const Context& context);
+    DrawingOutcome Dimension(const Record& record, const Context& context);
+    DrawingOutcome Table(const Record& record, const Context& context);
+    DrawingOutcome Draw(const Record& record, Block& block, const Places& places,
+                        const Context& context, std::string_view what);
     void CountDrawn(const Record& insert);
     void Explode(const Record& record, Block& block, const Affine& map, const Context& context);
 

@@ -7,8 +7,9 @@
 
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
-#include "exchange/dxf/Color.h"
-#include "exchange/dxf/Names.h"
+#include "exchange/drawing/Color.h"
+#include "exchange/drawing/LengthScale.h"
+#include "exchange/drawing/Names.h"
 #include "exchange/dxf/PointBlock.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
@@ -43,20 +44,20 @@ bool IsPaper(std::string_view block) {
 }  // namespace
 
 FileImport::FileImport(TextSource& source, const DxfReadOptions& options, CqSurveyDB& db,
-                       DxfReport& report)
+                       DrawingReport& report)
     : m_source(source),
       m_options(options),
       m_report(report),
       m_groups(source),
       m_records(m_groups),
       m_lines(report),
-      m_layers(db, m_decoder, report),
+      m_layers(
+          db, [this](std::string_view bytes) { return m_decoder.Decode(bytes); }, report),
       m_drawing(db, report),
       m_scene{options, m_decoder, m_layers, m_lines, m_drawing, report},
       m_converter(m_scene, m_blocks) {}
 
 void FileImport::Run() {
-    UseGroup();
     Record record;
     bool ended = false;
     bool begun = false;
@@ -146,40 +147,8 @@ void FileImport::UseHeader() {
     m_report.unit = file                 ? UnitWord(*file)
                     : m_header.unit == 0 ? "unspecified"
                                          : fmt::format("number {}", m_header.unit);
-    if (file && m_options.jobUnit) {
-        m_report.scale =
-            *file == *m_options.jobUnit ? 1.0 : MetresOf(*file) / MetresOf(*m_options.jobUnit);
-        if (m_report.scale != 1.0) {
-            m_report.Note(fmt::format("lengths were scaled by {} from {} to {}",
-                                      FormatNumber(m_report.scale), UnitWord(*file),
-                                      UnitWord(*m_options.jobUnit)));
-        }
-    } else if (m_options.jobUnit) {
-        m_report.Note(
-            fmt::format("the file does not say a unit that is known; its lengths were "
-                        "assumed to be in the job's unit, {}",
-                        UnitWord(*m_options.jobUnit)));
-    } else if (file) {
-        m_report.Note(
-            fmt::format("the file's unit is the {}; its lengths were taken as they are, "
-                        "since the job's unit was not told",
-                        UnitWord(*file)));
-    } else {
-        m_report.Note(
-            "neither the file's unit nor the job's is known; lengths were taken as they "
-            "are");
-    }
+    ScaleLengths(file, m_options.jobUnit, m_report);
     m_root.map = Affine::Scale(m_report.scale, m_report.scale, m_report.scale);
-}
-
-void FileImport::UseGroup() {
-    CqSurveyDB& db = m_drawing.GetJob();
-    if (!m_options.group.empty() && db.SetCurrentGroup(m_options.group) == 0 &&
-        db.AddGroup(m_options.group) == 0) {
-        throw ExchangeError(fmt::format("{}the group {} could not be added",
-                                        NamePrefix(m_options.jobName),
-                                        Quoted(ToUtf8(m_options.group))));
-    }
 }
 
 void FileImport::ReadTable(const Record& record) {

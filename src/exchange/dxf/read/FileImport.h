@@ -20,7 +20,7 @@ namespace cqsurvey::exchange::dxf {
 class FileImport {
  public:
     FileImport(TextSource& source, const DxfReadOptions& options, CqSurveyDB& db,
-               DxfReport& report);
+               DrawingReport& report);
     FileImport(const FileImport&) = delete;
     FileImport& operator=(const FileImport&) = delete;
 
@@ -41,12 +41,11 @@ class FileImport {
     void ReadEntity(Record& record);
     void FlushPoint();
     void UseHeader();
-    void UseGroup();
     void Finish();
 
     TextSource& m_source;
     const DxfReadOptions& m_options;
-    DxfReport& m_report;
+    DrawingReport& m_report;
     GroupReader m_groups;
     RecordReader m_records;
     Header m_header;

@@ -14,7 +14,7 @@ constexpr std::string_view kOutline = "closed polyline of its outline, not fille
 
 }  // namespace
 
-DxfOutcome FillConverter::Face(const Record& record, const Context& context) {
+DrawingOutcome FillConverter::Face(const Record& record, const Context& context) {
     const bool face = record.type == "3DFACE";
     std::vector<PathVertex> path;
     for (const int code : {10, 11, 12, 13}) {
@@ -31,22 +31,22 @@ DxfOutcome FillConverter::Face(const Record& record, const Context& context) {
     };
     path.erase(std::unique(path.begin(), path.end(), same), path.end());
     return DrawPlanar(path, true, face ? context.map : ObjectMap(record, context),
-                      StyleOf(record, context, m_scene), Extras(record), m_scene,
+                      StyleOf(record, context, m_scene), ExtrasOf(record), m_scene,
                       Converted(kOutline));
 }
 
-DxfOutcome FillConverter::Hatch(const Record& record, const Context& context) {
+DrawingOutcome FillConverter::Hatch(const Record& record, const Context& context) {
     const Affine map = ObjectMap(record, context);
     const Style style = StyleOf(record, context, m_scene);
     // Lengths are fitted before the map; the tolerance is that of the drawing.
     const double scale = map.PlanScale();
     CurveFitter fitter(m_scene.options.tolerance / (scale > 0.0 ? scale : 1.0), true);
     const std::vector<std::vector<PathVertex>> paths = ReadHatchPaths(record, fitter);
-    DxfOutcome sum = LeftOut("it has no outline");
+    DrawingOutcome sum = LeftOut("it has no outline");
     for (const std::vector<PathVertex>& path : paths) {
-        const DxfOutcome one =
-            DrawPlanar(path, true, map, style, Extras(record), m_scene, Converted(kOutline));
-        if (one.fate != DxfFate::LeftOut) {
+        const DrawingOutcome one =
+            DrawPlanar(path, true, map, style, ExtrasOf(record), m_scene, Converted(kOutline));
+        if (one.fate != DrawingFate::LeftOut) {
             sum = Converted(
                 kOutline, std::max({sum.deviation, one.deviation, fitter.GetDeviation() * scale}));
         }

@@ -11,8 +11,8 @@ class FillConverter {
  public:
     explicit FillConverter(Scene& scene) : m_scene(scene) {}
 
-    [[nodiscard]] DxfOutcome Face(const Record& record, const Context& context);
-    [[nodiscard]] DxfOutcome Hatch(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Face(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Hatch(const Record& record, const Context& context);
 
  private:
     Scene& m_scene;

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "exchange/dxf/CurveFitter.h"
+#include "exchange/drawing/CurveFitter.h"
 #include "exchange/dxf/Record.h"
 
 namespace cqsurvey::exchange::dxf {

@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
+#include "exchange/drawing/Names.h"
 #include "exchange/dxf/LineTypes.h"
-#include "exchange/dxf/Names.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::exchange::dxf {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "cqsurvey/exchange/DxfReport.h"
+#include "cqsurvey/exchange/DrawingReport.h"
 #include "exchange/dxf/Record.h"
 
 namespace cqsurvey::exchange::dxf {
@@ -17,7 +17,7 @@ class LineTable {
     /// The line of a block's insert.
     static constexpr int kOfBlock = -1'000'000;
 
-    explicit LineTable(DxfReport& report) : m_report(report) {}
+    explicit LineTable(DrawingReport& report) : m_report(report) {}
 
     /// Takes an LTYPE record.
     void Define(const Record& record);
@@ -26,7 +26,7 @@ class LineTable {
     int Find(std::string_view name);
 
  private:
-    DxfReport& m_report;
+    DrawingReport& m_report;
     std::map<std::string, int, std::less<>> m_patterns;  // by names in upper case
     std::map<std::string, int, std::less<>> m_found;     // by names as they are
 };

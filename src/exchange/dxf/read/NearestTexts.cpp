@@ -10,12 +10,12 @@
 
 #include "cqsurvey/Ranges.h"
 #include "cqsurvey/Text.h"
-#include "exchange/dxf/Names.h"
+#include "exchange/drawing/Names.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::exchange::dxf {
 
-NearestTexts::NearestTexts(CqSurveyDB& db, const DxfReadOptions& options, DxfReport& report,
+NearestTexts::NearestTexts(CqSurveyDB& db, const DxfReadOptions& options, DrawingReport& report,
                            PointNames& names)
     : m_db(db), m_options(options), m_report(report), m_names(names) {}
 

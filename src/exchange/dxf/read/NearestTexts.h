@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/exchange/DrawingReport.h"
 #include "cqsurvey/exchange/DxfReader.h"
-#include "cqsurvey/exchange/DxfReport.h"
 #include "exchange/PointNames.h"
 
 namespace cqsurvey::exchange::dxf {
@@ -16,7 +16,7 @@ namespace cqsurvey::exchange::dxf {
 /// a point and a text comes first; a text names one point.
 class NearestTexts {
  public:
-    NearestTexts(CqSurveyDB& db, const DxfReadOptions& options, DxfReport& report,
+    NearestTexts(CqSurveyDB& db, const DxfReadOptions& options, DrawingReport& report,
                  PointNames& names);
 
     void Name();
@@ -44,7 +44,7 @@ class NearestTexts {
 
     CqSurveyDB& m_db;
     const DxfReadOptions& m_options;
-    DxfReport& m_report;
+    DrawingReport& m_report;
     PointNames& m_names;
     std::vector<Text> m_texts;
     std::vector<Point> m_points;

@@ -69,8 +69,9 @@ void FitSegment(const PathVertex& from, const PathVertex& to, const Affine& map,
 
 }  // namespace
 
-DxfOutcome DrawPlanar(const std::vector<PathVertex>& path, bool closed, const Affine& map,
-                      const Style& style, const Extras& extras, Scene& scene, DxfOutcome plain) {
+DrawingOutcome DrawPlanar(const std::vector<PathVertex>& path, bool closed, const Affine& map,
+                          const Style& style, const Extras& extras, Scene& scene,
+                          DrawingOutcome plain) {
     if (path.size() < 2) {
         return LeftOut(kTooFew);
     }
@@ -106,15 +107,15 @@ DxfOutcome DrawPlanar(const std::vector<PathVertex>& path, bool closed, const Af
                : LeftOut(kNotFinite);
 }
 
-DxfOutcome PathConverter::Line(const Record& record, const Context& context) {
+DrawingOutcome PathConverter::Line(const Record& record, const Context& context) {
     m_path.assign({{context.map.Point(PointOf(record, 10)), 0.0},
                    {context.map.Point(PointOf(record, 11)), 0.0}});
-    return m_scene.drawing.Polyline(StyleOf(record, context, m_scene), m_path, Extras(record))
+    return m_scene.drawing.Polyline(StyleOf(record, context, m_scene), m_path, ExtrasOf(record))
                ? Taken(kPolyline)
                : LeftOut(kNotFinite);
 }
 
-DxfOutcome PathConverter::LightPolyline(const Record& record, const Context& context) {
+DrawingOutcome PathConverter::LightPolyline(const Record& record, const Context& context) {
     m_path.clear();
     const double elevation = record.Number(38);
     bool wide = false;
@@ -149,11 +150,11 @@ DxfOutcome PathConverter::LightPolyline(const Record& record, const Context& con
                                             record.Whole(*count), m_path.size()));
     }
     return DrawPlanar(m_path, (record.Whole(70) & kClosed) != 0, ObjectMap(record, context),
-                      StyleOf(record, context, m_scene), Extras(record), m_scene,
+                      StyleOf(record, context, m_scene), ExtrasOf(record), m_scene,
                       wide ? Converted(kNoWidth) : Taken(kPolyline));
 }
 
-DxfOutcome PathConverter::Polyline(const Record& record, const Context& context) {
+DrawingOutcome PathConverter::Polyline(const Record& record, const Context& context) {
     const int flags = record.Whole(70);
     if ((flags & kSurface) != 0) {
         return LeftOut("it is a surface of faces");
@@ -206,13 +207,13 @@ DxfOutcome PathConverter::Polyline(const Record& record, const Context& context)
     const bool fitted = (flags & (kCurveFitted | kSplineFitted)) != 0;
     return DrawPlanar(m_path, (flags & kClosed) != 0,
                       space ? context.map : ObjectMap(record, context),
-                      StyleOf(record, context, m_scene), Extras(record), m_scene,
+                      StyleOf(record, context, m_scene), ExtrasOf(record), m_scene,
                       fitted ? Converted("polyline, through the vertices of its fitted curve")
                       : wide ? Converted(kNoWidth)
                              : Taken(kPolyline));
 }
 
-DxfOutcome PathConverter::Leader(const Record& record, const Context& context) {
+DrawingOutcome PathConverter::Leader(const Record& record, const Context& context) {
     m_path.clear();
     for (const Entry& entry : record.GetEntries()) {
         if (entry.code == 10) {
@@ -223,8 +224,8 @@ DxfOutcome PathConverter::Leader(const Record& record, const Context& context) {
             m_path.back().at.z = record.Number(entry);
         }
     }
-    return DrawPlanar(m_path, false, context.map, StyleOf(record, context, m_scene), Extras(record),
-                      m_scene, Converted("polyline, without its arrow"));
+    return DrawPlanar(m_path, false, context.map, StyleOf(record, context, m_scene),
+                      ExtrasOf(record), m_scene, Converted("polyline, without its arrow"));
 }
 
 }  // namespace cqsurvey::exchange::dxf

@@ -8,19 +8,19 @@ namespace cqsurvey::exchange::dxf {
 
 /// Draws a path that lies in the xy plane of `map`: as it is when circles stay circles, otherwise
 /// with its arcs fitted anew. `plain` is what an exact path is called.
-[[nodiscard]] DxfOutcome DrawPlanar(const std::vector<PathVertex>& path, bool closed,
-                                    const Affine& map, const Style& style, const Extras& extras,
-                                    Scene& scene, DxfOutcome plain);
+[[nodiscard]] DrawingOutcome DrawPlanar(const std::vector<PathVertex>& path, bool closed,
+                                        const Affine& map, const Style& style, const Extras& extras,
+                                        Scene& scene, DrawingOutcome plain);
 
 /// Converts what is made of lines and arcs: LINE, LWPOLYLINE, POLYLINE, LEADER.
 class PathConverter {
  public:
     explicit PathConverter(Scene& scene) : m_scene(scene) {}
 
-    [[nodiscard]] DxfOutcome Line(const Record& record, const Context& context);
-    [[nodiscard]] DxfOutcome LightPolyline(const Record& record, const Context& context);
-    [[nodiscard]] DxfOutcome Polyline(const Record& record, const Context& context);
-    [[nodiscard]] DxfOutcome Leader(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Line(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome LightPolyline(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Polyline(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Leader(const Record& record, const Context& context);
 
  private:
     Scene& m_scene;

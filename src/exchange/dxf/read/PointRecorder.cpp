@@ -8,7 +8,7 @@
 #include <limits>
 
 #include "cqsurvey/Text.h"
-#include "exchange/dxf/Names.h"
+#include "exchange/drawing/Names.h"
 #include "exchange/dxf/PointBlock.h"
 #include "exchange/dxf/read/NearestTexts.h"
 #include "exchange/dxf/read/TextConverter.h"
@@ -20,8 +20,6 @@ namespace cqsurvey::exchange::dxf {
 namespace {
 
 using Kind = DxfPointRule::Kind;
-
-constexpr std::string_view kPoint = "survey point";
 
 std::vector<DxfPointRule> MakeRules(const DxfReadOptions& options) {
     if (options.points) {
@@ -35,11 +33,8 @@ std::vector<DxfPointRule> MakeRules(const DxfReadOptions& options) {
 PointRecorder::PointRecorder(Scene& scene)
     : m_scene(scene),
       m_rules(MakeRules(scene.options)),
-      m_names([this](const CString& name) {
-          return m_scene.drawing.GetJob().GetCoordRecHandleByPtName(name) != 0;
-      }),
-      m_group(scene.options.group.empty() ? scene.drawing.GetJob().GetCurrentGroup()
-                                          : scene.options.group) {}
+      m_points(scene.drawing, scene.report, scene.options.duplicates, scene.options.origin,
+               scene.options.group, scene.options.jobName) {}
 
 const DxfPointRule* PointRecorder::FindBlockRule(std::string_view block) const {
     const std::string name = Upper(block);
@@ -63,7 +58,7 @@ bool PointRecorder::IsPoint(const Record& insert, std::string_view block) const 
     return FindBlockRule(ToUtf8(m_scene.decoder.Decode(block))) != nullptr || IsPointLayer(insert);
 }
 
-DxfOutcome PointRecorder::Point(const Record& record, const Context& context) {
+DrawingOutcome PointRecorder::Point(const Record& record, const Context& context) {
     if (context.dimension) {
         return LeftOut("it defines a dimension");
     }
@@ -73,14 +68,14 @@ DxfOutcome PointRecorder::Point(const Record& record, const Context& context) {
     if (!every && !IsPointLayer(record)) {
         return LeftOut("it was not asked for as a survey point");
     }
-    const Extras extras(record);
-    Details details;
+    const Extras extras = ExtrasOf(record);
+    PointDetails details;
     details.noHeight = extras.Get("HEIGHT") == "NONE";
     return AddPoint(StyleOf(record, context, m_scene), context.map.Point(PointOf(record, 10)),
                     std::move(details), extras);
 }
 
-void PointRecorder::Read(const Record& attribute, std::string_view nameTag, Details& details,
+void PointRecorder::Read(const Record& attribute, std::string_view nameTag, PointDetails& details,
                          std::optional<double>& height) {
     const std::string tag = Upper(attribute.Text(2));
     const CString value = TextConverter::ValueOf(attribute, m_scene.decoder);
@@ -108,8 +103,8 @@ void PointRecorder::Read(const Record& attribute, std::string_view nameTag, Deta
     }
 }
 
-DxfOutcome PointRecorder::Insert(const Record& insert, std::string_view block,
-                                 const Context& context) {
+DrawingOutcome PointRecorder::Insert(const Record& insert, std::string_view block,
+                                     const Context& context) {
     const std::vector<Record> attributes = insert.GetParts();
     const DxfPointRule* rule = FindBlockRule(ToUtf8(m_scene.decoder.Decode(block)));
     std::string nameTag = rule == nullptr ? std::string() : rule->attribute;
@@ -120,7 +115,7 @@ DxfOutcome PointRecorder::Insert(const Record& insert, std::string_view block,
         nameTag = named || attributes.empty() ? std::string(kNameTag)
                                               : std::string(attributes.front().Text(2));
     }
-    Details details;
+    PointDetails details;
     std::optional<double> height;
     for (const Record& attribute : attributes) {
         Read(attribute, nameTag, details, height);
@@ -132,54 +127,19 @@ DxfOutcome PointRecorder::Insert(const Record& insert, std::string_view block,
         at.z = *height;
     }
     details.noHeight = details.noHeight && (ours || at.z == 0.0);
-    return AddPoint(StyleOf(insert, context, m_scene), at, std::move(details), Extras(insert));
+    return AddPoint(StyleOf(insert, context, m_scene), at, std::move(details), ExtrasOf(insert));
 }
 
-DxfOutcome PointRecorder::AddPoint(const Style& style, Vec3 at, Details details,
-                                   const Extras& extras) {
-    if (!Drawing::IsUsable(at)) {
-        return LeftOut(kNotFinite);
-    }
-    CqSurveyDB& db = m_scene.drawing.GetJob();
-    CString name = CutName(details.name);
-    const bool cut = name.size() != details.name.size();
-    bool renamed = false;
-    if (!name.empty() && db.GetCoordRecHandleByPtName(name) != 0) {
-        if (m_scene.options.duplicates != Duplicates::Rename) {
-            return LeftOut("the job already has a point of its name");
-        }
-        name = m_names.MakeUnique(name);
-        renamed = true;
-    }
-    if (details.noHeight) {
-        at.z = std::numeric_limits<double>::quiet_NaN();
-    }
-    m_scene.drawing.Use(style);
-    if (const std::string_view group = extras.Get("GROUP"); !group.empty()) {
-        const CString wanted = m_scene.decoder.Decode(group);
-        if (db.SetCurrentGroup(wanted) == 0 && db.AddGroup(wanted) != 0) {
-            db.SetCurrentGroup(wanted);
-        }
-    } else if (db.GetCurrentGroup() != m_group) {
-        db.SetCurrentGroup(m_group);
-    }
-    const std::array coords{at.x, at.y, at.z};
-    const auto origin = static_cast<SurveyCoordType>(
-        extras.GetWhole("ORIGIN", static_cast<std::int64_t>(m_scene.options.origin)));
-    const CqHandle handle = db.AddCoordRec(coords.data(), name, details.code, origin,
-                                           static_cast<std::uint32_t>(extras.GetWhole("FLAGS")));
-    if (!details.description.empty() && db.AddCoordDescription(handle, details.description) == 0) {
-        static_cast<void>(db.EditCoordDescription(handle, details.description));
-    }
-    ++m_scene.report.points;
-    return renamed ? Converted("survey point, under another name")
-           : cut   ? Converted("survey point, its name cut to 19 characters")
-                   : Taken(kPoint);
+DrawingOutcome PointRecorder::AddPoint(const Style& style, const Vec3& at, PointDetails details,
+                                       const Extras& extras) {
+    details.group = m_scene.decoder.Decode(extras.Get("GROUP"));
+    return m_points.Add(style, at, details, extras);
 }
 
 void PointRecorder::NameAfterTexts() {
     if (m_scene.options.namesFromTexts) {
-        NearestTexts(m_scene.drawing.GetJob(), m_scene.options, m_scene.report, m_names).Name();
+        NearestTexts(m_scene.drawing.GetJob(), m_scene.options, m_scene.report, m_points.GetNames())
+            .Name();
     }
 }
 

@@ -5,8 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "exchange/PointNames.h"
-#include "exchange/dxf/read/Drawing.h"
+#include "exchange/drawing/SurveyPoints.h"
 #include "exchange/dxf/read/Scene.h"
 
 namespace cqsurvey::exchange::dxf {
@@ -18,37 +17,30 @@ class PointRecorder {
     explicit PointRecorder(Scene& scene);
 
     /// A POINT. Leaves it out when no rule asks for it.
-    [[nodiscard]] DxfOutcome Point(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Point(const Record& record, const Context& context);
 
     /// True when the insert of `block` is to become a survey point.
     [[nodiscard]] bool IsPoint(const Record& insert, std::string_view block) const;
 
     /// The insert of a block as a survey point. Its attributes give the name, the height, the code
     /// and the description.
-    [[nodiscard]] DxfOutcome Insert(const Record& insert, std::string_view block,
-                                    const Context& context);
+    [[nodiscard]] DrawingOutcome Insert(const Record& insert, std::string_view block,
+                                        const Context& context);
 
     /// Names the points without a name after the nearest texts, if the options ask for it.
     void NameAfterTexts();
 
  private:
-    struct Details {
-        CString name;
-        std::int32_t code = 0;
-        CString description;
-        bool noHeight = false;
-    };
-
     [[nodiscard]] const DxfPointRule* FindBlockRule(std::string_view block) const;
     [[nodiscard]] bool IsPointLayer(const Record& record) const;
-    void Read(const Record& attribute, std::string_view nameTag, Details& details,
+    void Read(const Record& attribute, std::string_view nameTag, PointDetails& details,
               std::optional<double>& height);
-    DxfOutcome AddPoint(const Style& style, Vec3 at, Details details, const Extras& extras);
+    DrawingOutcome AddPoint(const Style& style, const Vec3& at, PointDetails details,
+                            const Extras& extras);
 
     Scene& m_scene;
     std::vector<DxfPointRule> m_rules;
-    PointNames m_names;
-    CString m_group;  // of points that name none
+    SurveyPoints m_points;
 };
 
 }  // namespace cqsurvey::exchange::dxf

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "exchange/dxf/Extras.h"
+#include "exchange/drawing/Extras.h"
 
 namespace cqsurvey::exchange::dxf {
 

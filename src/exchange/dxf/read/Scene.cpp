@@ -1,8 +1,8 @@
 #include "exchange/dxf/read/Scene.h"
 
-#include "exchange/dxf/Color.h"
+#include "exchange/drawing/Color.h"
+#include "exchange/drawing/Names.h"
 #include "exchange/dxf/LineTypes.h"
-#include "exchange/dxf/Names.h"
 
 namespace cqsurvey::exchange::dxf {
 

@@ -4,12 +4,14 @@
 #include <string>
 #include <string_view>
 
+#include "cqsurvey/exchange/DrawingReport.h"
 #include "cqsurvey/exchange/DxfReader.h"
-#include "cqsurvey/exchange/DxfReport.h"
+#include "exchange/drawing/Drawing.h"
+#include "exchange/drawing/LayerMap.h"
+#include "exchange/drawing/Outcomes.h"
 #include "exchange/dxf/Affine.h"
+#include "exchange/dxf/ExtendedData.h"
 #include "exchange/dxf/Record.h"
-#include "exchange/dxf/read/Drawing.h"
-#include "exchange/dxf/read/LayerMap.h"
 #include "exchange/dxf/read/LineTable.h"
 #include "exchange/dxf/read/TextDecoder.h"
 
@@ -22,7 +24,7 @@ struct Scene {
     LayerMap& layers;
     LineTable& lines;
     Drawing& drawing;
-    DxfReport& report;
+    DrawingReport& report;
 };
 
 /// Where an entity stands: in the drawing itself, or in a block that is inserted there. An entity
@@ -43,17 +45,5 @@ struct Context {
 
 /// Three coordinates of the groups `code`, `code` + 10 and `code` + 20.
 [[nodiscard]] Vec3 PointOf(const Record& record, int code);
-
-[[nodiscard]] inline DxfOutcome Taken(std::string_view what) {
-    return {DxfFate::Taken, what, 0.0};
-}
-[[nodiscard]] inline DxfOutcome Converted(std::string_view what, double deviation = 0.0) {
-    return {DxfFate::Converted, what, deviation};
-}
-[[nodiscard]] inline DxfOutcome LeftOut(std::string_view why) {
-    return {DxfFate::LeftOut, why, 0.0};
-}
-
-inline constexpr std::string_view kNotFinite = "its numbers are not finite, or too large";
 
 }  // namespace cqsurvey::exchange::dxf

@@ -6,7 +6,7 @@
 #include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "exchange/PointNames.h"
-#include "exchange/dxf/Names.h"
+#include "exchange/drawing/Names.h"
 #include "exchange/dxf/read/PlainText.h"
 
 namespace cqsurvey::exchange::dxf {
@@ -44,8 +44,8 @@ CString TextConverter::ValueOf(const Record& record, TextDecoder& decoder) {
     return ResolveText(decoder.Decode(record.Text(1))).text;
 }
 
-DxfOutcome TextConverter::Draw(DrawnText text, const Affine& map, const Record& record,
-                               const Context& context, bool changed) {
+DrawingOutcome TextConverter::Draw(DrawnText text, const Affine& map, const Record& record,
+                                   const Context& context, bool changed) {
     if (text.text.empty()) {
         return LeftOut("it has no text");
     }
@@ -62,7 +62,7 @@ DxfOutcome TextConverter::Draw(DrawnText text, const Affine& map, const Record& 
     text.style = StyleName(record);
     const bool mirrored = map.Mirrors();
     const bool tooLong = text.text.size() > limits::kReadableText;
-    if (!m_scene.drawing.Text(StyleOf(record, context, m_scene), text, Extras(record))) {
+    if (!m_scene.drawing.Text(StyleOf(record, context, m_scene), text, ExtrasOf(record))) {
         return LeftOut(kNotFinite);
     }
     return tooLong    ? Converted("text, of which the job shows the first 255 characters")
@@ -71,7 +71,7 @@ DxfOutcome TextConverter::Draw(DrawnText text, const Affine& map, const Record& 
                       : Taken(kText);
 }
 
-DxfOutcome TextConverter::Text(const Record& record, const Context& context) {
+DrawingOutcome TextConverter::Text(const Record& record, const Context& context) {
     const int across = record.Whole(record.type == "TEXT" ? 73 : 74);
     const int along = record.Whole(72);
     const PlainText plain = ResolveText(m_scene.decoder.Decode(record.Text(1)));
@@ -94,12 +94,12 @@ DxfOutcome TextConverter::Text(const Record& record, const Context& context) {
     return Draw(std::move(text), ObjectMap(record, context), record, context, changed);
 }
 
-DxfOutcome TextConverter::Attribute(const Record& record, const Context& context) {
+DrawingOutcome TextConverter::Attribute(const Record& record, const Context& context) {
     return (record.Whole(70) & kInvisible) != 0 ? LeftOut("it is invisible")
                                                 : Text(record, context);
 }
 
-DxfOutcome TextConverter::AttributeDefinition(const Record& record, const Context& context) {
+DrawingOutcome TextConverter::AttributeDefinition(const Record& record, const Context& context) {
     const int flags = record.Whole(70);
     if (context.depth == 0 || (flags & kConstant) == 0) {
         return LeftOut("it defines an attribute");
@@ -107,7 +107,7 @@ DxfOutcome TextConverter::AttributeDefinition(const Record& record, const Contex
     return Attribute(record, context);
 }
 
-DxfOutcome TextConverter::MText(const Record& record, const Context& context) {
+DrawingOutcome TextConverter::MText(const Record& record, const Context& context) {
     std::string bytes;
     for (const Entry& entry : record.GetEntries()) {
         if (entry.code == 3) {

@@ -11,17 +11,17 @@ class TextConverter {
  public:
     explicit TextConverter(Scene& scene) : m_scene(scene) {}
 
-    [[nodiscard]] DxfOutcome Text(const Record& record, const Context& context);
-    [[nodiscard]] DxfOutcome Attribute(const Record& record, const Context& context);
-    [[nodiscard]] DxfOutcome AttributeDefinition(const Record& record, const Context& context);
-    [[nodiscard]] DxfOutcome MText(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Text(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome Attribute(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome AttributeDefinition(const Record& record, const Context& context);
+    [[nodiscard]] DrawingOutcome MText(const Record& record, const Context& context);
 
     /// The text of an ATTRIB as the job would hold it.
     [[nodiscard]] static CString ValueOf(const Record& record, TextDecoder& decoder);
 
  private:
-    DxfOutcome Draw(DrawnText text, const Affine& map, const Record& record, const Context& context,
-                    bool changed);
+    DrawingOutcome Draw(DrawnText text, const Affine& map, const Record& record,
+                        const Context& context, bool changed);
     CString StyleName(const Record& record);
 
     Scene& m_scene;

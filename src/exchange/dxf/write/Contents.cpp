@@ -23,7 +23,7 @@ const CString kUsualStyle = u"STANDARD";
 
 }  // namespace
 
-Contents::Contents(CqSurveyDB& db, const DxfWriteOptions& options, DxfReport& report)
+Contents::Contents(CqSurveyDB& db, const DxfWriteOptions& options, DrawingReport& report)
     : m_db(db), m_options(options), m_report(report) {
     m_styleNames.Reserve(kUsualStyle);
     ReadLayers();

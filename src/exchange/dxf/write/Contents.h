@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
-#include "cqsurvey/exchange/DxfReport.h"
+#include "cqsurvey/exchange/DrawingReport.h"
 #include "cqsurvey/exchange/DxfWriter.h"
 #include "exchange/dxf/Affine.h"
 #include "exchange/dxf/write/NameTable.h"
@@ -26,7 +26,7 @@ class Contents {
     };
 
     /// Throws ExchangeError when not every entity of the job can be reached.
-    Contents(CqSurveyDB& db, const DxfWriteOptions& options, DxfReport& report);
+    Contents(CqSurveyDB& db, const DxfWriteOptions& options, DrawingReport& report);
     Contents(const Contents&) = delete;
     Contents& operator=(const Contents&) = delete;
 
@@ -55,7 +55,7 @@ class Contents {
 
     CqSurveyDB& m_db;
     const DxfWriteOptions& m_options;
-    DxfReport& m_report;
+    DrawingReport& m_report;
     NameTable m_layerNames;
     NameTable m_styleNames;
     std::vector<Layer> m_layers;

@@ -30,7 +30,7 @@ using namespace dxf;
 class EntityWalk {
  public:
     EntityWalk(CqSurveyDB& db, GroupWriter& out, Contents& contents, const DxfWriteOptions& options,
-               DxfReport& report)
+               DrawingReport& report)
         : m_db(db),
           m_options(options),
           m_report(report),
@@ -56,16 +56,16 @@ class EntityWalk {
     }
 
  private:
-    void Count(const char* kind, const CqCadEntity& entity, const DxfOutcome& outcome) {
+    void Count(const char* kind, const CqCadEntity& entity, const DrawingOutcome& outcome) {
         m_report.Count(kind, ToUtf8(entity.GetLayer()), outcome, false, entity.GetHandle());
-        if (m_r12 && entity.GetColor() < 0 && outcome.fate != DxfFate::LeftOut) {
+        if (m_r12 && entity.GetColor() < 0 && outcome.fate != DrawingFate::LeftOut) {
             m_report.Note("entities that the job hides are shown: R12 cannot hide an entity");
         }
     }
 
     void AddVertex(const CqCadEntity& vertex) {
         if (!m_line) {
-            Count("vertex", vertex, {DxfFate::LeftOut, "it belongs to no polyline"});
+            Count("vertex", vertex, {DrawingFate::LeftOut, "it belongs to no polyline"});
             return;
         }
         std::array<double, 3> at{};
@@ -96,7 +96,7 @@ class EntityWalk {
                 Count("circle", *entity, m_lines.Circle(*entity));
                 break;
             case EntBitmap:
-                Count("bitmap", *entity, {DxfFate::LeftOut, "its picture is not in the job"});
+                Count("bitmap", *entity, {DrawingFate::LeftOut, "its picture is not in the job"});
                 break;
             case EntVertex:
                 break;
@@ -105,7 +105,7 @@ class EntityWalk {
 
     CqSurveyDB& m_db;
     const DxfWriteOptions& m_options;
-    DxfReport& m_report;
+    DrawingReport& m_report;
     PointWriter m_points;
     LineWriter m_lines;
     TextWriter m_texts;
@@ -115,7 +115,7 @@ class EntityWalk {
 };
 
 void NoteLosses(CqSurveyDB& db, const Contents& contents, const DxfWriteOptions& options,
-                DxfReport& report) {
+                DrawingReport& report) {
     if (contents.GetLinks() > 0) {
         report.Note(fmt::format("{} of vertices to survey points not written",
                                 contents.GetLinks() == 1
@@ -142,8 +142,8 @@ DxfWriter::DxfWriter(CqSurveyDB& db, DxfWriteOptions options, Sink sink)
     }
 }
 
-DxfReport DxfWriter::Write() {
-    DxfReport report;
+DrawingReport DxfWriter::Write() {
+    DrawingReport report;
     report.version = m_options.version == DxfVersion::R12     ? "R12"
                      : m_options.version == DxfVersion::R2000 ? "R2000"
                                                               : "R2018";

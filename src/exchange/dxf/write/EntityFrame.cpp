@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "cqsurvey/Text.h"
-#include "exchange/dxf/Color.h"
+#include "exchange/drawing/Color.h"
 #include "exchange/dxf/LineTypes.h"
 #include "exchange/dxf/write/Skeleton.h"
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "cqsurvey/CqCadEntity.h"
-#include "exchange/dxf/Extras.h"
+#include "exchange/drawing/Extras.h"
 #include "exchange/dxf/write/Contents.h"
 #include "exchange/dxf/write/GroupWriter.h"
 

@@ -10,7 +10,7 @@
 namespace cqsurvey::exchange::dxf {
 
 void WriteImage(CqSurveyDB& db, GroupWriter& out, Contents& contents, const DxfImage& image,
-                DxfReport& report) {
+                DrawingReport& report) {
     std::uint8_t* data = nullptr;
     std::uint32_t length = 0;
     int type = 0;

@@ -9,6 +9,6 @@ namespace cqsurvey::exchange::dxf {
 
 /// Writes the IMAGE that shows the job's background image, in its place.
 void WriteImage(CqSurveyDB& db, GroupWriter& out, Contents& contents, const DxfImage& image,
-                DxfReport& report);
+                DrawingReport& report);
 
 }  // namespace cqsurvey::exchange::dxf

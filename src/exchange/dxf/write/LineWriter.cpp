@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "exchange/drawing/Chords.h"
 #include "exchange/dxf/LineTypes.h"
 
 namespace cqsurvey::exchange::dxf {
@@ -34,12 +35,12 @@ bool IsCurved(const PathVertex& from, const PathVertex& to) {
 LineWriter::LineWriter(GroupWriter& out, Contents& contents, const DxfWriteOptions& options)
     : m_out(out), m_options(options), m_frame(out, contents) {}
 
-DxfOutcome LineWriter::Circle(const CqCadEntity& entity) {
+DrawingOutcome LineWriter::Circle(const CqCadEntity& entity) {
     bool noHeight = false;
     const Vec3 at = EntityFrame::PlaceOf(entity, noHeight);
     const double radius = entity.GetRadius();
     if (!IsFinite(at) || !std::isfinite(radius) || !(radius > 0.0)) {
-        return {DxfFate::LeftOut, "its radius is not positive, or its numbers are not finite"};
+        return {DrawingFate::LeftOut, "its radius is not positive, or its numbers are not finite"};
     }
     Extras extras;
     extras.Set("HEIGHT", noHeight ? "NONE" : "");
@@ -49,12 +50,12 @@ DxfOutcome LineWriter::Circle(const CqCadEntity& entity) {
     m_out.Point(10, at);
     m_out.Number(40, radius);
     m_frame.WriteExtras(extras);
-    return {DxfFate::Taken, "CIRCLE"};
+    return {DrawingFate::Taken, "CIRCLE"};
 }
 
-DxfOutcome LineWriter::Polyline(const CqCadEntity& entity, std::vector<PathVertex> path) {
+DrawingOutcome LineWriter::Polyline(const CqCadEntity& entity, std::vector<PathVertex> path) {
     if (path.size() < 2) {
-        return {DxfFate::LeftOut, "it has fewer than two vertices"};
+        return {DrawingFate::LeftOut, "it has fewer than two vertices"};
     }
     std::size_t without = 0;
     for (PathVertex& vertex : path) {
@@ -63,7 +64,7 @@ DxfOutcome LineWriter::Polyline(const CqCadEntity& entity, std::vector<PathVerte
             ++without;
         }
         if (!IsFinite(vertex.at) || !std::isfinite(vertex.bulge)) {
-            return {DxfFate::LeftOut, "its numbers are not finite"};
+            return {DrawingFate::LeftOut, "its numbers are not finite"};
         }
     }
     Extras extras;
@@ -75,8 +76,8 @@ DxfOutcome LineWriter::Polyline(const CqCadEntity& entity, std::vector<PathVerte
     if (level) {
         WriteLevel(entity, path, extras);
         return without != 0 && without != path.size()
-                   ? DxfOutcome{DxfFate::Converted, "polyline, height 0 where it has none"}
-                   : DxfOutcome{DxfFate::Taken, m_out.IsR12() ? "POLYLINE" : "LWPOLYLINE"};
+                   ? DrawingOutcome{DrawingFate::Converted, "polyline, height 0 where it has none"}
+                   : DrawingOutcome{DrawingFate::Taken, m_out.IsR12() ? "POLYLINE" : "LWPOLYLINE"};
     }
     bool curved = false;
     for (std::size_t i = 0; i + 1 < path.size(); ++i) {
@@ -84,8 +85,9 @@ DxfOutcome LineWriter::Polyline(const CqCadEntity& entity, std::vector<PathVerte
     }
     if (!curved) {
         WriteSpace(entity, path, extras);
-        return without != 0 ? DxfOutcome{DxfFate::Converted, "polyline, height 0 where it has none"}
-                            : DxfOutcome{DxfFate::Taken, "POLYLINE in space"};
+        return without != 0
+                   ? DrawingOutcome{DrawingFate::Converted, "polyline, height 0 where it has none"}
+                   : DrawingOutcome{DrawingFate::Taken, "POLYLINE in space"};
     }
     return m_options.arcs == DxfArcs::Break ? BreakArcs(entity, path, extras)
                                             : KeepArcs(entity, path, extras);
@@ -152,40 +154,17 @@ void LineWriter::WriteSpace(const CqCadEntity& entity, const std::vector<PathVer
     m_frame.BeginPart("SEQEND", handle, entity.GetLayer());
 }
 
-DxfOutcome LineWriter::BreakArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
-                                 const Extras& extras) {
-    CurveFitter fitter(m_options.tolerance, false);
-    std::vector<PathVertex> broken;
-    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
-        const Vec3& p = path[i].at;
-        const Vec3& q = path[i + 1].at;
-        if (!IsCurved(path[i], path[i + 1])) {
-            broken.push_back({p, 0.0});
-            continue;
-        }
-        const PlanArc arc = ArcOf(p, q, path[i].bulge);
-        const auto curve = [&](double part) -> Vec3 {
-            if (part == 0.0 || part == 1.0) {
-                return part == 0.0 ? p : q;
-            }
-            const double angle = arc.start + arc.sweep * part;
-            return {arc.x + arc.radius * std::cos(angle), arc.y + arc.radius * std::sin(angle),
-                    p.z + (q.z - p.z) * part};
-        };
-        constexpr int kPieces = 4;
-        for (int piece = 0; piece < kPieces; ++piece) {
-            fitter.Fit(curve, static_cast<double>(piece) / kPieces,
-                       static_cast<double>(piece + 1) / kPieces, broken);
-        }
-    }
-    broken.push_back({path.back().at, 0.0});
+DrawingOutcome LineWriter::BreakArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
+                                     const Extras& extras) {
+    double deviation = 0.0;
+    const std::vector<PathVertex> broken =
+        exchange::BreakArcs(path, m_options.tolerance, deviation);
     WriteSpace(entity, broken, extras);
-    return {DxfFate::Converted, "POLYLINE in space, its arcs broken into lines",
-            fitter.GetDeviation()};
+    return {DrawingFate::Converted, "POLYLINE in space, its arcs broken into lines", deviation};
 }
 
-DxfOutcome LineWriter::KeepArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
-                                const Extras& extras) {
+DrawingOutcome LineWriter::KeepArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
+                                    const Extras& extras) {
     double deviation = 0.0;
     std::vector<PathVertex> straight;
     const auto flush = [&] {
@@ -212,8 +191,8 @@ DxfOutcome LineWriter::KeepArcs(const CqCadEntity& entity, const std::vector<Pat
         WriteLevel(entity, {from, {to.at, 0.0}}, extras);
     }
     flush();
-    return {DxfFate::Converted, "several polylines, each arc level between the heights of its ends",
-            deviation};
+    return {DrawingFate::Converted,
+            "several polylines, each arc level between the heights of its ends", deviation};
 }
 
 }  // namespace cqsurvey::exchange::dxf

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "cqsurvey/exchange/DxfWriter.h"
-#include "exchange/dxf/CurveFitter.h"
+#include "exchange/drawing/CurveFitter.h"
 #include "exchange/dxf/write/Contents.h"
 #include "exchange/dxf/write/EntityFrame.h"
 #include "exchange/dxf/write/GroupWriter.h"
@@ -16,9 +16,10 @@ class LineWriter {
  public:
     LineWriter(GroupWriter& out, Contents& contents, const DxfWriteOptions& options);
 
-    [[nodiscard]] DxfOutcome Circle(const CqCadEntity& entity);
+    [[nodiscard]] DrawingOutcome Circle(const CqCadEntity& entity);
     /// `vertices` are those of the polyline `entity`; a height that is not a number is one.
-    [[nodiscard]] DxfOutcome Polyline(const CqCadEntity& entity, std::vector<PathVertex> vertices);
+    [[nodiscard]] DrawingOutcome Polyline(const CqCadEntity& entity,
+                                          std::vector<PathVertex> vertices);
 
  private:
     void WriteLevel(const CqCadEntity& entity, const std::vector<PathVertex>& path,
@@ -27,10 +28,10 @@ class LineWriter {
                        const Extras& extras);
     void WriteSpace(const CqCadEntity& entity, const std::vector<PathVertex>& path,
                     const Extras& extras);
-    DxfOutcome BreakArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
-                         const Extras& extras);
-    DxfOutcome KeepArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
-                        const Extras& extras);
+    DrawingOutcome BreakArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
+                             const Extras& extras);
+    DrawingOutcome KeepArcs(const CqCadEntity& entity, const std::vector<PathVertex>& path,
+                            const Extras& extras);
 
     GroupWriter& m_out;
     const DxfWriteOptions& m_options;

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "cqsurvey/Text.h"
-#include "exchange/dxf/Names.h"
+#include "exchange/drawing/Names.h"
 
 namespace cqsurvey::exchange::dxf {
 

@@ -57,11 +57,11 @@ void PointWriter::WriteDefinitions(GroupWriter& out, double height) {
     }
 }
 
-DxfOutcome PointWriter::Write(const CqCadEntity& entity) {
+DrawingOutcome PointWriter::Write(const CqCadEntity& entity) {
     bool noHeight = false;
     const Vec3 at = EntityFrame::PlaceOf(entity, noHeight);
     if (!IsFinite(at)) {
-        return {DxfFate::LeftOut, "its coordinates are not finite numbers"};
+        return {DrawingFate::LeftOut, "its coordinates are not finite numbers"};
     }
     const CString layer = m_contents.PointLayer(entity.GetLayer(), entity.GetCode());
     const CqHandle handle = m_db.GetCoordRecHandleByCadEntityHandle(entity.GetHandle());
@@ -87,9 +87,11 @@ DxfOutcome PointWriter::Write(const CqCadEntity& entity) {
         WriteInsert(entity, layer, at, noHeight, extras);
     }
     const bool moved = layer != entity.GetLayer();
-    return alone   ? DxfOutcome{DxfFate::Converted, "POINT, without its name, code and description"}
-           : moved ? DxfOutcome{DxfFate::Converted, "block CQPOINT, on the layer of its code"}
-                   : DxfOutcome{DxfFate::Taken, "block CQPOINT"};
+    return alone ? DrawingOutcome{DrawingFate::Converted,
+                                  "POINT, without its name, code and description"}
+           : moved
+               ? DrawingOutcome{DrawingFate::Converted, "block CQPOINT, on the layer of its code"}
+               : DrawingOutcome{DrawingFate::Taken, "block CQPOINT"};
 }
 
 void PointWriter::WritePoint(const CqCadEntity& entity, const CString& layer, const Vec3& at,

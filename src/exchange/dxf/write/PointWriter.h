@@ -17,7 +17,7 @@ class PointWriter {
     PointWriter(CqSurveyDB& db, GroupWriter& out, Contents& contents,
                 const DxfWriteOptions& options);
 
-    [[nodiscard]] DxfOutcome Write(const CqCadEntity& entity);
+    [[nodiscard]] DrawingOutcome Write(const CqCadEntity& entity);
 
     /// The entities of the block.
     static void WriteDefinitions(GroupWriter& out, double height);

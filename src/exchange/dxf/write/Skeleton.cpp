@@ -6,7 +6,7 @@
 #include <span>
 
 #include "cqsurvey/Text.h"
-#include "exchange/dxf/Extras.h"
+#include "exchange/drawing/Extras.h"
 #include "exchange/dxf/LineTypes.h"
 #include "exchange/dxf/PointBlock.h"
 #include "exchange/dxf/write/PointWriter.h"

@@ -58,14 +58,14 @@ CString EscapePercent(const CString& text) {
     return EscapeUnicode(out);
 }
 
-DxfOutcome TextWriter::Write(const CqCadEntity& entity) {
+DrawingOutcome TextWriter::Write(const CqCadEntity& entity) {
     bool noHeight = false;
     const Vec3 at = EntityFrame::PlaceOf(entity, noHeight);
     if (!IsFinite(at) || !std::isfinite(entity.GetHeight()) || !std::isfinite(entity.GetRot())) {
-        return {DxfFate::LeftOut, "its numbers are not finite"};
+        return {DrawingFate::LeftOut, "its numbers are not finite"};
     }
     if (entity.GetText().empty()) {
-        return {DxfFate::LeftOut, "it has no text"};
+        return {DrawingFate::LeftOut, "it has no text"};
     }
     const Align align = AlignOf(entity);
     const bool lines = entity.GetText().find(u'\n') != CString::npos;
@@ -81,11 +81,11 @@ DxfOutcome TextWriter::Write(const CqCadEntity& entity) {
     }
     if (!lines) {
         WriteLine(entity, entity.GetText(), at, extras);
-        return {DxfFate::Taken, "TEXT"};
+        return {DrawingFate::Taken, "TEXT"};
     }
     if (!m_out.IsR12()) {
         WriteLines(entity, at, extras);
-        return {DxfFate::Taken, "MTEXT"};
+        return {DrawingFate::Taken, "MTEXT"};
     }
     const double angle = entity.GetRot() * std::numbers::pi / 180.0;
     Vec3 line = at;
@@ -100,7 +100,7 @@ DxfOutcome TextWriter::Write(const CqCadEntity& entity) {
         line.y -= kLineStep * entity.GetHeight() * std::cos(angle);
         begin = end + 1;
     }
-    return {DxfFate::Converted, "a TEXT for each of its lines"};
+    return {DrawingFate::Converted, "a TEXT for each of its lines"};
 }
 
 void TextWriter::WriteLine(const CqCadEntity& entity, const CString& line, const Vec3& at,

@@ -18,7 +18,7 @@ class TextWriter {
     TextWriter(GroupWriter& out, Contents& contents)
         : m_out(out), m_contents(contents), m_frame(out, contents) {}
 
-    [[nodiscard]] DxfOutcome Write(const CqCadEntity& entity);
+    [[nodiscard]] DrawingOutcome Write(const CqCadEntity& entity);
 
  private:
     void WriteLine(const CqCadEntity& entity, const CString& line, const Vec3& at,

@@ -42,9 +42,9 @@ std::string FaultOf(const std::string& text) {
 }
 
 /// The only row of the report.
-DxfRow RowOf(const std::string& entities, const DxfReadOptions& options = {}) {
+DrawingRow RowOf(const std::string& entities, const DxfReadOptions& options = {}) {
     DrawnJob job;
-    const DxfReport report = job.Draw(entities, options);
+    const DrawingReport report = job.Draw(entities, options);
     EXPECT_EQ(report.GetRows().size(), 1U);
     return report.GetRows().at(0);
 }
@@ -75,8 +75,8 @@ TEST(DxfReaderTest, FrameVerticesOfASplinedPolylineAreNotOnIt) {
 }
 
 TEST(DxfReaderTest, WidthsAreLostAndSaidToBe) {
-    const DxfRow row = RowOf("0 LWPOLYLINE|8 A|90 2|43 0.5|10 0|20 0|10 1|20 0");
-    EXPECT_EQ(row.fate, DxfFate::Converted);
+    const DrawingRow row = RowOf("0 LWPOLYLINE|8 A|90 2|43 0.5|10 0|20 0|10 1|20 0");
+    EXPECT_EQ(row.fate, DrawingFate::Converted);
     EXPECT_EQ(row.what, "polyline, without its width");
     EXPECT_EQ(row.layer, "A");
     EXPECT_EQ(row.kind, "LWPOLYLINE");
@@ -102,8 +102,9 @@ TEST(DxfReaderTest, ATiltedCircleIsFittedWithinTheTolerance) {
     DxfReadOptions options;
     options.tolerance = 0.01;
     DrawnJob job;
-    const DxfReport report = job.Draw("0 CIRCLE|10 0|20 0|40 10|210 0|220 0.6|230 0.8", options);
-    EXPECT_EQ(report.Get(DxfFate::Converted), 1U);
+    const DrawingReport report =
+        job.Draw("0 CIRCLE|10 0|20 0|40 10|210 0|220 0.6|230 0.8", options);
+    EXPECT_EQ(report.Get(DrawingFate::Converted), 1U);
     EXPECT_GT(report.GetDeviation(), 0.0);
     EXPECT_LE(report.GetDeviation(), 0.01);
     CVector low;
@@ -119,8 +120,8 @@ TEST(DxfReaderTest, EllipsesAndSplinesAreFittedWithinTheTolerance) {
           "0 SPLINE|71 3|72 8|73 4|74 0|40 0|40 0|40 0|40 0|40 1|40 1|40 1|40 1|10 0|20 0|10 0|"
           "20 10|10 10|20 -10|10 10|20 0"}) {
         DrawnJob job;
-        const DxfReport report = job.Draw(entity);
-        EXPECT_EQ(report.Get(DxfFate::Converted), 1U) << entity;
+        const DrawingReport report = job.Draw(entity);
+        EXPECT_EQ(report.Get(DrawingFate::Converted), 1U) << entity;
         EXPECT_EQ(report.polylines, 1U);
         EXPECT_GT(report.GetDeviation(), 0.0);
         EXPECT_LE(report.GetDeviation(), 0.001);
@@ -154,7 +155,7 @@ TEST(DxfReaderTest, AnMTextIsPlainTextInLines) {
 TEST(DxfReaderTest, ATextInAMirroredBlockIsNotMirroredAndSaidNotToBe) {
     const std::string block = "0 BLOCK|2 B|10 0|20 0|0 TEXT|8 0|10 1|20 0|40 2|1 x|0 ENDBLK";
     DrawnJob job;
-    const DxfReport report =
+    const DrawingReport report =
         job.Read(DxfText{.blocks = block, .entities = "0 INSERT|2 B|10 0|20 0|41 -1"}.Make());
     EXPECT_EQ(job.List(), List{"text x -1,0,0 h2 r180 a00"});
     EXPECT_EQ(report.GetRows().back().what, "text, not mirrored");
@@ -293,7 +294,7 @@ TEST(DxfReaderTest, WhatIsNoDxfFileIsAnError) {
 
 TEST(DxfReaderTest, NumbersThatAreNotFiniteLeaveTheirEntityOut) {
     for (const char* number : {"nan", "inf", "-inf", "1e999", "1e300"}) {
-        const DxfRow row = RowOf(std::string("0 LINE|8 0|10 ") + number + "|20 0|11 1|21 1");
+        const DrawingRow row = RowOf(std::string("0 LINE|8 0|10 ") + number + "|20 0|11 1|21 1");
         EXPECT_EQ(row.what, "its numbers are not finite, or too large") << number;
     }
 }
@@ -320,7 +321,7 @@ TEST(DxfReaderTest, ALayerOfAJobThatHasADrawingKeepsItsColour) {
     DrawnJob job;
     job.db.AddLayer(u"Road", 2, 0);
     static_cast<void>(job.Draw("0 LINE|8 Road|10 0|20 0|11 1|21 1"));
-    const DxfReport report = job.Read(DxfText{.tables = "0 LAYER|2 Road|70 0|62 5"}.Make());
+    const DrawingReport report = job.Read(DxfText{.tables = "0 LAYER|2 Road|70 0|62 5"}.Make());
     EXPECT_EQ(job.db.GetLayerColor(u"Road"), 2);
     EXPECT_EQ(report.GetNotes().back(),
               "the job's layer \"Road\" keeps its colour, line and visibility, which differ from "
@@ -345,10 +346,10 @@ TEST(DxfReaderTest, EntitiesHaveTheirColourLineAndVisibility) {
 
 TEST(DxfReaderTest, PaperSpaceAndUnknownKindsAreLeftOutAndCounted) {
     DrawnJob job;
-    const DxfReport report = job.Draw(
+    const DrawingReport report = job.Draw(
         "0 LINE|67 1|8 0|10 0|20 0|11 1|21 1|0 3DSOLID|8 Body|1 abc|0 WIPEOUT|8 0|310 00FF");
     EXPECT_TRUE(job.List().empty());
-    EXPECT_EQ(report.Get(DxfFate::LeftOut), 3U);
+    EXPECT_EQ(report.Get(DrawingFate::LeftOut), 3U);
     EXPECT_EQ(report.GetSum(), 3U);
     EXPECT_EQ(report.GetRows().at(0).kind, "3DSOLID");
     EXPECT_EQ(report.GetRows().at(0).layer, "Body");
@@ -376,7 +377,7 @@ TEST(DxfReaderTest, LengthsAreScaledWhenBothUnitsAreKnown) {
 TEST(DxfReaderTest, TheVersionDecidesOnTheEncodingBeforeTheCodePage) {
     const auto layerOf = [](const char* version, const char* page, const std::string& bytes) {
         DrawnJob job;
-        const DxfReport report = job.Read(
+        const DrawingReport report = job.Read(
             DxfText{.header = std::string("9 $ACADVER|1 ") + version + "|9 $DWGCODEPAGE|3 " + page,
                     .entities = "0 CIRCLE|8 " + bytes + "|10 0|20 0|40 1"}
                 .Make());
@@ -441,18 +442,18 @@ TEST(DxfReaderTest, PointsAreNamedAfterTheNearestTextsEachTextOnce) {
 
 TEST(DxfReaderTest, TheReportAccountsForEveryEntity) {
     DrawnJob job;
-    const DxfReport report = job.Read(
+    const DrawingReport report = job.Read(
         DxfText{.blocks = kSquare,
                 .entities = "0 LINE|8 A|10 0|20 0|11 1|21 1|0 LINE|8 A|10 0|20 0|11 1|21 1|"
                             "0 INSERT|8 A|2 S|10 0|20 0|0 INSERT|8 A|2 gone|10 0|20 0|0 RAY|8 A"}
             .Make());
     EXPECT_EQ(report.GetSum(), 5U);
     EXPECT_EQ(report.GetInBlocks(), 2U);
-    EXPECT_EQ(report.Get(DxfFate::Taken), 2U);
-    EXPECT_EQ(report.Get(DxfFate::Converted), 1U);
-    EXPECT_EQ(report.Get(DxfFate::LeftOut), 2U);
+    EXPECT_EQ(report.Get(DrawingFate::Taken), 2U);
+    EXPECT_EQ(report.Get(DrawingFate::Converted), 1U);
+    EXPECT_EQ(report.Get(DrawingFate::LeftOut), 2U);
     std::vector<std::string> rows;
-    for (const DxfRow& row : report.GetRows()) {
+    for (const DrawingRow& row : report.GetRows()) {
         rows.push_back(std::to_string(row.count) + " " + row.kind + (row.inBlock ? "*" : "") +
                        ": " + row.what);
     }

@@ -21,55 +21,6 @@ using List = std::vector<std::string>;
 constexpr std::array kVersions{DxfVersion::R12, DxfVersion::R2000, DxfVersion::R2018};
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
-CqHandle DrawPath(CqSurveyDB& db, const std::vector<std::array<double, 4>>& vertices,
-                  int line = 256, int code = 0) {
-    CqCadEntityList* list = db.StartPline(line, code);
-    for (const auto& vertex : vertices) {
-        db.AddVertex(list, vertex.data(), vertex[3]);
-    }
-    return db.EndPline(list);
-}
-
-/// Everything that the file keeps of an entity.
-List Details(CqSurveyDB& db) {
-    List list;
-    for (const CqCadEntityPtr& entity : Entities(db)) {
-        CqCoordRec record;
-        CString description;
-        if (entity->GetType() == EntSiPnt) {
-            const CqHandle point = db.GetCoordRecHandleByCadEntityHandle(entity->GetHandle());
-            static_cast<void>(db.GetCoordRec(point, record));
-            db.GetCoordDescription(point, description);
-        }
-        list.push_back(
-            std::to_string(entity->GetType()) + " " + ToUtf8(entity->GetLayer()) + " " +
-            std::to_string(entity->GetColor()) + " " + Place(*entity) + " b" +
-            std::to_string(entity->GetBulge()) + " l" + std::to_string(entity->GetLine()) + " c" +
-            std::to_string(entity->GetCode()) + " " + ToUtf8(entity->GetName()) +
-            ToUtf8(entity->GetText()) + " a" + std::to_string(entity->GetAlign()) + " s" +
-            ToUtf8(entity->GetStyle()) + " h" + std::to_string(entity->GetHeight()) + " r" +
-            std::to_string(entity->GetRot()) + " R" + std::to_string(entity->GetRadius()) + " o" +
-            std::to_string(entity->GetOptionStyle()) + "," + std::to_string(entity->GetInterval()) +
-            "," + std::to_string(entity->GetThickness()) + " p" +
-            std::to_string(static_cast<int>(record.GetType())) + "," +
-            std::to_string(record.GetFlags()) + "," + ToUtf8(db.GetGroupName(record.GetGroup())) +
-            "," + ToUtf8(description));
-    }
-    return list;
-}
-
-List LayersOf(CqSurveyDB& db) {
-    List list;
-    CString name;
-    int color = 0;
-    for (CqHandle handle = db.GetFirstLayerHandle();
-         handle != 0 && db.GetNextLayer(handle, name, color) != 0;) {
-        list.push_back(ToUtf8(name) + " " + std::to_string(color) + " " +
-                       std::to_string(db.GetLayerLine(name)));
-    }
-    return list;
-}
-
 /// Writes the job in the version and reads the file into a new one.
 void ExpectSameJob(DrawnJob& job, DxfWriteOptions options = {}) {
     for (const DxfVersion version : kVersions) {
@@ -170,12 +121,12 @@ TEST(DxfWriterTest, ArcsInSpaceAreBrokenWithinTheToleranceOrKeptLevel) {
     DrawPath(job.db, {{0, 0, 10, 0}, {5, 0, 20, 1}, {15, 0, 40, 0}, {20, 0, 50, 0}});
     std::string text;
     DxfWriter writer(job.db, {.tolerance = 0.01}, [&](std::string_view bytes) { text += bytes; });
-    const DxfReport report = writer.Write();
-    EXPECT_EQ(report.Get(DxfFate::Converted), 1U);
+    const DrawingReport report = writer.Write();
+    EXPECT_EQ(report.Get(DrawingFate::Converted), 1U);
     EXPECT_GT(report.GetDeviation(), 0.0);
     EXPECT_LE(report.GetDeviation(), 0.01);
     DrawnJob broken;
-    const DxfReport read = broken.Read(text);
+    const DrawingReport read = broken.Read(text);
     EXPECT_EQ(read.polylines, 1U);
     EXPECT_GT(read.vertices, 20U);
     EXPECT_EQ(broken.List().at(0).find('('), std::string::npos);
@@ -192,7 +143,7 @@ TEST(DxfWriterTest, LayersThatDifferOnlyInCaseOrHoldForbiddenSignsAreRenamedAndS
     job.db.AddLayer(u"ROAD", 2, 0);
     job.db.AddLayer(u"a/b:c", 3, 0);
     std::string text;
-    const DxfReport report =
+    const DrawingReport report =
         DxfWriter(job.db, {}, [&](std::string_view bytes) { text += bytes; }).Write();
     DrawnJob back;
     static_cast<void>(back.Read(text));
@@ -204,7 +155,7 @@ TEST(DxfWriterTest, PointsAloneLoseTheirNamesAndTheReportSaysSo) {
     DrawnJob job;
     DrawPoint(job.db, u"P1", 1, 2, 3, 4);
     std::string text;
-    const DxfReport report =
+    const DrawingReport report =
         DxfWriter(job.db, {.points = DxfPoints::Point}, [&](std::string_view bytes) {
             text += bytes;
         }).Write();
@@ -230,9 +181,9 @@ TEST(DxfWriterTest, WhatCannotBeWrittenIsLeftOutWithTheReason) {
     DrawText(job.db, u"", 1, 2, 3);
     DrawPoint(job.db, u"P", HUGE_VAL, 2);
     DrawLine(job.db, {{0, 0, 0}, {kNone, 1, 0}});
-    const DxfReport report = DxfWriter(job.db, {}, [](std::string_view) {}).Write();
+    const DrawingReport report = DxfWriter(job.db, {}, [](std::string_view) {}).Write();
     EXPECT_EQ(report.GetSum(), 5U);
-    EXPECT_EQ(report.Get(DxfFate::LeftOut), 5U);
+    EXPECT_EQ(report.Get(DrawingFate::LeftOut), 5U);
 }
 
 TEST(DxfWriterTest, TheHeaderSaysUnitExtentsAndCodePage) {

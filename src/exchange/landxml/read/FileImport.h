@@ -1,0 +1,127 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cqsurvey/exchange/LandXmlReader.h"
+#include "exchange/drawing/SurveyPoints.h"
+#include "exchange/landxml/read/FeatureDrawer.h"
+#include "exchange/landxml/read/Meaning.h"
+#include "exchange/xml/XmlParser.h"
+
+namespace cqsurvey::exchange::landxml {
+
+/// Reads one file into a job, element by element. Each open element has a role, which says what the
+/// elements inside it are; an element that is neither a container nor a part of another is counted
+/// in the report. A feature whose points are all known is drawn when it ends. From the first one on
+/// that has to wait for a point, all wait until the end of the file, so that they stay in order. It
+/// begins no step of its own.
+class FileImport : private XmlHandler {
+ public:
+    FileImport(TextSource& source, const LandXmlReadOptions& options, CqSurveyDB& db,
+               DrawingReport& report);
+
+    void Run();
+
+ private:
+    enum class Role {
+        Root,
+        Part,     // of what is open around it; nothing inside it counts
+        LeftOut,  // with all that is in it
+        Project,
+        Points,  // CgPoints
+        Point,
+        Features,  // a container of features
+        Feature,   // PlanFeature, Alignment or Parcel
+        Geometry,  // CoordGeom
+        Segment,
+        Place,
+        List,  // of places
+        Surface,
+        SurfacePoint,
+        SurfaceLine,
+        Ours,  // what LandXmlWriter keeps for a job
+        Property
+    };
+    struct Open {
+        Role role = Role::Part;
+        std::string_view reason = {};  // of what is left out
+    };
+    struct WaitingPoint {
+        PointDetails details;
+        std::string name;
+        Place place;
+        std::uint64_t line = 0;
+        bool sound = true;
+    };
+    struct Collection {
+        CString name;
+        std::vector<WaitingPoint> points;
+        Extras extras;
+    };
+
+    void Begin(const XmlElement& element) override;
+    void End(std::string_view name) override;
+    void Text(std::string_view piece) override;
+
+    [[nodiscard]] Open BeginInside(const XmlElement& element);
+    [[nodiscard]] Open BeginInRoot(const XmlElement& element);
+    [[nodiscard]] Open BeginInPoints(const XmlElement& element);
+    [[nodiscard]] Open BeginInFeature(const XmlElement& element);
+    [[nodiscard]] Open BeginSegment(const XmlElement& element);
+    [[nodiscard]] Open BeginInSegment(const XmlElement& element);
+    [[nodiscard]] Open BeginInSurface(const XmlElement& element);
+    [[nodiscard]] Open BeginFeature(const XmlElement& element);
+    [[nodiscard]] Open BeginOther(const XmlElement& element);
+    [[nodiscard]] Open LeaveOut(const XmlElement& element, std::string_view reason);
+    void ReadRoot(const XmlElement& element);
+    void NoteLost(const XmlElement& element, std::initializer_list<std::string_view> known);
+
+    void EndPoint();
+    void EndPlace(std::string_view name);
+    void EndList(std::string_view name);
+    void EndOurs();
+    void EndFeature();
+    void EndSurfaceLine(std::string_view name);
+    void RecordPoints(Collection& collection);
+    DrawingOutcome RecordPoint(WaitingPoint& point, const Collection& collection);
+    void RecordLatePoints();
+    void Finish();
+
+    TextSource& m_source;
+    LandXmlReadOptions m_options;
+    DrawingReport& m_report;
+    XmlParser m_parser;
+    Meaning m_meaning;
+    Drawing m_drawing;
+    LayerMap m_layers;
+    SurveyPoints m_points;
+    FeatureDrawer m_drawer;
+    PlaceTable m_places;
+
+    std::vector<Open> m_open;
+    std::string m_text;
+    bool m_takesText = false;
+    std::vector<Collection> m_collections;
+    WaitingPoint m_point;
+    std::deque<std::pair<Collection, WaitingPoint>> m_late;  // named after points that come later
+    std::vector<Feature> m_features;                         // open ones, parcels in parcels
+    std::deque<Feature> m_waiting;
+    Segment m_segment;
+    Place m_place;
+    Extras m_ours;
+    std::string m_container;  // the name of the collection of features
+    std::string m_surface;
+    Feature m_surfaceLine;
+    double m_contour = 0.0;
+    bool m_hasContour = false;
+    std::map<std::string, std::set<std::string>, std::less<>> m_lost;  // attributes by element
+    std::uint64_t m_elements = 0;
+};
+
+}  // namespace cqsurvey::exchange::landxml

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cqsurvey/Types.h"
+#include "exchange/drawing/Vec3.h"
+
+namespace cqsurvey::exchange::landxml {
+
+/// A place of the file in the job's unit. LandXML writes "northing easting" or "northing easting
+/// height"; or names a point that stands elsewhere.
+struct Place {
+    Vec3 at;
+    bool hasHeight = false;
+    bool known = false;   ///< it has coordinates
+    std::string ref;      ///< the point that it names; empty: none
+    CqHandle entity = 0;  ///< the survey point there; 0: none
+};
+
+/// The places that a text lists, `size` (2 or 3) numbers each; nothing when it does not.
+[[nodiscard]] std::optional<std::vector<Place>> ReadPlaces(std::string_view text, int size,
+                                                           double scale);
+
+/// The place of a text with two or three numbers; nothing for any other text.
+[[nodiscard]] std::optional<Place> ReadPlace(std::string_view text, double scale);
+
+/// A number as LandXML writes it; nothing for another text. "INF" is infinity.
+[[nodiscard]] std::optional<double> ReadNumber(std::string_view text);
+
+/// The points of a file by their names. Of two with the same name, the first counts.
+class PlaceTable {
+ public:
+    /// A place that names another point is found later.
+    void Add(const std::string& name, const Place& place);
+
+    /// Gives a place that names a point what is known of it, over any number of names. False when
+    /// the place has no coordinates then: there is no such point so far, or its names go in a
+    /// circle.
+    [[nodiscard]] bool Resolve(Place& place) const;
+
+ private:
+    std::map<std::string, Place, std::less<>> m_places;
+};
+
+}  // namespace cqsurvey::exchange::landxml
