@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <fstream>
 
 #include "store/DatabasePage.h"
 #include "store/OtherProcess.h"
@@ -367,6 +369,15 @@ int RecordLargeSteps(const CString& path, int word) {
     }
 }
 
+/// Returns when another process has written a part of a step to the file.
+void WaitForOpenStep(const std::string& path) {
+    std::array<char, DatabaseHeader::kSize> start{};
+    do {
+        usleep(1000);
+        std::ifstream(path, std::ios::binary).read(start.data(), start.size());
+    } while (DatabaseHeader(reinterpret_cast<const std::byte*>(start.data())).IsStepWhole());
+}
+
 /// Whether all records and all bytes of the file are of the same step.
 bool IsOfOneStep(const CString& mount) {
     const Contents contents = ReadContents(mount);
@@ -401,7 +412,11 @@ TEST_F(CheckedVfsTest, AKilledJobWithoutItsJournalOrWithAnotherOneIsNeverHalfOld
             for (std::uint32_t wait = 1 + random.Below(2); wait != 0; --wait) {
                 ASSERT_EQ(recorder.Hear(), 'r');
             }
-            usleep(random.Below(500000));
+            if (kill % 2 == 0) {
+                WaitForOpenStep(m_host);
+            } else {
+                usleep(random.Below(500000));
+            }
             ASSERT_EQ(::kill(recorder.Id(), SIGKILL), 0);
             EXPECT_EQ(recorder.Finish(), -1);
         }
