@@ -109,14 +109,13 @@ TEST(SimaReaderTest, AFileInMetresIsScaledToTheUnitOfTheJob) {
 }
 
 TEST(SimaReaderTest, WhatIsNoSimaOrCutOffIsAnErrorWithTheLine) {
-    EXPECT_EQ(FaultOf(""), "text, line 1: the file is empty");
-    EXPECT_EQ(FaultOf("P1,1,2,3\n"),
-              "text, line 1: this is no SIMA file: \"P1\" is no kind of record");
+    EXPECT_EQ(FaultOf(""), "text:1: the file is empty");
+    EXPECT_EQ(FaultOf("P1,1,2,3\n"), "text:1: this is no SIMA file: \"P1\" is no kind of record");
     EXPECT_EQ(FaultOf("A00\nA01,1,P,1,2\n"),
-              "text, line 2: the file is cut off: what begins in line 1 has no end");
+              "text:2: the file is cut off: what begins in line 1 has no end");
     EXPECT_EQ(FaultOf("A00\nD00,1,X\n"),
-              "text, line 2: \"D00\" begins before what begins in line 1 has its end");
-    EXPECT_EQ(FaultOf("Z00\n" + std::string(70000, 'x')), "text, line 2: the line is too long");
+              "text:2: \"D00\" begins before what begins in line 1 has its end");
+    EXPECT_EQ(FaultOf("Z00\n" + std::string(70000, 'x')), "text:2: the line is too long");
 }
 
 TEST(SimaReaderTest, AnyLineEndAndTheOldEndMarkWillDo) {
