@@ -3,8 +3,10 @@
 /// Reads and writes other formats than the job's own: everything an application needs.
 ///
 /// Field text files are the lists of points that surveyors exchange as CSV and the like:
-/// FieldTextReader reads a file into an open job, FieldTextWriter makes the lines of a file. DXF
-/// files are drawings: DxfReader reads one into an open job, DxfWriter writes a job as one.
+/// FieldTextReader reads a file into an open job, FieldTextWriter makes the lines of a file. DXF,
+/// LandXML and SIMA files are drawings: DxfReader, LandXmlReader and SimaReader read one into an open
+/// job, DxfWriter, LandXmlWriter and SimaWriter write a job as one. GeoJsonWriter and KmlWriter write
+/// one for the globe.
 /// JobInspection looks for mistakes in the points of a job, such as those that come with a file.
 
 #include "cqsurvey/exchange/ColumnOrder.h"

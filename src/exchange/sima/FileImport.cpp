@@ -41,7 +41,7 @@ FileImport::FileImport(TextSource& source, const SimaReadOptions& options, CqSur
                options.jobName) {}
 
 void FileImport::Fail(std::uint64_t line, const std::string& text) const {
-    throw ExchangeError(fmt::format("{}, line {}: {}", Printable(m_source.GetName()), line, text));
+    throw ExchangeError(fmt::format("{}:{}: {}", Printable(m_source.GetName()), line, text));
 }
 
 /// The next line without its end; false at the end of the file.

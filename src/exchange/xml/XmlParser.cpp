@@ -90,7 +90,7 @@ std::uint64_t XmlParser::GetLine() const {
 }
 
 void XmlParser::Fail(std::uint64_t line, const std::string& text) const {
-    throw ExchangeError(fmt::format("{}, line {}: {}", Printable(m_source.GetName()), line, text));
+    throw ExchangeError(fmt::format("{}:{}: {}", Printable(m_source.GetName()), line, text));
 }
 
 void XmlParser::FailToParse() const {

@@ -134,6 +134,16 @@ TEST(LandXmlReaderTest, ANameThatTheJobHasIsLeftOutOrGetsANumber) {
     EXPECT_EQ(Drawn(text, options), (List{"point A 2,1,-", "point A_2 4,3,-"}));
 }
 
+TEST(LandXmlReaderTest, ALongNameIsCutAndItsLinesFindItByTheWholeName) {
+    LandXmlJob job;
+    const DrawingReport report = job.Read(LandXmlText(
+        "<CgPoints><CgPoint name=\"a name of more than nineteen\">1 2</CgPoint></CgPoints>" +
+        PlanFeatureText("<Line><Start pntRef=\"a name of more than nineteen\"/><End>3 4</End>"
+                        "</Line>")));
+    EXPECT_EQ(job.List(), (List{"point a name of more tha 2,1,-", "line 2,1,- 4,3,-"}));
+    EXPECT_EQ(report.GetRows().front().what, "survey point, its name cut to 19 characters");
+}
+
 // ---- Lines ----
 
 TEST(LandXmlReaderTest, SegmentsThatFollowEachOtherAreOnePolyline) {
@@ -433,7 +443,7 @@ TEST(LandXmlReaderTest, AFileOfAnotherSystemIsRefusedUnlessAnyWillDo) {
 
 TEST(LandXmlReaderTest, AUnitAfterTheFirstCoordinatesIsAnError) {
     EXPECT_NE(FaultOf("<LandXML><CgPoints/><Units><Metric linearUnit=\"meter\"/></Units></LandXML>")
-                  .find("line 1: the file tells its unit after the first coordinates"),
+                  .find(":1: the file tells its unit after the first coordinates"),
               std::string::npos);
 }
 
@@ -487,12 +497,11 @@ TEST(LandXmlReaderTest, Utf16IsReadInEitherByteOrder) {
 }
 
 TEST(LandXmlReaderTest, WhatIsNoLandXmlOrCutOffIsAnErrorWithTheLine) {
-    EXPECT_EQ(FaultOf(""), "text, line 1: the file is empty");
-    EXPECT_EQ(FaultOf("<kml/>"),
-              "text, line 1: this is no LandXML file: its first element is \"kml\"");
+    EXPECT_EQ(FaultOf(""), "text:1: the file is empty");
+    EXPECT_EQ(FaultOf("<kml/>"), "text:1: this is no LandXML file: its first element is \"kml\"");
     EXPECT_EQ(FaultOf("<LandXML>\n<CgPoints>\n<CgPoint name=\"A\">1 2</CgPoint>\n"),
-              "text, line 4: the file is cut off: \"CgPoints\" of line 2 is not closed");
-    EXPECT_NE(FaultOf("<LandXML>\n<a></b></LandXML>").find("line 2: this is no sound XML"),
+              "text:4: the file is cut off: \"CgPoints\" of line 2 is not closed");
+    EXPECT_NE(FaultOf("<LandXML>\n<a></b></LandXML>").find(":2: this is no sound XML"),
               std::string::npos);
     EXPECT_NE(FaultOf("<?xml version=\"1.0\" encoding=\"klingon\"?><LandXML/>")
                   .find("the encoding \"klingon\" is not known"),
@@ -515,10 +524,10 @@ TEST(LandXmlReaderTest, EntitiesAreRefusedBeforeTheyGrow) {
     std::string text = "<!DOCTYPE LandXML [<!ENTITY a \"aaaaaaaaaa\">";
     text += "<!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\">]><LandXML>&b;</LandXML>";
     EXPECT_EQ(FaultOf(text),
-              "text, line 1: the file declares the entity \"a\", and entities are not expanded");
+              "text:1: the file declares the entity \"a\", and entities are not expanded");
     EXPECT_EQ(FaultOf("<!DOCTYPE LandXML [<!ENTITY x SYSTEM \"file:///etc/passwd\">]><LandXML>&x;"
                       "</LandXML>"),
-              "text, line 1: the file declares the entity \"x\", and entities are not expanded");
+              "text:1: the file declares the entity \"x\", and entities are not expanded");
 }
 
 TEST(LandXmlReaderTest, ElementsWithoutEndAreRefused) {

@@ -87,6 +87,15 @@ TEST(SimaReaderTest, ACornerIsFoundByItsNameWhenItsNumberIsAnothers) {
               "corner of a parcel; its number is that of a point of another name");
 }
 
+TEST(SimaReaderTest, ALongNameIsCutAndANameThatTheJobHasIsLeftOutOrGetsANumber) {
+    const std::string text = "A00\nA01,1,a name of more than nineteen,1,2\nA01,2,P,3,4\n"
+                             "A01,3,P,5,6\nA99\n";
+    EXPECT_EQ(Drawn(text), (List{"point a name of more tha 2,1,-", "point P 4,3,-"}));
+    SimaReadOptions options;
+    options.duplicates = Duplicates::Rename;
+    EXPECT_EQ(Drawn(text, options).back(), "point P_2 6,5,-");
+}
+
 TEST(SimaReaderTest, AParcelMayComeBeforeItsPoints) {
     EXPECT_EQ(Drawn("D00,1,,1\nB01,1,P\nB01,2,Q\nB01,3,R\nD99\n"
                     "A00\nA01,1,P,1,2\nA01,2,Q,3,4\nA01,3,R,5,9\nA99\n")
@@ -109,14 +118,13 @@ TEST(SimaReaderTest, AFileInMetresIsScaledToTheUnitOfTheJob) {
 }
 
 TEST(SimaReaderTest, WhatIsNoSimaOrCutOffIsAnErrorWithTheLine) {
-    EXPECT_EQ(FaultOf(""), "text, line 1: the file is empty");
-    EXPECT_EQ(FaultOf("P1,1,2,3\n"),
-              "text, line 1: this is no SIMA file: \"P1\" is no kind of record");
+    EXPECT_EQ(FaultOf(""), "text:1: the file is empty");
+    EXPECT_EQ(FaultOf("P1,1,2,3\n"), "text:1: this is no SIMA file: \"P1\" is no kind of record");
     EXPECT_EQ(FaultOf("A00\nA01,1,P,1,2\n"),
-              "text, line 2: the file is cut off: what begins in line 1 has no end");
+              "text:2: the file is cut off: what begins in line 1 has no end");
     EXPECT_EQ(FaultOf("A00\nD00,1,X\n"),
-              "text, line 2: \"D00\" begins before what begins in line 1 has its end");
-    EXPECT_EQ(FaultOf("Z00\n" + std::string(70000, 'x')), "text, line 2: the line is too long");
+              "text:2: \"D00\" begins before what begins in line 1 has its end");
+    EXPECT_EQ(FaultOf("Z00\n" + std::string(70000, 'x')), "text:2: the line is too long");
 }
 
 TEST(SimaReaderTest, AnyLineEndAndTheOldEndMarkWillDo) {

@@ -1,0 +1,63 @@
+#include "exchange/landxml/read/Places.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace cqsurvey::exchange::landxml {
+namespace {
+
+TEST(PlacesTest, APlaceIsNorthingEastingAndPerhapsHeight) {
+    const auto place = ReadPlace(" 2\n1 3 ", 2.0);
+    ASSERT_TRUE(place);
+    EXPECT_EQ(place->at.x, 2.0);
+    EXPECT_EQ(place->at.y, 4.0);
+    EXPECT_EQ(place->at.z, 6.0);
+    EXPECT_TRUE(place->hasHeight);
+    EXPECT_FALSE(ReadPlace("2 1", 1.0)->hasHeight);
+    for (const char* text : {"", "1", "1 2 3 4", "1 two", "nan 1", "1,2"}) {
+        EXPECT_FALSE(ReadPlace(text, 1.0)) << text;
+    }
+}
+
+TEST(PlacesTest, AListHasAsManyNumbersForEachPlace) {
+    EXPECT_EQ(ReadPlaces("1 2 3 4", 2, 1.0)->size(), 2U);
+    EXPECT_EQ(ReadPlaces("1 2 3 4 5 6", 3, 1.0)->at(1).at.z, 6.0);
+    EXPECT_TRUE(ReadPlaces("", 3, 1.0)->empty());
+    EXPECT_FALSE(ReadPlaces("1 2 3 4", 3, 1.0));
+    EXPECT_FALSE(ReadPlaces("1 x", 2, 1.0));
+}
+
+TEST(PlacesTest, ANumberMayBeInfinite) {
+    EXPECT_TRUE(std::isinf(*ReadNumber("INF")));
+    EXPECT_EQ(ReadNumber("-1.5"), -1.5);
+    EXPECT_FALSE(ReadNumber(""));
+    EXPECT_FALSE(ReadNumber("inf"));
+}
+
+TEST(PlacesTest, TheFirstOfTwoPointsWithOneNameCounts) {
+    PlaceTable table;
+    table.Add("A", *ReadPlace("1 2", 1.0));
+    table.Add("A", *ReadPlace("3 4", 1.0));
+    Place place;
+    place.ref = "A";
+    ASSERT_TRUE(table.Resolve(place));
+    EXPECT_EQ(place.at.y, 1.0);
+}
+
+TEST(PlacesTest, AChainTiesToItsFirstSurveyPoint) {
+    PlaceTable table;
+    Place end = *ReadPlace("1 2", 1.0);
+    end.entity = 7;
+    table.Add("A", end);
+    Place alias;
+    alias.ref = "A";
+    table.Add("B", alias);
+    Place place;
+    place.ref = "B";
+    ASSERT_TRUE(table.Resolve(place));
+    EXPECT_EQ(place.entity, 7U);
+}
+
+}  // namespace
+}  // namespace cqsurvey::exchange::landxml
