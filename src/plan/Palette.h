@@ -18,10 +18,7 @@ inline constexpr Rgb kBlack{0, 0, 0};
 /// The colour of everything without a colour of its own: black, or white on a dark background.
 [[nodiscard]] Rgb InkOn(Rgb background);
 
-/// The colour of the drawing palette that `index` names: 1 to 9 are the pure colours and two greys,
-/// 10 to 249 a wheel of 24 hues in ten shades each, 250 to 255 greys from dark to white.
-///
-/// 7, 0 and every number outside the palette are the ink. So is a colour that cannot be told from
+/// The colour of the drawing palette (DrawingPalette.h) that `index` names. 7, 0 and every number outside the palette are the ink. So is a colour that cannot be told from
 /// the background.
 [[nodiscard]] Rgb PaletteColor(int index, Rgb background);
 
