@@ -1,5 +1,6 @@
 #include "exchange/drawing/Color.h"
 
+#include <initializer_list>
 #include <limits>
 
 #include "text/DrawingPalette.h"
