@@ -184,8 +184,10 @@ void EntityPainter::Draw(const PlanText& text) {
     const double height =
         text.height > 0.0 ? m_page.ToPage(text.height) : m_textHeight * kMillimetre;
     if (height > kLargest || height < kSmallest) {
-        m_page.AddNote("the text " + Quoted(text.lines.front()) + " is too " +
-                       (height > kLargest ? "large" : "small") + " to be drawn at this scale");
+        Unfit& unfit = height > kLargest ? m_tooLarge : m_tooSmall;
+        if (unfit.count++ == 0) {
+            unfit.first = Quoted(text.lines.front());
+        }
         ++m_lostTexts;
         return;
     }
@@ -234,6 +236,25 @@ void EntityPainter::Draw(const PlanText& text) {
     }
     cairo_restore(context);
     painter.SetHalo(std::nullopt);
+}
+
+void EntityPainter::AddNotes() {
+    const auto add = [this](const Unfit& unfit, const char* size) {
+        if (unfit.count == 1) {
+            m_page.AddNote("the text " + unfit.first + " is too " + size +
+                           " to be drawn at this scale");
+        } else if (unfit.count > 1) {
+            m_page.AddNote(Count(unfit.count, "text") + " are too " + size +
+                           " to be drawn at this scale; the first is " + unfit.first);
+        }
+    };
+    add(m_tooLarge, "large");
+    add(m_tooSmall, "small");
+    if (m_cutTexts > 0) {
+        m_page.AddNote("left out because the frame would cut " +
+                       std::string(m_cutTexts == 1 ? "it" : "them") + ": " +
+                       Count(m_cutTexts, "text"));
+    }
 }
 
 void EntityPainter::Draw(const PlanFrame& frame) {

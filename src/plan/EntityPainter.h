@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 
 #include "plan/LineStyles.h"
 #include "plan/Page.h"
@@ -38,13 +39,20 @@ class EntityPainter {
     /// How many texts were left out because they are too large or too small for the scale, or
     /// because the frame would have cut them.
     [[nodiscard]] std::size_t GetLostTexts() const { return m_lostTexts; }
-    /// How many of them the frame would have cut.
-    [[nodiscard]] std::size_t GetCutTexts() const { return m_cutTexts; }
+
+    /// Says on the page which texts were left out.
+    void AddNotes();
 
     /// The diameter of a point's symbol in points of 1/72 inch.
     [[nodiscard]] static double GetSize(const PlanPoint& point, double symbolSize);
 
  private:
+    /// Texts of a size that cannot be drawn.
+    struct Unfit {
+        std::size_t count = 0;
+        std::string first;  ///< for a message
+    };
+
     void Draw(const PlanPoint& point);
     void Draw(const PlanLine& line);
     void Draw(const PlanCircle& circle);
@@ -65,6 +73,8 @@ class EntityPainter {
     bool m_onlyHeights = false;
     std::size_t m_crosses = 0;  ///< in the path
     int m_crossColor = 0;
+    Unfit m_tooLarge;
+    Unfit m_tooSmall;
     std::size_t m_lostTexts = 0;
     std::size_t m_cutTexts = 0;
 };

@@ -140,11 +140,7 @@ void PlanPainter::PaintItems(const std::function<void(std::size_t)>& progress) {
         canvas.EndGroup();
     }
     m_part.objects -= std::min(m_part.objects, entities.GetLostTexts());
-    if (entities.GetCutTexts() > 0) {
-        m_page.AddNote(Count(entities.GetCutTexts(), "text") +
-                       " at the frame left out, because the frame would cut " +
-                       (entities.GetCutTexts() == 1 ? "it" : "them"));
-    }
+    entities.AddNotes();
 }
 
 void PlanPainter::PaintLabels() {
@@ -158,7 +154,7 @@ void PlanPainter::PaintLabels() {
 }
 
 void PlanPainter::PaintOutlines() {
-    constexpr double kLargest = 8.0 * kMillimetre;
+    constexpr double kLargest = 6.0 * kMillimetre;
     constexpr int kDashed = 1;
     m_page.GetCanvas().BeginGroup("Sheets");
     m_page.SetColor(m_page.GetInk());
@@ -172,7 +168,7 @@ void PlanPainter::PaintOutlines() {
         m_page.AddRectangle(box);
         m_page.Stroke();
         TextPainter& text = m_page.GetText();
-        const double height = std::min(kLargest, box.GetHeight() / 3);
+        const double height = std::min(kLargest, box.GetHeight() / 4);
         text.SetFont(height, true);
         text.SetHalo(m_page.GetBackground());
         const std::string digits = std::to_string(++number);

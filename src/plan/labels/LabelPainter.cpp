@@ -102,7 +102,9 @@ std::vector<LabelPainter::Row> LabelPainter::FindRows(const PlanPoint& point, bo
     }
     if (m_options.labelsOfCodes && !point.label.empty()) {
         const std::string label = PutHeight(point.label, FormatHeight(point));
-        if (!label.empty()) {
+        const bool said = std::any_of(rows.begin(), rows.end(),
+                                      [&](const Row& row) { return row.text == label; });
+        if (!label.empty() && !said) {
             rows.push_back({label, m_height * kHeightSize, color});
         }
     }

@@ -10,7 +10,7 @@ namespace {
 constexpr std::int64_t kMostCells = 4096;
 
 // A cell with so many boxes counts as full, so that searching one is never slow.
-constexpr std::size_t kCrowd = 64;
+constexpr std::size_t kCrowd = 32;
 
 std::uint64_t KeyOf(std::int32_t x, std::int32_t y) {
     return (static_cast<std::uint64_t>(static_cast<std::uint32_t>(x)) << 32U) |
@@ -49,6 +49,22 @@ void LabelPlacer::Take(const Box& box) {
             }
         }
     }
+}
+
+bool LabelPlacer::IsCrowded(const Box& box) const {
+    const Cells cells = FindCells(box);
+    if (IsLarge(cells)) {
+        return false;
+    }
+    for (std::int32_t x = cells.left; x <= cells.right; ++x) {
+        for (std::int32_t y = cells.top; y <= cells.bottom; ++y) {
+            const auto found = m_taken.find(KeyOf(x, y));
+            if (found == m_taken.end() || found->second.size() < kCrowd) {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
 bool LabelPlacer::IsFree(const Box& box) const {

@@ -23,6 +23,9 @@ class LabelPlacer {
     /// and for a box of more than some thousand cells.
     [[nodiscard]] bool IsFree(const Box& box) const;
 
+    /// True when very many boxes were taken everywhere in `box`, so that nothing in it is free.
+    [[nodiscard]] bool IsCrowded(const Box& box) const;
+
  private:
     struct Cells {
         std::int32_t left, top, right, bottom;

@@ -48,6 +48,9 @@ class LabelRoom {
     /// True when a label at `box` covers nothing that was taken.
     [[nodiscard]] bool IsFree(const Box& box) const { return m_taken.IsFree(box); }
 
+    /// True when so much was taken everywhere in `box` that nothing in it is free.
+    [[nodiscard]] bool IsCrowded(const Box& box) const { return m_taken.IsCrowded(box); }
+
     /// True when no marked line passes through `box`.
     [[nodiscard]] bool IsOffLines(const Box& box) const { return m_lines.IsFree(box); }
 

@@ -18,6 +18,21 @@ double GapOf(double core) {
     return core + 0.2 * kMillimetre;
 }
 
+/// How far away a label may stand, and in how many directions.
+constexpr std::array kDistances{2.5 * kMillimetre, 4.5 * kMillimetre, 7.0 * kMillimetre,
+                                10.0 * kMillimetre};
+constexpr std::size_t kDirections = 16;
+
+/// From the right upwards and on, since a reader looks to the upper right first.
+std::array<CVector, kDirections> MakeDirections() {
+    std::array<CVector, kDirections> directions{};
+    for (std::size_t i = 0; i < kDirections; ++i) {
+        const double angle = 2 * std::numbers::pi * (static_cast<double>(i) + 0.5) / kDirections;
+        directions.at(i) = {std::cos(angle), -std::sin(angle)};
+    }
+    return directions;
+}
+
 }  // namespace
 
 CVector LabelSearch::FirstCorner(const CVector& at, double core, const CVector& size) {
@@ -32,6 +47,12 @@ bool LabelSearch::HasRoom(const Box& box) const {
 
 std::optional<LabelSearch::Place> LabelSearch::Find(const CVector& at, double half, double core,
                                                     const CVector& size) const {
+    // In a crowd, no place needs to be tried.
+    Box near;
+    near.Add(at);
+    if (m_room.IsCrowded(near.Grow(core + kDistances.back()))) {
+        return std::nullopt;
+    }
     const double gap = GapOf(core);
     const double side = half + gap / 2;
     const double width = size.GetX();
@@ -51,21 +72,17 @@ std::optional<LabelSearch::Place> LabelSearch::Find(const CVector& at, double ha
 
 std::optional<LabelSearch::Place> LabelSearch::FindFarPlace(const CVector& at, double core,
                                                             const CVector& size) const {
-    constexpr std::array kDistances{2.5 * kMillimetre, 4.5 * kMillimetre, 7.0 * kMillimetre,
-                                    10.0 * kMillimetre};
-    constexpr int kDirections = 16;
     constexpr double kOff = 0.4 * kMillimetre;
     // Nearly upright or level leaders end in the middle of the label's side.
     constexpr double kSlight = 0.3;
+    static const std::array<CVector, kDirections> directions = MakeDirections();
     const auto begin = [](double direction, double length) {
         return direction > kSlight ? 0.0 : direction < -kSlight ? -length : -length / 2;
     };
     for (const double distance : kDistances) {
-        for (int i = 0; i < kDirections; ++i) {
-            // From the upper right on, where a reader looks first.
-            const double angle = 2 * std::numbers::pi * (i + 0.5) / kDirections;
-            const double x = std::cos(angle);
-            const double y = -std::sin(angle);
+        for (const CVector& direction : directions) {
+            const double x = direction.GetX();
+            const double y = direction.GetY();
             const double edge = (core + kOff) / std::max(std::fabs(x), std::fabs(y));
             const CVector from = at + CVector(x * edge, y * edge);
             const CVector to = at + CVector(x * (core + distance), y * (core + distance));

@@ -56,7 +56,10 @@ void LineLabelPainter::Draw() {
 }
 
 bool LineLabelPainter::IsFree(const TurnedBox& box) const {
-    return m_page.GetMap().Holds(box.GetBox()) && m_room.HasRoom(box);
+    constexpr double kMargin = 0.12 * kMillimetre;
+    const TurnedBox wide{box.At(-kMargin, -kMargin), box.width + 2 * kMargin,
+                         box.height + 2 * kMargin, box.angle};
+    return m_page.GetMap().Holds(wide.GetBox()) && m_room.HasRoom(wide);
 }
 
 void LineLabelPainter::DrawSegments(const PlanLine& line) {

@@ -145,7 +145,7 @@ void SymbolPainter::DrawTree(Symbol symbol) {
     if (symbol == Symbol::Deciduous) {
         // A crown of round lobes.
         constexpr int kLobes = 9;
-        constexpr double kInner = 0.82;
+        constexpr double kInner = 0.78;
         const double half = std::sin(kTurn / kLobes / 2) * kInner;
         for (int i = 0; i < kLobes; ++i) {
             const double angle = kTurn * i / kLobes;
