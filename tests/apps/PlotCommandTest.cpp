@@ -4,61 +4,16 @@
 #include <array>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <limits>
 #include <map>
 #include <memory>
 
-#include "apps/RunCqjob.h"
-#include "support/Drawing.h"
+#include "apps/PlotFixture.h"
 #include "support/PngPicture.h"
-#include "support/SvgPicture.h"
-#include "support/TempDir.h"
 
 namespace cqsurvey::cqjob {
 namespace {
 
-constexpr double kMillimetre = 72.0 / 25.4;
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-const std::string kRed = "#ff0000";
-const std::string kBlue = "#0000ff";
-const std::string kBlack = "#000000";
-
-class PlotCommand : public testing::Test {
- protected:
-    PlotCommand() : job(folder.Utf8("site.job")) { db.CreateNew(FromUtf8(job)); }
-
-    /// Runs the program on the job as it is now.
-    CqjobRun Plot(const std::string& file, std::vector<std::string> options = {}, int status = 0) {
-        db.Close();
-        options.insert(options.begin(), {"plot", job, folder.Utf8(file)});
-        CqjobRun run = RunCqjob(options);
-        EXPECT_EQ(run.status, status) << run.err;
-        EXPECT_EQ(run.out, "");
-        return run;
-    }
-
-    std::string Read(const std::string& file) const {
-        std::ifstream stream(folder.Utf8(file), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
-    /// The picture of the drawing alone: no labels, no grid.
-    SvgPicture Svg(std::vector<std::string> options = {}) {
-        options.insert(options.end(), {"--no-grid", "--force"});
-        Plot("a.svg", options);
-        return SvgPicture(Read("a.svg"));
-    }
-
-    TempDir folder;
-    std::string job;
-    CqSurveyDB db;
-};
-
-bool Has(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
+class PlotCommand : public PlotFixture {};
 
 /// How far the curve's middle is from the circle.
 double Stray(const CVector& from, const std::vector<double>& c, const CVector& centre,
@@ -156,56 +111,6 @@ TEST_F(PlotCommand, DrawsASymbolForEachPointInTheSizeOfTheSettings) {
     EXPECT_EQ(arms, 600U);
 }
 
-TEST_F(PlotCommand, LabelsPointsAsAsked) {
-    db.SetCurrentColor(1);
-    const CqHandle point = DrawPoint(db, u"ABC", 0, 0, 12.345, 77);
-    ASSERT_EQ(db.AddCoordDescription(point, u" MH7 deep"), 1);
-    DrawPoint(db, u"DE", 20, 0, kNaN, 0);
-    const auto labels = [&](const char* words) {
-        std::vector<std::string> texts;
-        for (const auto& text : Svg({"--labels", words}).InGroup("Labels")) {
-            texts.push_back(text.text);
-        }
-        return texts;
-    };
-    using Texts = std::vector<std::string>;
-    EXPECT_EQ(labels("name"), (Texts{"ABC", "DE"}));
-    EXPECT_EQ(labels("name,height"), (Texts{"ABC", "12.35", "DE"}));
-    EXPECT_EQ(labels("code"), Texts{"77"});
-    EXPECT_EQ(labels("name,height,code"), (Texts{"ABC", "12.35", "77", "DE"}));
-    EXPECT_EQ(labels("none"), Texts());
-    EXPECT_EQ(labels("desc"), Texts{"MH7"}) << "the word at the head";
-}
-
-TEST_F(PlotCommand, NamesHeightsAndCodesDifferInSizeAndColour) {
-    DrawPoint(db, u"ABC", 0, 0, 12.345, 77);
-    const auto texts = Svg({"--labels", "name,height,code"}).InGroup("Labels");
-    ASSERT_EQ(texts.size(), 3U);
-    EXPECT_GT(texts[0].size, texts[1].size);
-    EXPECT_GT(texts[1].size, texts[2].size);
-    EXPECT_NE(texts[0].fill, texts[1].fill);
-    EXPECT_NE(texts[1].fill, texts[2].fill);
-    for (const auto& text : texts) {
-        EXPECT_TRUE(text.hasHalo);
-    }
-}
-
-TEST_F(PlotCommand, ASpotHeightHasItsPointAsTheDecimalMark) {
-    DrawPoint(db, u"A", 0, 0, 112.345);
-    const auto middle = [&] {
-        return Svg({"--labels", "height", "--portrait", "--decimals", "1"}).InGroup("Labels");
-    };
-    const auto texts = middle();
-    ASSERT_EQ(texts.size(), 2U);
-    EXPECT_EQ(texts[0].text, "112");
-    EXPECT_EQ(texts[1].text, "3");
-    const double x = 105 * kMillimetre;
-    EXPECT_LT(texts[0].x + texts[0].length, x);
-    EXPECT_GT(texts[0].x + texts[0].length, x - 1 * kMillimetre);
-    EXPECT_GT(texts[1].x, x);
-    EXPECT_LT(texts[1].x, x + 1 * kMillimetre);
-}
-
 TEST_F(PlotCommand, CountsWhatIsInThePart) {
     for (int i = 0; i < 10; ++i) {
         DrawPoint(db, u"P" + FromUtf8(std::to_string(i)), 10.0 * i, 5);
@@ -217,19 +122,6 @@ TEST_F(PlotCommand, CountsWhatIsInThePart) {
     EXPECT_TRUE(Has(err, "none of it is in the frame")) << err;
     EXPECT_TRUE(
         Has(Plot("d.svg", {"--scale", "1e9"}).err, "all of it is smaller than a millimetre"));
-}
-
-TEST_F(PlotCommand, LeavesOutLabelsThatFindNoRoomUnlessAskedForAll) {
-    db.SetCurrentColor(1);
-    for (int i = 0; i < 30; ++i) {
-        DrawPoint(db, u"P" + FromUtf8(std::to_string(100 + i)), 5, 5);
-    }
-    const CqjobRun run = Plot("b.svg");
-    EXPECT_TRUE(Has(run.err, "no room for ")) << run.err;
-    const std::size_t drawn = Svg().InGroup("Labels").size();
-    EXPECT_LT(drawn, 30U);
-    EXPECT_TRUE(Has(run.err, "no room for " + std::to_string(30 - drawn) + " label")) << run.err;
-    EXPECT_EQ(Svg({"--all-labels"}).InGroup("Labels").size(), 30U);
 }
 
 TEST_F(PlotCommand, DrawsTextsAlignedAndTurned) {
@@ -397,51 +289,6 @@ TEST_F(PlotCommand, SaysWhatHasNoPlace) {
     EXPECT_TRUE(Has(Plot("a.svg").err, "1 object without a finite position")) << "err";
 }
 
-TEST_F(PlotCommand, TheTitleTellsTheJobsExtentsAndNotTheRoomOfItsTexts) {
-    DrawLine(db, {{0, 0}, {40, 30}});
-    EXPECT_TRUE(Svg().Says("E 0.000 \xE2\x80\x93 40.000"));
-    db.Open(FromUtf8(job));
-    DrawText(db, u"to the left of 0", 0, 0, 1.0, 0.0, 2);
-    EXPECT_TRUE(Svg().Says("E 0.000 \xE2\x80\x93 40.000"));
-}
-
-TEST_F(PlotCommand, TheGridKnowsNoZeroWithASign) {
-    // The map begins between the easting -20, which has no line any more, and 0.
-    DrawLine(db, {{9, 100}, {109, 110}});
-    Plot("a.svg", {"--landscape", "--scale", "500"});
-    const SvgPicture picture(Read("a.svg"));
-    EXPECT_TRUE(picture.Says("E 0"));
-    EXPECT_FALSE(picture.Says("E -0"));
-    // Above and below the map.
-    std::size_t twenties = 0;
-    for (const auto& text : picture.InGroup("Grid")) {
-        twenties += text.text == "E 20" ? 1U : 0U;
-    }
-    EXPECT_EQ(twenties, 2U);
-}
-
-TEST_F(PlotCommand, HasAScaleBarANorthArrowAndATitle) {
-    DrawLine(db, {{0, 0}, {40, 30}});
-    const SvgPicture with = Svg({"--paper", "A4", "--portrait"});
-    const SvgPicture without = Svg({"--size", "200x150"});
-    // Frames, the bar's four parts and the arrow's two halves are drawn in the ink.
-    EXPECT_GE(with.WithStroke(kBlack).size(), 8U);
-    EXPECT_EQ(without.WithStroke(kBlack).size(), 1U);
-    EXPECT_TRUE(with.Says("1 : 250  (A4)"));
-    EXPECT_TRUE(with.Says("N"));
-    EXPECT_TRUE(without.texts.empty());
-    // One part of the bar is 2 m: 8 mm at 1 : 250.
-    std::size_t parts = 0;
-    for (const auto& path : with.paths) {
-        const auto box = path.Box();
-        parts += path.stroke == kBlack && std::fabs(box[2] - box[0] - 8 * kMillimetre) < 0.05 &&
-                         std::fabs(box[3] - box[1] - 1.6 * kMillimetre) < 0.05
-                     ? 1U
-                     : 0U;
-    }
-    EXPECT_EQ(parts, 4U);
-}
-
 TEST_F(PlotCommand, WritesAPdfOfOnePage) {
     DrawLine(db, {{0, 0, 0.5}, {40, 30}});
     DrawPoint(db, u"A", 3, 3);
@@ -565,6 +412,9 @@ TEST_F(PlotCommand, RefusesWhatMakesNoSense) {
     Plot("a.svg", {"--extent", "0,0,nan,10"}, 2);
     Plot("a.svg", {"--scale", "0"}, 2);
     Plot("a.svg", {"--scale", "nan"}, 2);
+    Plot("a.svg", {"--scale", "jobs"}, 2);
+    Plot("a.svg", {"--decimals", "7"}, 2);
+    Plot("a.svg", {"--line-labels", "height"}, 2);
     Plot("a.svg", {"--labels", "name,none"}, 2);
     Plot("a.svg", {"--labels", "height,width"}, 2);
     Plot("a.svg", {"--portrait", "--landscape"}, 2);

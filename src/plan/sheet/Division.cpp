@@ -6,6 +6,7 @@
 #include <string>
 
 #include "cqsurvey/plan/PlanFailure.h"
+#include "plan/Geometry.h"
 #include "text/NumberText.h"
 
 namespace cqsurvey::plan {
@@ -18,19 +19,26 @@ double CountPieces(double length, double piece, double overlap) {
     return std::max(1.0, std::ceil((length - overlap) / step - 1e-9));
 }
 
-/// Calls `add` with the boxes in which something of the item lies: for a line, that of each of its
-/// segments, so that what it goes around is not counted.
+/// Calls `add` with the boxes in which something of the item lies, each with a test of whether it
+/// also lies in a window that meets the box. A line has a box for each of its segments, so that
+/// what it goes around, or past, is not counted.
 template <class Add>
 void VisitBoxes(const PlanItem& item, const Add& add) {
     const auto* line = std::get_if<PlanLine>(&item);
     if (line == nullptr) {
-        add(FindBox(item));
+        add(FindBox(item), [](const Box&) { return true; });
         return;
     }
     PlanLine segment;
     for (std::size_t i = 0; i + 1 < line->vertices.size(); ++i) {
-        segment.vertices.assign({line->vertices[i], line->vertices[i + 1]});
-        add(FindBox(segment));
+        const PlanVertex& from = line->vertices[i];
+        const PlanVertex& to = line->vertices[i + 1];
+        segment.vertices.assign({from, to});
+        add(FindBox(segment), [&](const Box& window) {
+            CVector p = from.at;
+            CVector q = to.at;
+            return from.bulge != 0.0 || Clip(p, q, window);
+        });
     }
 }
 
@@ -57,9 +65,12 @@ Division::Division(const Plan& plan, const Box& extents, const Sheet& sheet) {
     const CVector middle((extents.minX + extents.maxX) / 2, (extents.minY + extents.maxY) / 2);
     const CVector first(middle.GetX() - stepX * (columns - 1) / 2,
                         middle.GetY() + stepY * (rows - 1) / 2);
+    const auto at = [&](double row, double column) {
+        return sheet.MoveTo(first + CVector(stepX * column, -stepY * row));
+    };
     std::vector<bool> used(static_cast<std::size_t>(columns * rows));
     for (const PlanItem& item : plan.items) {
-        VisitBoxes(item, [&](const Box& box) {
+        VisitBoxes(item, [&](const Box& box, const auto& lies) {
             const auto range = [](double from, double to, double step, double half, double count) {
                 const double low = std::ceil((from - half) / step);
                 const double high = std::floor((to + half) / step);
@@ -71,7 +82,8 @@ Division::Division(const Plan& plan, const Box& extents, const Sheet& sheet) {
                                              stepY, window.GetHeight() / 2, rows);
             for (double row = top; row <= bottom; ++row) {
                 for (double column = left; column <= right; ++column) {
-                    used[static_cast<std::size_t>(row * columns + column)] = true;
+                    const auto place = static_cast<std::size_t>(row * columns + column);
+                    used[place] = used[place] || lies(at(row, column).GetWindow());
                 }
             }
         });
@@ -79,7 +91,7 @@ Division::Division(const Plan& plan, const Box& extents, const Sheet& sheet) {
     for (double row = 0; row < rows; ++row) {
         for (double column = 0; column < columns; ++column) {
             if (used[static_cast<std::size_t>(row * columns + column)]) {
-                m_sheets.push_back(sheet.MoveTo(first + CVector(stepX * column, -stepY * row)));
+                m_sheets.push_back(at(row, column));
             }
         }
     }
