@@ -97,7 +97,7 @@ TEST_F(PlotSheet, PointsHaveTheSymbolsAndLabelsOfTheCodeTable) {
     db.SetCurrentColor(1);
     ASSERT_EQ(db.AddCoordDescription(DrawPoint(db, u"A", 0, 0, 7.25), u"TR1  oak 0.4"), 1);
     DrawPoint(db, u"B", 20, 0);
-    const SvgPicture picture = Svg({"--labels", "none", "--scale", "500"});
+    const SvgPicture picture = Svg({"--labels", "label", "--scale", "500"});
     EXPECT_TRUE(picture.Says("oak 0.4, 7.25"));
     EXPECT_TRUE(picture.Says("Deciduous tree"));
     EXPECT_TRUE(picture.Says("Point"));

@@ -57,10 +57,10 @@ class PlotCommand : public Command {
         command
             .Add("--labels", m_labels,
                  "What to write beside the points: name, height, code (a number), desc (the code "
-                 "word at the head of the description) or none")
+                 "word at the head of the description), label (what the code table says) or none")
             .Placeholder("WORD,...")
             .SplitAt(',')
-            .OneOf({"name", "height", "code", "desc", "none"});
+            .OneOf({"name", "height", "code", "desc", "label", "none"});
         command.AddFlag("--all-labels", m_options.allLabels,
                         "Draw labels that have no room, too; without it, they are left out");
         command
@@ -205,6 +205,7 @@ class PlotCommand : public Command {
         m_options.labelHeights = holds("height");
         m_options.labelCodes = holds("code");
         m_options.labelCodeWords = holds("desc");
+        m_options.labelsOfCodes = holds("label");
     }
 
     void ReadLines() {

@@ -42,7 +42,7 @@ LabelPainter::LabelPainter(Page& page, LabelRoom& room, const Plan& plan,
 
 bool LabelPainter::WritesOnlyHeights(const PlotOptions& options) {
     return options.labelHeights && !options.labelNames && !options.labelCodes &&
-           !options.labelCodeWords;
+           !options.labelCodeWords && !options.labelsOfCodes;
 }
 
 void LabelPainter::Draw() {
