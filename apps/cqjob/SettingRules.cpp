@@ -1,5 +1,6 @@
 #include "cqjob/SettingRules.h"
 
+#include <cqsurvey/CqAngleForm.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -18,7 +19,7 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
-enum class Kind { Whole, Length, Fixed };
+enum class Kind { Whole, Length, Fixed, Text };
 
 struct Rule {
     std::string_view section;
@@ -44,6 +45,14 @@ constexpr std::array kRules = {
     Rule{"BACKGROUND", "Contrast", Kind::Whole, 0, 65000},
     Rule{"BACKGROUND", "Monotone", Kind::Whole},
     Rule{"BACKGROUND", "BKColor", Kind::Whole, 0, UINT32_MAX},
+    Rule{"TITLE", "Title", Kind::Text},
+    Rule{"TITLE", "Client", Kind::Text},
+    Rule{"TITLE", "Place", Kind::Text},
+    Rule{"TITLE", "SurveyedBy", Kind::Text},
+    Rule{"TITLE", "DrawnBy", Kind::Text},
+    Rule{"TITLE", "Date", Kind::Text},
+    Rule{"TITLE", "DrawingNumber", Kind::Text},
+    Rule{"TITLE", "HeightSystem", Kind::Text},
 };
 
 bool SameWord(std::string_view a, std::string_view b) {
@@ -98,7 +107,8 @@ bool IsPadded(std::string_view text) {
 
 std::string SettingRules::FindFault(std::string_view section, std::string_view key,
                                     std::string_view value) {
-    if (const Rule* rule = FindRule(section, key)) {
+    const Rule* rule = FindRule(section, key);
+    if (rule != nullptr && rule->kind != Kind::Text) {
         if (rule->kind == Kind::Fixed) {
             return fmt::format("{} belongs to the job and cannot be changed", rule->key);
         }
@@ -118,8 +128,13 @@ std::string SettingRules::FindFault(std::string_view section, std::string_view k
     if (SameWord(section, "IDENTITY")) {
         return "the identity belongs to the job and cannot be changed";
     }
+    if (IsOfSystem(section) && IsAngles(key)) {
+        return value.empty() || FindAngleForm(value)
+                   ? std::string()
+                   : fmt::format("Angles is dms, deg or gon, not {}", Quoted(value));
+    }
     if (IsOfSystem(section) && !IsUnit(key) && !SameWord(key, "System")) {
-        return "the section COORDINATES has the keys LengthUnit and System";
+        return "the section COORDINATES has the keys LengthUnit, System and Angles";
     }
     if (section.empty() || IsPadded(section) || HasBreak(section) ||
         section.find_first_of("[]") != std::string_view::npos) {
@@ -183,10 +198,14 @@ bool SettingRules::IsUnit(std::string_view key) {
     return SameWord(key, "LengthUnit");
 }
 
+bool SettingRules::IsAngles(std::string_view key) {
+    return SameWord(key, "Angles");
+}
+
 std::string SettingRules::Normalise(std::string_view section, std::string_view key,
                                     std::string_view value) {
     const Rule* rule = FindRule(section, key);
-    if (rule == nullptr) {
+    if (rule == nullptr || rule->kind == Kind::Text) {
         return std::string(value);
     }
     if (rule->kind == Kind::Length) {

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "cqsurvey/CqAngleForm.h"
 #include "cqsurvey/CqLengthUnit.h"
 #include "cqsurvey/Export.h"
 #include "cqsurvey/Types.h"
@@ -10,12 +11,13 @@ namespace cqsurvey {
 
 class CqSurveyDB;
 
-/// What the coordinates of an open job mean: the unit of length, and the coordinate reference
-/// system. Both are settings of the job, in a section of their own:
+/// What the coordinates of an open job mean: the unit of length, the coordinate reference system,
+/// and how bearings are written. They are settings of the job, in a section of their own:
 ///
 ///     [COORDINATES]
 ///     LengthUnit=us-ft
 ///     System=EPSG:2230
+///     Angles=dms
 ///
 /// Without a stated system, a job whose coordinate division is 1 to 19 is in the plane system of
 /// that number, EPSG:6669 to EPSG:6687, which is in metres. Nothing else is assumed: a job that
@@ -30,6 +32,7 @@ class CQSURVEY_API CqJobSystem {
     static constexpr const char16_t* kSection = u"COORDINATES";
     static constexpr const char16_t* kUnitKey = u"LengthUnit";
     static constexpr const char16_t* kSystemKey = u"System";
+    static constexpr const char16_t* kAnglesKey = u"Angles";
 
     explicit CqJobSystem(CqSurveyDB& db) : m_db(db) {}
 
@@ -44,6 +47,9 @@ class CQSURVEY_API CqJobSystem {
     /// True when the job states a system itself, so that the coordinate division does not count.
     [[nodiscard]] bool StatesSystem() const;
 
+    /// The form of bearings that the job states; nothing when it states none, or no known one.
+    [[nodiscard]] std::optional<CqAngleForm> GetAngles() const;
+
     /// States the unit; nothing removes the statement. Returns 1, or 0 with the settings unchanged
     /// when they cannot be written. Throws as CqSurveyDB::WriteSettingsString.
     int SetUnit(std::optional<CqLengthUnit> unit);
@@ -52,6 +58,10 @@ class CQSURVEY_API CqJobSystem {
     /// unchanged when the text does not fit on one line of the settings file as it is, or when
     /// they cannot be written. Throws as CqSurveyDB::WriteSettingsString.
     int SetSystem(const CString& system);
+
+    /// States the form of bearings; nothing removes the statement. Returns 1, or 0 with the
+    /// settings unchanged when they cannot be written. Throws as CqSurveyDB::WriteSettingsString.
+    int SetAngles(std::optional<CqAngleForm> form);
 
  private:
     CqSurveyDB& m_db;

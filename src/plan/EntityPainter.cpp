@@ -4,8 +4,10 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "plan/Geometry.h"
 #include "plan/Wording.h"
@@ -41,12 +43,21 @@ double FirstBaseline(VerticalAlign align, double height, double block) {
 
 }  // namespace
 
-EntityPainter::EntityPainter(Page& page, LabelRoom& room, double symbolSize, double textHeight)
+EntityPainter::EntityPainter(Page& page, LabelRoom& room, LineStyles& styles, double symbolSize,
+                             double textHeight)
     : m_page(page),
       m_room(room),
+      m_styles(styles),
       m_pen(page, room),
+      m_symbol(page),
       m_symbolSize(symbolSize),
       m_textHeight(textHeight) {}
+
+double EntityPainter::GetSize(const PlanPoint& point, double symbolSize) {
+    return point.symbol == Symbol::None ? symbolSize
+           : point.symbolSize > 0.0     ? point.symbolSize * kMillimetre
+                                        : GetUsualSize(point.symbol) * kMillimetre;
+}
 
 void EntityPainter::Draw(const PlanItem& item) {
     if (!std::holds_alternative<PlanPoint>(item)) {
@@ -55,43 +66,73 @@ void EntityPainter::Draw(const PlanItem& item) {
     std::visit([this](const auto& alternative) { Draw(alternative); }, item);
 }
 
+void EntityPainter::Fill(const PlanItem& item) {
+    constexpr double kLight = 0.14;
+    const auto* line = std::get_if<PlanLine>(&item);
+    const auto* circle = std::get_if<PlanCircle>(&item);
+    if (line != nullptr && line->vertices.size() > 2 &&
+        m_styles.IsFilled(line->layer, line->code)) {
+        AddToPath(*line);
+    } else if (circle != nullptr && m_styles.IsFilled(circle->layer, circle->code)) {
+        m_pen.DrawCircle(m_page.ToPage(circle->at), m_page.ToPage(circle->radius));
+    } else {
+        return;
+    }
+    const int color = line != nullptr ? line->color : circle->color;
+    m_page.SetColor(
+        Mix(PaletteColor(color, m_page.GetBackground()), m_page.GetBackground(), kLight));
+    m_page.Fill();
+    cairo_new_path(m_page.GetContext());
+}
+
 void EntityPainter::Draw(const PlanPoint& point) {
     const CVector at = m_page.ToPage(point.at);
-    const double half = m_symbolSize / 2;
+    const bool spot = point.IsSpot(m_onlyHeights);
+    const Symbol symbol = spot ? Symbol::Spot : point.symbol;
+    const double half =
+        (spot ? GetUsualSize(symbol) * kMillimetre : GetSize(point, m_symbolSize)) / 2;
+    Box box;
+    box.Add(at);
+    if (symbol != Symbol::None) {
+        Flush();
+        // What crosses the frame would be cut.
+        if (!m_page.GetMap().Meets(box.Grow(half))) {
+            return;
+        }
+        m_symbol.Draw(symbol, at, 2 * half, PaletteColor(point.color, m_page.GetBackground()));
+        m_room.Take(box.Grow(half * kSymbolCore));
+        return;
+    }
     // There are many points, so neighbours in the drawing that have the same colour are drawn as
     // one path.
-    constexpr std::size_t kMostSymbols = 256;
-    if (m_symbols > 0 && (m_symbolColor != point.color || m_symbols == kMostSymbols)) {
+    constexpr std::size_t kMostCrosses = 256;
+    if (m_crosses > 0 && (m_crossColor != point.color || m_crosses == kMostCrosses)) {
         Flush();
     }
-    m_symbolColor = point.color;
-    ++m_symbols;
+    m_crossColor = point.color;
+    ++m_crosses;
     cairo_t* context = m_page.GetContext();
     cairo_move_to(context, at.GetX() - half, at.GetY());
     cairo_line_to(context, at.GetX() + half, at.GetY());
     cairo_move_to(context, at.GetX(), at.GetY() - half);
     cairo_line_to(context, at.GetX(), at.GetY() + half);
     // A label may touch the ends of the arms, so only the middle of the cross is taken.
-    Box box;
-    box.Add(at);
-    m_room.Take(box.Grow(half * 0.6));
+    m_room.Take(box.Grow(half * kCrossCore));
 }
 
 void EntityPainter::Flush() {
-    if (m_symbols == 0) {
+    if (m_crosses == 0) {
         return;
     }
-    m_symbols = 0;
-    m_page.SetColor(m_symbolColor);
+    m_crosses = 0;
+    m_page.SetColor(m_crossColor);
     m_page.SetLine(0, kThinWidth);
-    cairo_stroke(m_page.GetContext());
+    m_page.Stroke();
 }
 
-void EntityPainter::Draw(const PlanLine& line) {
+void EntityPainter::AddToPath(const PlanLine& line) {
     // An arc that is closer than this to a straight line is drawn as one.
     constexpr double kFlat = 0.02;
-    m_page.SetColor(line.color);
-    m_page.SetLine(line.line, kLineWidth);
     m_pen.Lift();
     CVector from = m_page.ToPage(line.vertices.front().at);
     for (std::size_t i = 1; i < line.vertices.size(); ++i) {
@@ -104,14 +145,37 @@ void EntityPainter::Draw(const PlanLine& line) {
         }
         from = to;
     }
-    cairo_stroke(m_page.GetContext());
+    if (line.vertices.size() > 2 && m_styles.IsFilled(line.layer, line.code)) {
+        m_pen.DrawSegment(from, m_page.ToPage(line.vertices.front().at));
+    }
+}
+
+void EntityPainter::Draw(const PlanLine& line) {
+    m_page.SetColor(line.color);
+    m_page.SetLine(line.line, m_styles.GetWidth(line.layer, line.code));
+    AddToPath(line);
+    m_page.Stroke();
 }
 
 void EntityPainter::Draw(const PlanCircle& circle) {
     m_page.SetColor(circle.color);
-    m_page.SetLine(circle.line, kLineWidth);
+    m_page.SetLine(circle.line, m_styles.GetWidth(circle.layer, circle.code));
     m_pen.DrawCircle(m_page.ToPage(circle.at), m_page.ToPage(circle.radius));
-    cairo_stroke(m_page.GetContext());
+    m_page.Stroke();
+}
+
+std::optional<CVector> EntityPainter::FindShift(const CVector& at, const Box& box) const {
+    const Box& map = m_page.GetMap();
+    if (map.Holds(box)) {
+        return CVector();
+    }
+    Box place;
+    place.Add(at);
+    if (!map.Holds(place) || box.GetWidth() > map.GetWidth() || box.GetHeight() > map.GetHeight()) {
+        return std::nullopt;
+    }
+    return CVector(std::max(0.0, map.minX - box.minX) - std::max(0.0, box.maxX - map.maxX),
+                   std::max(0.0, map.minY - box.minY) - std::max(0.0, box.maxY - map.maxY));
 }
 
 void EntityPainter::Draw(const PlanText& text) {
@@ -120,37 +184,77 @@ void EntityPainter::Draw(const PlanText& text) {
     const double height =
         text.height > 0.0 ? m_page.ToPage(text.height) : m_textHeight * kMillimetre;
     if (height > kLargest || height < kSmallest) {
-        m_page.AddNote("the text " + Quoted(text.lines.front()) + " is too " +
-                       (height > kLargest ? "large" : "small") + " to be drawn at this scale");
+        Unfit& unfit = height > kLargest ? m_tooLarge : m_tooSmall;
+        if (unfit.count++ == 0) {
+            unfit.first = Quoted(text.lines.front());
+        }
+        ++m_lostTexts;
         return;
     }
     const auto rows = static_cast<double>(text.lines.size());
     const double block = height * (1.0 + kLeading * (rows - 1.0));
-    double y = FirstBaseline(text.vertical, height, block);
-    m_page.SetColor(text.color);
-    m_page.GetText().SetFont(height);
+    TextPainter& painter = m_page.GetText();
+    painter.SetFont(height);
     const CVector at = m_page.ToPage(text.at);
     const double angle = -text.rotation * std::numbers::pi / 180.0;
     const double c = std::cos(angle);
     const double s = std::sin(angle);
-    cairo_t* context = m_page.GetContext();
-    cairo_save(context);
-    cairo_translate(context, at.GetX(), at.GetY());
-    cairo_rotate(context, angle);
-    Box taken;
+    struct Row {
+        CVector start;  // in the turned text
+        TurnedBox box;
+    };
+    std::vector<Row> placed;
+    Box all;
+    double y = FirstBaseline(text.vertical, height, block);
     for (const std::string& line : text.lines) {
-        const double width = m_page.GetText().GetWidth(line);
+        const double width = painter.GetWidth(line);
         const double x = LeftOf(text.horizontal, width);
-        m_page.GetText().Write(line, {x, y});
-        for (const CVector& corner : {CVector(x, y), CVector(x + width, y), CVector(x, y - height),
-                                      CVector(x + width, y - height)}) {
-            taken.Add(at + CVector(corner.GetX() * c - corner.GetY() * s,
-                                   corner.GetX() * s + corner.GetY() * c));
-        }
+        const TurnedBox box{at + CVector(x * c - y * s, x * s + y * c), width, height, angle};
+        all.Add(box.GetBox());
+        placed.push_back({{x, y}, box});
         y += height * kLeading;
     }
+    const std::optional<CVector> shift = FindShift(at, all);
+    if (!shift) {
+        // What is wholly outside is not missed.
+        if (all.Meets(m_page.GetMap())) {
+            ++m_lostTexts;
+            ++m_cutTexts;
+        }
+        return;
+    }
+    m_page.SetColor(text.color);
+    painter.SetHalo(m_page.GetBackground());
+    cairo_t* context = m_page.GetContext();
+    cairo_save(context);
+    cairo_translate(context, at.GetX() + shift->GetX(), at.GetY() + shift->GetY());
+    cairo_rotate(context, angle);
+    for (std::size_t i = 0; i < placed.size(); ++i) {
+        painter.Write(text.lines[i], placed[i].start);
+        placed[i].box.corner = placed[i].box.corner + *shift;
+        m_room.Take(placed[i].box);
+    }
     cairo_restore(context);
-    m_room.Take(taken);
+    painter.SetHalo(std::nullopt);
+}
+
+void EntityPainter::AddNotes() {
+    const auto add = [this](const Unfit& unfit, const char* size) {
+        if (unfit.count == 1) {
+            m_page.AddNote("the text " + unfit.first + " is too " + size +
+                           " to be drawn at this scale");
+        } else if (unfit.count > 1) {
+            m_page.AddNote(Count(unfit.count, "text") + " are too " + size +
+                           " to be drawn at this scale; the first is " + unfit.first);
+        }
+    };
+    add(m_tooLarge, "large");
+    add(m_tooSmall, "small");
+    if (m_cutTexts > 0) {
+        m_page.AddNote("left out because the frame would cut " +
+                       std::string(m_cutTexts == 1 ? "it" : "them") + ": " +
+                       Count(m_cutTexts, "text"));
+    }
 }
 
 void EntityPainter::Draw(const PlanFrame& frame) {
@@ -162,11 +266,14 @@ void EntityPainter::Draw(const PlanFrame& frame) {
     m_page.SetColor(frame.color);
     m_page.SetLine(0, kThinWidth);
     m_pen.DrawOutline(corners);
-    cairo_stroke(m_page.GetContext());
+    m_page.Stroke();
     constexpr double kLargest = 2.0 * kMillimetre;
     constexpr double kReadable = 0.3 * kMillimetre;
     const double height = std::min(kLargest, width / 6);
-    if (height > kReadable && !frame.name.empty()) {
+    Box box;
+    box.Add(corners[0]);
+    box.Add(corners[2]);
+    if (height > kReadable && !frame.name.empty() && m_page.GetMap().Holds(box)) {
         const double room = width - 2 * height;
         m_page.WriteFitting(frame.name, corner + CVector(height, -height), height, room);
     }

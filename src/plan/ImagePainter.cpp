@@ -56,13 +56,7 @@ void ImagePainter::DrawPixels(cairo_surface_t* surface, const CVector& centre, c
     cairo_rotate(context, angle);
     cairo_scale(context, size.GetX() / width, size.GetY() / height);
     cairo_translate(context, -0.5 * width, -0.5 * height);
-    cairo_set_source_surface(context, surface, 0.0, 0.0);
-    if (cairo_surface_get_type(cairo_get_target(context)) == CAIRO_SURFACE_TYPE_IMAGE) {
-        // Without this the pixels at the edges fade out.
-        cairo_pattern_set_extend(cairo_get_source(context), CAIRO_EXTEND_PAD);
-    }
-    cairo_rectangle(context, 0.0, 0.0, width, height);
-    cairo_fill(context);
+    m_page.GetCanvas().ShowImage(surface);
     cairo_restore(context);
 }
 
@@ -81,7 +75,7 @@ void ImagePainter::DrawFrame(const CVector& centre, const CVector& size, double 
     m_page.SetColor(Mix(m_page.GetInk(), m_page.GetBackground(), kPale));
     m_page.SetLine(kDashed, kThinWidth);
     Pen(m_page, m_room).DrawOutline(corners);
-    cairo_stroke(m_page.GetContext());
+    m_page.Stroke();
 }
 
 }  // namespace cqsurvey::plan

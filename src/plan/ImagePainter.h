@@ -1,9 +1,9 @@
 #pragma once
 
-#include "plan/Cairo.h"
-#include "plan/LabelRoom.h"
 #include "plan/Page.h"
 #include "plan/Plan.h"
+#include "plan/canvas/Cairo.h"
+#include "plan/labels/LabelRoom.h"
 
 namespace cqsurvey::plan {
 

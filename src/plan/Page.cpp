@@ -18,14 +18,15 @@ Box FromPaper(const Box& paper) {
 
 }  // namespace
 
-Page::Page(cairo_t* context, const Sheet& sheet, Rgb background)
-    : m_context(context),
+Page::Page(Canvas& canvas, const Sheet& sheet, Rgb background)
+    : m_canvas(canvas),
       m_sheet(sheet),
       m_background(background),
       m_ink(InkOn(background)),
       m_map(FromPaper(sheet.GetMap())),
       m_title(FromPaper(sheet.GetTitle())),
-      m_text(context) {}
+      m_legend(FromPaper(sheet.GetLegend())),
+      m_text(canvas) {}
 
 CVector Page::ToPage(const CVector& place) const {
     const CVector paper = m_sheet.ToPaper(place);
@@ -38,7 +39,7 @@ double Page::ToPage(double length) const {
 
 void Page::SetColor(Rgb color) {
     constexpr double kFull = 255.0;
-    cairo_set_source_rgb(m_context, color.red / kFull, color.green / kFull, color.blue / kFull);
+    cairo_set_source_rgb(GetContext(), color.red / kFull, color.green / kFull, color.blue / kFull);
 }
 
 void Page::SetColor(int color) {
@@ -50,12 +51,12 @@ void Page::SetLine(int type, double width) {
     const std::span<const double> pattern = LinePattern(type);
     std::transform(pattern.begin(), pattern.end(), dashes.begin(),
                    [](double length) { return length * kMillimetre; });
-    cairo_set_dash(m_context, dashes.data(), static_cast<int>(pattern.size()), 0.0);
-    cairo_set_line_width(m_context, width);
+    cairo_set_dash(GetContext(), dashes.data(), static_cast<int>(pattern.size()), 0.0);
+    cairo_set_line_width(GetContext(), width);
 }
 
 void Page::AddRectangle(const Box& box) {
-    cairo_rectangle(m_context, box.minX, box.minY, box.GetWidth(), box.GetHeight());
+    cairo_rectangle(GetContext(), box.minX, box.minY, box.GetWidth(), box.GetHeight());
 }
 
 void Page::WriteFitting(const std::string& text, const CVector& at, double height, double width,

@@ -1,36 +1,38 @@
 #pragma once
 
-#include <cairo.h>
-
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "cqsurvey/CVector.h"
 #include "cqsurvey/plan/Box.h"
-#include "plan/Palette.h"
-#include "plan/Sheet.h"
-#include "plan/TextPainter.h"
-#include "plan/Units.h"
+#include "plan/canvas/Canvas.h"
+#include "plan/canvas/Palette.h"
+#include "plan/canvas/TextPainter.h"
+#include "plan/canvas/Units.h"
+#include "plan/sheet/Sheet.h"
 
 namespace cqsurvey::plan {
 
 /// Widths of lines and distances of rows of text, everywhere on the page.
 inline constexpr double kLineWidth = 0.25 * kMillimetre;
 inline constexpr double kThinWidth = 0.13 * kMillimetre;
+inline constexpr double kSymbolWidth = 0.18 * kMillimetre;
 /// From baseline to baseline, for capitals of height 1.
 inline constexpr double kLeading = 1.6;
 
-/// The page that cairo draws. Each painter draws one part of the plan, and all of them share the
+/// The page that is drawn. Each painter draws one part of the plan, and all of them share the
 /// page. It knows where on it a position of the job is, sets colours and line types, writes texts,
 /// and collects notes about the picture. Its unit is a point of 1/72 inch; x goes right and y down
 /// from the upper left corner.
 class Page {
  public:
-    /// Draws to `context`. It and `sheet` must outlive the page.
-    Page(cairo_t* context, const Sheet& sheet, Rgb background);
+    /// Draws to `canvas`. It and `sheet` must outlive the page.
+    Page(Canvas& canvas, const Sheet& sheet, Rgb background);
 
-    [[nodiscard]] cairo_t* GetContext() const { return m_context; }
+    [[nodiscard]] Canvas& GetCanvas() const { return m_canvas; }
+    /// Where paths are built; the canvas draws them.
+    [[nodiscard]] cairo_t* GetContext() const { return m_canvas.GetContext(); }
     [[nodiscard]] const Sheet& GetSheet() const { return m_sheet; }
     [[nodiscard]] Rgb GetBackground() const { return m_background; }
     /// The colour of everything that is not part of the drawing.
@@ -39,6 +41,8 @@ class Page {
     [[nodiscard]] const Box& GetMap() const { return m_map; }
     /// The title block; empty when the sheet has none.
     [[nodiscard]] const Box& GetTitle() const { return m_title; }
+    /// The legend; empty when the sheet has none.
+    [[nodiscard]] const Box& GetLegend() const { return m_legend; }
     [[nodiscard]] TextPainter& GetText() { return m_text; }
 
     /// Where a position of the job is on the page.
@@ -53,6 +57,10 @@ class Page {
     void SetLine(int type, double width);
     /// Adds the rectangle to the path.
     void AddRectangle(const Box& box);
+    /// Draws the path as a line and ends it.
+    void Stroke() { m_canvas.Stroke(); }
+    /// Fills the path. It is still there afterwards.
+    void Fill() { m_canvas.Fill(); }
 
     /// Writes a line of text, with capitals of `height` or as much smaller as it takes to be at
     /// most `width` long. `at` is its lower left corner.
@@ -64,12 +72,13 @@ class Page {
     [[nodiscard]] const std::vector<std::string>& GetNotes() const { return m_notes; }
 
  private:
-    cairo_t* m_context;
+    Canvas& m_canvas;
     const Sheet& m_sheet;
     Rgb m_background;
     Rgb m_ink;
     Box m_map;
     Box m_title;
+    Box m_legend;
     TextPainter m_text;
     std::vector<std::string> m_notes;
 };

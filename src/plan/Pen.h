@@ -5,8 +5,8 @@
 #include "cqsurvey/CVector.h"
 #include "cqsurvey/plan/Box.h"
 #include "plan/Geometry.h"
-#include "plan/LabelRoom.h"
 #include "plan/Page.h"
+#include "plan/labels/LabelRoom.h"
 
 namespace cqsurvey::plan {
 

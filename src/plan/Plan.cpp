@@ -81,6 +81,10 @@ Box BoxOf(const PlanFrame& frame) {
 
 }  // namespace
 
+std::size_t GetLayer(const PlanItem& item) {
+    return std::visit([](const auto& alternative) { return alternative.layer; }, item);
+}
+
 Box FindBox(const PlanItem& item) {
     return std::visit([](const auto& alternative) { return BoxOf(alternative); }, item);
 }

@@ -11,6 +11,7 @@
 #include "cqsurvey/plan/PlotOptions.h"
 #include "plan/LineType.h"
 #include "plan/Wording.h"
+#include "text/NumberText.h"
 
 namespace cqsurvey::plan {
 
@@ -68,6 +69,19 @@ VerticalAlign ToVertical(unsigned align) {
                         : VerticalAlign::Baseline;
 }
 
+/// Where the description goes on after its code word.
+std::size_t RestOf(const CString& description, std::u16string_view word) {
+    return word.empty() ? 0U
+                        : static_cast<std::size_t>(word.data() - description.data()) + word.size();
+}
+
+std::u16string_view TrimBlanks(std::u16string_view text) {
+    const std::size_t first = text.find_first_not_of(u" \t\r\n");
+    return first == std::u16string_view::npos
+               ? std::u16string_view()
+               : text.substr(first, text.find_last_not_of(u" \t\r\n") - first + 1);
+}
+
 std::string OneLine(const CString& text) {
     std::string line;
     for (const std::string& part : SplitLines(text)) {
@@ -78,14 +92,21 @@ std::string OneLine(const CString& text) {
 
 }  // namespace
 
-PlanReader::PlanReader(CqSurveyDB& db, const std::optional<CStringList>& layers) : m_db(db) {
+PlanReader::PlanReader(CqSurveyDB& db, const std::optional<CStringList>& layers)
+    : m_db(db), m_signs(db) {
     CString name;
     int color = 0;
     int left = db.GetNumLayers();
     for (CqHandle handle = db.GetFirstLayerHandle();
          handle != 0 && left > 0 && db.GetNextLayer(handle, name, color) != 0; --left) {
-        m_layers.emplace(name, Layer{color, db.GetLayerLine(name), !layers});
+        const int line = db.GetLayerLine(name);
+        if (m_layers.emplace(name, Layer{color, line, !layers, m_names.size()}).second) {
+            m_names.push_back({OneLine(name), color, line});
+        }
     }
+    // Entities without a layer have a place behind the others.
+    m_noLayer.place = m_names.size();
+    m_names.emplace_back();
     if (layers) {
         m_onlySome = true;
         m_noLayer.wanted = false;
@@ -102,6 +123,7 @@ PlanReader::PlanReader(CqSurveyDB& db, const std::optional<CStringList>& layers)
 
 Plan PlanReader::Read(const std::function<void(std::size_t)>& progress) {
     m_plan = Plan();
+    m_plan.layers = m_names;
     CVector least;
     CVector largest;
     if (m_db.GetEntityBound(least, largest) != 0) {
@@ -148,11 +170,32 @@ std::optional<int> PlanReader::FindColor(const CqCadEntity& entity) {
                                                 : entity.GetColor();
 }
 
-std::string PlanReader::FindCodeWord(const CqCadEntity& point) const {
+void PlanReader::AddPoint(const CqCadEntity& entity, const CVector& at, int color,
+                          std::size_t layer) {
     CString description;
-    m_db.GetCoordDescription(m_db.GetCoordRecHandleByCadEntityHandle(point.GetHandle()),
+    m_db.GetCoordDescription(m_db.GetCoordRecHandleByCadEntityHandle(entity.GetHandle()),
                              description);
-    return OneLine(CString(CodeWord(std::u16string_view(description))));
+    const std::u16string_view word = CodeWord(std::u16string_view(description));
+    const CodeSign& sign = m_signs.Find(CString(word), entity.GetCode());
+    PlanPoint point{at,
+                    HeightOf(entity),
+                    OneLine(entity.GetName()),
+                    entity.GetCode(),
+                    color,
+                    OneLine(CString(word)),
+                    layer,
+                    sign.symbol,
+                    sign.size,
+                    {}};
+    if (!sign.label.empty()) {
+        const CString rest(
+            TrimBlanks(std::u16string_view(description).substr(RestOf(description, word))));
+        // The decimals of heights are an option of the picture, so those stay to be put in.
+        point.label = OneLine(
+            CodeSigns::MakeLabel(sign.label, entity.GetName(), CString(word), u"{height}", rest));
+    }
+    m_plan.items.emplace_back(std::move(point));
+    ++m_plan.points;
 }
 
 int PlanReader::FindLine(const CqCadEntity& entity) const {
@@ -170,8 +213,9 @@ void PlanReader::Add(const CqCadEntity& entity) {
     if (!color) {
         return;
     }
+    const std::size_t layer = FindLayer(entity.GetLayer()).place;
     if (m_inLine) {
-        m_line = PlanLine{{}, *color, FindLine(entity)};
+        m_line = PlanLine{{}, *color, FindLine(entity), entity.GetCode(), layer};
         return;
     }
     const CVector at = PlaceOf(entity);
@@ -181,9 +225,7 @@ void PlanReader::Add(const CqCadEntity& entity) {
     }
     switch (entity.GetType()) {
         case EntSiPnt:
-            m_plan.items.emplace_back(PlanPoint{at, HeightOf(entity), OneLine(entity.GetName()),
-                                                entity.GetCode(), *color, FindCodeWord(entity)});
-            ++m_plan.points;
+            AddPoint(entity, at, *color, layer);
             break;
         case EntText: {
             const auto align = static_cast<unsigned>(entity.GetAlign());
@@ -191,7 +233,7 @@ void PlanReader::Add(const CqCadEntity& entity) {
             m_plan.items.emplace_back(PlanText{
                 at, SplitLines(entity.GetText()), IsUsable(height) && height > 0.0 ? height : 0.0,
                 std::isfinite(entity.GetRot()) ? std::fmod(entity.GetRot(), 360.0) : 0.0,
-                ToHorizontal(align & 0xFFFFU), ToVertical(align >> 16U), *color});
+                ToHorizontal(align & 0xFFFFU), ToVertical(align >> 16U), *color, layer});
             break;
         }
         case EntCircle: {
@@ -200,7 +242,8 @@ void PlanReader::Add(const CqCadEntity& entity) {
                 ++m_plan.unplaced;
                 break;
             }
-            m_plan.items.emplace_back(PlanCircle{at, radius, *color, FindLine(entity)});
+            m_plan.items.emplace_back(
+                PlanCircle{at, radius, *color, FindLine(entity), entity.GetCode(), layer});
             break;
         }
         case EntBitmap: {
@@ -209,7 +252,8 @@ void PlanReader::Add(const CqCadEntity& entity) {
                 ++m_plan.unplaced;
                 break;
             }
-            m_plan.items.emplace_back(PlanFrame{at, width, OneLine(entity.GetResName()), *color});
+            m_plan.items.emplace_back(
+                PlanFrame{at, width, OneLine(entity.GetResName()), *color, layer});
             break;
         }
         case EntPline:
@@ -229,7 +273,7 @@ void PlanReader::AddVertex(const CqCadEntity& entity) {
     const CVector at = PlaceOf(entity);
     if (!IsPlace(at)) {
         ++m_plan.unplaced;
-        PlanLine rest{{}, m_line->color, m_line->line};
+        PlanLine rest{{}, m_line->color, m_line->line, m_line->code, m_line->layer};
         EndLine();
         m_inLine = true;
         m_line = std::move(rest);
@@ -254,12 +298,44 @@ void PlanReader::ReadSettings() {
     int mapScale = 0;
     m_db.GetSettingsInt(CqSurveyDB::m_SettingsSection, u"Mapscale", mapScale, 0);
     m_plan.mapScale = mapScale > 0 ? mapScale : usual.mapScale;
+    m_plan.ownScale = m_plan.mapScale != usual.mapScale;
+    m_plan.monotone = m_forced >= 0;
     const CqJobSystem system(m_db);
     m_plan.unit = system.GetUnit();
+    m_plan.angles = system.GetAngles().value_or(usual.angles);
     m_plan.system = OneLine(system.GetSystem());
     constexpr double kLargestSymbol = 1000.0;
     const double size = m_db.GetSiPointSize();
     m_plan.symbolSize = size > 0.0 && size <= kLargestSymbol ? size : usual.symbolSize;
+    ReadTitle();
+    ReadWeights();
+}
+
+void PlanReader::ReadTitle() {
+    const CqJobTitle title(m_db);
+    const auto get = [&](const char16_t* key) { return OneLine(title.Get(key)); };
+    m_plan.title = {.title = get(CqJobTitle::kTitle),
+                    .client = get(CqJobTitle::kClient),
+                    .place = get(CqJobTitle::kPlace),
+                    .surveyedBy = get(CqJobTitle::kSurveyedBy),
+                    .drawnBy = get(CqJobTitle::kDrawnBy),
+                    .date = get(CqJobTitle::kDate),
+                    .drawingNumber = get(CqJobTitle::kDrawingNumber),
+                    .heightSystem = get(CqJobTitle::kHeightSystem)};
+}
+
+void PlanReader::ReadWeights() {
+    constexpr const char16_t* kSection = u"LINEWEIGHTS";
+    CStringList keys;
+    m_db.GetSettingsKeyList(kSection, keys);
+    for (const CString& key : keys) {
+        CString value;
+        m_db.GetSettingsString(kSection, key, value, CString());
+        const ParsedNumber width = ParseNumber(ToUtf8(value));
+        if (width.fault == nullptr && IsLineWidth(width.value)) {
+            m_plan.weights.push_back({OneLine(key), width.value});
+        }
+    }
 }
 
 void PlanReader::ReadImage() {

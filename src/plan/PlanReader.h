@@ -5,8 +5,10 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <vector>
 
 #include "plan/Plan.h"
+#include "plan/symbols/CodeSigns.h"
 
 namespace cqsurvey::plan {
 
@@ -31,24 +33,29 @@ class PlanReader {
         int color = 7;
         int line = 0;
         bool wanted = true;
+        std::size_t place = 0;  ///< in the plan's list
     };
 
     /// The colour in which the entity is drawn; nothing when it is hidden or on a layer that is not
     /// read.
     std::optional<int> FindColor(const CqCadEntity& entity);
-    [[nodiscard]] std::string FindCodeWord(const CqCadEntity& point) const;
+    void AddPoint(const CqCadEntity& entity, const CVector& at, int color, std::size_t layer);
     [[nodiscard]] int FindLine(const CqCadEntity& entity) const;
     const Layer& FindLayer(const CString& name) const;
     void Add(const CqCadEntity& entity);
     void AddVertex(const CqCadEntity& entity);
     void EndLine();
     void ReadSettings();
+    void ReadTitle();
+    void ReadWeights();
     void ReadImage();
 
     CqSurveyDB& m_db;
+    CodeSigns m_signs;
     std::map<CString, Layer> m_layers;
     Layer m_noLayer;
     int m_forced = -1;
+    std::vector<PlanLayer> m_names;
     Plan m_plan;
     std::optional<PlanLine> m_line;
     bool m_inLine = false;

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <utility>
 
-#include "plan/Units.h"
+#include "plan/canvas/Units.h"
 #include "text/NumberText.h"
 
 namespace cqsurvey::plan {
@@ -57,6 +57,10 @@ void PlotOptions::SetPixels(int width, int height) {
     dotsPerInch = kDotsOfScreen;
 }
 
+bool IsLineWidth(double width) {
+    return IsWithin(width, 0.01, 5.0);
+}
+
 bool IsDrawable(const Box& extent) {
     constexpr double kLeastPart = 1e-9;
     constexpr double kLeastDistance = 1e-3;
@@ -69,6 +73,7 @@ bool IsDrawable(const Box& extent) {
 std::string FindFault(const PlotOptions& options) {
     constexpr double kLeastSide = 1.0;
     constexpr double kLargestSide = 10'000.0;
+    constexpr int kMostDecimals = 6;
     if (!IsWithin(options.paper.width, kLeastSide, kLargestSide) ||
         !IsWithin(options.paper.height, kLeastSide, kLargestSide)) {
         return "the sides of the paper are not from 1 to 10,000 mm";
@@ -81,6 +86,18 @@ std::string FindFault(const PlotOptions& options) {
     }
     if (!IsWithin(options.labelHeight, 0.2, 50.0)) {
         return "the height of the labels is not from 0.2 to 50 mm";
+    }
+    if (options.heightDecimals < 0 || options.heightDecimals > kMostDecimals ||
+        options.lineDecimals < 0 || options.lineDecimals > kMostDecimals) {
+        return "the decimals are not from 0 to 6";
+    }
+    for (const LineWeight& weight : options.lineWeights) {
+        if (!IsLineWidth(weight.width)) {
+            return "the width of the lines is not from 0.01 to 5 mm";
+        }
+    }
+    if (options.sheet && !options.divides) {
+        return "a sheet is asked for, but the plan is not divided into sheets";
     }
     if (options.extent && !IsDrawable(*options.extent)) {
         return "the part to be drawn is empty, too small or too far away";

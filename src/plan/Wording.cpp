@@ -30,6 +30,15 @@ std::string Count(std::size_t number, std::string_view noun) {
     return number == 1 ? text : text + 's';
 }
 
+std::string UnitMark(std::optional<CqLengthUnit> unit) {
+    if (!unit) {
+        return {};
+    }
+    return *unit == CqLengthUnit::Metre               ? " m"
+           : *unit == CqLengthUnit::InternationalFoot ? " ft"
+                                                      : " US ft";
+}
+
 std::string Quoted(std::string_view text) {
     constexpr std::size_t kMost = 60;
     const char* const begin = text.data();

@@ -18,22 +18,6 @@ bool IsDivision(int division) {
     return division >= limits::kLowestDivision && division <= limits::kHighestDivision;
 }
 
-/// False for a text that the settings file would give back otherwise: not all of it on one line,
-/// blanks at its ends, or brackets that make the line a section.
-bool FitsOnLine(const CString& text) {
-    if (text.empty()) {
-        return true;
-    }
-    const auto isBlank = [](char16_t c) { return c <= u' ' || c == u'\x7F'; };
-    for (const char16_t c : text) {
-        if (c < u' ' || c == u'\x7F') {
-            return false;
-        }
-    }
-    return !isBlank(text.front()) && !isBlank(text.back()) &&
-           (text.find(u'[') == CString::npos || text.find(u']') == CString::npos);
-}
-
 }  // namespace
 
 bool CqJobSystem::StatesSystem() const {
@@ -63,6 +47,15 @@ std::optional<CqLengthUnit> CqJobSystem::GetUnit() const {
 int CqJobSystem::SetUnit(std::optional<CqLengthUnit> unit) {
     return WriteOwnSetting(m_db, kSection, kUnitKey,
                            unit ? FromUtf8(GetUnitWord(*unit)) : CString());
+}
+
+std::optional<CqAngleForm> CqJobSystem::GetAngles() const {
+    return FindAngleForm(ToUtf8(ReadOwnSetting(m_db, kSection, kAnglesKey)));
+}
+
+int CqJobSystem::SetAngles(std::optional<CqAngleForm> form) {
+    return WriteOwnSetting(m_db, kSection, kAnglesKey,
+                           form ? FromUtf8(GetAngleWord(*form)) : CString());
 }
 
 int CqJobSystem::SetSystem(const CString& system) {

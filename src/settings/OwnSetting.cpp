@@ -5,6 +5,20 @@
 
 namespace cqsurvey {
 
+bool FitsOnLine(const CString& text) {
+    if (text.empty()) {
+        return true;
+    }
+    const auto isBlank = [](char16_t c) { return c <= u' ' || c == u'\x7F'; };
+    for (const char16_t c : text) {
+        if (c < u' ' || c == u'\x7F') {
+            return false;
+        }
+    }
+    return !isBlank(text.front()) && !isBlank(text.back()) &&
+           (text.find(u'[') == CString::npos || text.find(u']') == CString::npos);
+}
+
 CString ReadOwnSetting(CqSurveyDB& db, const CString& section, const CString& key) {
     CString value;
     db.GetSettingsString(section, key, value, CString());

@@ -5,6 +5,10 @@
 
 namespace cqsurvey {
 
+/// False for a text that the settings file would give back otherwise: not all of it on one line,
+/// blanks at its ends, or brackets that make the line a section.
+[[nodiscard]] bool FitsOnLine(const CString& text);
+
 /// The value of a setting in a section beside the two fixed ones; empty when there is none.
 [[nodiscard]] CString ReadOwnSetting(CqSurveyDB& db, const CString& section, const CString& key);
 

@@ -158,7 +158,7 @@ TEST_F(SystemOptionsTest, AScaleIsTrueOnPaperInFeetToo) {
              "--no-grid"});
         // The symbols of both points are one path.
         const std::vector<double> box =
-            SvgPicture(ReadFile(picture)).WithStroke("rgb(100%,0%,0%)").at(0).Box();
+            SvgPicture(ReadFile(picture)).WithStroke("#ff0000").at(0).Box();
         return std::fabs(box[2] - box[0] - kDistance - kSymbol) < 0.01;
     };
     EXPECT_TRUE(isTrue("m", "100"));

@@ -2,7 +2,7 @@
 #include <turbojpeg.h>
 
 #include "fuzz/FuzzTarget.h"
-#include "plan/Cairo.h"
+#include "plan/canvas/Cairo.h"
 #include "plan/images/ImageDecoder.h"
 
 namespace cqsurvey {

@@ -37,6 +37,17 @@ TEST_F(CqJobSystemTest, ANewJobClaimsNothing) {
     EXPECT_EQ(Sections(), kFixed);
 }
 
+TEST_F(CqJobSystemTest, TheFormOfBearingsIsKeptAndTakenBack) {
+    EXPECT_EQ(m_system.GetAngles(), std::nullopt);
+    EXPECT_EQ(m_system.SetAngles(CqAngleForm::Gon), 1);
+    EXPECT_EQ(m_system.GetAngles(), CqAngleForm::Gon);
+    CString word;
+    EXPECT_EQ(m_db.GetSettingsString(u"COORDINATES", u"Angles", word, u""), 1);
+    EXPECT_EQ(word, u"gon");
+    EXPECT_EQ(m_system.SetAngles(std::nullopt), 1);
+    EXPECT_EQ(Sections(), kFixed);
+}
+
 TEST_F(CqJobSystemTest, UnitAndSystemAreKeptInASectionOfTheirOwn) {
     EXPECT_EQ(m_system.SetUnit(CqLengthUnit::UsSurveyFoot), 1);
     EXPECT_EQ(m_system.SetSystem(u"EPSG:2230"), 1);

@@ -10,8 +10,8 @@
 
 namespace cqsurvey {
 
-/// What an SVG picture draws, as far as the tests ask: paths and glyphs with their colours, in the
-/// order in which they are drawn. The letters' own outlines, in <defs>, are passed over.
+/// What an SVG picture draws, as far as the tests ask: paths and texts with their colours, in the
+/// order in which they are drawn, and the names of the groups that they are in.
 class SvgPicture {
  public:
     struct Step {
@@ -19,9 +19,11 @@ class SvgPicture {
         std::vector<double> numbers;
     };
     struct Path {
-        std::string stroke;  ///< as "rgb(100%,0%,0%)"; "none"
+        std::string stroke;  ///< as "#ff0000"; "" for none
         std::string fill;
         std::string dashes;  ///< "" for a continuous line
+        double width = 0.0;
+        std::string group;
         std::vector<Step> steps;
 
         [[nodiscard]] std::size_t Count(char command) const {
@@ -53,16 +55,20 @@ class SvgPicture {
             return box;
         }
     };
-    struct Glyph {
-        double x = 0.0;
+    struct Text {
+        double x = 0.0;  ///< left end of the baseline
         double y = 0.0;
-        std::string symbol;
+        std::string text;
         std::string fill;
+        double size = 0.0;
+        double length = 0.0;
+        double rotation = 0.0;  ///< degrees, clockwise
+        bool hasHalo = false;
+        std::string group;
     };
 
     explicit SvgPicture(const std::string& text) {
-        std::vector<std::string> fills{""};
-        int definitions = 0;
+        std::vector<std::string> open;
         for (std::size_t at = text.find('<'); at != std::string::npos;
              at = text.find('<', at + 1)) {
             const std::size_t end = text.find('>', at);
@@ -73,27 +79,26 @@ class SvgPicture {
                 const auto found = attributes.find(key);
                 return found == attributes.end() ? std::string() : found->second;
             };
-            const std::string style = get("style");
             if (name == "svg") {
                 width = Number(get("width"));
                 height = Number(get("height"));
-            } else if (name == "defs") {
-                ++definitions;
-            } else if (name == "/defs") {
-                --definitions;
             } else if (name == "g") {
-                const std::string fill = Style(style, "fill");
-                fills.push_back(fill.empty() ? fills.back() : fill);
+                open.push_back(get("inkscape:label"));
+                groups.insert(groups.end(), open.back().empty() ? 0U : 1U, open.back());
             } else if (name == "/g") {
-                fills.pop_back();
+                open.pop_back();
             } else if (name == "image") {
                 ++images;
-            } else if (name == "path" && definitions == 0) {
-                paths.push_back({Style(style, "stroke"), Style(style, "fill"),
-                                 Style(style, "stroke-dasharray"), Steps(get("d"))});
-            } else if (name == "use" && definitions == 0 && !get("x").empty()) {
-                glyphs.push_back(
-                    {Number(get("x")), Number(get("y")), get("xlink:href"), fills.back()});
+            } else if (name == "path") {
+                paths.push_back({get("stroke"), get("fill"), get("stroke-dasharray"),
+                                 Number(get("stroke-width")), GroupOf(open), Steps(get("d"))});
+            } else if (name == "text") {
+                const std::string turn = get("transform");
+                texts.push_back({Number(get("x")), Number(get("y")),
+                                 text.substr(end + 1, text.find('<', end) - end - 1), get("fill"),
+                                 Number(get("font-size")), Number(get("textLength")),
+                                 turn.empty() ? 0.0 : Number(turn.substr(turn.find('(') + 1)),
+                                 !get("stroke").empty(), GroupOf(open)});
             }
         }
     }
@@ -104,18 +109,30 @@ class SvgPicture {
                      [&](const Path& path) { return path.stroke == color; });
         return found;
     }
-    [[nodiscard]] std::vector<Glyph> WithFill(const std::string& color) const {
-        std::vector<Glyph> found;
-        std::copy_if(glyphs.begin(), glyphs.end(), std::back_inserter(found),
-                     [&](const Glyph& glyph) { return glyph.fill == color; });
+    [[nodiscard]] std::vector<Text> WithFill(const std::string& color) const {
+        std::vector<Text> found;
+        std::copy_if(texts.begin(), texts.end(), std::back_inserter(found),
+                     [&](const Text& text) { return text.fill == color; });
         return found;
+    }
+    /// The texts of a group; a path's or text's group is the innermost with a name.
+    [[nodiscard]] std::vector<Text> InGroup(const std::string& group) const {
+        std::vector<Text> found;
+        std::copy_if(texts.begin(), texts.end(), std::back_inserter(found),
+                     [&](const Text& text) { return text.group == group; });
+        return found;
+    }
+    [[nodiscard]] bool Says(const std::string& words) const {
+        return std::any_of(texts.begin(), texts.end(),
+                           [&](const Text& text) { return text.text == words; });
     }
 
     double width = 0.0;  ///< in points of 1/72 inch
     double height = 0.0;
     int images = 0;
     std::vector<Path> paths;
-    std::vector<Glyph> glyphs;
+    std::vector<Text> texts;
+    std::vector<std::string> groups;
 
  private:
     static double Number(std::string_view text) {
@@ -136,14 +153,10 @@ class SvgPicture {
         return found;
     }
 
-    static std::string Style(const std::string& style, const std::string& key) {
-        const std::string text = ";" + style;
-        const std::size_t at = text.find(";" + key + ":");
-        if (at == std::string::npos) {
-            return "";
-        }
-        const std::size_t begin = at + key.size() + 2;
-        return text.substr(begin, text.find(';', begin) - begin);
+    static std::string GroupOf(const std::vector<std::string>& open) {
+        const auto named = std::find_if(open.rbegin(), open.rend(),
+                                        [](const std::string& name) { return !name.empty(); });
+        return named == open.rend() ? "" : *named;
     }
 
     static std::vector<Step> Steps(const std::string& data) {

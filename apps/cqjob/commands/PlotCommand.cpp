@@ -57,10 +57,10 @@ class PlotCommand : public Command {
         command
             .Add("--labels", m_labels,
                  "What to write beside the points: name, height, code (a number), desc (the code "
-                 "word at the head of the description) or none")
+                 "word at the head of the description), label (what the code table says) or none")
             .Placeholder("WORD,...")
             .SplitAt(',')
-            .OneOf({"name", "height", "code", "desc", "none"});
+            .OneOf({"name", "height", "code", "desc", "label", "none"});
         command.AddFlag("--all-labels", m_options.allLabels,
                         "Draw labels that have no room, too; without it, they are left out");
         command
@@ -69,6 +69,35 @@ class PlotCommand : public Command {
             .Placeholder("MM")
             .InRange(0.2, 50.0)
             .ShowDefault();
+        command.Add("--decimals", m_options.heightDecimals, "Decimals of heights")
+            .Placeholder("N")
+            .InRange(0, 6)
+            .ShowDefault();
+        command
+            .Add("--line-labels", m_lineLabels,
+                 "What to write along lines and into closed ones: length, bearing, area")
+            .Placeholder("WORD,...")
+            .SplitAt(',')
+            .OneOf({"length", "bearing", "area"});
+        command.Add("--line-decimals", m_options.lineDecimals, "Decimals of lengths and areas")
+            .Placeholder("N")
+            .InRange(0, 6)
+            .ShowDefault();
+        command
+            .Add("--line-weight", m_weights,
+                 "Widths of lines in millimetres, by layer or by feature code, such as "
+                 "Contours=0.13; * stands for any characters")
+            .Placeholder("NAME=MM,...")
+            .SplitAt(',');
+        command
+            .Add("--fill", m_options.fills,
+                 "Layers or feature codes whose lines are closed and lightly filled, such as "
+                 "buildings")
+            .Placeholder("NAME,...")
+            .SplitAt(',');
+        command.Add("--title", m_title, "The heading; without it, the title of the job's settings")
+            .Placeholder("TEXT");
+        command.AddFlag("!--no-legend", m_options.legend, "Explain no symbols and lines");
         command.AddFlag("!--no-grid", m_options.grid, "Draw no grid");
         const Argument paper = command.Add("--paper", m_paper, "The paper: " + plan::PaperNames())
                                    .Placeholder("NAME")
@@ -83,10 +112,15 @@ class PlotCommand : public Command {
             .Excludes("--landscape");
         command
             .Add("--scale", m_scale,
-                 "The scale: 500 for 1 : 500; without it, that of the job's settings, or "
-                 "the next round one at which the plan fits on the paper")
+                 "The scale: 500 for 1 : 500, or job for that of the job's settings; without it, "
+                 "the largest round one at which the plan fits on the paper")
+            .Placeholder("N");
+        command.AddFlag("--sheets", m_options.divides,
+                        "Divide what does not fit over several sheets, at the scale of --scale or "
+                        "of the job's settings: the pages of a PDF, the first is the key plan");
+        command.Add("--sheet", m_options.sheet, "Only this one of the sheets; 0 is the key plan")
             .Placeholder("N")
-            .InRange(1e-3, 1e9);
+            .InRange(0, 1000000);
         command.Add("--dpi", m_options.dotsPerInch, "Pixels per inch of a PNG on paper")
             .Placeholder("N")
             .InRange(10.0, 2400.0)
@@ -98,42 +132,50 @@ class PlotCommand : public Command {
             "white. Lines: 0 continuous, 1 dashed, 2 dotted, 3 dash and dot, 4 dash and two\n"
             "dots, 5 long, 6 short, 7 long and short dashes. Texts: alignments 0 left, 1\n"
             "centre, 2 right and 0 baseline, 1 bottom, 2 middle, 3 top; rotations are degrees.\n"
-            "The settings' Mapscale is the scale, SiPointSize the size of a point's symbol in\n"
-            "1/72 inch. The scale is true on paper in the job's length unit; without one (see "
-            "cqjob\n"
-            "settings system) the coordinates count as metres.\n"
+            "A Mapscale in the settings that is not the 500 of a new job is the scale, as long as\n"
+            "the plan fits. The scale is true on paper in the job's length unit; without one (see\n"
+            "cqjob settings system) the coordinates count as metres.\n"
+            "Points have the symbols of the job's code table, others a cross of the settings'\n"
+            "SiPointSize in 1/72 inch. A label that has no room beside its point goes farther "
+            "away,\n"
+            "with a leader. Where only heights are written, and at the symbol spot, the point is\n"
+            "the decimal mark. The section LINEWEIGHTS of the settings has line weights, too, and\n"
+            "TITLE what the title block says (see cqjob settings set).\n"
             "\n"
             "Example:\n"
             "  cqjob plot site.job plan.pdf --paper A3 --scale 500\n"
-            "  cqjob plot site.job plan.png --size 1200x800 --labels name,height");
-        m_command = &command;
+            "  cqjob plot site.job plan.png --size 1200x800 --labels name,height\n"
+            "  cqjob plot site.job plan.pdf --scale 250 --sheets --fill Buildings");
         return command;
     }
 
     int Run(Console& console) override {
         ReadFormat();
         ReadLabels();
+        ReadLines();
         ReadSheet();
         ReadExtent();
         RequireOtherFile(m_file, m_job);
         if (const std::string fault = FindFault(m_options); !fault.empty()) {
             throw UsageError(fault);
         }
-        m_options.title = MakeTitle();
         CqSurveyDB db;
         OpenToRead(db, m_job);
+        m_options.title = m_title;
+        if (m_title.empty() && CqJobTitle(db).Get(CqJobTitle::kTitle).empty()) {
+            m_options.title = MakeTitle();
+        }
         const plan::PlanDrawing drawing = Read(console, db);
         db.Close();
 
         OutputFile output(console, m_file, m_force);
         const plan::PlotReport report = Draw(console, drawing, output);
         output.Finish();
-        console.Say(
-            "{} at 1 : {} into {}\n",
-            report.drawn == drawing.GetCount()
-                ? Count(report.drawn, "object")
-                : fmt::format("{} of {}", report.drawn, Count(drawing.GetCount(), "object")),
-            FormatNumber(report.scale), Printable(m_file));
+        console.Say("{} at 1 : {}{} into {}\n", DescribeDrawn(drawing, report),
+                    FormatNumber(report.scale),
+                    report.sheets > 1 ? fmt::format(" on {} pages with the key plan", report.sheets)
+                                      : std::string(),
+                    Printable(m_file));
         Say(console, drawing, report);
         return 0;
     }
@@ -163,12 +205,48 @@ class PlotCommand : public Command {
         m_options.labelHeights = holds("height");
         m_options.labelCodes = holds("code");
         m_options.labelCodeWords = holds("desc");
+        m_options.labelsOfCodes = holds("label");
+    }
+
+    void ReadLines() {
+        for (const std::string& word : m_lineLabels) {
+            (word == "length"    ? m_options.lineLabels.lengths
+             : word == "bearing" ? m_options.lineLabels.bearings
+                                 : m_options.lineLabels.areas) = true;
+        }
+        for (const std::string& weight : m_weights) {
+            const std::size_t sign = weight.rfind('=');
+            const ParsedNumber width =
+                ParseNumber(sign == std::string::npos ? "" : weight.substr(sign + 1));
+            if (width.fault != nullptr || !plan::IsLineWidth(width.value)) {
+                throw UsageError("--line-weight: " + Quoted(weight) +
+                                 " is not a name and a width from 0.01 to 5 mm, such as "
+                                 "Contours=0.13");
+            }
+            m_options.lineWeights.push_back({weight.substr(0, sign), width.value});
+        }
+    }
+
+    void ReadScale() {
+        if (m_scale.empty()) {
+            return;
+        }
+        if (m_scale == "job") {
+            m_options.usesJobScale = true;
+            return;
+        }
+        const ParsedNumber scale = ParseNumber(m_scale);
+        if (scale.fault != nullptr || !(scale.value >= 1e-3 && scale.value <= 1e9)) {
+            throw UsageError("--scale: " + Quoted(m_scale) +
+                             " is neither a number from 0.001 to 1e9 nor job");
+        }
+        m_options.scale = scale.value;
     }
 
     void ReadSheet() {
         // The checks of the ranges let not-a-numbers through.
-        const bool numbers = !std::isnan(m_scale) && !std::isnan(m_options.dotsPerInch) &&
-                             !std::isnan(m_options.labelHeight);
+        const bool numbers =
+            !std::isnan(m_options.dotsPerInch) && !std::isnan(m_options.labelHeight);
         if (!m_size.empty()) {
             ReadSize();
         } else {
@@ -181,11 +259,9 @@ class PlotCommand : public Command {
             m_options.turnsPaper = !m_landscape && !m_portrait;
         }
         if (!numbers) {
-            throw UsageError("--scale, --dpi and --label-height take numbers");
+            throw UsageError("--dpi and --label-height take numbers");
         }
-        if (m_command->IsGiven("--scale")) {
-            m_options.scale = m_scale;
-        }
+        ReadScale();
     }
 
     void ReadSize() {
@@ -267,6 +343,16 @@ class PlotCommand : public Command {
         }
     }
 
+    static std::string DescribeDrawn(const plan::PlanDrawing& drawing,
+                                     const plan::PlotReport& report) {
+        if (report.drawn == 0) {
+            return "nothing";
+        }
+        return report.drawn == drawing.GetCount() || report.sheets > 1
+                   ? Count(drawing.GetCount(), "object")
+                   : fmt::format("{} of {}", report.drawn, Count(drawing.GetCount(), "object"));
+    }
+
     /// The job file's name without its folder and ending.
     std::string MakeTitle() const {
         std::string job = m_job;
@@ -319,7 +405,6 @@ class PlotCommand : public Command {
         }
     }
 
-    CommandLine* m_command = nullptr;
     std::string m_file;
     std::string m_format;
     std::vector<std::string> m_layers;
@@ -329,7 +414,10 @@ class PlotCommand : public Command {
     bool m_portrait = false;
     bool m_landscape = false;
     std::string m_size;
-    double m_scale = 500.0;
+    std::string m_scale;
+    std::string m_title;
+    std::vector<std::string> m_lineLabels;
+    std::vector<std::string> m_weights;
     bool m_force = false;
     plan::PlotOptions m_options;
 };

@@ -50,12 +50,18 @@ class SettingsCommand : public Command {
                        "the same keys");
         AddJson(*m_set);
         m_set->SetFooter(
+            "The section TITLE is what plans say in their title block: Title, Client, Place,\n"
+            "SurveyedBy, DrawnBy, Date, DrawingNumber, HeightSystem. In COORDINATES, Angles says "
+            "how\n"
+            "they write bearings: dms, deg or gon.\n"
             "A section that does not exist is added, so programs can keep settings of their own "
             "in\n"
             "the job.\n"
             "\n"
             "Example:\n"
             "  cqjob settings set site.job SETTINGS Mapscale 250\n"
+            "  cqjob settings set site.job COORDINATES Angles gon\n"
+            "  cqjob settings set site.job TITLE Client \"County Roads\"\n"
             "  cqjob settings set site.job MyOffice Crew \"A. Berg, T. Lund\"");
 
         m_system = &command.AddCommand("system", "Show or state the length unit and system");
@@ -264,6 +270,12 @@ class SettingsCommand : public Command {
 
     /// Unit and system depend on each other, so they are not written blindly.
     void SetSystem(CqSurveyDB& db) const {
+        if (SettingRules::IsAngles(m_key)) {
+            if (CqJobSystem(db).SetAngles(FindAngleForm(m_value)) == 0) {
+                throw Failure(Printable(m_job) + ": the settings could not be written");
+            }
+            return;
+        }
         SystemOptions options;
         const bool unit = SettingRules::IsUnit(m_key);
         options.Set(unit ? std::optional(m_value) : std::nullopt,

@@ -27,18 +27,27 @@ struct PlotReport {
     bool holdsAll = true;        ///< false: part of the drawing lies outside the frame
     std::size_t drawn = 0;       ///< objects in the part that is shown, at least partly
     std::size_t lostLabels = 0;  ///< labels that found no room
+    int sheets = 1;              ///< pages, the key plan included
     /// English sentences, one for each thing that could not be drawn as it is in the job.
     std::vector<std::string> notes;
 };
 
-/// The drawing of a job: read once, drawn any number of times. A picture is one page with north up.
-/// It has the map in its frame with a grid, and below it a title block with the heading, the
-/// extents and the number of objects of what is shown, a scale bar and a north arrow. Paper smaller
-/// than 100 x 80 mm has only the map.
+/// The drawing of a job: read once, drawn any number of times. A picture is a page with north up,
+/// or several of a plan that is divided. It has the map in its frame with a grid, below it a legend
+/// of the signs in use, and a title block with the heading, the extents and the number of objects
+/// of what is shown, a scale bar, a north arrow, and what the job says about itself (CqJobTitle,
+/// CqJobSystem). Paper smaller than 100 x 80 mm has only the map.
+///
+/// Each point has the symbol that the job's code table gives the word at the head of its
+/// description, or else its code's number (CqJobCodes); without one, it is a cross. Symbols, labels
+/// and lines have a size on paper. A text that the frame would cut is moved inside when its place
+/// is inside, and left out otherwise; a note says so. An SVG has a group for each layer, with its
+/// name, and its texts are texts, as those of a PDF.
 ///
 /// CqSurveyDB.h says what the numbers of colours, line types and alignments mean; line type 256,
 /// like colour 256, is that of the layer. A layer or an entity with a negative colour is hidden. Of
-/// the settings, Mapscale is the scale, and SiPointSize the size of a point's symbol in 1/72 inch.
+/// the settings, Mapscale may be the scale (PlotOptions::scale), and SiPointSize is the size of a
+/// cross in 1/72 inch.
 /// The scale is true on paper in the job's unit of length (CqJobSystem); without a unit, it is that
 /// of a job in metres, and the scale bar names no unit.
 class CQSURVEY_PLAN_API PlanDrawing {
@@ -73,8 +82,10 @@ class CQSURVEY_PLAN_API PlanDrawing {
 
     /// Draws the plan and hands the picture to `sink`. Throws PlanFailure with
     /// error::kInvalidArgument, before `sink` is called, when FindFault finds a fault in the
-    /// options, and with error::kGeneralFailure when the picture could not be drawn. Throws what
-    /// `sink` and `progress` throw. After a failure, do not use the bytes that `sink` received.
+    /// options, when there is no sheet of the number that they ask for, or more sheets than the
+    /// format or a plan may have, and with error::kGeneralFailure when the picture could not be
+    /// drawn. Throws what `sink` and `progress` throw. After a failure, do not use the bytes that
+    /// `sink` received.
     PlotReport Draw(const PlotOptions& options, const Sink& sink,
                     const Progress& progress = {}) const;
 

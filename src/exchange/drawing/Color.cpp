@@ -1,59 +1,19 @@
 #include "exchange/drawing/Color.h"
 
-#include <algorithm>
-#include <array>
-#include <cstddef>
+#include <initializer_list>
 #include <limits>
+
+#include "text/DrawingPalette.h"
 
 namespace cqsurvey::exchange {
 
 namespace {
-
-constexpr int kFirstHue = 10;
-constexpr int kFirstGrey = 250;
-constexpr int kLast = 255;
-constexpr int kHues = 24;
-
-std::uint32_t Rgb(int red, int green, int blue) {
-    return (static_cast<std::uint32_t>(red) << 16U) | (static_cast<std::uint32_t>(green) << 8U) |
-           static_cast<std::uint32_t>(blue);
-}
-
-/// Red, green or blue of a full hue that is `step` steps of the wheel away from it.
-int Part(int step) {
-    step = (step % kHues + kHues) % kHues;
-    const int away = std::min(step, kHues - step);
-    return away <= 4 ? 255 : std::max(0, 255 * (8 - away) / 4);
-}
 
 int Channel(std::uint32_t rgb, unsigned shift) {
     return static_cast<int>((rgb >> shift) & 0xFFU);
 }
 
 }  // namespace
-
-std::uint32_t ColorOf(int number) {
-    // 7 is the ink, black or white; a drawing's own white is meant more often.
-    static constexpr std::array<std::uint32_t, 10> kPure{0,        0xFF0000, 0xFFFF00, 0x00FF00,
-                                                         0x00FFFF, 0x0000FF, 0xFF00FF, 0xFFFFFF,
-                                                         0x808080, 0xC0C0C0};
-    if (number < kFirstHue) {
-        return kPure.at(static_cast<std::size_t>(std::max(number, 0)));
-    }
-    if (number >= kFirstGrey) {
-        const int level = 51 + (number - kFirstGrey) * 204 / (kLast - kFirstGrey);
-        return Rgb(level, level, level);
-    }
-    constexpr std::array<int, 5> kBrightness{255, 165, 127, 76, 38};
-    const int hue = (number - kFirstHue) / 10;
-    const int shade = number % 10;
-    const int brightness = kBrightness.at(static_cast<std::size_t>(shade / 2));
-    const auto part = [&](int centre) {
-        const int full = Part(hue - centre);
-        return shade % 2 == 0 ? full * brightness / 255 : (full + 255) * brightness / (2 * 255);
-    };
-    return Rgb(part(0), part(8), part(16));
-}
 
 int NearestColor(std::uint32_t rgb, bool& exact) {
     rgb &= 0xFFFFFFU;
@@ -63,8 +23,8 @@ int NearestColor(std::uint32_t rgb, bool& exact) {
     }
     int nearest = 7;
     int least = std::numeric_limits<int>::max();
-    for (int number = 1; number <= kLast; ++number) {
-        const std::uint32_t color = ColorOf(number);
+    for (int number = 1; number <= kLastColor; ++number) {
+        const std::uint32_t color = GetPaletteColor(number);
         int distance = 0;
         for (const unsigned shift : {0U, 8U, 16U}) {
             const int away = Channel(rgb, shift) - Channel(color, shift);

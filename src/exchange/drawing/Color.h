@@ -11,7 +11,4 @@ inline constexpr int kColorOfLayer = 256;
 /// green in the second and blue in the lowest. `exact` is true when it is that colour.
 [[nodiscard]] int NearestColor(std::uint32_t rgb, bool& exact);
 
-/// A colour of the palette, 1 to 255, in the same form.
-[[nodiscard]] std::uint32_t ColorOf(int number);
-
 }  // namespace cqsurvey::exchange

@@ -15,6 +15,7 @@
 #include "exchange/geo/GeoDetails.h"
 #include "exchange/geo/GeoPlaces.h"
 #include "exchange/xml/XmlWriter.h"
+#include "text/DrawingPalette.h"
 
 namespace cqsurvey::exchange {
 
@@ -79,7 +80,7 @@ class FileWriter {
 
     /// KML writes a colour as alpha, blue, green, red.
     void WriteStyle(int color) {
-        const std::uint32_t rgb = ColorOf(color);
+        const std::uint32_t rgb = GetPaletteColor(color);
         const std::string text = fmt::format("ff{:02x}{:02x}{:02x}", rgb & 0xFFU,
                                              (rgb >> 8U) & 0xFFU, (rgb >> 16U) & 0xFFU);
         m_out.Begin("Style");

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "plan/Cairo.h"
+#include "plan/canvas/Cairo.h"
 
 namespace cqsurvey::plan {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "plan/Cairo.h"
 #include "plan/Plan.h"
+#include "plan/canvas/Cairo.h"
 
 namespace cqsurvey::plan {
 

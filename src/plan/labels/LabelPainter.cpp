@@ -1,0 +1,207 @@
+#include "plan/labels/LabelPainter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <variant>
+
+#include "plan/EntityPainter.h"
+#include "text/NumberText.h"
+
+namespace cqsurvey::plan {
+
+namespace {
+
+// Of the height of names.
+constexpr double kHeightSize = 0.85;
+constexpr double kCodeSize = 0.72;
+
+constexpr Rgb kBrown{128, 64, 0};
+constexpr Rgb kGrey{96, 96, 96};
+
+/// Puts the height where a code's label has a place for it.
+std::string PutHeight(std::string label, const std::string& height) {
+    constexpr std::string_view kPlace = "{height}";
+    for (std::size_t at = label.find(kPlace); at != std::string::npos;
+         at = label.find(kPlace, at + height.size())) {
+        label.replace(at, kPlace.size(), height);
+    }
+    return label;
+}
+
+}  // namespace
+
+LabelPainter::LabelPainter(Page& page, LabelRoom& room, const Plan& plan,
+                           const PlotOptions& options)
+    : m_page(page),
+      m_room(room),
+      m_plan(plan),
+      m_options(options),
+      m_search(room, page.GetMap()),
+      m_height(options.labelHeight * kMillimetre) {}
+
+bool LabelPainter::WritesOnlyHeights(const PlotOptions& options) {
+    return options.labelHeights && !options.labelNames && !options.labelCodes &&
+           !options.labelCodeWords && !options.labelsOfCodes;
+}
+
+void LabelPainter::Draw() {
+    m_page.GetText().SetHalo(m_page.GetBackground());
+    for (const PlanItem& item : m_plan.items) {
+        const auto* point = std::get_if<PlanPoint>(&item);
+        if (point == nullptr) {
+            continue;
+        }
+        const CVector at = m_page.ToPage(point->at);
+        Box box;
+        box.Add(at);
+        if (!m_page.GetMap().Holds(box)) {
+            continue;
+        }
+        const bool spot = point->IsSpot(WritesOnlyHeights(m_options));
+        const double half = (spot ? GetUsualSize(Symbol::Spot) * kMillimetre
+                                  : EntityPainter::GetSize(*point, m_plan.symbolSize)) /
+                            2;
+        const Point place{
+            at, half, half * (point->symbol == Symbol::None && !spot ? kCrossCore : kSymbolCore)};
+        const bool drawn = spot && m_options.labelHeights && DrawSpot(*point, place);
+        DrawRows(FindRows(*point, drawn), place);
+    }
+    m_page.GetText().SetHalo(std::nullopt);
+}
+
+std::string LabelPainter::FormatHeight(const PlanPoint& point) const {
+    return FormatNumber(point.height, m_options.heightDecimals);
+}
+
+Rgb LabelPainter::GetHeightColor(const PlanPoint& point) const {
+    return m_plan.monotone ? PaletteColor(point.color, m_page.GetBackground())
+                           : ReadableOn(m_page.GetBackground(), kBrown);
+}
+
+Rgb LabelPainter::GetCodeColor(const PlanPoint& point) const {
+    return m_plan.monotone ? PaletteColor(point.color, m_page.GetBackground())
+                           : ReadableOn(m_page.GetBackground(), kGrey);
+}
+
+std::vector<LabelPainter::Row> LabelPainter::FindRows(const PlanPoint& point, bool spot) const {
+    std::vector<Row> rows;
+    const Rgb color =
+        ReadableOn(m_page.GetBackground(), PaletteColor(point.color, m_page.GetBackground()));
+    if (m_options.labelNames && !point.name.empty()) {
+        rows.push_back({point.name, m_height, color});
+    }
+    if (m_options.labelHeights && !spot && std::isfinite(point.height)) {
+        rows.push_back({FormatHeight(point), m_height * kHeightSize, GetHeightColor(point)});
+    }
+    if (m_options.labelCodes && point.code != 0) {
+        rows.push_back({std::to_string(point.code), m_height * kCodeSize, GetCodeColor(point)});
+    }
+    if (m_options.labelCodeWords && !point.codeWord.empty()) {
+        rows.push_back({point.codeWord, m_height * kCodeSize, GetCodeColor(point)});
+    }
+    if (m_options.labelsOfCodes && !point.label.empty()) {
+        const std::string label = PutHeight(point.label, FormatHeight(point));
+        const bool said = std::any_of(rows.begin(), rows.end(),
+                                      [&](const Row& row) { return row.text == label; });
+        if (!label.empty() && !said) {
+            rows.push_back({label, m_height * kHeightSize, color});
+        }
+    }
+    return rows;
+}
+
+bool LabelPainter::DrawSpot(const PlanPoint& point, const Point& place) {
+    if (!std::isfinite(point.height)) {
+        return false;
+    }
+    constexpr double kGap = 0.2 * kMillimetre;
+    const double height = m_height * kHeightSize;
+    const std::string text = FormatHeight(point);
+    const std::size_t mark = std::min(text.find('.'), text.size());
+    const std::string whole = text.substr(0, mark);
+    const std::string rest = mark < text.size() ? text.substr(mark + 1) : std::string();
+    const double left = place.at.GetX() - place.half - kGap;
+    const double right = place.at.GetX() + place.half + kGap;
+    // The mark stands on the line, as a point does among digits.
+    const double base = place.at.GetY() + place.half;
+    // Without any room for a digit on the left, there is no need to measure.
+    if (!m_search.HasRoom({left - height / 2, base - height, left - kGap, base})) {
+        return false;
+    }
+    TextPainter& painter = m_page.GetText();
+    painter.SetFont(height);
+    const double width = painter.GetWidth(whole);
+    const Box wholeBox{left - width, base - height, left, base};
+    const Box restBox{right, base - height, right + painter.GetWidth(rest), base};
+    // The dot itself is taken, but its number may be close to it.
+    constexpr double kInside = 0.16 * kMillimetre;
+    const auto off = [&](Box box, bool isLeft) {
+        (isLeft ? box.maxX : box.minX) += isLeft ? -kInside : kInside;
+        return box;
+    };
+    if (!m_search.HasRoom(off(wholeBox, true)) ||
+        (!rest.empty() && !m_search.HasRoom(off(restBox, false)))) {
+        return false;
+    }
+    m_page.SetColor(GetHeightColor(point));
+    painter.Write(whole, {wholeBox.minX, base});
+    m_room.Take(wholeBox);
+    if (!rest.empty()) {
+        painter.Write(rest, {restBox.minX, base});
+        m_room.Take(restBox);
+    }
+    return true;
+}
+
+void LabelPainter::DrawRows(const std::vector<Row>& rows, const Point& place) {
+    if (rows.empty()) {
+        return;
+    }
+    TextPainter& painter = m_page.GetText();
+    const double least = rows.back().height;
+    // Where not even a letter has room, there is no need to measure.
+    const bool hasRoom =
+        m_search.Find(place.at, place.half, place.core, {least / 2, least}).has_value();
+    if (!hasRoom && !m_options.allLabels) {
+        ++m_lost;
+        return;
+    }
+    double width = 0.0;
+    double block = rows.front().height;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        painter.SetFont(rows[i].height);
+        width = std::max(width, painter.GetWidth(rows[i].text));
+        block += i == 0 ? 0.0 : rows[i].height * kLeading;
+    }
+    const CVector size(width, block);
+    std::optional<LabelSearch::Place> found =
+        hasRoom ? m_search.Find(place.at, place.half, place.core, size) : std::nullopt;
+    if (!found) {
+        if (!m_options.allLabels) {
+            ++m_lost;
+            return;
+        }
+        found = {LabelSearch::FirstCorner(place.at, place.core, size), std::nullopt};
+    }
+    const CVector& corner = found->corner;
+    if (found->leader) {
+        const auto& [from, to] = *found->leader;
+        m_page.SetColor(ReadableOn(m_page.GetBackground(), kGrey));
+        m_page.SetLine(0, kThinWidth);
+        cairo_move_to(m_page.GetContext(), from.GetX(), from.GetY());
+        cairo_line_to(m_page.GetContext(), to.GetX(), to.GetY());
+        m_page.Stroke();
+        m_room.TakeLeader(from, to);
+    }
+    m_room.Take(Box{corner.GetX(), corner.GetY(), corner.GetX() + width, corner.GetY() + block});
+    double y = corner.GetY();
+    for (const Row& row : rows) {
+        y += y == corner.GetY() ? row.height : row.height * kLeading;
+        painter.SetFont(row.height);
+        m_page.SetColor(row.color);
+        painter.Write(row.text, {corner.GetX(), y});
+    }
+}
+
+}  // namespace cqsurvey::plan
