@@ -5,15 +5,19 @@
 /// Field text files are the lists of points that surveyors exchange as CSV and the like:
 /// FieldTextReader reads a file into an open job, FieldTextWriter makes the lines of a file. DXF
 /// files are drawings: DxfReader reads one into an open job, DxfWriter writes a job as one.
+/// CodeTable and FieldDrawing make the drawing of a job from the field codes of its points.
 /// JobInspection looks for mistakes in the points of a job, such as those that come with a file.
 
+#include "cqsurvey/exchange/CodeTable.h"
 #include "cqsurvey/exchange/ColumnOrder.h"
 #include "cqsurvey/exchange/CoordinateOperation.h"
 #include "cqsurvey/exchange/CoordinateSystem.h"
 #include "cqsurvey/exchange/DrawingReport.h"
+#include "cqsurvey/exchange/DrawReport.h"
 #include "cqsurvey/exchange/DxfReader.h"
 #include "cqsurvey/exchange/DxfWriter.h"
 #include "cqsurvey/exchange/ExchangeError.h"
+#include "cqsurvey/exchange/FieldDrawing.h"
 #include "cqsurvey/exchange/FieldText.h"
 #include "cqsurvey/exchange/FieldTextReader.h"
 #include "cqsurvey/exchange/FieldTextWriter.h"
