@@ -24,29 +24,29 @@ enum class PointSequence {
 
 struct DrawOptions {
     /// The code table. Nothing: the job's own.
-    std::optional<CqCodeTable> codes;
+    std::optional<CqCodeTable> codes{};
 
     /// The words that control figures, instead of those of the table: a preset, "words" or
     /// "numbers", and after it words of the crew's own, as in "words,begin=I,curve-point=C". An
     /// empty text is the preset "words".
-    std::optional<std::string> words;
+    std::optional<std::string> words{};
 
     PointSequence sequence = PointSequence::Recorded;
 
     /// How far a shot of a curve may be from the circle that fits best, in the job's unit; 0 or
     /// more. Nothing: 0.05 m, or 0.05 when the job does not state its unit.
-    std::optional<double> arcTolerance;
+    std::optional<double> arcTolerance{};
 
     /// The height of texts whose code has no size, in the job's unit; positive. Nothing: 2 mm on
     /// paper at the job's map scale.
-    std::optional<double> textHeight;
+    std::optional<double> textHeight{};
 
     /// Replace what was drawn earlier.
     bool redraw = false;
 
     /// Called now and then with the points that have been read and their number. An exception that
     /// it throws ends the drawing.
-    std::function<void(std::uint64_t done, std::uint64_t whole)> progress;
+    std::function<void(std::uint64_t done, std::uint64_t whole)> progress{};
 };
 
 /// Draws a job from the field codes in the descriptions of its points.
