@@ -67,13 +67,16 @@ struct DrawReport {
     std::uint64_t removed = 0;        ///< entities of the earlier drawing
     std::uint64_t layers = 0;         ///< that the job did not have
     std::uint64_t pointsChanged = 0;  ///< points that got another layer or feature code
+    bool codesKept = false;           ///< the job got another code table
 
     /// How many codes came to this.
     [[nodiscard]] std::uint64_t Count(CodeFate fate) const {
         return m_counts[static_cast<std::size_t>(fate)];
     }
     /// True when anything in the job was changed.
-    [[nodiscard]] bool HasChanged() const { return added + removed + layers + pointsChanged > 0; }
+    [[nodiscard]] bool HasChanged() const {
+        return added + removed + layers + pointsChanged > 0 || codesKept;
+    }
 
     /// Counts the fates of the rows anew.
     CQSURVEY_EXCHANGE_API void CountFates();

@@ -26,6 +26,9 @@ struct DrawOptions {
     /// The code table. Nothing: the job's own.
     std::optional<CqCodeTable> codes{};
 
+    /// Keep `codes` in the job as its own table, with the words that are used.
+    bool keepCodes = false;
+
     /// The words that control figures, instead of those of the table: a preset, "words" or
     /// "numbers", and after it words of the crew's own, as in "words,begin=I,curve-point=C". An
     /// empty text is the preset "words".
@@ -70,10 +73,10 @@ class CQSURVEY_EXCHANGE_API FieldDrawing {
 
     /// Draws in an open job, in one step. The current layer, colour and group stay as they were.
     ///
-    /// Throws ExchangeError when there is no code table, and when the job was drawn before and
-    /// `redraw` is not asked for; CqSurveyException with error::kInvalidArgument when the job has
-    /// an open CqBatch; and whatever CqBatch::Commit and `progress` throw. The job is then as it
-    /// was before.
+    /// Throws ExchangeError when there is no code table, when the table that is to be kept does not
+    /// fit into the job's settings, and when the job was drawn before and `redraw` is not asked
+    /// for; CqSurveyException with error::kInvalidArgument when the job has an open CqBatch; and
+    /// whatever CqBatch::Commit and `progress` throw. The job is then as it was before.
     [[nodiscard]] DrawReport Draw(CqSurveyDB& db) const;
 
  private:

@@ -35,8 +35,7 @@ class Drawing {
 
     DrawReport Draw() {
         ReadTable();
-        const CodeWords words =
-            CodeWords::FromText(m_options.words ? *m_options.words : ToUtf8(m_table.GetWords()));
+        const CodeWords words = CodeWords::FromText(ToUtf8(m_table.GetWords()));
         JobDrawer drawer(m_db);
         if (!m_options.redraw && drawer.HasDrawing()) {
             throw ExchangeError("the job was drawn from its codes before; it can be redrawn");
@@ -44,6 +43,7 @@ class Drawing {
         FindSizes();
         ReadPoints();
         CqBatch batch(m_db);
+        KeepCodes();
         ReadCodes(words);
         ShapeFigures();
         MakeLayers();
@@ -73,8 +73,22 @@ class Drawing {
             m_table = CqJobCodes(m_db).Get(&damaged);
             m_report.damagedRows = damaged;
         }
+        if (m_options.words && m_table.SetWords(FromUtf8(*m_options.words)) == 0) {
+            throw OptionError("the words are too long");
+        }
         if (m_table.IsEmpty()) {
             throw ExchangeError("there is no code table to draw by");
+        }
+    }
+
+    void KeepCodes() {
+        if (!m_options.codes || !m_options.keepCodes) {
+            return;
+        }
+        CqJobCodes keeper(m_db);
+        m_report.codesKept = !(keeper.Get() == m_table);
+        if (keeper.Set(m_table) == 0) {
+            throw ExchangeError("the code table does not fit into the job's settings");
         }
     }
 
@@ -166,6 +180,9 @@ class Drawing {
             row.fate = CodeFate::Unknown;
             row.reason = "the code table does not have it";
             return;
+        }
+        if (CqCodeTable::IsDefault(*code.row)) {
+            row.reason = "the code table has it only by its default row";
         }
         PointState& state = m_states[i];
         state.row = state.row == nullptr ? code.row : state.row;
