@@ -25,6 +25,11 @@ std::optional<double> ReadNumber(std::string_view text) {
     return number.fault == nullptr ? std::optional(number.value) : std::nullopt;
 }
 
+/// Whether the words behind the code of a point are wanted.
+bool TakesText(const CqCode& row) {
+    return row.label.find(u"{text}") != CString::npos || row.text.find(u"{text}") != CString::npos;
+}
+
 std::string FigureNumber(std::string_view digits) {
     digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
     return digits.empty() ? "0" : std::string(digits);
@@ -286,7 +291,13 @@ void FieldCodes::ReadBehindCode(std::size_t& next) {
         const Row& row = FindRow(word.code);
         const bool line = row.code != nullptr && (row.code->kind == CqCodeKind::Line ||
                                                   row.code->kind == CqCodeKind::ClosedLine);
-        if (IsKnown(word) && !(IsDigits(part) && word.suffixes.empty())) {
+        FieldControls ahead;
+        std::size_t after = next;
+        const bool controlled = !m_pendingWords.empty() || !word.suffixes.empty() ||
+                                row.stem < word.code.size() ||
+                                (next < m_parts.size() && ReadControls(after, ahead));
+        if (IsKnown(word) && !(IsDigits(part) && word.suffixes.empty()) &&
+            (!TakesText(*code.row) || (line && controlled))) {
             if (!line) {
                 GiveUpPending(&code.text);
             }

@@ -72,8 +72,9 @@ struct FieldDescription {
 /// The first word is a code when the table has it; otherwise a control word, which then belongs to
 /// the next code; otherwise an unknown code, or one that fits a pattern. Behind a line's code stand
 /// its figure number and control words, behind a point's code its text. Behind either, a code of
-/// the table begins the next one. Any other word behind a line's code is taken for an unknown code,
-/// so that no misspelt one is lost.
+/// the table begins the next one; but when the row of a point's code asks for the {text}, only a
+/// line's code with a figure number or a control word does, since "TR MU" may be a remark. Any
+/// other word behind a line's code is taken for an unknown code, so that no misspelt one is lost.
 class FieldCodes {
  public:
     /// Both must outlive the object.

@@ -124,6 +124,17 @@ TEST_F(FieldCodesTest, WhatFollowsTheCodeOfAPointIsItsText) {
     EXPECT_EQ(Parse("TR берёза Ø0.25"), "[TR  'берёза Ø0.25']");
 }
 
+TEST_F(FieldCodesTest, ACodeThatAsksForItsTextTakesWordsThatCouldBeCodes) {
+    m_table.Add({.code = u"TX", .kind = CqCodeKind::Text, .text = u"{text}"});
+    EXPECT_EQ(Parse("TX KERB"), "[TX  'KERB']");
+    EXPECT_EQ(Parse("TX MH 3"), "[TX  'MH 3']");
+    EXPECT_EQ(Parse("MH KERB"), "[MH ] [KERB ]");
+    EXPECT_EQ(Parse("TX wet KERB2"), "[TX  'wet'] [KERB 2]");
+    EXPECT_EQ(Parse("TX wet KERB B"), "[TX  'wet'] [KERB  begin]");
+    EXPECT_EQ(Parse("TX wet B KERB"), "[TX  'wet'] [KERB  begin]");
+    EXPECT_EQ(Parse("TX wet X KERB"), "[TX  'wet'] [KERB ]");
+}
+
 TEST_F(FieldCodesTest, AWordBehindALineThatNobodyKnowsIsAnUnknownCode) {
     EXPECT_EQ(Parse("EP KRB B"), "[EP ] [KRB ? begin]");
     EXPECT_EQ(Parse("XYZ"), "[XYZ ?]");
