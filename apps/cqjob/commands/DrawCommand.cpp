@@ -44,6 +44,11 @@ class DrawCommand : public Command {
                  "Height of texts whose code has no size; 2 mm on paper without it")
             .Placeholder("LENGTH")
             .InRange(kLeast, kMost);
+        command
+            .Add("--longest", m_longest,
+                 "Begin a new figure where the next point is farther away than this")
+            .Placeholder("LENGTH")
+            .InRange(kLeast, kMost);
         command.AddFlag("--redraw", m_redraw, "Replace what an earlier draw made, and only that");
         const Argument limit =
             command.Add("--limit", m_limit, "Show at most this many codes of each fault")
@@ -70,13 +75,14 @@ class DrawCommand : public Command {
 
     int Run(Console& console) override {
         exchange::DrawOptions options;
-        for (const std::optional<double>& number : {m_tolerance, m_textHeight}) {
+        for (const std::optional<double>& number : {m_tolerance, m_longest, m_textHeight}) {
             if (number && std::isnan(*number)) {
-                throw UsageError("--arc-tolerance and --text-height take numbers");
+                throw UsageError("--arc-tolerance, --longest and --text-height take numbers");
             }
         }
         options.arcTolerance = m_tolerance;
         options.textHeight = m_textHeight;
+        options.longest = m_longest;
         options.words = m_words;
         options.redraw = m_redraw;
         options.sequence =
@@ -129,6 +135,7 @@ class DrawCommand : public Command {
     std::optional<std::string> m_words;
     std::string m_order = "recorded";
     std::optional<double> m_tolerance;
+    std::optional<double> m_longest;
     std::optional<double> m_textHeight;
     bool m_redraw = false;
     bool m_list = false;

@@ -40,6 +40,10 @@ struct DrawOptions {
     /// more. Nothing: 0.05 m, or 0.05 when the job does not state its unit.
     std::optional<double> arcTolerance{};
 
+    /// The longest segment of a figure, in the job's unit; above 0. When the next point is farther
+    /// away, a figure begins there instead. Nothing: any length.
+    std::optional<double> longest{};
+
     /// The height of texts whose code has no size, in the job's unit; positive. Nothing: 2 mm on
     /// paper at the job's map scale.
     std::optional<double> textHeight{};
@@ -68,7 +72,7 @@ struct DrawOptions {
 /// Entities that were edited since stay, and the report names them.
 class CQSURVEY_EXCHANGE_API FieldDrawing {
  public:
-    /// Throws OptionError when the words, the tolerance or the height make no sense.
+    /// Throws OptionError when the words or one of the lengths make no sense.
     explicit FieldDrawing(DrawOptions options);
 
     /// Draws in an open job, in one step. The current layer, colour and group stay as they were.

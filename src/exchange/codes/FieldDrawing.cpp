@@ -16,6 +16,7 @@
 #include "exchange/codes/FigureBuilder.h"
 #include "exchange/codes/FigureShaper.h"
 #include "exchange/codes/JobDrawer.h"
+#include "exchange/codes/LabelText.h"
 #include "exchange/codes/NameOrder.h"
 #include "text/NumberText.h"
 
@@ -62,6 +63,7 @@ class Drawing {
         CString description;
         CString layer;
         int code = 0;
+        bool isNumber = false;        // the feature code is what the crew wrote, and stays
         const CqCode* row = nullptr;  // of its first code that the table has
     };
 
@@ -157,7 +159,7 @@ class Drawing {
         FieldCodes codes(m_table, words);
         FieldDescription description;
         for (const std::size_t i : m_order) {
-            codes.Parse(ToUtf8(m_states[i].description), description);
+            codes.Parse(TextOf(i), description);
             if (description.codes.empty() && description.stray.empty()) {
                 ++m_report.withoutCode;
             }
@@ -171,6 +173,18 @@ class Drawing {
             }
         }
         m_figures = m_builder.Finish();
+    }
+
+    /// The description of a point. Where an import took the only word of it for a feature code, as
+    /// it does with "50", that is the description.
+    std::string TextOf(std::size_t i) {
+        PointState& state = m_states[i];
+        if (!state.description.empty() || state.code == 0) {
+            return ToUtf8(state.description);
+        }
+        std::string code = std::to_string(state.code);
+        state.isNumber = m_table.FindExact(FromUtf8(code)) != nullptr;
+        return state.isNumber ? code : std::string();
     }
 
     void ReadCode(std::size_t i, const FieldCode& code) {
@@ -192,13 +206,25 @@ class Drawing {
             return;
         }
         if (code.IsLine()) {
-            if (!m_builder.Add(i, index, code)) {
+            FieldCode own = code;
+            if (IsTooFar(i, code)) {
+                own.controls.begin = true;
+                m_found.push_back({index, CodeFate::Suspicious,
+                                   "the point before is too far away, so a figure begins here"});
+            }
+            if (!m_builder.Add(i, index, own)) {
                 m_found.push_back({index, CodeFate::Suspicious,
                                    "there is no figure to continue, so one begins here"});
             }
             return;
         }
         DrawPointCode(i, code, row);
+    }
+
+    [[nodiscard]] bool IsTooFar(std::size_t i, const FieldCode& code) const {
+        const std::optional<std::size_t> last = m_builder.FindLast(code.figure);
+        return m_options.longest && last && !code.controls.begin &&
+               (m_points[i].place - m_points[*last].place).UNorm() > *m_options.longest;
     }
 
     void DrawPointCode(std::size_t i, const FieldCode& code, DrawRow& row) {
@@ -267,25 +293,8 @@ class Drawing {
     /// False when the pattern comes to nothing.
     bool AddText(const CString& pattern, const std::string& word, const std::string& text,
                  const CqCode& how, std::size_t point, double away) {
-        std::string filled = ToUtf8(pattern);
         const FieldPoint& at = m_points[point];
-        constexpr int kDecimals = 2;
-        const std::array<std::pair<std::string_view, std::string>, 4> values{
-            {{"{name}", at.name},
-             {"{code}", word},
-             {"{height}", FormatNumber(at.height, kDecimals)},
-             {"{text}", text}}};
-        std::string result;
-        for (std::size_t next = 0; next < filled.size();) {
-            const std::string_view rest = std::string_view(filled).substr(next);
-            const auto* const value =
-                std::find_if(values.begin(), values.end(),
-                             [&](const auto& entry) { return rest.starts_with(entry.first); });
-            result += value == values.end() ? std::string(1, rest.front()) : value->second;
-            next += value == values.end() ? 1 : value->first.size();
-        }
-        CString wide = FromUtf8(Trim(result));
-        wide.resize(WholeUtf16Prefix(wide, limits::kReadableText));
+        CString wide = FillLabel(pattern, {at.name, word, at.height, text});
         if (wide.empty()) {
             return false;
         }
@@ -391,7 +400,7 @@ class Drawing {
             }
             const FieldPoint& point = m_points[i];
             bool changed = false;
-            if (state.row->number != 0 && state.row->number != state.code) {
+            if (state.row->number != 0 && state.row->number != state.code && !state.isNumber) {
                 const std::array<double, 3> coords = Coords(i);
                 changed = m_db.EditCoordRec(point.handle, FromUtf8(point.name), coords.data(),
                                             state.row->number) != 0;
@@ -427,6 +436,9 @@ FieldDrawing::FieldDrawing(DrawOptions options) : m_options(std::move(options)) 
     if (m_options.arcTolerance &&
         !(*m_options.arcTolerance >= 0.0 && std::isfinite(*m_options.arcTolerance))) {
         throw OptionError("the tolerance of arcs must be a number of 0 or more");
+    }
+    if (m_options.longest && !(*m_options.longest > 0.0)) {
+        throw OptionError("the longest segment must be a number above 0");
     }
     if (m_options.textHeight &&
         !(*m_options.textHeight > 0.0 && std::isfinite(*m_options.textHeight))) {

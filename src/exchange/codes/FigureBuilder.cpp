@@ -71,6 +71,13 @@ bool FigureBuilder::Add(std::size_t point, std::size_t row, const FieldCode& cod
     return wasOpen || !controls.proceed;
 }
 
+std::optional<std::size_t> FigureBuilder::FindLast(const std::string& figure) const {
+    const auto found = m_open.find(figure);
+    return found == m_open.end() || !found->second.isOpen
+               ? std::nullopt
+               : std::optional(m_figures[found->second.figure].points.back().point);
+}
+
 std::vector<Figure> FigureBuilder::Finish() {
     m_open.clear();
     return std::exchange(m_figures, {});

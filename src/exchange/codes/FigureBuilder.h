@@ -41,6 +41,9 @@ class FigureBuilder {
     /// caller. False when the code says that a figure goes on which was not open.
     bool Add(std::size_t point, std::size_t row, const FieldCode& code);
 
+    /// The last point of the open figure; nothing when none is open.
+    [[nodiscard]] std::optional<std::size_t> FindLast(const std::string& figure) const;
+
     /// The figures in the order of their first points. Call it once, when all points were added.
     [[nodiscard]] std::vector<Figure> Finish();
 

@@ -331,6 +331,21 @@ TEST_F(FieldDrawingTest, FiguresThatCrossThemselvesOrJumpAreSuspicious) {
     EXPECT_EQ(report.Count(CodeFate::Suspicious), 2U);
 }
 
+TEST_F(FieldDrawingTest, AFigureBeginsAnewWhereTheNextPointIsTooFarAway) {
+    Point("1", 0, 0, "EP");
+    Point("2", 10, 0, "EP");
+    Point("3", 100, 0, "EP");
+    Point("4", 110, 0, "EP");
+    DrawOptions options;
+    options.codes = m_codes;
+    options.longest = 50.0;
+    const DrawReport report = FieldDrawing(options).Draw(m_db);
+    EXPECT_EQ(report.lines, 2U);
+    EXPECT_EQ(report.rows[2].fate, CodeFate::Suspicious);
+    EXPECT_EQ(report.rows[2].reason, "the point before is too far away, so a figure begins here");
+    EXPECT_EQ(report.Count(CodeFate::Drawn), 3U);
+}
+
 TEST_F(FieldDrawingTest, ANameOrderIsTheOneOfNumbers) {
     Point("10", 10, 0, "EP");
     Point("9", 9, 0, "EP");
@@ -484,9 +499,19 @@ TEST_F(FieldDrawingTest, NumberSuffixesDrawLinesAndArcsOfTwoCodesAtOnce) {
     EXPECT_EQ(report.Count(CodeFate::Drawn), 6U);
 }
 
+TEST_F(FieldDrawingTest, AFeatureCodeWithoutADescriptionIsACodeOfTheTable) {
+    Row({.code = u"50", .number = 7, .layer = u"Trees", .kind = CqCodeKind::Circle, .size = 1.5});
+    const std::array<double, 3> coords{1, 2, 3};
+    m_db.AddCoordRec(coords.data(), u"A", 50, SurveyCoordType{1}, 0);
+    m_db.AddCoordRec(coords.data(), u"B", 51, SurveyCoordType{1}, 0);
+    EXPECT_EQ(Show(Draw()), "A 50: drawn, circle by radius\n");
+    EXPECT_FALSE(Draw(true).HasChanged());
+}
+
 TEST_F(FieldDrawingTest, OptionsThatMakeNoSenseAreRefused) {
     EXPECT_THROW(FieldDrawing({.words = "klingon"}), OptionError);
     EXPECT_THROW(FieldDrawing({.arcTolerance = -1.0}), OptionError);
+    EXPECT_THROW(FieldDrawing({.longest = 0.0}), OptionError);
     EXPECT_THROW(FieldDrawing({.textHeight = 0.0}), OptionError);
 }
 
