@@ -51,7 +51,7 @@ TEST_F(DrawCommandTest, DrawsOnceAndThenOnlyAnew) {
     EXPECT_EQ(ReadFile(job), before) << "nothing was edited";
     Run({"edit", job, "2", "--north", "3"});
     EXPECT_TRUE(Holds(Run({"draw", job, "--redraw"}).out, "1 added, 0 kept, 1 removed"));
-    EXPECT_TRUE(Holds(Run({"entities", job, "--type", "polyline"}).out, "northing 0 to 3"));
+    EXPECT_TRUE(Holds(Run({"entities", job, "--type", "pline"}).out, "northing 0 to 3"));
 }
 
 TEST_F(DrawCommandTest, LeavesWhatWasEditedByHand) {

@@ -18,7 +18,7 @@ class LineCommandTest : public ProgramTest {
 
     /// The vertices as cqjob entities tells them: easting, northing, bulge and tie.
     std::string Vertices() { return Run({"entities", job, "--type", "vertex"}).out; }
-    std::string Lines() { return Run({"entities", job, "--type", "polyline"}).out; }
+    std::string Lines() { return Run({"entities", job, "--type", "pline"}).out; }
 };
 
 TEST_F(LineCommandTest, ALineRunsThroughPointsAndPlaces) {
@@ -67,7 +67,7 @@ TEST_F(LineCommandTest, VerticesAreMovedBentInsertedAndDeleted) {
     Run({"line", "edit", job, line, "--move", "2=B", "--bulge", "1=0.25", "--insert", "4=40,1",
          "--remove", "3", "--color", "5"});
     EXPECT_TRUE(Holds(Lines(), "4 vertices"));
-    EXPECT_TRUE(Holds(Lines(), "easting 0 to 40, northing 0 to 1"));
+    EXPECT_TRUE(Holds(Lines(), "easting 0 to 40, northing -1.25 to 1"));
     EXPECT_TRUE(Holds(Vertices(), "bulge 0.25"));
     EXPECT_TRUE(Holds(Vertices(), "tied to"));
     Run({"line", "edit", job, "#" + line, "--move", "2=11,0", "--through", "1=5,-5"});

@@ -22,7 +22,7 @@ TEST_F(TextCommandTest, ATextIsWrittenChangedAndDeleted) {
     EXPECT_TRUE(Holds(Texts(), "\"rotation\": 30"));
     Run({"text", "edit", job, number, "--text", "Брод", "--at", "5,6,7"});
     EXPECT_TRUE(Holds(Texts(), "\"text\": \"Брод\""));
-    EXPECT_TRUE(Holds(Texts(), "\"height\": 2.5")) << "what no option names stays";
+    EXPECT_TRUE(Holds(Texts(), "\"textHeight\": 2.5")) << "what no option names stays";
     EXPECT_TRUE(Holds(Texts(), "\"easting\": 5"));
     EXPECT_TRUE(Holds(Run({"check", job}).out, "0 wrong"));
     Run({"text", "delete", job, number});

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <numbers>
 #include <optional>
 #include <string_view>
 
@@ -33,20 +32,23 @@ double FindBulge(const std::string& job, const Place& p, const Place& q, const P
     const double ay = p.coords[1] - r.coords[1];
     const double bx = q.coords[0] - r.coords[0];
     const double by = q.coords[1] - r.coords[1];
-    // The third place sees the chord under an angle that is half of the rest of the circle.
     const double cross = ax * by - ay * bx;
     const double dot = ax * bx + ay * by;
-    const double seen = std::atan2(cross, dot);
-    const double size = std::hypot(ax, ay) * std::hypot(bx, by);
+    const double size = std::hypot(cross, dot);
     const bool hasChord = p.coords[0] != q.coords[0] || p.coords[1] != q.coords[1];
     constexpr double kFlat = 1e-12;
-    if (!(size > 0.0) || !hasChord || (std::abs(cross) <= kFlat * size && dot > 0.0)) {
+    const bool inLine = std::abs(cross) <= kFlat * size;
+    if (!(size > 0.0) || !hasChord || (inLine && dot > 0.0)) {
         throw Failure(
             fmt::format("{}: there is no arc through these three places", Printable(job)));
     }
-    // Between the two the third place lies in line, and the segment is straight.
+    if (inLine) {
+        return 0.0;
+    }
+    // The third place sees the chord under an angle whose half has the bulge as its cotangent. Of
+    // the two forms of that, the one that loses no digits.
     const double bulge =
-        std::abs(cross) <= kFlat * size ? 0.0 : std::tan((std::numbers::pi - std::abs(seen)) / 2);
+        dot > 0.0 ? (size + dot) / std::abs(cross) : std::abs(cross) / (size - dot);
     return cross > 0.0 ? -bulge : bulge;
 }
 

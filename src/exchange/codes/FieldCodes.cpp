@@ -3,7 +3,7 @@
 #include <cqsurvey/Text.h>
 
 #include <algorithm>
-#include <charconv>
+#include <cmath>
 #include <utility>
 
 #include "text/NumberText.h"
@@ -20,9 +20,12 @@ bool IsDigits(std::string_view text) {
            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
+/// Nothing as well for a number that is too large to be a length on site.
 std::optional<double> ReadNumber(std::string_view text) {
+    constexpr double kMost = 1e6;
     const ParsedNumber number = ParseNumber(text);
-    return number.fault == nullptr ? std::optional(number.value) : std::nullopt;
+    return number.fault == nullptr && std::abs(number.value) <= kMost ? std::optional(number.value)
+                                                                      : std::nullopt;
 }
 
 /// Whether the words behind the code of a point are wanted.

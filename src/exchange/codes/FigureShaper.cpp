@@ -370,6 +370,10 @@ class FigureShaper::Work {
                     continue;
                 }
                 const FieldPoint& point = m_shaper.m_points[*other];
+                if (!std::isfinite(point.place.GetX()) || !std::isfinite(point.place.GetY())) {
+                    Lack(i, fmt::format("the point {} has no position", Quoted(name)));
+                    continue;
+                }
                 Path path;
                 path.vertices = {Vertex(i), {point.place, point.height, 0.0, *other}};
                 m_shaped.paths.push_back(std::move(path));

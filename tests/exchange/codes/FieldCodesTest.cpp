@@ -115,6 +115,7 @@ TEST_F(FieldCodesTest, ControlWordsTakeNumbersAndNames) {
     EXPECT_EQ(Parse("EP JPT P17 E"), "[EP  end join P17]");
     EXPECT_EQ(Parse("EP JPT17"), "[EP  join 17]");
     EXPECT_EQ(Parse("EP H"), "[EP ] [H ?]");
+    EXPECT_EQ(Parse("EP H 1e9"), "[EP ] [H ?] [1E 9?]");
 }
 
 TEST_F(FieldCodesTest, WhatFollowsTheCodeOfAPointIsItsText) {
