@@ -10,8 +10,8 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Progress.h"
+#include "cqjob/drawing/CodeReportText.h"
 #include "cqjob/drawing/CodeTableFile.h"
-#include "cqjob/drawing/DrawReportText.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -99,16 +99,16 @@ class DrawCommand : public Command {
         options.progress = [&](std::uint64_t done, std::uint64_t whole) {
             progress.Update(done, done, whole);
         };
-        const exchange::DrawReport report = Draw(db, options);
+        const exchange::CodeReport report = Draw(db, options);
         if (m_json) {
             JsonWriter json(console);
             json.BeginObject();
             json.Member("job", m_job);
-            DrawReportText(report).WriteJson(json);
+            CodeReportText(report).WriteJson(json);
             json.EndObject();
         } else {
             console.Print("{}:\n", Printable(m_job));
-            DrawReportText(report).WriteText(console, m_list, static_cast<std::size_t>(m_limit));
+            CodeReportText(report).WriteText(console, m_list, static_cast<std::size_t>(m_limit));
         }
         if (report.HasChanged()) {
             CloseChanged(db);
@@ -120,7 +120,7 @@ class DrawCommand : public Command {
     static constexpr double kLeast = 1e-6;
     static constexpr double kMost = 1e6;
 
-    [[nodiscard]] exchange::DrawReport Draw(CqSurveyDB& db,
+    [[nodiscard]] exchange::CodeReport Draw(CqSurveyDB& db,
                                             const exchange::DrawOptions& options) const {
         try {
             return exchange::FieldDrawing(options).Draw(db);

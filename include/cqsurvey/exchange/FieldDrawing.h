@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "cqsurvey/exchange/DrawReport.h"
+#include "cqsurvey/exchange/CodeReport.h"
 #include "cqsurvey/exchange/Export.h"
 
 namespace cqsurvey {
@@ -81,7 +81,7 @@ class CQSURVEY_EXCHANGE_API FieldDrawing {
     /// fit into the job's settings, and when the job was drawn before and `redraw` is not asked
     /// for; CqSurveyException with error::kInvalidArgument when the job has an open CqBatch; and
     /// whatever CqBatch::Commit and `progress` throw. The job is then as it was before.
-    [[nodiscard]] DrawReport Draw(CqSurveyDB& db) const;
+    [[nodiscard]] CodeReport Draw(CqSurveyDB& db) const;
 
  private:
     DrawOptions m_options;

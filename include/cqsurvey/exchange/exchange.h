@@ -8,12 +8,12 @@
 /// CodeTable and FieldDrawing make the drawing of a job from the field codes of its points.
 /// JobInspection looks for mistakes in the points of a job, such as those that come with a file.
 
+#include "cqsurvey/exchange/CodeReport.h"
 #include "cqsurvey/exchange/CodeTable.h"
 #include "cqsurvey/exchange/ColumnOrder.h"
 #include "cqsurvey/exchange/CoordinateOperation.h"
 #include "cqsurvey/exchange/CoordinateSystem.h"
 #include "cqsurvey/exchange/DrawingReport.h"
-#include "cqsurvey/exchange/DrawReport.h"
 #include "cqsurvey/exchange/DxfReader.h"
 #include "cqsurvey/exchange/DxfWriter.h"
 #include "cqsurvey/exchange/ExchangeError.h"

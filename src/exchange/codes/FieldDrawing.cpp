@@ -34,7 +34,7 @@ class Drawing {
  public:
     Drawing(const DrawOptions& options, CqSurveyDB& db) : m_options(options), m_db(db) {}
 
-    DrawReport Draw() {
+    CodeReport Draw() {
         ReadTable();
         const CodeWords words = CodeWords::FromText(ToUtf8(m_table.GetWords()));
         JobDrawer drawer(m_db);
@@ -147,8 +147,8 @@ class Drawing {
         }
     }
 
-    DrawRow& AddRow(std::size_t point, std::string code) {
-        DrawRow& row = m_report.rows.emplace_back();
+    CodeRow& AddRow(std::size_t point, std::string code) {
+        CodeRow& row = m_report.rows.emplace_back();
         row.point = m_points[point].handle;
         row.name = m_points[point].name;
         row.code = std::move(code);
@@ -167,7 +167,7 @@ class Drawing {
                 ReadCode(i, code);
             }
             for (std::string& stray : description.stray) {
-                DrawRow& row = AddRow(i, std::move(stray));
+                CodeRow& row = AddRow(i, std::move(stray));
                 row.fate = CodeFate::Unknown;
                 row.reason = "a control word without a line's code";
             }
@@ -189,7 +189,7 @@ class Drawing {
 
     void ReadCode(std::size_t i, const FieldCode& code) {
         const std::size_t index = m_report.rows.size();
-        DrawRow& row = AddRow(i, code.word);
+        CodeRow& row = AddRow(i, code.word);
         if (code.row == nullptr) {
             row.fate = CodeFate::Unknown;
             row.reason = "the code table does not have it";
@@ -227,7 +227,7 @@ class Drawing {
                (m_points[i].place - m_points[*last].place).UNorm() > *m_options.longest;
     }
 
-    void DrawPointCode(std::size_t i, const FieldCode& code, DrawRow& row) {
+    void DrawPointCode(std::size_t i, const FieldCode& code, CodeRow& row) {
         const CqCode& how = *code.row;
         if (how.kind == CqCodeKind::Circle) {
             const ParsedNumber own = ParseNumber(std::string_view(code.text).substr(
@@ -314,13 +314,13 @@ class Drawing {
         for (const Figure& figure : m_figures) {
             ShapedFigure shaped = shaper.Shape(figure);
             for (const FigurePoint& point : figure.points) {
-                DrawRow& row = m_report.rows[point.row];
+                CodeRow& row = m_report.rows[point.row];
                 row.what = shaped.what;
                 row.fate = CodeFate::Drawn;
             }
             const CqCode& how = *figure.row;
             const std::size_t first = figure.points.front().point;
-            for (const Path& path : shaped.paths) {
+            for (const FigurePath& path : shaped.paths) {
                 AddPath(path, how, first);
             }
             if (shaped.circle) {
@@ -335,22 +335,22 @@ class Drawing {
             std::move(shaped.findings.begin(), shaped.findings.end(), std::back_inserter(m_found));
         }
         for (Finding& finding : m_found) {
-            DrawRow& row = m_report.rows[finding.row];
+            CodeRow& row = m_report.rows[finding.row];
             // What is incomplete stays so, whatever else is suspicious about it.
             row.fate = row.fate == CodeFate::Incomplete ? row.fate : finding.fate;
             row.reason += (row.reason.empty() ? "" : "; ") + finding.reason;
         }
     }
 
-    void AddPath(const Path& path, const CqCode& how, std::size_t first) {
+    void AddPath(const FigurePath& path, const CqCode& how, std::size_t first) {
         DrawnEntity& line = AddEntity(EntPline, how, first);
         line.vertices.reserve(path.vertices.size());
-        for (const PathVertex& vertex : path.vertices) {
+        for (const FigureVertex& vertex : path.vertices) {
             m_report.arcs += vertex.bulge != 0.0 ? 1U : 0U;
             line.vertices.push_back(
                 {{vertex.place.GetX(), vertex.place.GetY(), vertex.height},
                  vertex.bulge,
-                 vertex.point == PathVertex::kFree ? 0 : m_points[vertex.point].entity});
+                 vertex.point == FigureVertex::kFree ? 0 : m_points[vertex.point].entity});
         }
     }
 
@@ -424,7 +424,7 @@ class Drawing {
     std::vector<Figure> m_figures;
     std::vector<Finding> m_found;
     std::vector<DrawnEntity> m_entities;
-    DrawReport m_report;
+    CodeReport m_report;
 };
 
 }  // namespace
@@ -446,7 +446,7 @@ FieldDrawing::FieldDrawing(DrawOptions options) : m_options(std::move(options)) 
     }
 }
 
-DrawReport FieldDrawing::Draw(CqSurveyDB& db) const {
+CodeReport FieldDrawing::Draw(CqSurveyDB& db) const {
     return Drawing(m_options, db).Draw();
 }
 

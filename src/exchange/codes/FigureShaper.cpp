@@ -74,7 +74,7 @@ class FigureShaper::Work {
     [[nodiscard]] const FieldControls& Controls(std::size_t i) const {
         return m_figure.points[i].controls;
     }
-    [[nodiscard]] PathVertex Vertex(std::size_t i) const {
+    [[nodiscard]] FigureVertex Vertex(std::size_t i) const {
         return {Point(i).place, Point(i).height, 0.0, m_figure.points[i].point};
     }
 
@@ -93,9 +93,9 @@ class FigureShaper::Work {
     void ShapeLine() {
         m_bulges.assign(Size(), 0.0);
         FindCurves();
-        Path path;
+        FigurePath path;
         for (std::size_t i = 0; i < Size(); ++i) {
-            PathVertex vertex = Vertex(i);
+            FigureVertex vertex = Vertex(i);
             vertex.bulge = m_bulges[i];
             path.vertices.push_back(vertex);
             AddTurns(i, path);
@@ -116,9 +116,9 @@ class FigureShaper::Work {
         m_shaped.paths.push_back(std::move(path));
     }
 
-    static void Close(Path& path) {
+    static void Close(FigurePath& path) {
         path.closed = true;
-        PathVertex first = path.vertices.front();
+        FigureVertex first = path.vertices.front();
         first.bulge = 0.0;
         if ((path.vertices.back().place - first.place).UNorm() == 0.0) {
             // A crew may also shoot the first point again.
@@ -129,7 +129,7 @@ class FigureShaper::Work {
 
     /// Finds where curves begin and end, by their words and by points that are on one.
     void FindCurves() {
-        constexpr std::size_t kNone = PathVertex::kFree;
+        constexpr std::size_t kNone = FigureVertex::kFree;
         std::size_t begin = kNone;
         std::size_t run = kNone;
         for (std::size_t i = 0; i <= Size(); ++i) {
@@ -200,7 +200,7 @@ class FigureShaper::Work {
         m_bulges[from] = *bulge;
     }
 
-    void AddTurns(std::size_t i, Path& path) {
+    void AddTurns(std::size_t i, FigurePath& path) {
         const std::vector<double>& turns = Controls(i).turns;
         if (turns.empty()) {
             return;
@@ -213,8 +213,8 @@ class FigureShaper::Work {
             Lack(i, "a turn cannot be made where a curve goes on");
             return;
         }
-        const PathVertex& before = path.vertices[path.vertices.size() - 2];
-        const PathVertex here = path.vertices.back();
+        const FigureVertex& before = path.vertices[path.vertices.size() - 2];
+        const FigureVertex here = path.vertices.back();
         CVector direction = FindEndTangent(before.place, here.place, before.bulge);
         const double length = direction.UNorm();
         if (!(length > 0.0)) {
@@ -228,7 +228,7 @@ class FigureShaper::Work {
             direction = {side * direction.GetY(), -side * direction.GetX()};
             const double distance = std::abs(turn);
             place = place + CVector(direction.GetX() * distance, direction.GetY() * distance);
-            path.vertices.push_back({place, here.height, 0.0, PathVertex::kFree});
+            path.vertices.push_back({place, here.height, 0.0, FigureVertex::kFree});
         }
     }
 
@@ -287,10 +287,12 @@ class FigureShaper::Work {
             return;
         }
         const CVector across(side.GetY() / length * width, -side.GetX() / length * width);
-        Path path;
+        FigurePath path;
         path.vertices = {Vertex(0), Vertex(1)};
-        path.vertices.push_back({Point(1).place + across, Point(1).height, 0.0, PathVertex::kFree});
-        path.vertices.push_back({Point(0).place + across, Point(0).height, 0.0, PathVertex::kFree});
+        path.vertices.push_back(
+            {Point(1).place + across, Point(1).height, 0.0, FigureVertex::kFree});
+        path.vertices.push_back(
+            {Point(0).place + across, Point(0).height, 0.0, FigureVertex::kFree});
         Close(path);
         m_shaped.what =
             m_figure.width ? "rectangle by two points and a width" : "rectangle by three points";
@@ -298,16 +300,16 @@ class FigureShaper::Work {
     }
 
     /// The point of the figure that a vertex lies on or comes after.
-    [[nodiscard]] std::size_t FindPoint(const Path& path, std::size_t vertex) const {
+    [[nodiscard]] std::size_t FindPoint(const FigurePath& path, std::size_t vertex) const {
         std::size_t i = 0;
         for (std::size_t k = 1; k <= vertex && i + 1 < Size(); ++k) {
-            i += path.vertices[k].point != PathVertex::kFree ? 1U : 0U;
+            i += path.vertices[k].point != FigureVertex::kFree ? 1U : 0U;
         }
         return i;
     }
 
     /// Looks for what may be a mistake.
-    void Inspect(const Path& path) {
+    void Inspect(const FigurePath& path) {
         std::vector<double> lengths;
         for (std::size_t k = 0; k + 1 < path.vertices.size(); ++k) {
             lengths.push_back((path.vertices[k + 1].place - path.vertices[k].place).UNorm());
@@ -321,7 +323,7 @@ class FigureShaper::Work {
         }
         std::size_t i = 0;
         for (std::size_t k = 0; k < lengths.size(); ++k) {
-            const bool isPoint = path.vertices[k + 1].point != PathVertex::kFree;
+            const bool isPoint = path.vertices[k + 1].point != FigureVertex::kFree;
             i += isPoint && i + 1 < Size() ? 1U : 0U;
             if (lengths[k] < kNoLength) {
                 Tell(i, CodeFate::Suspicious, "the segment before it has no length");
@@ -346,7 +348,7 @@ class FigureShaper::Work {
                     Lack(i, "there is no line for the parallel");
                     continue;
                 }
-                std::optional<Path> path = FindParallel(m_shaped.paths.front(), parallel);
+                std::optional<FigurePath> path = FindParallel(m_shaped.paths.front(), parallel);
                 if (!path) {
                     Lack(i, fmt::format("the line bends too sharply for a parallel at {}",
                                         parallel.across));
@@ -374,7 +376,7 @@ class FigureShaper::Work {
                     Lack(i, fmt::format("the point {} has no position", Quoted(name)));
                     continue;
                 }
-                Path path;
+                FigurePath path;
                 path.vertices = {Vertex(i), {point.place, point.height, 0.0, *other}};
                 m_shaped.paths.push_back(std::move(path));
                 if (m_shaped.what.empty()) {

@@ -9,10 +9,10 @@
 #include <string_view>
 #include <vector>
 
-#include "cqsurvey/exchange/DrawReport.h"
+#include "cqsurvey/exchange/CodeReport.h"
 #include "exchange/codes/FieldPoint.h"
 #include "exchange/codes/FigureBuilder.h"
-#include "exchange/codes/Path.h"
+#include "exchange/codes/FigurePath.h"
 
 namespace cqsurvey::exchange {
 
@@ -31,7 +31,7 @@ struct ShapedFigure {
         double radius = 0.0;
     };
 
-    std::vector<Path> paths;  ///< the figure itself first, then joins and parallels
+    std::vector<FigurePath> paths;  ///< the figure itself first, then joins and parallels
     std::optional<Circle> circle;
     std::string_view what;  ///< "line", "circle" ...; empty when nothing could be drawn
     std::vector<Finding> findings;

@@ -55,7 +55,7 @@ bool JobDrawer::HasDrawing() const {
     });
 }
 
-void JobDrawer::Draw(const std::vector<DrawnEntity>& entities, DrawReport& report) {
+void JobDrawer::Draw(const std::vector<DrawnEntity>& entities, CodeReport& report) {
     CqDrawnList keeper(m_db);
     Wanted wanted(entities);
     std::vector<CqDrawn> list;

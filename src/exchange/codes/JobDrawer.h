@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "cqsurvey/exchange/DrawReport.h"
+#include "cqsurvey/exchange/CodeReport.h"
 #include "exchange/codes/DrawnEntity.h"
 
 namespace cqsurvey {
@@ -30,7 +30,7 @@ class JobDrawer {
     [[nodiscard]] bool HasDrawing() const;
 
     /// Call it inside a batch. Layers must be there. Fills in what was done.
-    void Draw(const std::vector<DrawnEntity>& entities, DrawReport& report);
+    void Draw(const std::vector<DrawnEntity>& entities, CodeReport& report);
 
  private:
     CqSurveyDB& m_db;

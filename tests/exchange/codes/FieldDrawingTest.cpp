@@ -55,7 +55,7 @@ class FieldDrawingTest : public testing::Test {
         }
     }
 
-    DrawReport Draw(bool redraw = false) {
+    CodeReport Draw(bool redraw = false) {
         DrawOptions options;
         options.codes = m_codes;
         options.redraw = redraw;
@@ -106,9 +106,9 @@ class FieldDrawingTest : public testing::Test {
         return ToUtf8(record.GetPtName());
     }
 
-    static std::string Show(const DrawReport& report) {
+    static std::string Show(const CodeReport& report) {
         std::string text;
-        for (const DrawRow& row : report.rows) {
+        for (const CodeRow& row : report.rows) {
             text += fmt::format("{} {}: {}{}{}{}{}\n", row.name, row.code, CodeFateWord(row.fate),
                                 row.what.empty() ? "" : ", ", row.what,
                                 row.reason.empty() ? "" : ": ", row.reason);
@@ -173,7 +173,7 @@ TEST_F(FieldDrawingTest, ThreeShotsOfACurveGiveTheirCircle) {
     Point("3", 10, 10, "EP");
     Point("4", 0, 20, "EP EC");
     Point("5", -10, 20, "EP");
-    const DrawReport report = Draw();
+    const CodeReport report = Draw();
     EXPECT_EQ(report.arcs, 2U);
     const std::string quarter = fmt::format("{:.4f}", std::tan(std::atan(1.0) / 2));
     EXPECT_EQ(Show(),
@@ -203,7 +203,7 @@ TEST_F(FieldDrawingTest, ShotsFarFromACircleAreDrawnStraightWithAWarning) {
               : i == 5 ? "EP EC"
                        : "EP");
     }
-    const DrawReport report = Draw();
+    const CodeReport report = Draw();
     EXPECT_EQ(report.arcs, 0U);
     EXPECT_EQ(report.lines, 1U);
     EXPECT_EQ(report.Count(CodeFate::Suspicious), 1U);
@@ -217,7 +217,7 @@ TEST_F(FieldDrawingTest, ClosedFiguresGoBackToTheirFirstPoint) {
     Point("4", 10, 0, "EP B");
     Point("5", 14, 0, "EP");
     Point("6", 14, 3, "EP CLS");
-    const DrawReport report = Draw();
+    const CodeReport report = Draw();
     EXPECT_EQ(report.rows[0].what, "closed line");
     EXPECT_EQ(report.rows[5].what, "closed line");
     EXPECT_EQ(Show(),
@@ -293,7 +293,7 @@ TEST_F(FieldDrawingTest, EveryCodeOfEveryPointIsAccountedFor) {
     Point("11", 5, 8, "EP3 CIR");
     Point("12", 5, 9, "EP4 B JPT 99");
     Point("13", 5, 10, "EP4 RT 2 GS EP5");
-    const DrawReport report = Draw();
+    const CodeReport report = Draw();
     EXPECT_EQ(Show(report),
               "1 EP1: incomplete: a figure of one point\n"
               "2 XY: unknown: the code table does not have it\n"
@@ -322,7 +322,7 @@ TEST_F(FieldDrawingTest, FiguresThatCrossThemselvesOrJumpAreSuspicious) {
     for (int i = 0; i < 6; ++i) {
         Point("J" + std::to_string(i), i == 5 ? 500 : i, 20, "EP");
     }
-    const DrawReport report = Draw();
+    const CodeReport report = Draw();
     EXPECT_EQ(report.rows[0].fate, CodeFate::Suspicious);
     EXPECT_EQ(report.rows[0].reason, "the closed figure crosses itself after this point");
     EXPECT_EQ(report.rows[9].fate, CodeFate::Suspicious);
@@ -339,7 +339,7 @@ TEST_F(FieldDrawingTest, AFigureBeginsAnewWhereTheNextPointIsTooFarAway) {
     DrawOptions options;
     options.codes = m_codes;
     options.longest = 50.0;
-    const DrawReport report = FieldDrawing(options).Draw(m_db);
+    const CodeReport report = FieldDrawing(options).Draw(m_db);
     EXPECT_EQ(report.lines, 2U);
     EXPECT_EQ(report.rows[2].fate, CodeFate::Suspicious);
     EXPECT_EQ(report.rows[2].reason, "the point before is too far away, so a figure begins here");
@@ -389,7 +389,7 @@ TEST_F(FieldDrawingTest, RedrawingAnUnchangedJobChangesNoByte) {
     m_db.Close();
     std::filesystem::copy(m_folder.Utf8("job"), m_folder.Utf8("copy"));
     m_db.Open(m_folder.Path(u"job"));
-    const DrawReport again = Draw(true);
+    const CodeReport again = Draw(true);
     EXPECT_FALSE(again.HasChanged());
     EXPECT_EQ(again.kept, 4U);
     m_db.Close();
@@ -411,7 +411,7 @@ TEST_F(FieldDrawingTest, RedrawingFollowsEditedPointsAndTouchesNothingElse) {
     const CqHandle mine = m_db.AddCircle(own.data(), 7, 0, 0);
     const std::array<double, 3> moved{2, 3, 4};
     ASSERT_EQ(m_db.EditCoordRec(u"2", moved.data(), 12), 1);
-    const DrawReport again = Draw(true);
+    const CodeReport again = Draw(true);
     EXPECT_EQ(again.removed, 1U);
     EXPECT_EQ(again.added, 1U);
     EXPECT_EQ(again.kept, 1U);
@@ -429,7 +429,7 @@ TEST_F(FieldDrawingTest, WhatWasEditedByHandStaysAndIsTold) {
     const std::array<double, 3> moved{0, 9, 0};
     ASSERT_EQ(m_db.MoveVertex(line + 1, moved.data(), 0.5), 1);
     const std::string edited = Show();
-    DrawReport again = Draw(true);
+    CodeReport again = Draw(true);
     ASSERT_EQ(again.edited.size(), 1U);
     EXPECT_EQ(again.edited[0].handle, line);
     EXPECT_FALSE(again.edited[0].drawnAgain);
@@ -463,7 +463,7 @@ TEST_F(FieldDrawingTest, PointsThatAreGoneLeaveTheDrawing) {
     m_db.DelCoordRec(u"2");
     m_db.Close();
     m_db.Open(m_folder.Path(u"job"));
-    const DrawReport again = Draw(true);
+    const CodeReport again = Draw(true);
     EXPECT_TRUE(again.edited.empty());
     EXPECT_EQ(Show(),
               "line Road 3 1 12:\n  0.000 0.000 0.000 bulge 0.0000 1\n"
@@ -493,7 +493,7 @@ TEST_F(FieldDrawingTest, NumberSuffixesDrawLinesAndArcsOfTwoCodesAtOnce) {
     Point("1", 0, 0, "10-1+20-3");
     Point("2", 10, 10, "10-2+20-3");
     Point("3", 20, 0, "10-9+20-3");
-    const DrawReport report = Draw();
+    const CodeReport report = Draw();
     EXPECT_EQ(report.lines, 2U);
     EXPECT_EQ(report.arcs, 2U);
     EXPECT_EQ(report.Count(CodeFate::Drawn), 6U);

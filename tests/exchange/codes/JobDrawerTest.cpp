@@ -51,8 +51,8 @@ class JobDrawerTest : public testing::Test {
         return entity;
     }
 
-    DrawReport Draw(const std::vector<DrawnEntity>& entities) {
-        DrawReport report;
+    CodeReport Draw(const std::vector<DrawnEntity>& entities) {
+        CodeReport report;
         CqBatch batch(m_db);
         JobDrawer(m_db).Draw(entities, report);
         batch.Commit();
@@ -115,7 +115,7 @@ TEST_F(JobDrawerTest, AfterEachDrawingTheJobHoldsThatOneAndWhatHandsHaveMade) {
             static_cast<void>(own.AddTo(m_db));
             hand.insert(own.GetMark());
         }
-        const DrawReport report = Draw(drawing);
+        const CodeReport report = Draw(drawing);
         EXPECT_EQ(report.kept + report.added, drawing.size());
         Marks expected = MarksOf(drawing);
         expected.insert(hand.begin(), hand.end());
@@ -164,7 +164,7 @@ TEST_F(JobDrawerTest, EveryEditByHandIsSeen) {
     for (std::size_t i = 0; i < edits.size(); ++i) {
         CqBatch batch(m_db);
         edits[i]();
-        DrawReport report;
+        CodeReport report;
         JobDrawer(m_db).Draw({}, report);
         EXPECT_EQ(report.edited.size(), 1U) << i;
         EXPECT_EQ(report.removed, 1U) << i;

@@ -12,7 +12,7 @@
 namespace cqsurvey::exchange {
 
 /// The vertex of a path, and how the segment behind it is curved: the bulge of a polyline.
-struct PathVertex {
+struct FigureVertex {
     static constexpr std::size_t kFree = std::numeric_limits<std::size_t>::max();
 
     CVector place;
@@ -22,8 +22,8 @@ struct PathVertex {
 };
 
 /// Straight segments and arcs. A closed path ends with a copy of its first vertex.
-struct Path {
-    std::vector<PathVertex> vertices;
+struct FigurePath {
+    std::vector<FigureVertex> vertices;
     bool closed = false;
 };
 
@@ -31,10 +31,11 @@ struct Path {
 /// meets the next. Corners that would reach farther than ten times the distance are cut off. Its
 /// vertices are free. Nothing when it would fold back, since the path bends more sharply inside
 /// than the distance allows.
-[[nodiscard]] std::optional<Path> FindParallel(const Path& path, const Parallel& parallel);
+[[nodiscard]] std::optional<FigurePath> FindParallel(const FigurePath& path,
+                                                     const Parallel& parallel);
 
 /// The index of a vertex whose segment crosses another one, when the closed path crosses itself.
 /// Nothing as well when finding it out would take too long.
-[[nodiscard]] std::optional<std::size_t> FindCrossing(const Path& path);
+[[nodiscard]] std::optional<std::size_t> FindCrossing(const FigurePath& path);
 
 }  // namespace cqsurvey::exchange

@@ -1,4 +1,4 @@
-#include "cqjob/drawing/DrawReportText.h"
+#include "cqjob/drawing/CodeReportText.h"
 
 #include <array>
 
@@ -8,18 +8,18 @@
 namespace cqsurvey::cqjob {
 
 using exchange::CodeFate;
-using exchange::DrawRow;
+using exchange::CodeRow;
 using exchange::EditedEntity;
 
 namespace {
 
-std::string ShowName(const DrawRow& row) {
+std::string ShowName(const CodeRow& row) {
     return row.name.empty() ? "#" + std::to_string(row.point) : row.name;
 }
 
 }  // namespace
 
-void DrawReportText::WriteText(Console& console, bool all, std::size_t limit) const {
+void CodeReportText::WriteText(Console& console, bool all, std::size_t limit) const {
     const auto count = [&](CodeFate fate) { return m_report.Count(fate); };
     console.Print("  {}, {} without a code\n", Count(m_report.points, "point"),
                   m_report.withoutCode);
@@ -46,7 +46,7 @@ void DrawReportText::WriteText(Console& console, bool all, std::size_t limit) co
     std::array<std::size_t, exchange::kCodeFateCount> shown{};
     std::size_t hidden = 0;
     bool any = false;
-    for (const DrawRow& row : m_report.rows) {
+    for (const CodeRow& row : m_report.rows) {
         const bool fine = row.reason.empty();
         if (!all && (fine || ++shown[static_cast<std::size_t>(row.fate)] > limit)) {
             hidden += fine ? 0U : 1U;
@@ -64,7 +64,7 @@ void DrawReportText::WriteText(Console& console, bool all, std::size_t limit) co
     }
 }
 
-void DrawReportText::WriteJson(JsonWriter& json) const {
+void CodeReportText::WriteJson(JsonWriter& json) const {
     json.Member("points", m_report.points);
     json.Member("points_without_code", m_report.withoutCode);
     json.Member("codes", m_report.rows.size());
@@ -95,7 +95,7 @@ void DrawReportText::WriteJson(JsonWriter& json) const {
     json.EndArray();
     json.Key("rows");
     json.BeginArray();
-    for (const DrawRow& row : m_report.rows) {
+    for (const CodeRow& row : m_report.rows) {
         json.BeginObject();
         json.Member("point", row.name);
         json.Member("handle", row.point);

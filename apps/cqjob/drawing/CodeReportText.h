@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cqsurvey/exchange/DrawReport.h>
+#include <cqsurvey/exchange/CodeReport.h>
 
 #include <cstddef>
 
@@ -10,9 +10,9 @@
 namespace cqsurvey::cqjob {
 
 /// Shows the report of a drawing from codes, which must outlive the object.
-class DrawReportText {
+class CodeReportText {
  public:
-    explicit DrawReportText(const exchange::DrawReport& report) : m_report(report) {}
+    explicit CodeReportText(const exchange::CodeReport& report) : m_report(report) {}
 
     /// Writes the sums and a table: with `all`, of every code; otherwise of those that need a look,
     /// at most `limit` of each fate.
@@ -22,7 +22,7 @@ class DrawReportText {
     void WriteJson(JsonWriter& json) const;
 
  private:
-    const exchange::DrawReport& m_report;
+    const exchange::CodeReport& m_report;
 };
 
 }  // namespace cqsurvey::cqjob

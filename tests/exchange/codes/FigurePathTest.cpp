@@ -1,4 +1,4 @@
-#include "exchange/codes/Path.h"
+#include "exchange/codes/FigurePath.h"
 
 #include <gtest/gtest.h>
 
@@ -9,13 +9,13 @@ namespace cqsurvey::exchange {
 
 namespace {
 
-Path Line(std::initializer_list<PathVertex> vertices, bool closed = false) {
-    return {std::vector<PathVertex>(vertices), closed};
+FigurePath Line(std::initializer_list<FigureVertex> vertices, bool closed = false) {
+    return {std::vector<FigureVertex>(vertices), closed};
 }
 
-TEST(PathTest, AParallelRunsToTheRightAndMeetsAtCorners) {
-    const Path path = Line({{{0, 0}, 1}, {{10, 0}, 2}, {{10, 10}, 3}});
-    const std::optional<Path> beside = FindParallel(path, {1.0, 0.5});
+TEST(FigurePathTest, AParallelRunsToTheRightAndMeetsAtCorners) {
+    const FigurePath path = Line({{{0, 0}, 1}, {{10, 0}, 2}, {{10, 10}, 3}});
+    const std::optional<FigurePath> beside = FindParallel(path, {1.0, 0.5});
     ASSERT_TRUE(beside.has_value());
     ASSERT_EQ(beside->vertices.size(), 3U);
     EXPECT_NEAR(beside->vertices[0].place.GetY(), -1.0, 1e-12);
@@ -24,15 +24,15 @@ TEST(PathTest, AParallelRunsToTheRightAndMeetsAtCorners) {
     EXPECT_NEAR(beside->vertices[2].place.GetX(), 11.0, 1e-12);
     EXPECT_EQ(beside->vertices[0].height, 1.5);
     EXPECT_EQ(beside->vertices[2].height, 3.5);
-    EXPECT_EQ(beside->vertices[0].point, PathVertex::kFree);
+    EXPECT_EQ(beside->vertices[0].point, FigureVertex::kFree);
 }
 
-TEST(PathTest, TheParallelOfAnArcHasTheSameCentre) {
+TEST(FigurePathTest, TheParallelOfAnArcHasTheSameCentre) {
     // A quarter of a circle around (0, 10), and a line that goes on in its direction.
     const double quarter = std::tan(std::numbers::pi / 8);
-    const Path path = Line({{{0, 0}, 0, quarter}, {{10, 10}, 0}, {{10, 20}, 0}});
+    const FigurePath path = Line({{{0, 0}, 0, quarter}, {{10, 10}, 0}, {{10, 20}, 0}});
     for (const double across : {2.0, -2.0}) {
-        const std::optional<Path> beside = FindParallel(path, {across, 0.0});
+        const std::optional<FigurePath> beside = FindParallel(path, {across, 0.0});
         ASSERT_TRUE(beside.has_value());
         ASSERT_EQ(beside->vertices.size(), 3U);
         EXPECT_NEAR(beside->vertices[0].bulge, quarter, 1e-12);
@@ -43,9 +43,9 @@ TEST(PathTest, TheParallelOfAnArcHasTheSameCentre) {
     EXPECT_FALSE(FindParallel(path, {-10.5, 0.0}).has_value()) << "inside of the centre";
 }
 
-TEST(PathTest, TheParallelOfAClosedPathIsClosed) {
-    const Path path = Line({{{0, 0}}, {{10, 0}}, {{10, 10}}, {{0, 10}}, {{0, 0}}}, true);
-    const std::optional<Path> beside = FindParallel(path, {-1.0, 0.0});
+TEST(FigurePathTest, TheParallelOfAClosedPathIsClosed) {
+    const FigurePath path = Line({{{0, 0}}, {{10, 0}}, {{10, 10}}, {{0, 10}}, {{0, 0}}}, true);
+    const std::optional<FigurePath> beside = FindParallel(path, {-1.0, 0.0});
     ASSERT_TRUE(beside.has_value());
     ASSERT_EQ(beside->vertices.size(), 5U);
     EXPECT_NEAR(beside->vertices[0].place.GetX(), 1.0, 1e-12);
@@ -54,25 +54,25 @@ TEST(PathTest, TheParallelOfAClosedPathIsClosed) {
     EXPECT_FALSE(FindParallel(path, {-6.0, 0.0}).has_value()) << "nothing is left inside";
 }
 
-TEST(PathTest, SharpCornersOfAParallelAreCutOff) {
-    const Path path = Line({{{0, 0}}, {{100, 0}}, {{0, 1}}});
-    const std::optional<Path> beside = FindParallel(path, {1.0, 0.0});
+TEST(FigurePathTest, SharpCornersOfAParallelAreCutOff) {
+    const FigurePath path = Line({{{0, 0}}, {{100, 0}}, {{0, 1}}});
+    const std::optional<FigurePath> beside = FindParallel(path, {1.0, 0.0});
     ASSERT_TRUE(beside.has_value());
     EXPECT_EQ(beside->vertices.size(), 4U);
-    for (const PathVertex& vertex : beside->vertices) {
+    for (const FigureVertex& vertex : beside->vertices) {
         EXPECT_LT(vertex.place.GetX(), 111.0);
     }
 }
 
-TEST(PathTest, SegmentsOfNoLengthHaveNoParallel) {
-    const Path path = Line({{{0, 0}}, {{0, 0}}, {{10, 0}}});
-    const std::optional<Path> beside = FindParallel(path, {1.0, 0.0});
+TEST(FigurePathTest, SegmentsOfNoLengthHaveNoParallel) {
+    const FigurePath path = Line({{{0, 0}}, {{0, 0}}, {{10, 0}}});
+    const std::optional<FigurePath> beside = FindParallel(path, {1.0, 0.0});
     ASSERT_TRUE(beside.has_value());
     EXPECT_EQ(beside->vertices.size(), 2U);
     EXPECT_FALSE(FindParallel(Line({{{0, 0}}, {{0, 0}}}), {1.0, 0.0}).has_value());
 }
 
-TEST(PathTest, ACrossingIsFoundAlsoWhereAnArcCrosses) {
+TEST(FigurePathTest, ACrossingIsFoundAlsoWhereAnArcCrosses) {
     EXPECT_EQ(FindCrossing(Line({{{0, 0}}, {{4, 4}}, {{4, 0}}, {{0, 4}}, {{0, 0}}}, true)), 0U);
     EXPECT_EQ(FindCrossing(Line({{{0, 0}}, {{4, 0}}, {{4, 4}}, {{0, 4}}, {{0, 0}}}, true)),
               std::nullopt);

@@ -1,4 +1,4 @@
-#include "exchange/codes/Path.h"
+#include "exchange/codes/FigurePath.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,7 +34,7 @@ struct Side {
     double bulge = 0.0;
 };
 
-std::optional<Side> FindSide(const PathVertex& from, const PathVertex& to, double across) {
+std::optional<Side> FindSide(const FigureVertex& from, const FigureVertex& to, double across) {
     const CVector chord = to.place - from.place;
     const double length = chord.UNorm();
     Side side;
@@ -139,9 +139,9 @@ bool Settle(Side& side) {
 
 }  // namespace
 
-std::optional<Path> FindParallel(const Path& path, const Parallel& parallel) {
-    std::vector<PathVertex> vertices;
-    for (const PathVertex& vertex : path.vertices) {
+std::optional<FigurePath> FindParallel(const FigurePath& path, const Parallel& parallel) {
+    std::vector<FigureVertex> vertices;
+    for (const FigureVertex& vertex : path.vertices) {
         // Segments of no length have no side.
         if (!vertices.empty() && (vertices.back().place - vertex.place).UNorm() <= kSame) {
             vertices.back().bulge = vertex.bulge;
@@ -166,7 +166,7 @@ std::optional<Path> FindParallel(const Path& path, const Parallel& parallel) {
     if (path.closed && sides.size() > 1) {
         Join(sides.back(), sides.front(), vertices.front().place, parallel.across);
     }
-    Path beside;
+    FigurePath beside;
     beside.closed = path.closed;
     const auto add = [&](const CVector& place, double height, double bulge) {
         beside.vertices.push_back({place, height + parallel.up, bulge});
@@ -188,7 +188,7 @@ std::optional<Path> FindParallel(const Path& path, const Parallel& parallel) {
     return beside;
 }
 
-std::optional<std::size_t> FindCrossing(const Path& path) {
+std::optional<std::size_t> FindCrossing(const FigurePath& path) {
     struct Piece {
         CVector p;
         CVector q;
@@ -199,7 +199,7 @@ std::optional<std::size_t> FindCrossing(const Path& path) {
     constexpr std::size_t kMostLooks = 5'000'000;
     std::vector<Piece> pieces;
     for (std::size_t i = 0; i + 1 < path.vertices.size(); ++i) {
-        const PathVertex& from = path.vertices[i];
+        const FigureVertex& from = path.vertices[i];
         const CVector end = path.vertices[i + 1].place;
         CVector last = from.place;
         if (from.bulge != 0.0) {

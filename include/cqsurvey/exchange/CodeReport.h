@@ -28,7 +28,7 @@ inline constexpr std::size_t kCodeFateCount = 5;
 [[nodiscard]] CQSURVEY_EXCHANGE_API const char* CodeFateWord(CodeFate fate);
 
 /// One code in the description of one point. Texts are in UTF-8.
-struct DrawRow {
+struct CodeRow {
     CqHandle point = 0;
     std::string name;  ///< of the point
     std::string code;  ///< as it is written, with its figure number
@@ -47,8 +47,8 @@ struct EditedEntity {
 };
 
 /// An account of a drawing from codes: every code of every point, in the order of the points.
-struct DrawReport {
-    std::vector<DrawRow> rows;
+struct CodeReport {
+    std::vector<CodeRow> rows;
     std::vector<EditedEntity> edited;
 
     std::uint64_t points = 0;

@@ -1,4 +1,4 @@
-#include "cqsurvey/exchange/DrawReport.h"
+#include "cqsurvey/exchange/CodeReport.h"
 
 namespace cqsurvey::exchange {
 
@@ -8,9 +8,9 @@ const char* CodeFateWord(CodeFate fate) {
     return kWords[static_cast<std::size_t>(fate)];
 }
 
-void DrawReport::CountFates() {
+void CodeReport::CountFates() {
     m_counts = {};
-    for (const DrawRow& row : rows) {
+    for (const CodeRow& row : rows) {
         ++m_counts[static_cast<std::size_t>(row.fate)];
     }
 }
