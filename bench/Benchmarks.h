@@ -16,5 +16,6 @@ void RegisterInformation();
 void RegisterPolylines();
 void RegisterDrawing();
 void RegisterPlot();
+void RegisterFieldDrawing();
 
 }  // namespace cqsurvey::bench

@@ -131,6 +131,7 @@ void RegisterAll() {
     RegisterPolylines();
     RegisterDrawing();
     RegisterPlot();
+    RegisterFieldDrawing();
 }
 
 }  // namespace

@@ -34,6 +34,11 @@ std::vector<std::unique_ptr<Command>> MakeCommands() {
     commands.push_back(MakeInfoCommand());
     commands.push_back(MakeEntitiesCommand());
     commands.push_back(MakeLayersCommand());
+    commands.push_back(MakeCodesCommand());
+    commands.push_back(MakeDrawCommand());
+    commands.push_back(MakeLineCommand());
+    commands.push_back(MakeTextCommand());
+    commands.push_back(MakeCircleCommand());
     commands.push_back(MakePlotCommand());
     commands.push_back(MakeExportCommand());
     commands.push_back(MakeCheckCommand());

@@ -119,6 +119,7 @@ template Argument CommandLine::Add(const std::string&, std::uint16_t&, const std
 template Argument CommandLine::Add(const std::string&, std::optional<std::string>&,
                                    const std::string&);
 template Argument CommandLine::Add(const std::string&, std::optional<int>&, const std::string&);
+template Argument CommandLine::Add(const std::string&, std::optional<double>&, const std::string&);
 template Argument CommandLine::Add(const std::string&, std::optional<std::uint32_t>&,
                                    const std::string&);
 template Argument CommandLine::Add(const std::string&, std::vector<std::string>&,

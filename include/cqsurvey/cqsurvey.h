@@ -21,6 +21,7 @@
 #include "cqsurvey/CqCode.h"
 #include "cqsurvey/CqCodeTable.h"
 #include "cqsurvey/CqCoordRec.h"
+#include "cqsurvey/CqDrawnList.h"
 #include "cqsurvey/CqJobCheck.h"
 #include "cqsurvey/CqJobCodes.h"
 #include "cqsurvey/CqJobIdentity.h"

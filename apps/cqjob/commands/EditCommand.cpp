@@ -10,6 +10,7 @@
 #include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
+#include "cqjob/drawing/EntityOptions.h"
 #include "cqjob/points/PointArgument.h"
 #include "cqjob/points/PointDetails.h"
 #include "text/NumberText.h"
@@ -64,7 +65,9 @@ class EditCommand : public Command {
                                           Printable(m_job), Quoted(*m_group)));
             }
         }
-        RequireLayer(db);
+        if (m_layer) {
+            static_cast<void>(RequireLayer(db, m_job, *m_layer));
+        }
         CqBatch batch(db);
         std::vector<CqHandle> handles;
         for (const std::string& point : m_points) {
@@ -96,24 +99,6 @@ class EditCommand : public Command {
             throw UsageError("several points cannot have the same name");
         }
         m_newName = ReadName(m_name.value_or(""), "the point's name");
-    }
-
-    void RequireLayer(CqSurveyDB& db) const {
-        if (!m_layer) {
-            return;
-        }
-        const CString wanted = ReadText(*m_layer, "the layer's name");
-        CString name;
-        int color = 0;
-        auto left = db.GetNumLayers();
-        for (CqHandle handle = db.GetFirstLayerHandle();
-             handle != 0 && left > 0 && db.GetNextLayer(handle, name, color) != 0; --left) {
-            if (name == wanted) {
-                return;
-            }
-        }
-        throw Failure(fmt::format("{}: there is no layer {}; add it with cqjob layers add",
-                                  Printable(m_job), Quoted(*m_layer)));
     }
 
     static CqCoordRec Read(const CqSurveyDB& db, CqHandle handle) {

@@ -7,8 +7,11 @@
 /// LandXML and SIMA files are drawings: DxfReader, LandXmlReader and SimaReader read one into an open
 /// job, DxfWriter, LandXmlWriter and SimaWriter write a job as one. GeoJsonWriter and KmlWriter write
 /// one for the globe.
+/// CodeTable and FieldDrawing make the drawing of a job from the field codes of its points.
 /// JobInspection looks for mistakes in the points of a job, such as those that come with a file.
 
+#include "cqsurvey/exchange/CodeReport.h"
+#include "cqsurvey/exchange/CodeTable.h"
 #include "cqsurvey/exchange/ColumnOrder.h"
 #include "cqsurvey/exchange/CoordinateOperation.h"
 #include "cqsurvey/exchange/CoordinateSystem.h"
@@ -16,6 +19,7 @@
 #include "cqsurvey/exchange/DxfReader.h"
 #include "cqsurvey/exchange/DxfWriter.h"
 #include "cqsurvey/exchange/ExchangeError.h"
+#include "cqsurvey/exchange/FieldDrawing.h"
 #include "cqsurvey/exchange/FieldText.h"
 #include "cqsurvey/exchange/FieldTextReader.h"
 #include "cqsurvey/exchange/FieldTextWriter.h"
