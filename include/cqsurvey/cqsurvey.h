@@ -23,6 +23,7 @@
 #include "cqsurvey/CqJobRepair.h"
 #include "cqsurvey/CqJobSystem.h"
 #include "cqsurvey/CqLengthUnit.h"
+#include "cqsurvey/CqPalette.h"
 #include "cqsurvey/CqPlineCadEntity.h"
 #include "cqsurvey/CqSiPntCadEntity.h"
 #include "cqsurvey/CqSurveyDB.h"

@@ -1,11 +1,11 @@
-#include "exchange/dxf/Color.h"
+#include "cqsurvey/CqPalette.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <limits>
 
-namespace cqsurvey::exchange::dxf {
+namespace cqsurvey {
 
 namespace {
 
@@ -32,13 +32,16 @@ int Channel(std::uint32_t rgb, unsigned shift) {
 
 }  // namespace
 
-std::uint32_t ColorOf(int number) {
+std::uint32_t GetPaletteColor(int number) noexcept {
+    if (number < 1 || number > kLast) {
+        return 0;
+    }
     // 7 is the ink, black or white; a drawing's own white is meant more often.
     static constexpr std::array<std::uint32_t, 10> kPure{0,        0xFF0000, 0xFFFF00, 0x00FF00,
                                                          0x00FFFF, 0x0000FF, 0xFF00FF, 0xFFFFFF,
                                                          0x808080, 0xC0C0C0};
     if (number < kFirstHue) {
-        return kPure.at(static_cast<std::size_t>(std::max(number, 0)));
+        return kPure[static_cast<std::size_t>(number)];
     }
     if (number >= kFirstGrey) {
         const int level = 51 + (number - kFirstGrey) * 204 / (kLast - kFirstGrey);
@@ -47,7 +50,7 @@ std::uint32_t ColorOf(int number) {
     constexpr std::array<int, 5> kBrightness{255, 165, 127, 76, 38};
     const int hue = (number - kFirstHue) / 10;
     const int shade = number % 10;
-    const int brightness = kBrightness.at(static_cast<std::size_t>(shade / 2));
+    const int brightness = kBrightness[static_cast<std::size_t>(shade / 2)];
     const auto part = [&](int centre) {
         const int full = Part(hue - centre);
         return shade % 2 == 0 ? full * brightness / 255 : (full + 255) * brightness / (2 * 255);
@@ -55,7 +58,7 @@ std::uint32_t ColorOf(int number) {
     return Rgb(part(0), part(8), part(16));
 }
 
-int NearestColor(std::uint32_t rgb, bool& exact) {
+int FindPaletteColor(std::uint32_t rgb, bool& exact) noexcept {
     rgb &= 0xFFFFFFU;
     exact = true;
     if (rgb == 0) {
@@ -64,7 +67,7 @@ int NearestColor(std::uint32_t rgb, bool& exact) {
     int nearest = 7;
     int least = std::numeric_limits<int>::max();
     for (int number = 1; number <= kLast; ++number) {
-        const std::uint32_t color = ColorOf(number);
+        const std::uint32_t color = GetPaletteColor(number);
         int distance = 0;
         for (const unsigned shift : {0U, 8U, 16U}) {
             const int away = Channel(rgb, shift) - Channel(color, shift);
@@ -79,4 +82,4 @@ int NearestColor(std::uint32_t rgb, bool& exact) {
     return nearest;
 }
 
-}  // namespace cqsurvey::exchange::dxf
+}  // namespace cqsurvey
