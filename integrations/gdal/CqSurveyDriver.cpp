@@ -49,7 +49,8 @@ GDALDataset* Open(GDALOpenInfo* info) {
         const JobDataset::Options options(info->papszOpenOptions);
         SharedJob::Lease job = SharedJob::Open(info->pszFilename, update);
         SharedJob::Keep(info->pszFilename, info->fpL);
-        auto dataset = std::make_unique<JobDataset>(std::move(job), update, options);
+        auto dataset = std::make_unique<JobDataset>(
+            std::move(job), update ? JobDataset::Use::Update : JobDataset::Use::Read, options);
         dataset->SetDescription(info->pszFilename);
         return dataset.release();
     });
@@ -72,7 +73,7 @@ GDALDataset* Create(const char* path, int /*width*/, int /*height*/, int bands,
         if (unit) {
             CqJobSystem(job->Db()).SetUnit(unit);
         }
-        auto dataset = std::make_unique<JobDataset>(std::move(job), true, options);
+        auto dataset = std::make_unique<JobDataset>(std::move(job), JobDataset::Use::Make, options);
         dataset->SetDescription(path);
         return dataset.release();
     });

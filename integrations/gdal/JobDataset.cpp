@@ -41,14 +41,18 @@ JobDataset::Options::Options(CSLConstList list)
     }
 }
 
-JobDataset::JobDataset(SharedJob::Lease job, bool update, const Options& options)
+JobDataset::JobDataset(SharedJob::Lease job, Use use, const Options& options)
     : m_job(std::move(job)),
-      m_recorder(update ? std::make_unique<FeatureRecorder>(*m_job, options.duplicates) : nullptr),
+      m_recorder(use != Use::Read ? std::make_unique<FeatureRecorder>(*m_job, options.duplicates)
+                                  : nullptr),
       m_context{*m_job, *this, m_recorder.get(), nullptr, options.hidden, options.missingHeight} {
-    eAccess = update ? GA_Update : GA_ReadOnly;
+    eAccess = use != Use::Read ? GA_Update : GA_ReadOnly;
     const std::scoped_lock lock(m_job->Mutex());
     ReadSystem();
     m_context.system = m_system.get();
+    if (use == Use::Make) {
+        return;
+    }
     m_layers.push_back(std::make_unique<PointLayer>(m_context));
     m_layers.push_back(std::make_unique<PolylineLayer>(m_context, PolylineLayer::Shape::Lines));
     if (options.areas) {

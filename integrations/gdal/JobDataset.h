@@ -31,7 +31,14 @@ class JobDataset : public GDALDataset {
         explicit Options(CSLConstList list);
     };
 
-    JobDataset(SharedJob::Lease job, bool update, const Options& options);
+    /// What is done with the job.
+    enum class Use {
+        Read,
+        Update,
+        Make  ///< a new job, which has the layers that a program makes, until it is opened again
+    };
+
+    JobDataset(SharedJob::Lease job, Use use, const Options& options);
     JobDataset(const JobDataset&) = delete;
     JobDataset& operator=(const JobDataset&) = delete;
     ~JobDataset() override;

@@ -1,5 +1,6 @@
 #include "gdal/write/FeatureRecorder.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string>
@@ -130,8 +131,9 @@ CqHandle FeatureRecorder::RecordVertex(const OGRFeature& feature, const FieldMap
     const std::optional<std::int32_t> number = fields.Int(FieldRole::Number);
     const auto polyline = id ? m_polylineOf.find(static_cast<GIntBig>(*id)) : m_polylineOf.end();
     if (polyline == m_polylineOf.end() || !number) {
-        throw RecordFailure(fields.Describe() +
-                            " is a vertex of no polyline that was recorded before it");
+        m_report.Count("Vertices whose polylines were not recorded before them were left out",
+                       fields.Describe());
+        return static_cast<CqHandle>(std::max<GIntBig>(feature.GetFID(), 0));
     }
     const std::vector<CqHandle>& vertices = VerticesOf(polyline->second);
     if (*number < 1 || static_cast<std::size_t>(*number) > vertices.size()) {

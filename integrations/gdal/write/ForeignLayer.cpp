@@ -2,6 +2,9 @@
 
 #include <cpl_string.h>
 
+#include <algorithm>
+#include <array>
+#include <initializer_list>
 #include <mutex>
 
 #include "gdal/Guard.h"
@@ -105,14 +108,76 @@ OGRErr ForeignLayer::CreateField(OGRFieldDefn* field, int /*approximately*/) {
     });
 }
 
+ForeignLayer::Kind ForeignLayer::FindKind() const {
+    struct Own {
+        const char* name;
+        Kind kind;
+        std::initializer_list<FieldRole> roles;
+    };
+    // The roles without which a layer of the name is somebody else's.
+    static const std::array<Own, 9> own{
+        {{"points", Kind::Points, {FieldRole::Name}},
+         {"polylines", Kind::Polylines, {FieldRole::Layer}},
+         {"vertices", Kind::Vertices, {FieldRole::Polyline, FieldRole::Number}},
+         {"texts", Kind::Texts, {FieldRole::Text}},
+         {"circles", Kind::Circles, {FieldRole::Radius}},
+         {"bitmaps", Kind::Bitmaps, {FieldRole::Resource}},
+         {"layers", Kind::Layers, {FieldRole::Name}},
+         {"groups", Kind::Groups, {FieldRole::Name}},
+         {"settings", Kind::Settings, {FieldRole::Section, FieldRole::Key, FieldRole::Value}}}};
+    for (const Own& candidate : own) {
+        const bool table = candidate.kind == Kind::Layers || candidate.kind == Kind::Groups ||
+                           candidate.kind == Kind::Settings;
+        if (EQUAL(m_definition->GetName(), candidate.name) &&
+            std::all_of(candidate.roles.begin(), candidate.roles.end(),
+                        [&](FieldRole role) { return m_fields.Find(role).has_value(); }) &&
+            table == (m_definition->GetGeomType() == wkbNone)) {
+            return candidate.kind;
+        }
+    }
+    return Kind::Anything;
+}
+
+CqHandle ForeignLayer::Record(const OGRFeature& feature) {
+    FeatureRecorder& recorder = *m_context.recorder;
+    switch (m_kind.value_or(Kind::Anything)) {
+        case Kind::Points:
+            return recorder.RecordPoint(feature, m_fields);
+        case Kind::Polylines:
+            return recorder.RecordPolyline(feature, m_fields);
+        case Kind::Vertices:
+            return recorder.RecordVertex(feature, m_fields);
+        case Kind::Circles:
+            return recorder.RecordCircle(feature, m_fields);
+        case Kind::Bitmaps:
+            return recorder.RecordBitmap(feature, m_fields);
+        case Kind::Layers:
+            return recorder.RecordLayer(feature, m_fields);
+        case Kind::Groups:
+            return recorder.RecordGroup(feature, m_fields);
+        case Kind::Settings:
+            return recorder.RecordSetting(feature, m_fields);
+        case Kind::Texts:
+            return recorder.RecordText(feature, m_fields);
+        case Kind::Anything:
+            break;
+    }
+    return recorder.RecordForeign(feature, m_fields, m_layer, m_points);
+}
+
 OGRErr ForeignLayer::ICreateFeature(OGRFeature* feature) {
-    TellWhatIsLeftOut();
     const std::scoped_lock lock(m_context.job.Mutex());
     return Guard<OGRErr>(OGRERR_FAILURE, [&] {
-        const CqHandle handle =
-            m_context.recorder->RecordForeign(*feature, m_fields, m_layer, m_points);
+        if (!m_kind) {
+            TellWhatIsLeftOut();
+            m_kind = FindKind();
+        }
+        const CqHandle handle = Record(*feature);
         m_context.job.Changed();
-        feature->SetFID(static_cast<GIntBig>(handle));
+        // An id of the program's own stays: features of other layers refer to it.
+        if (feature->GetFID() == OGRNullFID) {
+            feature->SetFID(static_cast<GIntBig>(handle));
+        }
         return OGRERR_NONE;
     });
 }

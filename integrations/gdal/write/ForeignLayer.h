@@ -2,6 +2,10 @@
 
 #include <ogrsf_frmts.h>
 
+#include <cstdint>
+#include <optional>
+#include <string>
+
 #include <cqsurvey/Types.h>
 
 #include "gdal/FieldMap.h"
@@ -10,8 +14,10 @@
 
 namespace cqsurvey::gdal {
 
-/// A layer that another program makes in a job: whatever it consists of is drawn on a layer of the
-/// drawing. Its features can be read from the job's own layers only.
+/// A layer that a program makes in a job: whatever it consists of is drawn on a layer of the
+/// drawing. A layer with the name and the fields of one of the job's own, such as one that went to
+/// a GeoPackage and comes back, is recorded as that. The features can be read from the job's own
+/// layers when it is opened again.
 ///
 /// Which field says what is found by the names of the fields, or told by the creation options.
 class ForeignLayer : public OGRLayer {
@@ -38,6 +44,22 @@ class ForeignLayer : public OGRLayer {
     OGRErr RollbackTransaction() override { return m_context.dataset.RollbackTransaction(); }
 
  private:
+    /// What a layer of this name and these fields holds.
+    enum class Kind : std::uint8_t {
+        Anything,
+        Points,
+        Polylines,
+        Vertices,
+        Texts,
+        Circles,
+        Bitmaps,
+        Layers,
+        Groups,
+        Settings
+    };
+    [[nodiscard]] Kind FindKind() const;
+    CqHandle Record(const OGRFeature& feature);
+
     /// What the field says, if anything.
     [[nodiscard]] std::optional<FieldRole> RoleOf(const char* field) const;
     void TellWhatIsLeftOut();
@@ -46,6 +68,7 @@ class ForeignLayer : public OGRLayer {
     OGRFeatureDefn* m_definition;
     CPLStringList m_options;
     FieldMap m_fields;
+    std::optional<Kind> m_kind;
     CString m_layer;
     FeatureRecorder::Points m_points = FeatureRecorder::Points::Auto;
     std::string m_leftOut;
