@@ -79,19 +79,13 @@ GDALDataset* Create(const char* path, int /*width*/, int /*height*/, int bands,
     });
 }
 
-/// Removes the file, so that ogr2ogr -overwrite_ds works; of a job that is open nothing is removed.
+/// GDAL deletes whatever has the path of a file that any driver is about to make. A job is a week
+/// of field work, so it is never deleted from here; then the making fails, because the file exists.
 CPLErr Delete(const char* path) {
-    if (IsVirtual(path)) {
-        return CE_Failure;
-    }
-    // Held for writing, it is in nobody else's hands.
-    const bool free = Guard(false, [&] {
-        CqSurveyDB db;
-        db.Open(FromUtf8(path));
-        db.Close();
-        return true;
-    });
-    return free && VSIUnlink(path) == 0 ? CE_None : CE_Failure;
+    CPLError(CE_Failure, CPLE_NotSupported,
+             "%s is a job, which is not overwritten; delete the file if it is not wanted any more",
+             path);
+    return CE_Failure;
 }
 
 constexpr const char* kDuplicates =

@@ -99,6 +99,11 @@ void AddArcs(const OGRCircularString& arcs, std::vector<ArcVertex>& vertices) {
     }
 }
 
+/// What the last digits of the coordinates may make out.
+double CloseTo(const CVector& centre, double radius) {
+    return 1e-13 * (std::abs(centre.GetX()) + std::abs(centre.GetY()) + radius);
+}
+
 }  // namespace
 
 std::unique_ptr<OGRCompoundCurve> MakeCurve(std::span<const ArcVertex> vertices) {
@@ -193,15 +198,16 @@ bool IsCircle(const OGRCurve& curve, CircleShape& circle) {
         if (i == 0) {
             circle = {centre, p.height, radius};
         }
-        const double close =
-            1e-12 * (std::abs(centre.GetX()) + std::abs(centre.GetY()) + radius) + 1e-300;
+        const double close = CloseTo(centre, radius);
         if (!((centre - circle.centre).UNorm() <= close) ||
             !(std::abs(radius - circle.radius) <= close)) {
             return false;
         }
         turned += angle;
     }
-    return std::abs(std::abs(turned) - 2 * std::numbers::pi) < 1e-9;
+    // A small circle far from the origin has few digits.
+    const double slack = 1e-9 + 16 * CloseTo(circle.centre, circle.radius) / circle.radius;
+    return std::abs(std::abs(turned) - 2 * std::numbers::pi) < slack;
 }
 
 }  // namespace cqsurvey::gdal

@@ -51,20 +51,21 @@ std::optional<std::uint32_t> FeatureFields::Unsigned(FieldRole role) const {
 
 std::optional<std::uint32_t> FeatureFields::Time(FieldRole role) const {
     const std::optional<int> index = Index(role);
-    std::tm parts{};
-    float second = 0;
-    int zone = 0;
-    if (!index ||
-        m_feature.GetFieldAsDateTime(*index, &parts.tm_year, &parts.tm_mon, &parts.tm_mday,
-                                     &parts.tm_hour, &parts.tm_min, &second, &zone) == 0) {
+    // The text of a time is read as well as a time.
+    OGRField time{};
+    if (!index || OGRParseDate(m_feature.GetFieldAsString(*index), &time, 0) == 0) {
         return std::nullopt;
     }
-    parts.tm_year -= 1900;
-    parts.tm_mon -= 1;
-    parts.tm_sec = static_cast<int>(second);
+    std::tm parts{};
+    parts.tm_year = time.Date.Year - 1900;
+    parts.tm_mon = time.Date.Month - 1;
+    parts.tm_mday = time.Date.Day;
+    parts.tm_hour = time.Date.Hour;
+    parts.tm_min = time.Date.Minute;
+    parts.tm_sec = static_cast<int>(time.Date.Second);
     // OGR counts zones in quarters of an hour around 100, which is UTC; 0 and 1 name none.
     constexpr int kUtc = 100;
-    const GIntBig quarters = zone > 1 ? zone - kUtc : 0;
+    const GIntBig quarters = time.Date.TZFlag > 1 ? time.Date.TZFlag - kUtc : 0;
     const GIntBig seconds = CPLYMDHMSToUnixTime(&parts) - quarters * 15 * 60;
     if (seconds < 0 || seconds > std::numeric_limits<std::uint32_t>::max()) {
         throw RecordFailure(Describe() + ": a job holds times from 1970 to 2106 only");

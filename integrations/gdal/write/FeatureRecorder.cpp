@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <string>
 
 #include "gdal/write/Place.h"
@@ -16,6 +17,29 @@ const CString kFirstLayer = u"0";
 /// Whether two coordinates are the same, or both are missing.
 bool IsSame(double a, double b) {
     return a == b || (std::isnan(a) && std::isnan(b));
+}
+
+/// A circle that came as straight lines, or that is too small for its arcs, is the one of its
+/// fields as long as it lies where these say.
+bool IsStated(const OGRCurve& curve, const FeatureFields& fields, CircleShape& circle) {
+    const std::optional<double> easting = fields.Real(FieldRole::Easting);
+    const std::optional<double> northing = fields.Real(FieldRole::Northing);
+    const std::optional<double> radius = fields.Real(FieldRole::Radius);
+    if (!easting || !northing || !radius) {
+        return false;
+    }
+    OGREnvelope box;
+    curve.getEnvelope(&box);
+    const double close = 1e-6 + 0.02 * std::abs(*radius);
+    const auto isClose = [close](double a, double b) { return std::abs(a - b) <= close; };
+    OGRPoint start;
+    curve.StartPoint(&start);
+    circle = {CVector(*easting, *northing),
+              start.Is3D() != 0 ? start.getZ() : std::numeric_limits<double>::quiet_NaN(), *radius};
+    return isClose((box.MinX + box.MaxX) / 2, *easting) &&
+           isClose((box.MinY + box.MaxY) / 2, *northing) &&
+           isClose(box.MaxX - box.MinX, 2 * std::abs(*radius)) &&
+           isClose(box.MaxY - box.MinY, 2 * std::abs(*radius));
 }
 
 }  // namespace
@@ -61,7 +85,8 @@ CqHandle FeatureRecorder::RecordCircle(const OGRFeature& feature, const FieldMap
     const SingleGeometries singles = Split(fields);
     CircleShape circle;
     if (singles.curves.size() == 1 && singles.points.empty() &&
-        IsCircle(*singles.curves.front(), circle)) {
+        (IsCircle(*singles.curves.front(), circle) ||
+         IsStated(*singles.curves.front(), fields, circle))) {
         return m_entities.RecordCircle(circle, fields, kFirstLayer);
     }
     const std::optional<double> radius = fields.Real(FieldRole::Radius);
