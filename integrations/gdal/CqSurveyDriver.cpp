@@ -49,8 +49,11 @@ GDALDataset* Open(GDALOpenInfo* info) {
         const JobDataset::Options options(info->papszOpenOptions);
         SharedJob::Lease job = SharedJob::Open(info->pszFilename, update);
         SharedJob::Keep(info->pszFilename, info->fpL);
-        auto dataset = std::make_unique<JobDataset>(
-            std::move(job), update ? JobDataset::Use::Update : JobDataset::Use::Read, options);
+        auto dataset = std::make_unique<JobDataset>(std::move(job),
+                                                    !update              ? JobDataset::Use::Read
+                                                    : options.makeLayers ? JobDataset::Use::Make
+                                                                         : JobDataset::Use::Update,
+                                                    options);
         dataset->SetDescription(info->pszFilename);
         return dataset.release();
     });
@@ -114,6 +117,9 @@ void Describe(GDALDriver& driver) {
                      "hidden entities, and those on hidden layers, are read'/>"
                      "<Option name='AREAS' type='boolean' default='NO' description='Whether closed "
                      "polylines are also shown as polygons, in a layer areas'/>"
+                     "<Option name='MAKE_LAYERS' type='boolean' default='NO' description='For "
+                     "writing: show no layers, and record those that a program makes as in a new "
+                     "job'/>"
                      "<Option name='MISSING_HEIGHT' type='float' default='nan' description='Height "
                      "in geometries for what was not measured'/>") +
          kDuplicates + "</OpenOptionList>")

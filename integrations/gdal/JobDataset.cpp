@@ -23,6 +23,7 @@ namespace cqsurvey::gdal {
 JobDataset::Options::Options(CSLConstList list)
     : hidden(CPLFetchBool(list, "HIDDEN", true)),
       areas(CPLFetchBool(list, "AREAS", false)),
+      makeLayers(CPLFetchBool(list, "MAKE_LAYERS", false)),
       missingHeight(std::numeric_limits<double>::quiet_NaN()) {
     if (const char* height = CSLFetchNameValue(list, "MISSING_HEIGHT")) {
         char* end = nullptr;

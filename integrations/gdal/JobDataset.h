@@ -24,6 +24,7 @@ class JobDataset : public GDALDataset {
     struct Options {
         bool hidden = true;
         bool areas = false;
+        bool makeLayers = false;
         double missingHeight;
         Duplicates duplicates = Duplicates::Rename;
 
@@ -35,7 +36,7 @@ class JobDataset : public GDALDataset {
     enum class Use {
         Read,
         Update,
-        Make  ///< a new job, which has the layers that a program makes, until it is opened again
+        Make  ///< the layers are those that a program makes, until the job is opened again
     };
 
     JobDataset(SharedJob::Lease job, Use use, const Options& options);

@@ -48,7 +48,19 @@ FeatureRecorder::FeatureRecorder(SharedJob& job, Duplicates duplicates)
     : m_job(job),
       m_pen(job, m_report),
       m_points(job, m_report, m_pen, duplicates),
-      m_entities(job, m_report, m_pen) {}
+      m_entities(job, m_report, m_pen),
+      m_drawn(job.Db().GetNumCadEntities() > 0) {
+    CqSurveyDB& db = job.Db();
+    CqHandle next = m_drawn ? db.GetFirstLayerHandle() : 0;
+    for (int left = db.GetNumLayers(); left > 0 && next != 0; --left) {
+        CString name;
+        int color = 0;
+        if (db.GetNextLayer(next, name, color) == 0) {
+            break;
+        }
+        m_ownLayers.insert(name);
+    }
+}
 
 CqHandle FeatureRecorder::RecordPoint(const OGRFeature& feature, const FieldMap& map) {
     const FeatureFields fields(feature, map);
@@ -193,7 +205,8 @@ CqHandle FeatureRecorder::RecordLayer(const OGRFeature& feature, const FieldMap&
     const std::optional<std::int32_t> color = fields.Int(FieldRole::Color);
     const std::optional<std::int32_t> line = fields.Int(FieldRole::Line);
     constexpr int kInk = 7;
-    if (db.AddLayer(name, color.value_or(kInk), line.value_or(0)) == 0) {
+    if (db.AddLayer(name, color.value_or(kInk), line.value_or(0)) == 0 &&
+        !m_ownLayers.contains(name)) {
         if (color) {
             db.EditLayerColor(name, *color);
         }
@@ -234,6 +247,14 @@ CqHandle FeatureRecorder::RecordSetting(const OGRFeature& feature, const FieldMa
     CqSurveyDB& db = m_job.Db();
     const CString section = fields.Text(FieldRole::Section);
     const CString key = fields.Text(FieldRole::Key);
+    CString own;
+    const bool there = db.GetSettingsString(section, key, own, CString()) != 0;
+    if (there && (m_drawn || section == CqJobIdentity::kSection)) {
+        if (own != fields.Text(FieldRole::Value)) {
+            m_report.Count("Settings of the job stayed as they were", ToUtf8(key));
+        }
+        return static_cast<CqHandle>(feature.GetFID() > 0 ? feature.GetFID() : 1);
+    }
     db.AddSettingsSection(section);
     if (db.WriteSettingsString(section, key, fields.Text(FieldRole::Value)) == 0) {
         throw RecordFailure(fields.Describe() + ": the job takes no setting \"" + ToUtf8(key) +

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <unordered_map>
 #include <vector>
 
@@ -18,6 +19,8 @@ namespace cqsurvey::gdal {
 /// A job gives its own handles. A feature may come with another id, to which features of other
 /// layers refer: a vertex names its polyline and its point. So the recorder remembers which handle
 /// each id has become.
+///
+/// What a job with a drawing says itself stays: its settings, and how its layers look.
 ///
 /// All operations return a handle, and throw RecordFailure when the feature cannot be recorded and
 /// CqSurveyException when the job fails.
@@ -62,6 +65,8 @@ class FeatureRecorder {
     DrawingPen m_pen;
     PointRecorder m_points;
     EntityRecorder m_entities;
+    bool m_drawn;
+    std::set<CString> m_ownLayers;
     std::unordered_map<GIntBig, CqHandle> m_pointOf;
     std::unordered_map<GIntBig, CqHandle> m_polylineOf;
     CqHandle m_verticesOf = 0;
