@@ -47,7 +47,7 @@ GDALDataset* Open(GDALOpenInfo* info) {
     return Guard<GDALDataset*>(nullptr, [&] {
         const bool update = info->eAccess == GA_Update;
         const JobDataset::Options options(info->papszOpenOptions);
-        SharedJob::Lease job = SharedJob::Open(info->pszFilename, update);
+        SharedJob::Lease job = SharedJob::Open(info->pszFilename);
         SharedJob::Keep(info->pszFilename, info->fpL);
         auto dataset = std::make_unique<JobDataset>(std::move(job),
                                                     !update              ? JobDataset::Use::Read

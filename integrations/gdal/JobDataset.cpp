@@ -74,6 +74,10 @@ JobDataset::~JobDataset() {
     m_batch.reset();
     m_layers.clear();
     m_recorder.reset();
+    (void)Guard(false, [&] {
+        m_job->StopWriting(m_context.writes);
+        return true;
+    });
 }
 
 void JobDataset::ReadSystem() {
@@ -172,6 +176,7 @@ OGRLayer* JobDataset::ICreateLayer(const char* name, OGRSpatialReference* system
     }
     const std::scoped_lock lock(m_job->Mutex());
     return Guard<OGRLayer*>(nullptr, [&]() -> OGRLayer* {
+        m_context.Write();
         if (system != nullptr && !system->IsEmpty()) {
             StateSystem(*system);
         }
@@ -192,6 +197,7 @@ OGRErr JobDataset::StartTransaction(int /*force*/) {
     }
     const std::scoped_lock lock(m_job->Mutex());
     return Guard<OGRErr>(OGRERR_FAILURE, [&] {
+        m_context.Write();
         m_batch = std::make_unique<CqBatch>(m_job->Db());
         return OGRERR_NONE;
     });

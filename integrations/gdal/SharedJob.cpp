@@ -29,38 +29,33 @@ SharedJob::Lease SharedJob::Enter(Registry& registry, const std::string& path,
         throw CqSurveyException(error::kNoVolume, path);
     }
     registry.jobs.emplace(job->m_identity, job.get());
+    job->m_path = path;
     job->m_users = 1;
     return Lease(job.release());
 }
 
-SharedJob::Lease SharedJob::Open(const std::string& path, bool update) {
+SharedJob::Lease SharedJob::Open(const std::string& path) {
     Registry& registry = OpenJobs();
     const std::scoped_lock lock(registry.mutex);
     Identity identity{};
     if (Identify(path, identity)) {
         const auto found = registry.jobs.find(identity);
         if (found != registry.jobs.end()) {
-            if (update || found->second->m_update) {
-                throw CqSurveyException(error::kVolumeMounted, path);
-            }
             ++found->second->m_users;
             return Lease(found->second);
         }
     }
-    std::unique_ptr<SharedJob> job(new SharedJob(update));
-    if (update) {
-        job->m_db.Open(FromUtf8(path));
-    } else {
-        job->m_db.OpenReadOnly(FromUtf8(path));
-    }
+    std::unique_ptr<SharedJob> job(new SharedJob);
+    job->m_db.OpenReadOnly(FromUtf8(path));
     return Enter(registry, path, std::move(job));
 }
 
 SharedJob::Lease SharedJob::Create(const std::string& path) {
     Registry& registry = OpenJobs();
     const std::scoped_lock lock(registry.mutex);
-    std::unique_ptr<SharedJob> job(new SharedJob(true));
+    std::unique_ptr<SharedJob> job(new SharedJob);
     job->m_db.CreateNew(FromUtf8(path));
+    job->m_writing = true;
     return Enter(registry, path, std::move(job));
 }
 
@@ -99,6 +94,48 @@ void SharedJob::Keep(const std::string& path, VSILFILE*& file) noexcept {
         } catch (const std::bad_alloc&) {
             // The caller closes the file then.
         }
+    }
+}
+
+CqSurveyDB& SharedJob::Db() {
+    if (!m_db.IsOpen()) {
+        throw CqSurveyException(error::kNoMount, m_path);
+    }
+    return m_db;
+}
+
+void SharedJob::Write(bool& held) {
+    if (held) {
+        return;
+    }
+    if (!m_writing) {
+        m_db.Close();
+        try {
+            m_db.Open(FromUtf8(m_path));
+        } catch (const CqSurveyException&) {
+            m_db.Close();
+            m_db.OpenReadOnly(FromUtf8(m_path));
+            Changed();
+            throw;
+        }
+        m_writing = true;
+        // Another process may have changed the job in between.
+        Changed();
+    }
+    ++m_writers;
+    held = true;
+}
+
+void SharedJob::StopWriting(bool& held) {
+    if (!held) {
+        return;
+    }
+    held = false;
+    if (--m_writers == 0) {
+        m_writing = false;
+        m_db.Close();
+        m_db.OpenReadOnly(FromUtf8(m_path));
+        Changed();
     }
 }
 

@@ -27,7 +27,10 @@ namespace cqsurvey::gdal {
 ///     dataset ──┼── SharedJob ── CqSurveyDB ── site.job
 ///     dataset ──┘    mutex
 ///
-/// A job that is open for writing has one dataset only.
+/// Programs also open what they only mean to look at for writing, QGIS among them. So the job is
+/// opened for reading, beside other readers, and for writing with the first change (Write); when
+/// the dataset that wrote is closed, the job is open for reading again. Datasets of the same
+/// process see what is written before it is committed.
 ///
 /// When a process closes a file, the system drops all locks that the process has on it. GDAL looks
 /// into a file before it is opened, so the handles with which it does are kept (Keep) until the job
@@ -40,10 +43,10 @@ class SharedJob {
     };
     using Lease = std::unique_ptr<SharedJob, Release>;
 
-    /// Opens the job at `path`, or shares the one that is open. Throws CqSurveyException as
-    /// CqSurveyDB::Open; error::kVolumeMounted when the job is open here and either wants to write.
-    [[nodiscard]] static Lease Open(const std::string& path, bool update);
-    /// Makes a job. Throws as CqSurveyDB::CreateNew.
+    /// Opens the job at `path` for reading, or shares the one that is open. Throws
+    /// CqSurveyException as CqSurveyDB::OpenReadOnly.
+    [[nodiscard]] static Lease Open(const std::string& path);
+    /// Makes a job, which is open for writing. Throws as CqSurveyDB::CreateNew.
     [[nodiscard]] static Lease Create(const std::string& path);
 
     SharedJob(const SharedJob&) = delete;
@@ -55,7 +58,15 @@ class SharedJob {
 
     /// For all of the following the caller holds the mutex.
     [[nodiscard]] std::recursive_mutex& Mutex() { return m_mutex; }
-    [[nodiscard]] CqSurveyDB& Db() { return m_db; }
+    /// Throws CqSurveyException with error::kNoMount when the job could not be opened again.
+    [[nodiscard]] CqSurveyDB& Db();
+
+    /// Makes sure that the job is open for writing; `held` tells whether the caller asked before,
+    /// and becomes true. Throws CqSurveyException as CqSurveyDB::Open, such as
+    /// error::kVolumeMounted when another process has it open; it is then open for reading.
+    void Write(bool& held);
+    /// What a caller of Write does at its end. After the last one the job is open for reading.
+    void StopWriting(bool& held);
 
     /// What is in the drawing and how its layers look; made anew after a change.
     [[nodiscard]] const DrawingIndex& Drawing();
@@ -77,7 +88,7 @@ class SharedJob {
         std::map<Identity, SharedJob*> jobs;
     };
 
-    explicit SharedJob(bool update) : m_update(update) {}
+    SharedJob() = default;
 
     /// Never destroyed: datasets may be closed while the process ends.
     static Registry& OpenJobs();
@@ -86,7 +97,9 @@ class SharedJob {
 
     std::recursive_mutex m_mutex;
     CqSurveyDB m_db;
-    bool m_update;
+    std::string m_path;
+    bool m_writing = false;
+    std::size_t m_writers = 0;
     Identity m_identity{};
     std::size_t m_users = 0;
     std::vector<VSILFILE*> m_kept;

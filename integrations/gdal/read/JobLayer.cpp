@@ -206,6 +206,7 @@ OGRErr JobLayer::ICreateFeature(OGRFeature* feature) {
     }
     const std::scoped_lock lock(m_context.job.Mutex());
     return Guard<OGRErr>(OGRERR_FAILURE, [&] {
+        m_context.Write();
         const CqHandle handle = Record(*feature);
         m_context.job.Changed();
         feature->SetFID(static_cast<GIntBig>(handle));
@@ -223,6 +224,7 @@ OGRErr JobLayer::DeleteFeature(GIntBig id) {
     const std::scoped_lock lock(m_context.job.Mutex());
     return Guard<OGRErr>(OGRERR_FAILURE, [&] {
         const auto handle = static_cast<CqHandle>(id);
+        m_context.Write();
         if (Read(handle) == nullptr || !Erase(handle)) {
             return OGRERR_NON_EXISTING_FEATURE;
         }

@@ -30,6 +30,11 @@ struct LayerContext {
     bool hidden = true;
     /// The height of what was not measured.
     double missingHeight = 0.0;
+    /// Whether the dataset has begun to write.
+    mutable bool writes = false;
+
+    /// To be called before each change; throws as SharedJob::Write.
+    void Write() const { job.Write(writes); }
 };
 
 /// A layer of records of one kind. A feature's id is the handle of its record.

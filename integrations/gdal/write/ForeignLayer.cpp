@@ -172,6 +172,7 @@ OGRErr ForeignLayer::ICreateFeature(OGRFeature* feature) {
             TellWhatIsLeftOut();
             m_kind = FindKind();
         }
+        m_context.Write();
         const CqHandle handle = Record(*feature);
         m_context.job.Changed();
         // An id of the program's own stays: features of other layers refer to it.
