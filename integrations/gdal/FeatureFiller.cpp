@@ -71,10 +71,6 @@ bool FeatureFiller::WantsGeometry() const {
     return m_definition.GetGeomFieldCount() > 0 && m_definition.IsGeometryIgnored() == 0;
 }
 
-bool FeatureFiller::WantsStyle() const {
-    return m_definition.IsStyleIgnored() == 0;
-}
-
 void FeatureFiller::Set(std::unique_ptr<OGRGeometry> geometry) {
     if (geometry) {
         geometry->assignSpatialReference(m_definition.GetGeomFieldDefn(0)->GetSpatialRef());

@@ -12,7 +12,8 @@
 
 namespace cqsurvey::gdal {
 
-/// Puts what was read into a new feature, except for what the reader ignores.
+/// Puts what was read into a new feature, except for what the reader ignores. Styles are always
+/// there: QGIS tells OGR to ignore them, and draws with them all the same.
 class FeatureFiller {
  public:
     FeatureFiller(OGRFeatureDefn& definition, const FieldMap& fields, GIntBig id);
@@ -25,9 +26,8 @@ class FeatureFiller {
     void Set(FieldRole role, const CString& value);
     void SetTime(FieldRole role, std::uint32_t seconds);
 
-    /// Whether it is worth making a geometry or a style.
+    /// Whether it is worth making a geometry.
     [[nodiscard]] bool WantsGeometry() const;
-    [[nodiscard]] bool WantsStyle() const;
     void Set(std::unique_ptr<OGRGeometry> geometry);
     void SetStyle(const std::string& style);
 

@@ -13,11 +13,11 @@ from qgis.core import (
     QgsEmbeddedSymbolRenderer,
     QgsMapRendererParallelJob,
     QgsMapSettings,
-    QgsMarkerSymbol,
-    QgsLineSymbol,
+    QgsNullSymbolRenderer,
     QgsPalLayerSettings,
     QgsProperty,
     QgsTextFormat,
+    QgsUnitTypes,
     QgsVectorLayer,
     QgsVectorLayerSimpleLabeling,
     QgsWkbTypes,
@@ -49,10 +49,9 @@ arcs = sum(1 for feature in lines.getFeatures() if "CircularString" in feature.g
 assert arcs > 0, "no arcs"
 print(f"{points.featureCount()} points, {lines.featureCount()} polylines, {arcs} of them with arcs")
 
-# The styles of the features themselves.
-points.setRenderer(QgsEmbeddedSymbolRenderer(QgsMarkerSymbol.createSimple({"size": "0.6"})))
-for layer in (lines, circles):
-    layer.setRenderer(QgsEmbeddedSymbolRenderer(QgsLineSymbol.createSimple({})))
+# Without being told, QGIS draws the styles of the features themselves.
+for layer in (points, lines, circles):
+    assert isinstance(layer.renderer(), QgsEmbeddedSymbolRenderer), layer.renderer().type()
 
 
 def label(layer, settings, colour, size, unit):
@@ -64,8 +63,6 @@ def label(layer, settings, colour, size, unit):
     layer.setLabeling(QgsVectorLayerSimpleLabeling(settings))
     layer.setLabelsEnabled(True)
 
-
-from qgis.core import QgsUnitTypes  # noqa: E402
 
 names = QgsPalLayerSettings()
 names.fieldName = "name"
@@ -79,7 +76,7 @@ properties.setProperty(QgsPalLayerSettings.LabelRotation, QgsProperty.fromExpres
 drawn.setDataDefinedProperties(properties)
 label(texts, drawn, "#aa0077", 3, QgsUnitTypes.RenderMapUnits)
 # The points of the texts themselves are nothing to see.
-texts.renderer().symbol().setOpacity(0)
+texts.setRenderer(QgsNullSymbolRenderer())
 
 settings = QgsMapSettings()
 settings.setLayers([texts, points, circles, lines])
@@ -110,8 +107,6 @@ colours = {
 }
 assert "#007f00" in colours, "no tree has the green of its layer"
 
-for layer in (points, lines, circles, texts):
-    layer.setRenderer(None)
 del renderer, settings, points, lines, circles, texts
 application.exitQgis()
 after = hashlib.sha256(pathlib.Path(job).read_bytes()).hexdigest()

@@ -22,10 +22,8 @@ bool CircleLayer::Fill(FeatureFiller& filler, const CqCadEntity& entity) {
     filler.Set(FieldRole::Northing, at[1]);
     filler.Set(FieldRole::Line, entity.GetLine());
     filler.Set(FieldRole::Code, entity.GetCode());
-    if (filler.WantsStyle()) {
-        const LayerLook& look = Context().job.Look();
-        filler.SetStyle(PenStyle(look.ColorOf(entity), look.LineOf(entity)));
-    }
+    const LayerLook& look = Context().job.Look();
+    filler.SetStyle(PenStyle(look.ColorOf(entity), look.LineOf(entity)));
     if (filler.WantsGeometry()) {
         filler.Set(MakeCircle(CVector(at[0], at[1]), HeightFor(at[2]), entity.GetRadius()));
     }

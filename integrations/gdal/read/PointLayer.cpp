@@ -71,10 +71,7 @@ std::unique_ptr<OGRFeature> PointLayer::Read(CqHandle handle) {
     if (symbol) {
         filler.Set(FieldRole::Layer, symbol->GetLayer());
         filler.Set(FieldRole::Color, symbol->GetColor());
-        if (filler.WantsStyle()) {
-            filler.SetStyle(
-                SymbolStyle(Context().job.Look().ColorOf(*symbol), Db().GetSiPointSize()));
-        }
+        filler.SetStyle(SymbolStyle(Context().job.Look().ColorOf(*symbol), Db().GetSiPointSize()));
     }
     if (filler.WantsGeometry() && std::isfinite(at[0]) && std::isfinite(at[1])) {
         filler.Set(std::make_unique<OGRPoint>(at[0], at[1],

@@ -73,10 +73,8 @@ bool PolylineLayer::Fill(FeatureFiller& filler, const CqCadEntity& entity) {
     filler.Set(FieldRole::Line, entity.GetLine());
     filler.Set(FieldRole::Code, entity.GetCode());
     filler.Set(FieldRole::Closed, closed ? 1 : 0);
-    if (filler.WantsStyle()) {
-        const LayerLook& look = Context().job.Look();
-        filler.SetStyle(PenStyle(look.ColorOf(entity), look.LineOf(entity)));
-    }
+    const LayerLook& look = Context().job.Look();
+    filler.SetStyle(PenStyle(look.ColorOf(entity), look.LineOf(entity)));
     if (!filler.WantsGeometry()) {
         return true;
     }

@@ -30,11 +30,9 @@ bool TextLayer::Fill(FeatureFiller& filler, const CqCadEntity& entity) {
     filler.Set(FieldRole::OptionStyle, static_cast<GIntBig>(entity.GetOptionStyle()));
     filler.Set(FieldRole::Interval, entity.GetInterval());
     filler.Set(FieldRole::Thickness, entity.GetThickness());
-    if (filler.WantsStyle()) {
-        filler.SetStyle(
-            LabelStyle({ToUtf8(entity.GetText()), ToUtf8(entity.GetStyle()), entity.GetHeight(),
-                        entity.GetRot(), along, across, Context().job.Look().ColorOf(entity)}));
-    }
+    filler.SetStyle(
+        LabelStyle({ToUtf8(entity.GetText()), ToUtf8(entity.GetStyle()), entity.GetHeight(),
+                    entity.GetRot(), along, across, Context().job.Look().ColorOf(entity)}));
     if (filler.WantsGeometry()) {
         filler.Set(PlaceOf(entity));
     }
