@@ -1,4 +1,4 @@
-# What `cmake --install` puts where: the libraries, their headers, cqjob, and what find_package and
+# What `cmake --install` puts where: the libraries, their headers, cqjob, the GDAL driver, and what find_package and
 # pkg-config need. The whole may be moved afterwards: no file names the prefix.
 include(CMakePackageConfigHelpers)
 
@@ -72,6 +72,12 @@ install(FILES
   ${PROJECT_BINARY_DIR}/cmake/cqsurveyConfigVersion.cmake
   DESTINATION ${CQSURVEY_CONFIG_DIR}
   COMPONENT cqsurvey_Development)
+
+if(TARGET ogr_CqSurvey)
+  # Debian's GDAL looks into this folder when the prefix is /usr.
+  install(TARGETS ogr_CqSurvey
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/gdalplugins COMPONENT cqsurvey_Runtime)
+endif()
 
 if(TARGET cqjob)
   # cqjob finds the libraries beside it, wherever they were put.

@@ -29,6 +29,7 @@
 #include "cqsurvey/CqJobSystem.h"
 #include "cqsurvey/CqJobTitle.h"
 #include "cqsurvey/CqLengthUnit.h"
+#include "cqsurvey/CqPalette.h"
 #include "cqsurvey/CqPlineCadEntity.h"
 #include "cqsurvey/CqSiPntCadEntity.h"
 #include "cqsurvey/CqSurveyDB.h"

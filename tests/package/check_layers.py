@@ -10,7 +10,7 @@ import sys
 
 # From the bottom up; folders of one row do not include each other.
 CORE = [["platform"], ["store"], ["tables"], ["index"], ["job"], ["points", "drawing", "settings"]]
-OUTSIDE = {"src/text": "text", "src/exchange": "exchange", "src/plan": "plan", "apps": None}
+OUTSIDE = {"src/text": "text", "src/exchange": "exchange", "src/plan": "plan", "apps": None, "integrations": None}
 # Public headers of the job as a whole: what is below the job knows nothing of them.
 FACADE = {"cqsurvey.h", "CqSurveyDB.h", "CqBatch.h", "CqJobCheck.h", "CqDrawnList.h", "CqJobCodes.h", "CqJobIdentity.h", "CqJobRepair.h", "CqJobSystem.h", "Ranges.h", "CqCadEntityPtr.h"}
 

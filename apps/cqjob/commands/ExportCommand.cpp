@@ -10,6 +10,7 @@
 #include "cqjob/SystemOptions.h"
 #include "cqjob/ViewOptions.h"
 #include "cqjob/drawing/DrawingExport.h"
+#include "cqjob/gis/GisExchange.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -80,18 +81,27 @@ class ExportCommand : public Command {
             "--points, --code-layers, --unit, --image and --plain are for such a file. The report\n"
             "tells what the format cannot hold.\n"
             "\n"
+            "A file named .gpkg is a GeoPackage, and PG:dbname=... a PostGIS database: both hold "
+            "all of\n"
+            "the job with true arcs. GDAL's program ogr2ogr writes them, when it is there.\n"
+            "\n"
             "Example:\n"
             "  cqjob export site.job points.csv\n"
             "  cqjob export site.job - --order pnezd --decimals 3\n"
             "  cqjob export site.job road.csv --group Road --sort code\n"
             "  cqjob export site.job plan.dxf --version R2000 --unit m\n"
             "  cqjob export site.job plan.xml --unit m\n"
-            "  cqjob export site.job plan.kml");
+            "  cqjob export site.job plan.kml"
+            "  cqjob export site.job site.gpkg");
         m_command = &command;
         return command;
     }
 
     int Run(Console& console) override {
+        if (GisExchange::IsAsked(m_file)) {
+            GisExchange::Export(console, m_job, m_file, m_force, m_json);
+            return 0;
+        }
         if (m_drawing.FindFormatOf(m_file) != DrawingFormat::Text) {
             RequireOwnOutput(m_file);
             const auto codePage =

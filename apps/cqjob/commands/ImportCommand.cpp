@@ -14,6 +14,7 @@
 #include "cqjob/JsonWriter.h"
 #include "cqjob/Progress.h"
 #include "cqjob/drawing/DrawingImport.h"
+#include "cqjob/gis/GisExchange.h"
 #include "cqjob/import/ImportReports.h"
 #include "cqjob/import/PointFileOptions.h"
 #include "text/NumberText.h"
@@ -48,6 +49,10 @@ constexpr const char* kFooter =
     "--duplicates, --group and --origin. The report accounts for everything in it: what it "
     "became,\n"
     "or why it was left out.\n"
+    "\n"
+    "A file named .gpkg is a GeoPackage, and PG:dbname=... a PostGIS database. GDAL's program\n"
+    "ogr2ogr reads them, when it is there, and all of it is recorded in one step; --duplicates\n"
+    "is for them, too, but not update and check.\n"
     "\n"
     "Example:\n"
     "  cqjob import site.job points.csv --order pnezd\n"
@@ -129,6 +134,9 @@ class ImportCommand : public Command {
 
     int Run(Console& console) override {
         for (const std::string& file : m_files) {
+            if (GisExchange::IsAsked(file)) {
+                return RunGis(console);
+            }
             if (m_drawing.FindFormatOf(file) != DrawingFormat::Text) {
                 return RunDrawing(console);
             }
@@ -176,6 +184,21 @@ class ImportCommand : public Command {
     }
 
  private:
+    int RunGis(Console& console) const {
+        if (m_files.size() > 1) {
+            throw UsageError("a GeoPackage or a database is imported alone");
+        }
+        if (m_how.HasColumns() || m_dryRun || m_strict || m_layerFromCode || !m_layer.empty() ||
+            !m_group.empty() || m_tolerance) {
+            throw UsageError("a GeoPackage or a database takes no option but --duplicates");
+        }
+        if (m_duplicates == "update" || m_duplicates == "check") {
+            throw UsageError("--duplicates update and check are for text files");
+        }
+        GisExchange::Import(console, m_job, m_files.front(), m_duplicates, m_json);
+        return 0;
+    }
+
     int RunDrawing(Console& console) const {
         if (m_files.size() > 1) {
             throw UsageError("a drawing is imported alone");

@@ -9,13 +9,13 @@
 #include <vector>
 
 #include "cqsurvey/CodePage.h"
+#include "cqsurvey/CqPalette.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Text.h"
 #include "exchange/drawing/Color.h"
 #include "exchange/geo/GeoDetails.h"
 #include "exchange/geo/GeoPlaces.h"
 #include "exchange/xml/XmlWriter.h"
-#include "text/DrawingPalette.h"
 
 namespace cqsurvey::exchange {
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "text/DrawingPalette.h"
+#include "cqsurvey/CqPalette.h"
 
 namespace cqsurvey::plan {
 
@@ -28,7 +28,8 @@ Rgb InkOn(Rgb background) {
 }
 
 Rgb PaletteColor(int index, Rgb background) {
-    if (index < 1 || index == kInk || index > kLastColor) {
+    constexpr int kLast = 255;
+    if (index < 1 || index == kInk || index > kLast) {
         return InkOn(background);
     }
     const std::uint32_t value = GetPaletteColor(index);

@@ -18,7 +18,7 @@ inline constexpr Rgb kBlack{0, 0, 0};
 /// The colour of everything without a colour of its own: black, or white on a dark background.
 [[nodiscard]] Rgb InkOn(Rgb background);
 
-/// The colour of the drawing palette (DrawingPalette.h) that `index` names. 7, 0 and every number
+/// The colour of the drawing palette (CqPalette.h) that `index` names. 7, 0 and every number
 /// outside the palette are the ink. So is a colour that cannot be told from the background.
 [[nodiscard]] Rgb PaletteColor(int index, Rgb background);
 

@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <utility>
 
+#include "cqsurvey/CqPalette.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
-#include "exchange/drawing/Color.h"
 #include "exchange/drawing/LengthScale.h"
 #include "exchange/drawing/Names.h"
 #include "exchange/dxf/PointBlock.h"
@@ -27,7 +27,7 @@ int ColorOfLayer(const Record& record) {
     int color = std::abs(written);
     if (const Entry* trueColor = record.Find(420)) {
         bool exact = true;
-        color = NearestColor(static_cast<std::uint32_t>(record.Whole(*trueColor)), exact);
+        color = FindPaletteColor(static_cast<std::uint32_t>(record.Whole(*trueColor)), exact);
     }
     if (color < 1 || color > 255) {
         color = kInk;

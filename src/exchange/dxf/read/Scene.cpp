@@ -1,5 +1,6 @@
 #include "exchange/dxf/read/Scene.h"
 
+#include "cqsurvey/CqPalette.h"
 #include "exchange/drawing/Color.h"
 #include "exchange/drawing/Names.h"
 #include "exchange/dxf/LineTypes.h"
@@ -15,7 +16,7 @@ int ColorOfEntity(const Record& record, const Context& context, Scene& scene) {
     int color = record.Whole(62, kColorOfLayer);
     if (const Entry* trueColor = record.Find(420)) {
         bool exact = true;
-        color = NearestColor(static_cast<std::uint32_t>(record.Whole(*trueColor)), exact);
+        color = FindPaletteColor(static_cast<std::uint32_t>(record.Whole(*trueColor)), exact);
         if (!exact) {
             scene.report.Note("true colours became the nearest colour of the palette");
         }

@@ -1,0 +1,112 @@
+#include "cqjob/gis/GisExchange.h"
+
+#include <cqsurvey/cqsurvey.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+#include "cqjob/Failure.h"
+#include "cqjob/JobFile.h"
+#include "cqjob/JsonWriter.h"
+#include "cqjob/gis/GdalProgram.h"
+#include "text/Printable.h"
+
+namespace cqsurvey::cqjob {
+
+namespace {
+
+bool IsDatabase(const std::string& target) {
+    return target.starts_with("PG:");
+}
+
+SVDB_INFORMATION CountOf(const std::string& job) {
+    CqSurveyDB db;
+    OpenToRead(db, job);
+    SVDB_INFORMATION info;
+    constexpr std::uint32_t kAll = 0x1FF;
+    (void)CqSurveyDB::GetDBInformation(kAll, CString(), info, &db);
+    return info;
+}
+
+/// What went over, for people or for programs.
+void Tell(Console& console, const std::string& job, const std::string& other, bool json,
+          const SVDB_INFORMATION& after, const SVDB_INFORMATION& before) {
+    const int points = after.numPoints - before.numPoints;
+    const int polylines = after.numPlines - before.numPlines;
+    const int texts = after.numTexts - before.numTexts;
+    const int circles = after.numCircles - before.numCircles;
+    if (json) {
+        JsonWriter writer(console);
+        writer.BeginObject();
+        writer.Member("job", job);
+        writer.Member("file", other);
+        writer.Member("points", points);
+        writer.Member("polylines", polylines);
+        writer.Member("texts", texts);
+        writer.Member("circles", circles);
+        writer.EndObject();
+        return;
+    }
+    console.Say("{}, {}, {}, {} into {}\n", Count(static_cast<std::size_t>(points), "point"),
+                Count(static_cast<std::size_t>(polylines), "polyline"),
+                Count(static_cast<std::size_t>(texts), "text"),
+                Count(static_cast<std::size_t>(circles), "circle"), Printable(other));
+}
+
+}  // namespace
+
+bool GisExchange::IsAsked(const std::string& target) {
+    std::string ending = std::filesystem::path(target).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return IsDatabase(target) || ending == ".gpkg";
+}
+
+void GisExchange::Export(Console& console, const std::string& job, const std::string& target,
+                         bool replace, bool json) {
+    const SVDB_INFORMATION info = CountOf(job);
+    const GdalProgram program;
+    if (IsDatabase(target)) {
+        std::vector<std::string> arguments{"-q", "-f", "PostgreSQL", target, job};
+        if (replace) {
+            arguments.insert(arguments.begin(), "-overwrite");
+        }
+        program.Run(arguments);
+        Tell(console, job, target, json, info, {});
+        return;
+    }
+    if (!replace && std::filesystem::exists(std::filesystem::symlink_status(target))) {
+        throw Failure(fmt::format("{} already exists; --force replaces it", Printable(target)));
+    }
+    const std::string made = fmt::format("{}.new-{}.gpkg", target, getpid());
+    std::error_code failure;
+    try {
+        program.Run({"-q", "-f", "GPKG", made, job});
+        if (!replace && std::filesystem::exists(std::filesystem::symlink_status(target))) {
+            throw Failure(fmt::format("{} already exists; --force replaces it", Printable(target)));
+        }
+        std::filesystem::rename(made, target, failure);
+        if (failure) {
+            throw Failure(fmt::format("{}: {}", Printable(target), failure.message()));
+        }
+    } catch (...) {
+        std::filesystem::remove(made, failure);
+        throw;
+    }
+    Tell(console, job, target, json, info, {});
+}
+
+void GisExchange::Import(Console& console, const std::string& job, const std::string& source,
+                         const std::string& duplicates, bool json) {
+    const SVDB_INFORMATION before = CountOf(job);
+    const GdalProgram program;
+    program.Run({"-q", "-update", "-ds_transaction", "-doo", "MAKE_LAYERS=YES", "-doo",
+                 "DUPLICATES=" + duplicates, job, source});
+    const SVDB_INFORMATION after = CountOf(job);
+    Tell(console, job, json ? source : job, json, after, before);
+}
+
+}  // namespace cqsurvey::cqjob
