@@ -51,9 +51,13 @@ void FileImport::Run() {
 }
 
 void FileImport::Begin(const XmlElement& element) {
-    m_text.clear();
     m_takesText = false;
-    m_open.push_back(BeginInside(element));
+    Open open = BeginInside(element);
+    open.takesText = m_takesText;
+    if (open.takesText) {
+        m_text.clear();
+    }
+    m_open.push_back(open);
     ++m_elements;
     if (m_options.progress) {
         m_options.progress(m_elements, m_source.GetBytes(), m_source.GetSize());

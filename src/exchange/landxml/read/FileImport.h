@@ -51,6 +51,7 @@ class FileImport : private XmlHandler {
     struct Open {
         Role role = Role::Part;
         std::string_view reason = {};  // of what is left out
+        bool takesText = false;
     };
     struct WaitingPoint {
         PointDetails details;

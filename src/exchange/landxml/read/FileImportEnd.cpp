@@ -25,7 +25,7 @@ constexpr std::string_view kNotNumbers = "its text is not a list of places";
 
 void FileImport::Text(std::string_view piece) {
     constexpr std::size_t kMost = 64U << 20U;
-    if (!m_takesText) {
+    if (m_open.empty() || !m_open.back().takesText) {
         return;
     }
     if (m_text.size() + piece.size() > kMost) {
@@ -77,8 +77,6 @@ void FileImport::End(std::string_view name) {
         case Role::Property:
             break;
     }
-    m_takesText = false;
-    m_text.clear();
 }
 
 void FileImport::EndPoint() {
