@@ -4,11 +4,11 @@
 ///
 /// Field text files are the lists of points that surveyors exchange as CSV and the like:
 /// FieldTextReader reads a file into an open job, FieldTextWriter makes the lines of a file. DXF,
-/// LandXML and SIMA files are drawings: DxfReader, LandXmlReader and SimaReader read one into an open
-/// job, DxfWriter, LandXmlWriter and SimaWriter write a job as one. GeoJsonWriter and KmlWriter write
-/// one for the globe.
-/// CodeTable and FieldDrawing make the drawing of a job from the field codes of its points.
-/// JobInspection looks for mistakes in the points of a job, such as those that come with a file.
+/// LandXML and SIMA files are drawings: DxfReader, LandXmlReader and SimaReader read one into an
+/// open job, DxfWriter, LandXmlWriter and SimaWriter write a job as one. GeoJsonWriter and
+/// KmlWriter write one for the globe. CodeTable and FieldDrawing make the drawing of a job from the
+/// field codes of its points. JobInspection looks for mistakes in the points of a job, such as
+/// those that come with a file.
 
 #include "cqsurvey/exchange/CodeReport.h"
 #include "cqsurvey/exchange/CodeTable.h"

@@ -38,8 +38,8 @@ std::string JsonNumber(const std::string& number) {
 }
 
 std::string Geometry(const GeoPlaces& places, const GeoShape& shape, bool line) {
-    std::string text = line ? "{\"type\":\"LineString\",\"coordinates\":["
-                            : "{\"type\":\"Point\",\"coordinates\":";
+    std::string text =
+        line ? R"({"type":"LineString","coordinates":[)" : R"({"type":"Point","coordinates":)";
     for (std::size_t i = 0; i < shape.places.size(); ++i) {
         text += (i > 0 ? ",[" : "[") + places.Text(shape, shape.places[i]) + "]";
     }
@@ -58,37 +58,36 @@ DrawingReport GeoJsonWriter::Write() {
     report.version = m_options.plain ? "GeoJSON, plain" : "GeoJSON, RFC 7946";
     report.codePage = CqCodePage::kUtf8;
     GeoPlaces places(m_db, m_options.plain, m_options.unit, m_options.tolerance);
-    std::string buffer = "{\"type\":\"FeatureCollection\",\"features\":[";
+    std::string buffer = R"({"type":"FeatureCollection","features":[)";
     const char* separator = "\n";
-    WalkDrawing(m_db, m_options.progress,
-                [&](const CqCadEntity& entity, const std::vector<WalkedVertex>& vertices) {
-                    const GeoShape shape = places.ShapeOf(entity, vertices);
-                    report.Count(KindOf(entity), ToUtf8(entity.GetLayer()),
-                                 OutcomeOf(shape, entity), false, entity.GetHandle());
-                    if (!shape.fault.empty()) {
-                        return;
-                    }
-                    buffer += separator;
-                    separator = ",\n";
-                    buffer += fmt::format(
-                        "{{\"type\":\"Feature\",\"id\":{},\"geometry\":{},\"properties\":",
-                        entity.GetHandle(),
-                        Geometry(places, shape,
-                                 entity.GetType() == EntPline || entity.GetType() == EntCircle));
-                    const char* comma = "{";
-                    for (const GeoDetail& detail : DetailsOf(m_db, entity)) {
-                        buffer +=
-                            comma + JsonText(detail.key) + ":" +
-                            (detail.isNumber ? JsonNumber(detail.value) : JsonText(detail.value));
-                        comma = ",";
-                    }
-                    buffer += "}}";
-                    constexpr std::size_t kPiece = 65536;
-                    if (buffer.size() >= kPiece) {
-                        m_sink(buffer);
-                        buffer.clear();
-                    }
-                });
+    WalkDrawing(
+        m_db, m_options.progress,
+        [&](const CqCadEntity& entity, const std::vector<WalkedVertex>& vertices) {
+            const GeoShape shape = places.ShapeOf(entity, vertices);
+            report.Count(KindOf(entity), ToUtf8(entity.GetLayer()), OutcomeOf(shape, entity), false,
+                         entity.GetHandle());
+            if (!shape.fault.empty()) {
+                return;
+            }
+            buffer += separator;
+            separator = ",\n";
+            buffer += fmt::format(
+                R"({{"type":"Feature","id":{},"geometry":{},"properties":)", entity.GetHandle(),
+                Geometry(places, shape,
+                         entity.GetType() == EntPline || entity.GetType() == EntCircle));
+            const char* comma = "{";
+            for (const GeoDetail& detail : DetailsOf(m_db, entity)) {
+                buffer += comma + JsonText(detail.key) + ":" +
+                          (detail.isNumber ? JsonNumber(detail.value) : JsonText(detail.value));
+                comma = ",";
+            }
+            buffer += "}}";
+            constexpr std::size_t kPiece = 65536;
+            if (buffer.size() >= kPiece) {
+                m_sink(buffer);
+                buffer.clear();
+            }
+        });
     buffer += "\n]}\n";
     m_sink(buffer);
     places.Report(report);

@@ -12,7 +12,7 @@ namespace {
 
 /// What iconv calls an encoding. Two names mean, in files that people have, more than they say.
 std::string NameOf(std::string_view encoding) {
-    const std::string name = Upper(encoding);
+    std::string name = Upper(encoding);
     if (name == "SHIFT_JIS" || name == "X-SJIS" || name == "SHIFT-JIS" || name == "SJIS") {
         return "CP932";
     }

@@ -21,7 +21,7 @@ bool IsForbiddenControl(char c) {
 }  // namespace
 
 XmlWriter::XmlWriter(Sink sink) : m_sink(std::move(sink)) {
-    m_buffer = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+    m_buffer = R"(<?xml version="1.0" encoding="UTF-8"?>)";
 }
 
 bool XmlWriter::CanHold(std::string_view text) {

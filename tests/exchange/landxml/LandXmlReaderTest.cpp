@@ -65,6 +65,12 @@ TEST(LandXmlReaderTest, PointsAreReadWithTheNorthingFirst) {
               List{"point A 100.25,200.5,7.125"});
 }
 
+TEST(LandXmlReaderTest, APointMayHaveElementsInsideAndKeepsItsText) {
+    EXPECT_EQ(Drawn("<CgPoints><CgPoint name=\"A\">1 2<Feature code=\"x\"><Property/></Feature> 3"
+                    "</CgPoint></CgPoints>"),
+              List{"point A 2,1,3"});
+}
+
 TEST(LandXmlReaderTest, APointOfTwoNumbersHasNoHeight) {
     EXPECT_EQ(Drawn("<CgPoints><CgPoint name=\"A\">\n 200\t100\n</CgPoint></CgPoints>"),
               List{"point A 100,200,-"});
@@ -140,7 +146,7 @@ TEST(LandXmlReaderTest, ALongNameIsCutAndItsLinesFindItByTheWholeName) {
         "<CgPoints><CgPoint name=\"a name of more than nineteen\">1 2</CgPoint></CgPoints>" +
         PlanFeatureText("<Line><Start pntRef=\"a name of more than nineteen\"/><End>3 4</End>"
                         "</Line>")));
-    EXPECT_EQ(job.List(), (List{"point a name of more tha 2,1,-", "line 2,1,- 4,3,-"}));
+    EXPECT_EQ(job.List(), (List{"point a name of more than 2,1,-", "line 2,1,- 4,3,-"}));
     EXPECT_EQ(report.GetRows().front().what, "survey point, its name cut to 19 characters");
 }
 
@@ -425,6 +431,15 @@ TEST(LandXmlReaderTest, AnEmptyJobThatStatesNothingGetsUnitAndSystemOfTheFile) {
     static_cast<void>(job.Read(LandXmlText(text)));
     EXPECT_EQ(CqJobSystem(job.db).GetUnit(), CqLengthUnit::Metre);
     EXPECT_EQ(CqJobSystem(job.db).GetSystem(), u"EPSG:28356");
+}
+
+TEST(LandXmlReaderTest, ASystemInAnotherUnitThanTheFileIsNotTakenOver) {
+    LandXmlJob job;
+    const DrawingReport report =
+        job.Read(LandXmlText("<CoordinateSystem epsgCode=\"2230\"/><CgPoints/>"));
+    EXPECT_EQ(CqJobSystem(job.db).GetUnit(), CqLengthUnit::Metre);
+    EXPECT_EQ(CqJobSystem(job.db).GetSystem(), u"");
+    EXPECT_TRUE(Notes(report, "the file is in the system EPSG:2230; the job states none"));
 }
 
 TEST(LandXmlReaderTest, AFileOfAnotherSystemIsRefusedUnlessAnyWillDo) {

@@ -88,9 +88,10 @@ TEST(SimaReaderTest, ACornerIsFoundByItsNameWhenItsNumberIsAnothers) {
 }
 
 TEST(SimaReaderTest, ALongNameIsCutAndANameThatTheJobHasIsLeftOutOrGetsANumber) {
-    const std::string text = "A00\nA01,1,a name of more than nineteen,1,2\nA01,2,P,3,4\n"
-                             "A01,3,P,5,6\nA99\n";
-    EXPECT_EQ(Drawn(text), (List{"point a name of more tha 2,1,-", "point P 4,3,-"}));
+    const std::string text =
+        "A00\nA01,1,a name of more than nineteen,1,2\nA01,2,P,3,4\n"
+        "A01,3,P,5,6\nA99\n";
+    EXPECT_EQ(Drawn(text), (List{"point a name of more than 2,1,-", "point P 4,3,-"}));
     SimaReadOptions options;
     options.duplicates = Duplicates::Rename;
     EXPECT_EQ(Drawn(text, options).back(), "point P_2 6,5,-");

@@ -6,8 +6,10 @@
 #include <initializer_list>
 #include <utility>
 
+#include "cqsurvey/CodePage.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
+#include "exchange/drawing/Names.h"
 #include "exchange/drawing/Parcels.h"
 #include "exchange/landxml/Names.h"
 #include "text/NumberText.h"
@@ -17,6 +19,7 @@ namespace cqsurvey::exchange::landxml {
 
 namespace {
 
+constexpr std::string_view kNotNumbers = "its text is not a list of places";
 constexpr std::string_view kNothingLikeIt = "a job has nothing like it";
 constexpr std::string_view kNoSurfacePoints = "points of surfaces were not asked for";
 constexpr std::string_view kNoSurfaceLines = "lines of surfaces were not asked for";
@@ -43,7 +46,8 @@ FileImport::FileImport(TextSource& source, const LandXmlReadOptions& options, Cq
           db, [](std::string_view bytes) { return FromUtf8(bytes); }, report),
       m_points(m_drawing, report, options.duplicates, options.origin, options.group,
                options.jobName),
-      m_drawer(m_options, m_drawing, m_layers, report) {}
+      m_drawer(m_options, m_drawing, m_layers, report),
+      m_collections(m_drawing, m_layers, m_points, m_places, report) {}
 
 void FileImport::Run() {
     m_parser.Run();
@@ -51,9 +55,13 @@ void FileImport::Run() {
 }
 
 void FileImport::Begin(const XmlElement& element) {
-    m_text.clear();
     m_takesText = false;
-    m_open.push_back(BeginInside(element));
+    Open open = BeginInside(element);
+    open.takesText = m_takesText;
+    if (open.takesText) {
+        m_text.clear();
+    }
+    m_open.push_back(open);
     ++m_elements;
     if (m_options.progress) {
         m_options.progress(m_elements, m_source.GetBytes(), m_source.GetSize());
@@ -164,7 +172,7 @@ FileImport::Open FileImport::BeginInRoot(const XmlElement& element) {
         m_options.jobUnit = m_meaning.GetJobUnit();
         m_container = element.Get("name");
         if (element.name == "CgPoints") {
-            m_collections.push_back({FromUtf8(element.Get("name")), {}, {}});
+            m_collections.Begin(element.Get("name"));
             return {Role::Points};
         }
         return {element.name == "Surfaces" ? Role::Surface : Role::Features};
@@ -174,28 +182,15 @@ FileImport::Open FileImport::BeginInRoot(const XmlElement& element) {
 
 FileImport::Open FileImport::BeginInPoints(const XmlElement& element) {
     if (element.name == "CgPoints") {
-        m_collections.push_back({FromUtf8(element.Get("name")), {}, {}});
+        m_collections.Begin(element.Get("name"));
         return {Role::Points};
     }
     if (element.name != "CgPoint") {
         return BeginOther(element);
     }
-    NoteLost(element, {"name", "desc", "code", "pntRef"});
+    m_lost.Look(element, {"name", "desc", "code", "pntRef"});
     m_takesText = true;
-    m_point = WaitingPoint();
-    m_point.line = element.line;
-    m_point.name = element.Get("name");
-    m_point.place.ref = element.Get("pntRef");
-    m_point.details.name = FromUtf8(m_point.name);
-    m_point.details.description = FromUtf8(element.Get("desc"));
-    if (const std::string_view code = element.Get("code"); !code.empty()) {
-        if (const auto number = ParseWholeNumber(code)) {
-            m_point.details.code = *number;
-        } else {
-            CString& description = m_point.details.description;
-            description = FromUtf8(code) + (description.empty() ? u"" : u" ") + description;
-        }
-    }
+    m_collections.BeginPoint(element);
     return {Role::Point};
 }
 
@@ -204,7 +199,7 @@ FileImport::Open FileImport::BeginFeature(const XmlElement& element) {
     feature.kind = element.name;
     feature.line = element.line;
     if (element.name == "PlanFeature") {
-        NoteLost(element, {"name", "desc", "code"});
+        m_lost.Look(element, {"name", "desc", "code"});
         const std::string_view code = element.Get("code");
         if (const auto number = ParseWholeNumber(code)) {
             feature.extras.SetWhole("CODE", *number);
@@ -216,11 +211,11 @@ FileImport::Open FileImport::BeginFeature(const XmlElement& element) {
             feature.layer = feature.layer.empty() ? name : std::string_view(feature.layer);
         }
     } else if (element.name == "Parcel") {
-        NoteLost(element, {"name"});
+        m_lost.Look(element, {"name"});
         feature.layer = kParcels;
         feature.title = element.Get("name");
     } else {
-        NoteLost(element, {});
+        m_lost.Look(element, {});
         feature.layer = kAlignments;
     }
     m_features.push_back(std::move(feature));
@@ -310,8 +305,7 @@ FileImport::Open FileImport::BeginInSurface(const XmlElement& element) {
             return LeaveOut(element, kNoSurfacePoints);
         }
         m_takesText = true;
-        m_point = WaitingPoint();
-        m_point.line = element.line;
+        m_pointLine = element.line;
         return {Role::SurfacePoint};
     }
     return LeaveOut(element, kNothingLikeIt);
@@ -325,20 +319,196 @@ FileImport::Open FileImport::BeginOther(const XmlElement& element) {
     return LeaveOut(element, kNothingLikeIt);
 }
 
-void FileImport::NoteLost(const XmlElement& element,
-                          std::initializer_list<std::string_view> known) {
-    constexpr std::size_t kMost = 100;
-    for (const XmlElement::Attribute& attribute : element.attributes) {
-        if (!IsOneOf(attribute.name, known)) {
-            auto place = m_lost.find(element.name);
-            if (place == m_lost.end()) {
-                place = m_lost.try_emplace(std::string(element.name)).first;
+void FileImport::Text(std::string_view piece) {
+    constexpr std::size_t kMost = 64U << 20U;
+    if (m_open.empty() || !m_open.back().takesText) {
+        return;
+    }
+    if (m_text.size() + piece.size() > kMost) {
+        m_parser.Fail(m_parser.GetLine(), "the text of an element goes on for too long");
+    }
+    m_text += piece;
+}
+
+void FileImport::End(std::string_view name) {
+    const Role role = m_open.back().role;
+    m_open.pop_back();
+    switch (role) {
+        case Role::Points:
+            m_collections.End();
+            break;
+        case Role::Point:
+            m_collections.EndPoint(m_text);
+            break;
+        case Role::Place:
+            EndPlace(name);
+            break;
+        case Role::List:
+        case Role::SurfacePoint:
+            EndList(name);
+            break;
+        case Role::Segment:
+            if (m_segment.kind == "Chain") {
+                EndList(name);
             }
-            if (place->second.size() < kMost) {
-                place->second.emplace(attribute.name);
+            m_features.back().segments.push_back(std::move(m_segment));
+            break;
+        case Role::Ours:
+            EndOurs();
+            break;
+        case Role::Feature:
+            EndFeature();
+            break;
+        case Role::SurfaceLine:
+            EndSurfaceLine(name);
+            break;
+        case Role::Root:
+        case Role::Part:
+        case Role::LeftOut:
+        case Role::Project:
+        case Role::Features:
+        case Role::Geometry:
+        case Role::Surface:
+        case Role::Property:
+            break;
+    }
+}
+
+void FileImport::EndPlace(std::string_view name) {
+    if (const auto place = ReadPlace(m_text, m_report.scale)) {
+        const std::string ref = std::move(m_place.ref);
+        m_place = *place;
+        m_place.ref = ref;
+    }
+    if (m_open.back().role == Role::Feature) {
+        if (name != "Start") {
+            m_features.back().location = m_place;
+        }
+    } else if (name == "Start") {
+        m_segment.start = m_place;
+    } else if (name == "End") {
+        m_segment.end = m_place;
+    } else if (name == "Center") {
+        m_segment.center = m_place;
+    }
+}
+
+void FileImport::EndList(std::string_view name) {
+    if (name == "Chain") {
+        // The names of its points, between blanks.
+        std::string_view rest = m_text;
+        while (true) {
+            const std::size_t begin = rest.find_first_not_of(" \t\r\n");
+            if (begin == std::string_view::npos) {
+                break;
+            }
+            rest.remove_prefix(begin);
+            const std::string_view word = rest.substr(0, rest.find_first_of(" \t\r\n"));
+            rest.remove_prefix(word.size());
+            Place place;
+            place.ref = word;
+            m_segment.between.push_back(std::move(place));
+        }
+        return;
+    }
+    if (name == "P") {
+        const Place place = ReadPlace(m_text, m_report.scale).value_or(Place());
+        m_report.Count("P", m_surface, m_collections.Record(place, m_surface), false, m_pointLine);
+        return;
+    }
+    const auto places = ReadPlaces(m_text, name == "PntList2D" ? 2 : 3, m_report.scale);
+    const Role around = m_open.back().role;
+    if (around == Role::Segment) {
+        m_segment.fault = places ? std::string_view() : kNotNumbers;
+        m_segment.between = places.value_or(std::vector<Place>());
+    } else if (around == Role::SurfaceLine) {
+        Segment segment;
+        segment.kind = name;
+        segment.line = m_surfaceLine.line;
+        segment.fault = places ? std::string_view() : kNotNumbers;
+        segment.between = places.value_or(std::vector<Place>());
+        segment.kind = "IrregularLine";
+        m_surfaceLine.segments.push_back(std::move(segment));
+    } else if (places) {
+        std::uint64_t recorded = 0;
+        for (const Place& place : *places) {
+            const DrawingOutcome outcome = m_collections.Record(place, m_surface);
+            recorded += outcome.fate == DrawingFate::LeftOut ? 0 : 1;
+        }
+        m_report.Count(name, m_surface,
+                       recorded == places->size() ? Taken("survey points")
+                                                  : Converted("survey points, but not all"),
+                       false, m_pointLine);
+    } else {
+        m_report.Count(name, m_surface, LeftOut(kNotNumbers), false, m_pointLine);
+    }
+}
+
+void FileImport::EndOurs() {
+    const Role around = m_open.back().role;
+    if (around == Role::Points) {
+        m_collections.SetExtras(std::move(m_ours));
+    } else if (around == Role::Feature) {
+        Feature& feature = m_features.back();
+        if (const std::string_view layer = m_ours.Get(kLayerKey); !layer.empty()) {
+            feature.layer = layer;
+        }
+        feature.extras = std::move(m_ours);
+    } else if (around == Role::Project && !m_ours.Get(kLayerKey).empty()) {
+        constexpr int kInk = 7;
+        m_layers.Define(
+            m_ours.Get(kLayerKey),
+            static_cast<int>(std::clamp<std::int64_t>(m_ours.GetWhole("COLOR", kInk), -255, 255)),
+            static_cast<int>(std::clamp<std::int64_t>(m_ours.GetWhole("LINE"), 0, 0xFFFF)));
+    }
+    m_ours = Extras();
+}
+
+void FileImport::EndFeature() {
+    Feature feature = std::move(m_features.back());
+    m_features.pop_back();
+    const bool whole = FeatureDrawer::Resolve(feature, m_places);
+    if (whole && m_waiting.empty()) {
+        m_drawer.Draw(feature);
+    } else {
+        m_waiting.push_back(std::move(feature));
+    }
+}
+
+void FileImport::EndSurfaceLine(std::string_view name) {
+    for (Segment& segment : m_surfaceLine.segments) {
+        if (m_hasContour) {
+            for (Place& place : segment.between) {
+                place.at.z = m_contour;
+                place.hasHeight = true;
             }
         }
+        if (name == "Boundary" && segment.between.size() > 2) {
+            segment.between.push_back(segment.between.front());
+        }
     }
+    m_drawer.Draw(m_surfaceLine);
+}
+
+void FileImport::Finish() {
+    const std::string encoding = Upper(m_parser.GetEncoding());
+    constexpr int kUtf16 = 1200;
+    constexpr int kLatin = 28591;
+    m_report.codePage = encoding == "UTF-8"        ? CqCodePage::kUtf8
+                        : encoding == "UTF-16"     ? kUtf16
+                        : encoding == "ISO-8859-1" ? kLatin
+                                                   : 0;
+    if (m_report.codePage == 0) {
+        m_report.Note(fmt::format("the file's encoding is {}", Printable(encoding)));
+    }
+    m_meaning.Decide();
+    m_collections.Finish();
+    for (Feature& feature : m_waiting) {
+        static_cast<void>(FeatureDrawer::Resolve(feature, m_places));
+        m_drawer.Draw(feature);
+    }
+    m_lost.Report(m_report);
+    m_drawing.Finish();
 }
 
 }  // namespace cqsurvey::exchange::landxml

@@ -2,8 +2,6 @@
 
 #include <cstdint>
 #include <deque>
-#include <map>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,7 +9,9 @@
 #include "cqsurvey/exchange/LandXmlReader.h"
 #include "exchange/drawing/SurveyPoints.h"
 #include "exchange/landxml/read/FeatureDrawer.h"
+#include "exchange/landxml/read/LostAttributes.h"
 #include "exchange/landxml/read/Meaning.h"
+#include "exchange/landxml/read/PointCollections.h"
 #include "exchange/xml/XmlParser.h"
 
 namespace cqsurvey::exchange::landxml {
@@ -51,20 +51,8 @@ class FileImport : private XmlHandler {
     struct Open {
         Role role = Role::Part;
         std::string_view reason = {};  // of what is left out
+        bool takesText = false;
     };
-    struct WaitingPoint {
-        PointDetails details;
-        std::string name;
-        Place place;
-        std::uint64_t line = 0;
-        bool sound = true;
-    };
-    struct Collection {
-        CString name;
-        std::vector<WaitingPoint> points;
-        Extras extras;
-    };
-
     void Begin(const XmlElement& element) override;
     void End(std::string_view name) override;
     void Text(std::string_view piece) override;
@@ -80,17 +68,11 @@ class FileImport : private XmlHandler {
     [[nodiscard]] Open BeginOther(const XmlElement& element);
     [[nodiscard]] Open LeaveOut(const XmlElement& element, std::string_view reason);
     void ReadRoot(const XmlElement& element);
-    void NoteLost(const XmlElement& element, std::initializer_list<std::string_view> known);
-
-    void EndPoint();
     void EndPlace(std::string_view name);
     void EndList(std::string_view name);
     void EndOurs();
     void EndFeature();
     void EndSurfaceLine(std::string_view name);
-    void RecordPoints(Collection& collection);
-    DrawingOutcome RecordPoint(WaitingPoint& point, const Collection& collection);
-    void RecordLatePoints();
     void Finish();
 
     TextSource& m_source;
@@ -103,14 +85,14 @@ class FileImport : private XmlHandler {
     SurveyPoints m_points;
     FeatureDrawer m_drawer;
     PlaceTable m_places;
+    PointCollections m_collections;
+    LostAttributes m_lost;
 
     std::vector<Open> m_open;
     std::string m_text;
     bool m_takesText = false;
-    std::vector<Collection> m_collections;
-    WaitingPoint m_point;
-    std::deque<std::pair<Collection, WaitingPoint>> m_late;  // named after points that come later
-    std::vector<Feature> m_features;                         // open ones, parcels in parcels
+    std::uint64_t m_pointLine = 0;    // of a point of a surface
+    std::vector<Feature> m_features;  // open ones, parcels in parcels
     std::deque<Feature> m_waiting;
     Segment m_segment;
     Place m_place;
@@ -120,7 +102,6 @@ class FileImport : private XmlHandler {
     Feature m_surfaceLine;
     double m_contour = 0.0;
     bool m_hasContour = false;
-    std::map<std::string, std::set<std::string>, std::less<>> m_lost;  // attributes by element
     std::uint64_t m_elements = 0;
 };
 

@@ -24,6 +24,16 @@ std::optional<CqLengthUnit> JobUnitOf(std::optional<LengthUnit> unit) {
                                               : std::nullopt;
 }
 
+/// True unless the system is known to be in another unit.
+bool IsInUnit(const std::string& system, LengthUnit unit) {
+    try {
+        const std::optional<CqLengthUnit> own = CoordinateSystem::Find(system).GetUnit();
+        return !own || own == JobUnitOf(unit);
+    } catch (const ExchangeError&) {
+        return true;
+    }
+}
+
 /// The code of a system, or the text itself when nobody knows it.
 std::string IdOf(const std::string& text) {
     try {
@@ -92,7 +102,8 @@ void Meaning::Decide() {
     if (m_epsg.empty()) {
         return;
     }
-    if (m_empty && silent && file && file == m_jobUnit && system.SetSystem(FromUtf8(m_epsg)) != 0) {
+    if (m_empty && silent && file && file == m_jobUnit && IsInUnit(m_epsg, *file) &&
+        system.SetSystem(FromUtf8(m_epsg)) != 0) {
         m_report.Note(
             fmt::format("the job, which was empty, is in the file's system now, {}", m_epsg));
         return;
