@@ -70,7 +70,7 @@ TEST_F(CqjobProgram, HelpsEverywhereWithAnExample) {
 
 TEST_F(CqjobProgram, WrongUsageIsStatus2AndTouchesNothing) {
     Run({}, 2);
-    EXPECT_TRUE(Holds(Run({"draw"}, 2).err, "cqjob: \"draw\" is not understood. "));
+    EXPECT_TRUE(Holds(Run({"paint"}, 2).err, "cqjob: \"paint\" is not understood. "));
     EXPECT_TRUE(Holds(Run({"groups", "merge", job}, 2).err, "cqjob: \"merge\" is not understood"));
     EXPECT_TRUE(Run({"new"}, 2).err.starts_with("cqjob: JOB is required\n"));
     Run({"new"}, 2);
