@@ -22,7 +22,7 @@ from qgis.core import (
     QgsVectorLayerSimpleLabeling,
     QgsWkbTypes,
 )
-from qgis.PyQt.QtCore import QSize
+from qgis.PyQt.QtCore import QSize, Qt
 from qgis.PyQt.QtGui import QColor, QImage
 
 job, picture = sys.argv[1:]
@@ -95,7 +95,7 @@ renderer.waitForFinished()
 assert not renderer.errors(), [error.message for error in renderer.errors()]
 image = renderer.renderedImage()
 # A palette makes the file small.
-assert image.convertToFormat(QImage.Format_Indexed8).save(picture), picture
+assert image.convertToFormat(QImage.Format_Indexed8, Qt.ThresholdDither | Qt.AvoidDither).save(picture), picture
 inked = sum(
     1
     for x in range(0, image.width(), 3)
@@ -110,7 +110,8 @@ colours = {
 }
 assert "#007f00" in colours, "no tree has the green of its layer"
 
-del renderer, settings, points, lines, circles, texts
+# Every layer must be gone before QGIS is.
+del renderer, settings, points, lines, circles, texts, layer
 application.exitQgis()
 after = hashlib.sha256(pathlib.Path(job).read_bytes()).hexdigest()
 assert after == before, "the job was changed"
