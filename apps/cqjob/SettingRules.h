@@ -8,7 +8,8 @@ namespace cqsurvey::cqjob {
 /// The values that a setting of a job may have.
 ///
 /// The keys that every job has take the values that the library accepts in an import. The section
-/// of the title block has keys of its own. Any other key takes any text that fits on one line of the settings file.
+/// of the title block has keys of its own. Any other key takes any text that fits on one line of
+/// the settings file.
 class SettingRules {
  public:
     /// Why `value` cannot be stored under `section` and `key`, as a sentence; empty when it can. An

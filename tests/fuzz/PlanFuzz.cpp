@@ -22,6 +22,9 @@ class PlanFuzz : public FuzzTarget {
             options.format = plan::PictureFormat::Svg;
             options.labelHeights = true;
             options.labelCodes = true;
+            options.labelsOfCodes = true;
+            options.lineLabels = {.lengths = true, .bearings = true, .areas = true};
+            options.fills = {"*"};
             options.fillsPaper = HashOf(bytes) % 2 == 0;
             std::size_t size = 0;
             drawing.Draw(options, [&](std::string_view piece) { size += piece.size(); });
