@@ -268,7 +268,7 @@ void SvgCanvas::ShowImage(cairo_surface_t* image) {
     Add("<image");
     AddAttribute("width", cairo_image_surface_get_width(image));
     AddAttribute("height", cairo_image_surface_get_height(image));
-    Add(" preserveAspectRatio=\"none\" transform=\"matrix(");
+    Add(R"( preserveAspectRatio="none" transform="matrix()");
     for (const double value : {matrix.xx, matrix.yx, matrix.xy, matrix.yy}) {
         // Three decimals would not do for the size of a pixel.
         constexpr int kDecimals = 9;
@@ -304,7 +304,7 @@ void SvgCanvas::EndClip() {
 
 void SvgCanvas::BeginGroup(const std::string& name) {
     Add("<g id=\"group" + std::to_string(++m_groups) +
-        "\" inkscape:groupmode=\"layer\" inkscape:label=\"");
+        R"(" inkscape:groupmode="layer" inkscape:label=")");
     AddEscaped(name);
     Add("\">\n<title>");
     AddEscaped(name);

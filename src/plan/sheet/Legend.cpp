@@ -63,11 +63,11 @@ void Legend::Draw(Page& page, LineStyles& styles) const {
     page.AddRectangle(box);
     page.Stroke();
     for (std::size_t i = 0; i < std::min(m_entries.size(), tiles.rows * tiles.columns); ++i) {
+        const std::size_t row = i / tiles.columns;
         const double left =
             box.minX + static_cast<double>(i % tiles.columns) * tiles.width * kMillimetre;
         const double middle =
-            box.minY + kPad +
-            (static_cast<double>(i / tiles.columns) + 0.5) * tiles.height * kMillimetre;
+            box.minY + kPad + (static_cast<double>(row) + 0.5) * tiles.height * kMillimetre;
         DrawSign(page, styles, m_entries[i], {left + kSign / 2 + kPad, middle});
         page.SetColor(page.GetInk());
         page.WriteFitting(m_entries[i].text, {left + kSign + 2 * kPad, middle + kHeight / 2},

@@ -96,8 +96,9 @@ void TitlePainter::DrawFields(const std::vector<TitleField>& fields, const Box& 
     const double width = tiles.width * kMillimetre;
     const double height = tiles.height * kMillimetre;
     for (std::size_t i = 0; i < fields.size(); ++i) {
+        const std::size_t row = i / tiles.columns;
         const double left = box.minX + static_cast<double>(i % tiles.columns) * width;
-        const double top = box.minY + static_cast<double>(i / tiles.columns) * height;
+        const double top = box.minY + static_cast<double>(row) * height;
         m_page.SetColor(m_page.GetInk());
         m_page.SetLine(0, kThinWidth);
         m_page.AddRectangle({left, top, left + width, top + height});
