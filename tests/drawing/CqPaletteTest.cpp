@@ -14,8 +14,8 @@ TEST(CqPaletteTest, TheFirstNumbersArePureColors) {
 
 TEST(CqPaletteTest, TheWheelHasShadesAndTheEndIsGrey) {
     EXPECT_EQ(GetPaletteColor(30), 0xFF7F00U);
-    EXPECT_EQ(GetPaletteColor(15), 0xA55252U);
-    EXPECT_EQ(GetPaletteColor(249), 0x26131CU);
+    EXPECT_EQ(GetPaletteColor(15), 0x7F3F3FU);
+    EXPECT_EQ(GetPaletteColor(249), 0x261317U);
     EXPECT_EQ(GetPaletteColor(250), 0x333333U);
     EXPECT_EQ(GetPaletteColor(255), 0xFFFFFFU);
 }
