@@ -53,8 +53,9 @@ void Remove(const std::string& path) noexcept;
 /// Gives a file another name in the same folder, unless anything has that name.
 void RenameNew(const std::string& from, const std::string& to, std::error_code& failure) noexcept;
 
-/// Makes the names in the folder of `path` durable. It is no failure when the folder may not be read
-/// or the file system cannot do this for folders: then no program can. `path` must be absolute.
+/// Makes the names in the folder of `path` durable. It is no failure when the folder may not be
+/// read or the file system cannot do this for folders: then no program can. `path` must be
+/// absolute.
 void SyncFolderOf(const std::string& path, std::error_code& failure);
 
 /// The path from the root; `path` itself if the current folder cannot be found out.
