@@ -235,7 +235,7 @@ TEST_F(ImportOfSurveyFiles, AnXmlFileIsNoTextOfPoints) {
         GTEST_SKIP() << "there is no nsw_plan_dp1174265_m.xml";
     }
     Run({"new", job});
-    EXPECT_TRUE(Holds(Run({"import", job, file, "--order", "pnez"}, 1).err,
+    EXPECT_TRUE(Holds(Run({"import", job, file, "--order", "pnez", "--format", "text"}, 1).err,
                       "is a LandXML file, no text of points"));
 }
 
