@@ -19,7 +19,6 @@ namespace cqsurvey::exchange::landxml {
 
 namespace {
 
-constexpr std::string_view kNotNumbers = "its text is not a list of places";
 constexpr std::string_view kNothingLikeIt = "a job has nothing like it";
 constexpr std::string_view kNoSurfacePoints = "points of surfaces were not asked for";
 constexpr std::string_view kNoSurfaceLines = "lines of surfaces were not asked for";
@@ -47,7 +46,8 @@ FileImport::FileImport(TextSource& source, const LandXmlReadOptions& options, Cq
       m_points(m_drawing, report, options.duplicates, options.origin, options.group,
                options.jobName),
       m_drawer(m_options, m_drawing, m_layers, report),
-      m_collections(m_drawing, m_layers, m_points, m_places, report) {}
+      m_collections(m_drawing, m_layers, m_points, m_places, report),
+      m_surfaces(m_collections, m_drawer, report) {}
 
 void FileImport::Run() {
     m_parser.Run();
@@ -275,7 +275,7 @@ FileImport::Open FileImport::BeginInSegment(const XmlElement& element) {
 FileImport::Open FileImport::BeginInSurface(const XmlElement& element) {
     const std::string_view name = element.name;
     if (name == "Surface") {
-        m_surface = element.Get("name").empty() ? kSurfaces : element.Get("name");
+        m_surfaces.Begin(element);
         return {Role::Surface};
     }
     if (IsOneOf(name, {"SourceData", "Definition", "Pnts", "DataPoints", "Breaklines", "Boundaries",
@@ -286,13 +286,7 @@ FileImport::Open FileImport::BeginInSurface(const XmlElement& element) {
         if (!m_options.surfaceLines) {
             return LeaveOut(element, kNoSurfaceLines);
         }
-        const auto elevation = ReadNumber(element.Get("elev"));
-        m_hasContour = name == "Contour" && elevation.has_value();
-        m_contour = elevation.value_or(0.0) * m_report.scale;
-        m_surfaceLine = Feature();
-        m_surfaceLine.kind = name;
-        m_surfaceLine.line = element.line;
-        m_surfaceLine.layer = m_surface;
+        m_surfaces.BeginLine(element);
         return {Role::SurfaceLine};
     }
     const bool list = IsOneOf(name, {"PntList2D", "PntList3D"});
@@ -305,7 +299,7 @@ FileImport::Open FileImport::BeginInSurface(const XmlElement& element) {
             return LeaveOut(element, kNoSurfacePoints);
         }
         m_takesText = true;
-        m_pointLine = element.line;
+        m_surfaces.BeginPoints(element);
         return {Role::SurfacePoint};
     }
     return LeaveOut(element, kNothingLikeIt);
@@ -344,8 +338,10 @@ void FileImport::End(std::string_view name) {
             EndPlace(name);
             break;
         case Role::List:
-        case Role::SurfacePoint:
             EndList(name);
+            break;
+        case Role::SurfacePoint:
+            m_surfaces.EndPoints(name, m_text);
             break;
         case Role::Segment:
             if (m_segment.kind == "Chain") {
@@ -360,7 +356,7 @@ void FileImport::End(std::string_view name) {
             EndFeature();
             break;
         case Role::SurfaceLine:
-            EndSurfaceLine(name);
+            m_surfaces.EndLine(name);
             break;
         case Role::Root:
         case Role::Part:
@@ -411,37 +407,13 @@ void FileImport::EndList(std::string_view name) {
         }
         return;
     }
-    if (name == "P") {
-        const Place place = ReadPlace(m_text, m_report.scale).value_or(Place());
-        m_report.Count("P", m_surface, m_collections.Record(place, m_surface), false, m_pointLine);
+    if (m_open.back().role == Role::SurfaceLine) {
+        m_surfaces.AddPlaces(name, m_text);
         return;
     }
     const auto places = ReadPlaces(m_text, name == "PntList2D" ? 2 : 3, m_report.scale);
-    const Role around = m_open.back().role;
-    if (around == Role::Segment) {
-        m_segment.fault = places ? std::string_view() : kNotNumbers;
-        m_segment.between = places.value_or(std::vector<Place>());
-    } else if (around == Role::SurfaceLine) {
-        Segment segment;
-        segment.kind = name;
-        segment.line = m_surfaceLine.line;
-        segment.fault = places ? std::string_view() : kNotNumbers;
-        segment.between = places.value_or(std::vector<Place>());
-        segment.kind = "IrregularLine";
-        m_surfaceLine.segments.push_back(std::move(segment));
-    } else if (places) {
-        std::uint64_t recorded = 0;
-        for (const Place& place : *places) {
-            const DrawingOutcome outcome = m_collections.Record(place, m_surface);
-            recorded += outcome.fate == DrawingFate::LeftOut ? 0 : 1;
-        }
-        m_report.Count(name, m_surface,
-                       recorded == places->size() ? Taken("survey points")
-                                                  : Converted("survey points, but not all"),
-                       false, m_pointLine);
-    } else {
-        m_report.Count(name, m_surface, LeftOut(kNotNumbers), false, m_pointLine);
-    }
+    m_segment.fault = places ? std::string_view() : kNotPlaces;
+    m_segment.between = places.value_or(std::vector<Place>());
 }
 
 void FileImport::EndOurs() {
@@ -473,21 +445,6 @@ void FileImport::EndFeature() {
     } else {
         m_waiting.push_back(std::move(feature));
     }
-}
-
-void FileImport::EndSurfaceLine(std::string_view name) {
-    for (Segment& segment : m_surfaceLine.segments) {
-        if (m_hasContour) {
-            for (Place& place : segment.between) {
-                place.at.z = m_contour;
-                place.hasHeight = true;
-            }
-        }
-        if (name == "Boundary" && segment.between.size() > 2) {
-            segment.between.push_back(segment.between.front());
-        }
-    }
-    m_drawer.Draw(m_surfaceLine);
 }
 
 void FileImport::Finish() {

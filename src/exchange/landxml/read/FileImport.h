@@ -12,6 +12,7 @@
 #include "exchange/landxml/read/LostAttributes.h"
 #include "exchange/landxml/read/Meaning.h"
 #include "exchange/landxml/read/PointCollections.h"
+#include "exchange/landxml/read/Surfaces.h"
 #include "exchange/xml/XmlParser.h"
 
 namespace cqsurvey::exchange::landxml {
@@ -72,7 +73,6 @@ class FileImport : private XmlHandler {
     void EndList(std::string_view name);
     void EndOurs();
     void EndFeature();
-    void EndSurfaceLine(std::string_view name);
     void Finish();
 
     TextSource& m_source;
@@ -86,22 +86,18 @@ class FileImport : private XmlHandler {
     FeatureDrawer m_drawer;
     PlaceTable m_places;
     PointCollections m_collections;
+    Surfaces m_surfaces;
     LostAttributes m_lost;
 
     std::vector<Open> m_open;
     std::string m_text;
     bool m_takesText = false;
-    std::uint64_t m_pointLine = 0;    // of a point of a surface
     std::vector<Feature> m_features;  // open ones, parcels in parcels
     std::deque<Feature> m_waiting;
     Segment m_segment;
     Place m_place;
     Extras m_ours;
     std::string m_container;  // the name of the collection of features
-    std::string m_surface;
-    Feature m_surfaceLine;
-    double m_contour = 0.0;
-    bool m_hasContour = false;
     std::uint64_t m_elements = 0;
 };
 

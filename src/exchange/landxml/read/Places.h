@@ -21,6 +21,9 @@ struct Place {
     CqHandle entity = 0;  ///< the survey point there; 0: none
 };
 
+/// Why a text is left out that ReadPlaces cannot read.
+inline constexpr std::string_view kNotPlaces = "its text is not a list of places";
+
 /// The places that a text lists, `size` (2 or 3) numbers each; nothing when it does not.
 [[nodiscard]] std::optional<std::vector<Place>> ReadPlaces(std::string_view text, int size,
                                                            double scale);
