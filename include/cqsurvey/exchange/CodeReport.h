@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cqsurvey/Types.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cqsurvey/Types.h"
 #include "cqsurvey/exchange/Export.h"
 
 namespace cqsurvey::exchange {

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <cqsurvey/CqCodeTable.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "cqsurvey/CqCodeTable.h"
 #include "cqsurvey/exchange/Export.h"
 #include "cqsurvey/exchange/TextSource.h"
 

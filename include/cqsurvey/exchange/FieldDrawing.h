@@ -1,12 +1,11 @@
 #pragma once
 
-#include <cqsurvey/CqCodeTable.h>
-
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 
+#include "cqsurvey/CqCodeTable.h"
 #include "cqsurvey/exchange/CodeReport.h"
 #include "cqsurvey/exchange/Export.h"
 
