@@ -141,6 +141,8 @@ TEST_F(ImportCommand, AFileThatIsNoTextIsNamedWithTheCommandThatTakesIt) {
                       "is a picture, no text of points; cqjob image store"));
     const std::string packed = WriteFile("b.csv", "\x1F\x8B\x08");
     EXPECT_TRUE(Holds(Run({"import", job, packed, "--order", "pnez"}, 1).err, "gunzip"));
+    EXPECT_TRUE(Holds(Run({"import", job, packed}, 1).err, "gunzip"))
+        << "before columns are asked for";
 }
 
 TEST_F(ImportCommand, AJobSurvivesTheWayThroughATextWhole) {

@@ -2,6 +2,8 @@
 #include <cqsurvey/exchange/exchange.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <optional>
 
@@ -90,6 +92,24 @@ std::string Advise(ForeignFile kind) {
     return "no command takes it; save its points as text";
 }
 
+/// Throws when a file begins like one that is no text of points. Pipes are not looked at, because
+/// what was read of them is gone.
+void RefuseForeign(const std::string& file) {
+    std::error_code failure;
+    if (!std::filesystem::is_regular_file(file, failure)) {
+        return;
+    }
+    std::string start(4096, '\0');
+    std::ifstream source(file, std::ios::binary);
+    source.read(start.data(), static_cast<std::streamsize>(start.size()));
+    start.resize(static_cast<std::size_t>(source.gcount()));
+    if (const auto kind = exchange::FindForeignFile(start)) {
+        throw exchange::ExchangeError(fmt::format("{}: is {}, no text of points; {}",
+                                                  Printable(file), DescribeForeignFile(*kind),
+                                                  Advise(*kind)));
+    }
+}
+
 class ImportCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
@@ -140,6 +160,10 @@ class ImportCommand : public Command {
             if (m_drawing.FindFormatOf(file) != DrawingFormat::Text) {
                 return RunDrawing(console);
             }
+        }
+        if (!m_how.HasColumns()) {
+            // It is no use asking for the columns of a file that has none.
+            std::for_each(m_files.begin(), m_files.end(), RefuseForeign);
         }
         const exchange::FieldTextReadOptions how = m_how.Read();
         m_options = ReadOptions();
