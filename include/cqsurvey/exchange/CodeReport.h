@@ -46,7 +46,7 @@ struct EditedEntity {
 };
 
 /// An account of a drawing from codes: every code of every point, in the order of the points.
-struct CodeReport {
+struct CQSURVEY_EXCHANGE_API CodeReport {
     std::vector<CodeRow> rows;
     std::vector<EditedEntity> edited;
 
@@ -78,7 +78,7 @@ struct CodeReport {
     }
 
     /// Counts the fates of the rows anew.
-    CQSURVEY_EXCHANGE_API void CountFates();
+    void CountFates();
 
  private:
     std::array<std::uint64_t, kCodeFateCount> m_counts{};

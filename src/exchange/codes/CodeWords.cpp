@@ -137,12 +137,12 @@ void CodeWords::Set(const std::string& word, const Meanings& meanings) {
     if (IsSign(word)) {
         (meanings[0] == CodeMeaning::And ? m_parting : m_comment) += word;
     } else {
-        (IsNumber(word) ? m_suffixes : m_words)[word] = meanings;
+        (IsNumber(word) ? m_suffixes : m_words)[word] = {meanings};
     }
 }
 
 void CodeWords::Remove(const Meanings& meanings) {
-    const auto isTheirs = [&](const auto& entry) { return entry.second == meanings; };
+    const auto isTheirs = [&](const auto& entry) { return entry.second.meanings == meanings; };
     std::erase_if(m_words, isTheirs);
     std::erase_if(m_suffixes, isTheirs);
     if (meanings.size() == 1 && meanings[0] == CodeMeaning::And) {
@@ -154,20 +154,20 @@ void CodeWords::Remove(const Meanings& meanings) {
 
 const CodeWords::Meanings* CodeWords::Find(std::string_view word) const {
     const auto found = m_words.find(Fold(word));
-    return found == m_words.end() ? nullptr : &found->second;
+    return found == m_words.end() ? nullptr : &found->second.meanings;
 }
 
 const CodeWords::Meanings* CodeWords::FindSuffix(std::string_view number) const {
     const auto found = m_suffixes.find(number);
-    return found == m_suffixes.end() ? nullptr : &found->second;
+    return found == m_suffixes.end() ? nullptr : &found->second.meanings;
 }
 
 std::string_view CodeWords::FindPrefix(std::string_view text) const {
     const std::string folded = Fold(text);
     std::size_t longest = 0;
-    for (const auto& [word, meanings] : m_words) {
+    for (const auto& [word, entry] : m_words) {
         if (word.size() > longest && folded.starts_with(word) &&
-            std::any_of(meanings.begin(), meanings.end(), TakesMore)) {
+            std::any_of(entry.meanings.begin(), entry.meanings.end(), TakesMore)) {
             longest = word.size();
         }
     }

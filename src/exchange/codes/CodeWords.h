@@ -70,8 +70,13 @@ class CodeWords {
     void Set(const std::string& word, const Meanings& meanings);
     void Remove(const Meanings& meanings);
 
-    std::map<std::string, Meanings, std::less<>> m_words;
-    std::map<std::string, Meanings, std::less<>> m_suffixes;
+    /// A type of our own: a map that holds a list of the standard library's is shown by the
+    /// library.
+    struct Entry {
+        Meanings meanings;
+    };
+    std::map<std::string, Entry, std::less<>> m_words;
+    std::map<std::string, Entry, std::less<>> m_suffixes;
     std::string m_parting;
     std::string m_comment;
 };
