@@ -48,9 +48,6 @@ TEST_F(GisCommandTest, WithoutGdalASentenceSaysWhatIsMissing) {
 
 TEST_F(GisCommandTest, WithoutTheDriverASentenceSaysSo) {
     MakeJob("P1,100.5,200.25,12.5,\"3,iron pipe\"\n");
-    if (std::system("command -v ogr2ogr >/dev/null") != 0) {
-        GTEST_SKIP() << "ogr2ogr is not there";
-    }
     const Variable plugins("GDAL_DRIVER_PATH", folder.Utf8("nothing"));
     EXPECT_TRUE(Holds(Run({"export", job, folder.Utf8("site.gpkg")}, 1).err, "ogr_CqSurvey.so"));
     EXPECT_FALSE(std::filesystem::exists(folder.Utf8("site.gpkg")));
@@ -68,12 +65,29 @@ TEST_F(GisCommandTest, OptionsOfTextFilesAreWrongUsage) {
 
 TEST_F(GisCommandTest, AFileThatExistsIsLeftAlone) {
     Run({"new", job});
-    if (std::system("command -v ogr2ogr >/dev/null") != 0) {
-        GTEST_SKIP() << "ogr2ogr is not there";
-    }
     const std::string package = WriteFile("site.gpkg", "mine");
-    EXPECT_NE(Run({"export", job, package}, 1).err, "");
+    EXPECT_TRUE(Holds(Run({"export", job, package}, 1).err, "already exists"));
     EXPECT_EQ(ReadFile(package), "mine");
+}
+
+TEST_F(GisCommandTest, TheJobItselfIsNeverReplaced) {
+    Run({"new", job});
+    const std::string named = folder.Utf8("named.gpkg");
+    std::filesystem::copy_file(job, named);
+    EXPECT_TRUE(Holds(Run({"export", named, named, "--force"}, 2).err, "is the job itself"));
+    EXPECT_EQ(ReadFile(named), ReadFile(job));
+}
+
+TEST_F(GisCommandTest, AnExportThatFailsLeavesNothingBesideTheJob) {
+    Run({"new", job});
+    const Variable plugins("GDAL_DRIVER_PATH", folder.Utf8("nothing"));
+    const auto count = [&] {
+        const std::filesystem::directory_iterator entries(folder.Utf8("."));
+        return std::distance(begin(entries), end(entries));
+    };
+    const auto before = count();
+    Run({"export", job, folder.Utf8("site.gpkg")}, 1);
+    EXPECT_EQ(count(), before);
 }
 
 }  // namespace

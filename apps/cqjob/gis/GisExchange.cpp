@@ -2,16 +2,18 @@
 
 #include <cqsurvey/cqsurvey.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <system_error>
+#include <fstream>
+#include <string_view>
 
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
+#include "cqjob/OutputFile.h"
 #include "cqjob/gis/GdalProgram.h"
+#include "cqjob/gis/ScratchFolder.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -29,6 +31,19 @@ SVDB_INFORMATION CountOf(const std::string& job) {
     constexpr std::uint32_t kAll = 0x1FF;
     (void)CqSurveyDB::GetDBInformation(kAll, CString(), info, &db);
     return info;
+}
+
+void Copy(const std::string& from, OutputFile& to) {
+    constexpr std::size_t kPiece = 1U << 20U;
+    std::ifstream source(from, std::ios::binary);
+    std::string piece(kPiece, '\0');
+    while (source) {
+        source.read(piece.data(), static_cast<std::streamsize>(piece.size()));
+        to.Write(std::string_view(piece).substr(0, static_cast<std::size_t>(source.gcount())));
+    }
+    if (!source.eof()) {
+        throw Failure(Printable(from) + ": cannot be read");
+    }
 }
 
 /// What went over, for people or for programs.
@@ -68,33 +83,20 @@ bool GisExchange::IsAsked(const std::string& target) {
 void GisExchange::Export(Console& console, const std::string& job, const std::string& target,
                          bool replace, bool json) {
     const SVDB_INFORMATION info = CountOf(job);
-    const GdalProgram program;
     if (IsDatabase(target)) {
         std::vector<std::string> arguments{"-q", "-f", "PostgreSQL", target, job};
         if (replace) {
             arguments.insert(arguments.begin(), "-overwrite");
         }
-        program.Run(arguments);
-        Tell(console, job, target, json, info, {});
-        return;
-    }
-    if (!replace && std::filesystem::exists(std::filesystem::symlink_status(target))) {
-        throw Failure(fmt::format("{} already exists; --force replaces it", Printable(target)));
-    }
-    const std::string made = fmt::format("{}.new-{}.gpkg", target, getpid());
-    std::error_code failure;
-    try {
-        program.Run({"-q", "-f", "GPKG", made, job});
-        if (!replace && std::filesystem::exists(std::filesystem::symlink_status(target))) {
-            throw Failure(fmt::format("{} already exists; --force replaces it", Printable(target)));
-        }
-        std::filesystem::rename(made, target, failure);
-        if (failure) {
-            throw Failure(fmt::format("{}: {}", Printable(target), failure.message()));
-        }
-    } catch (...) {
-        std::filesystem::remove(made, failure);
-        throw;
+        GdalProgram().Run(arguments);
+    } else {
+        RequireOtherFile(target, job);
+        OutputFile output(console, target, replace);
+        const ScratchFolder scratch(target);
+        const std::string made = scratch.PathOf("site.gpkg");
+        GdalProgram().Run({"-q", "-f", "GPKG", made, job});
+        Copy(made, output);
+        output.Finish();
     }
     Tell(console, job, target, json, info, {});
 }
