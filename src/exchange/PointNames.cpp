@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <string_view>
 #include <utility>
 
 #include "cqsurvey/Text.h"
@@ -9,7 +10,8 @@
 namespace cqsurvey::exchange {
 
 CString CutName(const CString& name, std::size_t length) {
-    return name.substr(0, WholeUtf16Prefix(name, length));
+    const std::u16string_view kept = std::u16string_view(name).substr(0, name.find(u'\0'));
+    return CString(kept.substr(0, WholeUtf16Prefix(kept, length)));
 }
 
 PointNames::PointNames(std::function<bool(const CString&)> taken) : m_taken(std::move(taken)) {}

@@ -13,7 +13,7 @@ namespace cqsurvey::exchange {
 inline constexpr std::size_t kLongestName = 19;
 
 /// The longest beginning of `name` that has at most `length` code units and does not cut a
-/// character of two units in half.
+/// character of two units in half. It ends before the first zero, where a name ends in a job.
 [[nodiscard]] CString CutName(const CString& name, std::size_t length = kLongestName);
 
 /// Makes names that are not in use by adding a number: P1_2, P1_3 ...

@@ -20,6 +20,15 @@ TEST(PointNames, NeverHalvesACharacter) {
     EXPECT_EQ(CutName(CString(17, u'a') + u"\U0001F332" + u"b"), CString(17, u'a') + u"\U0001F332");
 }
 
+TEST(PointNames, EndAtAZeroAsInAJob) {
+    EXPECT_EQ(CutName(CString(u"P\0Q", 3)), u"P");
+    EXPECT_EQ(CutName(CString(u"\0Q", 2)), u"");
+    // A job takes a name with a zero for the name before it, so that one is always taken.
+    const std::set<CString> taken = {u"P"};
+    PointNames names([&](const CString& name) { return taken.contains(name.c_str()); });
+    EXPECT_EQ(names.MakeUnique(CString(u"P\0Q", 3)), u"P_2");
+}
+
 TEST(PointNames, NumbersNamesThatAreTaken) {
     std::set<CString> taken = {u"P1", u"P1_2"};
     PointNames names([&](const CString& name) { return taken.contains(name); });

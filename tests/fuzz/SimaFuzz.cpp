@@ -15,7 +15,11 @@ class SimaFuzz : public DrawingFuzz {
             "A01,1,T-1,0,0,7.5,\r\nA01,2,\x8B\xAB\x8A\x45,0,8,,\r\nA01,3, K3 , 6.000 , 8.000 ,\r\n"
             "A99,\r\nD00,1,12-3,1,\r\nB01,1,T-1,\r\nB01,2,\x8B\xAB\x8A\x45,\r\nB01,3,K3,\r\nD99,"
             "\r\n";
-        return {'\0' + plan, '\1' + plan, '\2' + plan, '\3' + plan,
+        return {'\0' + plan,
+                '\1' + plan,
+                '\2' + plan,
+                '\3' + plan,
+                '\0' + std::string("A00\nA01,1,P,1,2\nA01,2,P\0Q,3,4\nA99\n", 34),
                 '\0' + std::string("D00,1\nB01,1\nB01,1\nD99\nA00\nA01,1,,1e308,1\nA99\n\x1A")};
     }
 

@@ -59,16 +59,18 @@ bool LayerMap::IsThere(const CString& name) {
 }
 
 CString LayerMap::MakeName(const CString& name) {
-    if (name.size() <= limits::kLayerName) {
+    CString cut = CutName(name, limits::kLayerName);
+    if (cut == name) {
         return name;
     }
-    CString cut = CutName(name, limits::kLayerName);
     for (int number = 2; IsThere(cut); ++number) {
         const CString end = FromUtf8(fmt::format("_{}", number));
         cut = CutName(name, limits::kLayerName - end.size()) + end;
     }
-    m_report.Note(fmt::format("the name of the layer {} is longer than {} characters, cut to {}",
-                              Quoted(ToUtf8(name)), limits::kLayerName, Quoted(ToUtf8(cut))));
+    m_report.Note(fmt::format(
+        "the name of the layer {} is not one that a job can keep (at most {} characters), cut to "
+        "{}",
+        Quoted(ToUtf8(name)), limits::kLayerName, Quoted(ToUtf8(cut))));
     return cut;
 }
 

@@ -75,7 +75,7 @@ DrawingOutcome SurveyPoints::Add(const Style& style, Vec3 at, const PointDetails
     }
     ++m_report.points;
     return renamed ? Converted("survey point, under another name")
-           : cut   ? Converted("survey point, its name cut to 19 characters")
+           : cut   ? Converted("survey point, its name cut to what a job can keep")
                    : Taken("survey point");
 }
 

@@ -147,7 +147,7 @@ TEST(LandXmlReaderTest, ALongNameIsCutAndItsLinesFindItByTheWholeName) {
         PlanFeatureText("<Line><Start pntRef=\"a name of more than nineteen\"/><End>3 4</End>"
                         "</Line>")));
     EXPECT_EQ(job.List(), (List{"point a name of more than 2,1,-", "line 2,1,- 4,3,-"}));
-    EXPECT_EQ(report.GetRows().front().what, "survey point, its name cut to 19 characters");
+    EXPECT_EQ(report.GetRows().front().what, "survey point, its name cut to what a job can keep");
 }
 
 // ---- Lines ----

@@ -97,6 +97,13 @@ TEST(SimaReaderTest, ALongNameIsCutAndANameThatTheJobHasIsLeftOutOrGetsANumber) 
     EXPECT_EQ(Drawn(text, options).back(), "point P_2 6,5,-");
 }
 
+TEST(SimaReaderTest, ANameEndsAtAZeroAndStillGetsANumber) {
+    const std::string file("A00\nA01,1,P,1,2\nA01,2,P\0Q,3,4\nA01,3,P\0R,5,6\nA99\n", 48);
+    SimaReadOptions options;
+    options.duplicates = Duplicates::Rename;
+    EXPECT_EQ(Drawn(file, options), (List{"point P 2,1,-", "point P_2 4,3,-", "point P_3 6,5,-"}));
+}
+
 TEST(SimaReaderTest, AParcelMayComeBeforeItsPoints) {
     EXPECT_EQ(Drawn("D00,1,,1\nB01,1,P\nB01,2,Q\nB01,3,R\nD99\n"
                     "A00\nA01,1,P,1,2\nA01,2,Q,3,4\nA01,3,R,5,9\nA99\n")
