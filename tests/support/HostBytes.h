@@ -16,7 +16,7 @@ inline std::string HostFileBytes(const std::string& path) {
         throw std::runtime_error("no file " + path);
     }
     // In one go: tests are not optimised, and some read a file hundreds of times.
-    std::string bytes(std::filesystem::file_size(path), '\0');
+    std::string bytes(static_cast<std::size_t>(std::filesystem::file_size(path)), '\0');
     file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     return bytes;
 }
