@@ -98,6 +98,10 @@ DrawingOutcome EntityConverter::Dispatch(const Record& record, const Context& co
     if (type == "ATTDEF") {
         return m_texts.AttributeDefinition(record, context);
     }
+    if (type == "IMAGE") {
+        return LeftOut(context.depth > 0 ? "images of blocks are not taken"
+                                         : "a job has one image: the first of the drawing");
+    }
     const bool face = type == "SOLID" || type == "TRACE" || type == "3DFACE";
     if (face || type == "HATCH") {
         return !m_scene.options.fills ? LeftOut("fills were not asked for")

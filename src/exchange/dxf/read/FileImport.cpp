@@ -55,7 +55,8 @@ FileImport::FileImport(TextSource& source, const DxfReadOptions& options, CqSurv
           db, [this](std::string_view bytes) { return m_decoder.Decode(bytes); }, report),
       m_drawing(db, report),
       m_scene{options, m_decoder, m_layers, m_lines, m_drawing, report},
-      m_converter(m_scene, m_blocks) {}
+      m_converter(m_scene, m_blocks),
+      m_image(options, m_decoder, db) {}
 
 void FileImport::Run() {
     Record record;
@@ -81,7 +82,7 @@ void FileImport::Run() {
         } else if (m_section == Section::Entities) {
             ReadEntity(record);
         } else {
-            ++m_objects;
+            ReadObject(record);
         }
         if (m_options.progress) {
             m_options.progress(m_entities, m_source.GetBytes(), m_source.GetSize());
@@ -195,7 +196,16 @@ void FileImport::ReadEntity(Record& record) {
         }
     }
     FlushPoint();
-    m_converter.Convert(record, m_root);
+    // The file of an image is known only at the end.
+    if (!m_image.Keep(record)) {
+        m_converter.Convert(record, m_root);
+    }
+}
+
+void FileImport::ReadObject(const Record& record) {
+    if (!m_image.Define(record)) {
+        ++m_objects;
+    }
 }
 
 void FileImport::FlushPoint() {
@@ -209,6 +219,9 @@ void FileImport::FlushPoint() {
 void FileImport::Finish() {
     UseHeader();
     m_converter.GetPoints().NameAfterTexts();
+    if (const Record* image = m_image.GetImage()) {
+        m_converter.Count(*image, m_root, m_image.Store(m_root.map));
+    }
     std::size_t unused = 0;
     std::size_t inside = 0;
     for (const auto& [name, block] : m_blocks.GetAll()) {
