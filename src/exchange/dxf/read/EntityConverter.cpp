@@ -41,8 +41,10 @@ void EntityConverter::Count(const Record& record, const Context& context,
                          context.depth > 0, record.place);
 }
 
-void EntityConverter::Convert(const Record& record, const Context& context) {
-    Count(record, context, Dispatch(record, context));
+DrawingOutcome EntityConverter::Convert(const Record& record, const Context& context) {
+    const DrawingOutcome outcome = Dispatch(record, context);
+    Count(record, context, outcome);
+    return outcome;
 }
 
 DrawingOutcome EntityConverter::Dispatch(const Record& record, const Context& context) {

@@ -52,7 +52,7 @@ FileImport::FileImport(TextSource& source, const DxfReadOptions& options, CqSurv
       m_records(m_groups),
       m_lines(report),
       m_layers(
-          db, [this](std::string_view bytes) { return m_decoder.Decode(bytes); }, report),
+          db, [this](std::string_view bytes) { return m_decoder.DecodeName(bytes); }, report),
       m_drawing(db, report),
       m_scene{options, m_decoder, m_layers, m_lines, m_drawing, report},
       m_converter(m_scene, m_blocks),
@@ -191,8 +191,14 @@ void FileImport::ReadEntity(Record& record) {
         const Vec3 a = PointOf(*m_point, 10);
         const Vec3 b = PointOf(record, 10);
         if (a.x == b.x && a.y == b.y && a.z == b.z && m_point->Text(8) == record.Text(8)) {
-            m_converter.Count(*m_point, m_root, Taken("survey point, with the block that follows"));
+            const Record point = std::move(*m_point);
             m_point.reset();
+            const DrawingOutcome outcome = m_converter.Convert(record, m_root);
+            m_converter.Count(point, m_root,
+                              outcome.fate == DrawingFate::LeftOut
+                                  ? outcome
+                                  : Taken("survey point, with the block that follows"));
+            return;
         }
     }
     FlushPoint();
