@@ -79,5 +79,17 @@ TEST_F(ContentsTest, TheHeightOfNamesGoesByTheScaleOfTheMap) {
     EXPECT_EQ(Contents(job.db, options, report).GetPointTextHeight(), 4.0);
 }
 
+TEST_F(ContentsTest, AStyleThatTheFileCallsOtherwiseIsTold) {
+    const double at[3] = {0, 0, 0};
+    job.db.AddText(at, u"x", 0, 0, u"a/b", 1, 0, 0, 0, 0, 0);
+    job.db.AddText(at, u"x", 0, 0, u"a/b", 1, 0, 0, 0, 0, 0);
+    job.db.AddText(at, u"x", 0, 0, u"standard", 1, 0, 0, 0, 0, 0);
+    const Contents contents(job.db, options, report);
+    EXPECT_EQ(report.GetNotes(),
+              (std::vector<std::string>{
+                  "the text style \"a/b\" is called \"a_b\" in the file",
+                  "the text style \"standard\" is called \"standard_2\" in the file"}));
+}
+
 }  // namespace
 }  // namespace cqsurvey::exchange::dxf
