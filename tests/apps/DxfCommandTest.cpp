@@ -87,5 +87,29 @@ TEST_F(DxfCommandTest, ADrawingFromStandardInputHasNoPictures) {
                       "there is no folder in which to look for its picture"));
 }
 
+TEST_F(DxfCommandTest, TheUnitThatAJobStatesIsWrittenAndAFileInAnotherIsScaled) {
+    const std::string metres = folder.Utf8("metres.job");
+    Run({"new", metres, "--unit", "m"});
+    Run({"import", metres, "-", "--order", "pnezd"}, 0, "P1,304.8,609.6,0.3048,\n");
+    const std::string file = folder.Utf8("plan.dxf");
+    Run({"export", metres, file});
+    EXPECT_TRUE(Holds(ReadFile(file), "$INSUNITS\n 70\n6\n"));
+    Run({"new", job, "--unit", "ft"});
+    EXPECT_TRUE(Holds(Run({"import", job, file}).out, "from metre to foot"));
+    EXPECT_TRUE(Holds(Run({"points", job}).out, "2000.000"));
+    Run({"export", job, file, "--force", "--no-image"});
+    EXPECT_TRUE(Holds(ReadFile(file), "$INSUNITS\n 70\n2\n"));
+}
+
+TEST_F(DxfCommandTest, AnImageOfAKindThatNoDrawingShowsIsSaidNotToBeWritten) {
+    Run({"new", job});
+    const std::string picture("II*\0\x08\0\0\0 and the rest of a picture in TIFF", 40);
+    Run({"image", "store", job, WriteFile("a.tif", picture), "--east", "1", "--north", "2",
+         "--width", "40", "--height", "20"});
+    const std::string file = folder.Utf8("plan.dxf");
+    EXPECT_TRUE(Holds(Run({"export", job, file}).out, "the background image is not written"));
+    EXPECT_FALSE(std::filesystem::exists(folder.Utf8("plan.tif")));
+}
+
 }  // namespace
 }  // namespace cqsurvey::cqjob

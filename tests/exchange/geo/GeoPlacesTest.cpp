@@ -82,5 +82,22 @@ TEST(GeoPlacesTest, AJobThatIsNotOnTheGlobeIsRefused) {
     EXPECT_THROW(GeoPlaces(job.db, true, std::nullopt, kNone), OptionError);
 }
 
+TEST(GeoPlacesTest, TheReportTellsTheWayToTheGlobeAndItsAccuracyAndTheUnitOfHeights) {
+    DrawingJob job;
+    ASSERT_EQ(CqJobSystem(job.db).SetSystem(u"EPSG:25832"), 1);
+    DrawPoint(job.db, u"P", 500000, 5500000, 10);
+    DrawingReport report;
+    GeoPlaces places(job.db, false, LengthUnit::Metre, 0.001);
+    static_cast<void>(ShapeIn(places, job.db));
+    places.Report(report);
+    EXPECT_EQ(report.unit, "degree");
+    EXPECT_TRUE(report.GetNotes().at(0).starts_with("positions went to WGS 84 by: "));
+    EXPECT_TRUE(report.GetNotes().at(1).starts_with("heights are in metres above"));
+    DrawingReport plain;
+    GeoPlaces(job.db, true, LengthUnit::Foot, 0.001).Report(plain);
+    EXPECT_EQ(plain.unit, "foot");
+    EXPECT_EQ(plain.GetNotes().size(), 1U);
+}
+
 }  // namespace
 }  // namespace cqsurvey::exchange

@@ -168,5 +168,17 @@ TEST(SimaWriterTest, NumbersTooLargeToReckonWithLeaveTheirEntityOut) {
     EXPECT_EQ(back.Read(text).points, 0U);
 }
 
+TEST(SimaWriterTest, AnotherCodePageWillDoWhenBothSidesAreTold) {
+    SimaJob job;
+    AddPoint(job.db, u"\u00C4\u00DF", 8, 0, kNone);
+    const std::string text = job.Write({.codePage = 1252, .unit = LengthUnit::Metre});
+    EXPECT_NE(text.find("A01,1,\xC4\xDF,"), std::string::npos);
+    SimaReadOptions options;
+    options.codePage = 1252;
+    SimaJob back;
+    EXPECT_EQ(back.Read(text, options).codePage, 1252);
+    EXPECT_EQ(back.List(), job.List());
+}
+
 }  // namespace
 }  // namespace cqsurvey::exchange

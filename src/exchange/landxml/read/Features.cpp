@@ -1,5 +1,6 @@
 #include "exchange/landxml/read/Features.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>

@@ -1,5 +1,6 @@
 #include "exchange/landxml/read/Places.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <limits>
 
@@ -101,10 +102,10 @@ bool PlaceTable::Resolve(Place& place) {
             to.entity = entity;
         }
     };
-    for (auto at = passed.rbegin(); at != passed.rend(); ++at) {
-        lead(**at);
-        (*at)->ref = last->ref;
-    }
+    std::for_each(passed.rbegin(), passed.rend(), [&](Place* to) {
+        lead(*to);
+        to->ref = last->ref;
+    });
     lead(place);
     return place.known;
 }
