@@ -3,6 +3,7 @@
 #include <cqsurvey/cqsurvey.h>
 #include <cqsurvey/exchange/exchange.h>
 
+#include <filesystem>
 #include <type_traits>
 #include <utility>
 
@@ -95,6 +96,9 @@ void DrawingImport::AddTo(CommandLine& command) {
         .Placeholder("WAY");
     command.AddFlag("--fills", m_fills,
                     "DXF: take the outlines of hatches and solids as polylines");
+    command.AddFlag("--image,!--no-image", m_image,
+                    "DXF: take the first image, whose picture lies beside the drawing, as the "
+                    "background of a job that has none, or not");
     command
         .Add("--unit", m_unit,
              "The unit of a job that states none: m, mm, cm, km, ft, us-ft, in; a drawing in "
@@ -117,7 +121,7 @@ DrawingFormat DrawingImport::FindFormatOf(const std::string& file) const {
     return FindFormat(m_format, file);
 }
 
-exchange::DxfReadOptions DrawingImport::ReadDxfOptions() const {
+exchange::DxfReadOptions DrawingImport::ReadDxfOptions(const std::string& file) const {
     exchange::DxfReadOptions options;
     if (!m_points.empty()) {
         options.points.emplace();
@@ -138,6 +142,9 @@ exchange::DxfReadOptions DrawingImport::ReadDxfOptions() const {
         options.nameLayer = m_names == kText ? "" : m_names.substr(layer.size());
     }
     options.fills = m_fills;
+    if (m_image && file != "-") {
+        options.pictureFolder = (std::filesystem::path(".") / file).parent_path().string();
+    }
     options.jobUnit = ReadUnit(m_unit, "--unit");
     options.fileUnit = ReadUnit(m_fileUnit, "--file-unit");
     return options;
@@ -166,8 +173,9 @@ void DrawingImport::Run(Console& console, const std::string& file, const std::st
                         const Common& common, bool json) const {
     RequireOtherFile(file, job);
     const DrawingFormat format = FindFormatOf(file);
-    if (format != DrawingFormat::Dxf && (!m_points.empty() || !m_names.empty() || m_fills)) {
-        throw UsageError("--points, --names and --fills are for DXF files");
+    if (format != DrawingFormat::Dxf &&
+        (!m_points.empty() || !m_names.empty() || m_fills || !m_image)) {
+        throw UsageError("--points, --names, --fills and --no-image are for DXF files");
     }
     if (format != DrawingFormat::LandXml && (!m_surfaces.empty() || m_anySystem)) {
         throw UsageError("--surfaces and --any-crs are for LandXML files");
@@ -205,7 +213,7 @@ void DrawingImport::Run(Console& console, const std::string& file, const std::st
             ? importCurves(std::type_identity<exchange::LandXmlReader>(), ReadLandXmlOptions())
         : format == DrawingFormat::Sima
             ? import(std::type_identity<exchange::SimaReader>(), ReadSimaOptions(common))
-            : importCurves(std::type_identity<exchange::DxfReader>(), ReadDxfOptions());
+            : importCurves(std::type_identity<exchange::DxfReader>(), ReadDxfOptions(file));
     CloseChanged(db);
     const DrawingReportText text(report);
     if (json) {

@@ -46,7 +46,7 @@ class DrawingImport {
              const Common& common, bool json) const;
 
  private:
-    [[nodiscard]] exchange::DxfReadOptions ReadDxfOptions() const;
+    [[nodiscard]] exchange::DxfReadOptions ReadDxfOptions(const std::string& file) const;
     [[nodiscard]] exchange::LandXmlReadOptions ReadLandXmlOptions() const;
     [[nodiscard]] exchange::SimaReadOptions ReadSimaOptions(const Common& common) const;
 
@@ -54,6 +54,7 @@ class DrawingImport {
     std::vector<std::string> m_points;
     std::string m_names;
     bool m_fills = false;
+    bool m_image = true;
     std::vector<std::string> m_surfaces;
     bool m_anySystem = false;
     std::string m_unit;

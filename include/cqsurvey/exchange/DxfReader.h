@@ -51,6 +51,11 @@ struct DxfReadOptions {
     double nameReach = 5.0;
     std::string nameLayer;  ///< only texts on this layer; empty: all
 
+    /// The folder of the picture that the first IMAGE shows, as a path of the host in UTF-8: that
+    /// of the drawing. The picture becomes the background image of a job that has none. Of the path
+    /// in the file only the last part is used, and a link is not followed. Empty: none is taken.
+    std::string pictureFolder;
+
     /// The unit of the job, and that of the file instead of what the file says. The lengths of the
     /// file are scaled when both units are known; otherwise they are taken as they are.
     std::optional<LengthUnit> jobUnit;

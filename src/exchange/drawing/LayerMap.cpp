@@ -63,8 +63,10 @@ CString LayerMap::MakeName(const CString& name) {
     if (cut == name) {
         return name;
     }
-    for (int number = 2; IsThere(cut); ++number) {
-        const CString end = FromUtf8(fmt::format("_{}", number));
+    // Each search goes on where the one before it ended: thousands of names may begin alike.
+    int& next = m_next.try_emplace(cut, 2).first->second;
+    for (; IsThere(cut); ++next) {
+        const CString end = FromUtf8(fmt::format("_{}", next));
         cut = CutName(name, limits::kLayerName - end.size()) + end;
     }
     m_report.Note(fmt::format(

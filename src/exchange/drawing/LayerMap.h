@@ -49,6 +49,7 @@ class LayerMap {
     bool m_fresh;
     std::map<std::string, Layer> m_layers;  // by their names in upper case
     std::map<std::string, const Layer*, std::less<>> m_byBytes;
+    std::map<CString, int> m_next;  // by cut names, the number to try next
 };
 
 }  // namespace cqsurvey::exchange

@@ -92,7 +92,7 @@ DrawingReport GeoJsonWriter::Write() {
     m_sink(buffer);
     places.Report(report);
     report.Note(
-        "the colours and lines of layers, the times and flags of points, ties of vertices, the "
+        "line types, the colours of layers, the times and flags of points, ties of vertices, the "
         "job's settings and the background image are not written");
     return report;
 }

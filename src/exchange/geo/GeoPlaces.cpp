@@ -76,6 +76,11 @@ GeoShape GeoPlaces::ShapeOf(const CqCadEntity& entity, const std::vector<WalkedV
             PathVertex vertex;
             vertex.at = PlaceOf(entity, vertex.hasHeight);
             path.push_back(vertex);
+            if (entity.GetType() == EntText &&
+                (!std::isfinite(entity.GetHeight()) || !std::isfinite(entity.GetRot()))) {
+                shape.fault = kNotFinite;
+                return shape;
+            }
             break;
         }
         case EntBitmap:
@@ -111,6 +116,10 @@ GeoShape GeoPlaces::ShapeOf(const CqCadEntity& entity, const std::vector<WalkedV
             return shape;
         }
         at.z *= m_metres;
+        if (!IsFinite(at)) {
+            shape.fault = kNotFinite;
+            return shape;
+        }
         shape.places.push_back(at);
     }
     return shape;

@@ -108,11 +108,15 @@ class FileWriter {
         m_report.Count(kind, ToUtf8(entity.GetLayer()), outcome, false, entity.GetHandle());
     }
 
+    [[nodiscard]] Vec3 InMetres(const Vec3& at) const {
+        return {at.x * m_scale, at.y * m_scale, at.z * m_scale};
+    }
+
     void WritePoint(const std::string& name, const Vec3& at, bool hasHeight) {
         ++m_number;
-        Line(fmt::format("A01,{},{},{},{},{},", m_number, name, FormatNumber(at.y * m_scale),
-                         FormatNumber(at.x * m_scale),
-                         hasHeight ? FormatNumber(at.z * m_scale) : ""));
+        const Vec3 metres = InMetres(at);
+        Line(fmt::format("A01,{},{},{},{},{},", m_number, name, FormatNumber(metres.y),
+                         FormatNumber(metres.x), hasHeight ? FormatNumber(metres.z) : ""));
         m_corners.try_emplace({at.x, at.y}, Corner{m_number, name, hasHeight, at.z});
     }
 
@@ -126,7 +130,7 @@ class FileWriter {
         if (entity.GetType() != EntSiPnt) {
             return;
         }
-        if (!IsFinite(at)) {
+        if (!IsFinite(InMetres(at))) {
             Count("point", entity, LeftOut(kNotFinite));
             return;
         }
@@ -137,9 +141,10 @@ class FileWriter {
                       : Taken("A01"));
     }
 
-    /// Nothing for a polyline that is no parcel.
-    [[nodiscard]] std::optional<Outline> OutlineOf(
-        const std::vector<WalkedVertex>& vertices) const {
+    /// Why a polyline is no parcel is in `fault`; nothing is returned then.
+    [[nodiscard]] std::optional<Outline> OutlineOf(const std::vector<WalkedVertex>& vertices,
+                                                   std::string_view& fault) const {
+        fault = kNotFinite;
         constexpr std::size_t kFewest = 4;
         Outline outline;
         for (const WalkedVertex& vertex : vertices) {
@@ -149,16 +154,24 @@ class FileWriter {
             outline.broken |= vertex.vertex.bulge != 0.0 && &vertex != &vertices.back();
             outline.path.push_back(vertex.vertex);
         }
+        fault = "it is not closed, so it is no parcel";
         if (outline.path.empty() || outline.path.front().at.x != outline.path.back().at.x ||
             outline.path.front().at.y != outline.path.back().at.y) {
             return std::nullopt;
         }
         outline.path = BreakArcs(outline.path, m_options.tolerance, outline.deviation);
+        for (const PathVertex& vertex : outline.path) {
+            if (!IsFinite(InMetres(vertex.at))) {
+                fault = kNotFinite;
+                return std::nullopt;
+            }
+        }
         return outline.path.size() < kFewest ? std::nullopt : std::optional(std::move(outline));
     }
 
     void Corners(const std::vector<WalkedVertex>& vertices) {
-        if (const std::optional<Outline> outline = OutlineOf(vertices)) {
+        std::string_view fault;
+        if (const std::optional<Outline> outline = OutlineOf(vertices, fault)) {
             for (const PathVertex& vertex : outline->path) {
                 if (!m_corners.contains({vertex.at.x, vertex.at.y})) {
                     WritePoint({}, vertex.at, vertex.hasHeight);
@@ -194,9 +207,10 @@ class FileWriter {
     }
 
     DrawingOutcome Parcel(const std::vector<WalkedVertex>& vertices) {
-        const std::optional<Outline> outline = OutlineOf(vertices);
+        std::string_view fault;
+        const std::optional<Outline> outline = OutlineOf(vertices, fault);
         if (!outline) {
-            return LeftOut("it is not closed, so it is no parcel");
+            return LeftOut(fault);
         }
         ++m_parcel;
         bool changed = false;

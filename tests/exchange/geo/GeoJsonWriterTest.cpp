@@ -120,5 +120,62 @@ TEST(GeoJsonWriterTest, WhatHasNoPositionIsLeftOutWithTheReason) {
     EXPECT_TRUE(Holds(text, "\"features\":[\n]}"));
 }
 
+TEST(GeoJsonWriterTest, APolylineIsALineStringOnItsLayerWithItsCode) {
+    GeoJsonJob job;
+    job.db.AddLayer(u"Kerb", 3, 2);
+    job.db.SetCurrentLayer(u"Kerb");
+    DrawPath(job.db, {{0, 0, 5, 0}, {10, 0, 6, 0}}, 4, 77);
+    EXPECT_TRUE(Holds(job.Write({.plain = true}),
+                      "\"geometry\":{\"type\":\"LineString\",\"coordinates\":[[0,0,5],[10,0,6]]},"
+                      "\"properties\":{\"kind\":\"polyline\",\"layer\":\"Kerb\",\"code\":77}}"))
+        << job.Write({.plain = true});
+}
+
+TEST(GeoJsonWriterTest, OriginsFlagsTimesTiesLinesAndSettingsAreLostAndSaidToBe) {
+    GeoJsonJob job;
+    const std::array at{1.0, 2.0, 3.0};
+    const CqHandle point = job.db.AddCoordRec(at.data(), u"A", 0, SurveyCoordType{4}, 99);
+    ASSERT_EQ(job.db.EditCoordRecTime(point, 86400), 1);
+    std::string text;
+    const DrawingReport report = job.WriteTo(text, {.plain = true});
+    EXPECT_TRUE(Holds(text, "\"properties\":{\"kind\":\"point\",\"layer\":\"0\",\"name\":\"A\"}}"));
+    EXPECT_FALSE(Holds(text, "32632"));
+    bool said = false;
+    for (const std::string& note : report.GetNotes()) {
+        said =
+            said || (Holds(note, "times and flags of points") && Holds(note, "ties of vertices") &&
+                     Holds(note, "settings and the background image") && Holds(note, "line types"));
+    }
+    EXPECT_TRUE(said) << testing::PrintToString(report.GetNotes());
+}
+
+TEST(GeoJsonWriterTest, PlainHeightsAreAsInTheJob) {
+    GeoJsonJob job;
+    const std::array at{1.0, 2.0, 10.0};
+    job.db.AddCoordRec(at.data(), u"A", 0, SurveyCoordType{1}, 0);
+    EXPECT_TRUE(Holds(job.Write({.plain = true, .unit = LengthUnit::Foot}), "[1,2,10]"));
+}
+
+TEST(GeoJsonWriterTest, NumbersThatAreNoneAreNotWritten) {
+    GeoJsonJob job;
+    const std::array at{1.0, 2.0, 3.0};
+    job.db.AddText(at.data(), u"a", 0, 0, u"", kNone, 0, 0, 0, 0, 0);
+    job.db.AddText(at.data(), u"b", 0, 0, u"", 1, std::numeric_limits<double>::infinity(), 0, 0, 0,
+                   0);
+    const std::array high{500000.0, 0.0, 1e308};
+    job.db.AddCoordRec(high.data(), u"A", 0, SurveyCoordType{1}, 0);
+    DrawPath(job.db, {{-1e308, 0, 1, 0.5}, {1e308, 0, 1, 0}});
+    for (const bool plain : {true, false}) {
+        std::string text;
+        const DrawingReport report =
+            job.WriteTo(text, {.plain = plain, .unit = LengthUnit::Kilometre});
+        EXPECT_EQ(report.Get(DrawingFate::LeftOut), plain ? 3U : 4U);
+        EXPECT_FALSE(Holds(text, "inf")) << text;
+        EXPECT_FALSE(Holds(text, "nan"));
+        EXPECT_FALSE(Holds(text, ":,"));
+        EXPECT_FALSE(Holds(text, "[,"));
+    }
+}
+
 }  // namespace
 }  // namespace cqsurvey::exchange

@@ -59,5 +59,56 @@ TEST(PlacesTest, AChainTiesToItsFirstSurveyPoint) {
     EXPECT_EQ(place.entity, 7U);
 }
 
+TEST(PlacesTest, NamesThatGoInACircleOrNowhereLeadToNothing) {
+    PlaceTable table;
+    const auto add = [&](const char* name, const char* ref) {
+        Place place;
+        place.ref = ref;
+        table.Add(name, place);
+    };
+    const auto find = [&](const char* name) {
+        Place place;
+        place.ref = name;
+        return table.Resolve(place);
+    };
+    add("A", "B");
+    add("B", "A");
+    add("self", "self");
+    add("into", "A");
+    add("early", "later");
+    for (const char* name : {"A", "B", "self", "into", "early", "nobody", "A", "early"}) {
+        EXPECT_FALSE(find(name)) << name;
+    }
+    table.Add("later", *ReadPlace("1 2", 1.0));
+    EXPECT_TRUE(find("early"));
+}
+
+TEST(PlacesTest, ChainsAndCirclesOfAHundredThousandNamesAreWalkedOnce) {
+    // When each of them was walked from end to end, this would not end within an hour.
+    constexpr int kPoints = 100'000;
+    PlaceTable table;
+    const auto named = [](const std::string& ref) {
+        Place place;
+        place.ref = ref;
+        return place;
+    };
+    for (int i = 1; i <= kPoints; ++i) {
+        table.Add("c" + std::to_string(i), named("c" + std::to_string(i - 1)));
+        table.Add("o" + std::to_string(i), named("o" + std::to_string(i % kPoints + 1)));
+    }
+    for (int i = kPoints; i > 0; --i) {
+        Place place = named("c" + std::to_string(i));
+        ASSERT_FALSE(table.Resolve(place));
+        place = named("o" + std::to_string(i));
+        ASSERT_FALSE(table.Resolve(place));
+    }
+    table.Add("c0", *ReadPlace("1 2 3", 1.0));
+    for (int i = kPoints; i > 0; --i) {
+        Place place = named("c" + std::to_string(i));
+        ASSERT_TRUE(table.Resolve(place));
+        ASSERT_EQ(place.at.z, 3.0);
+    }
+}
+
 }  // namespace
 }  // namespace cqsurvey::exchange::landxml

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cqsurvey/CqJobSystem.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/sima/SimaText.h"
 
@@ -147,6 +148,20 @@ TEST(SimaReaderTest, AnUnknownCodePageIsRefused) {
     SimaReadOptions options;
     options.codePage = 1;
     EXPECT_THROW(SimaReader(source, options), OptionError);
+}
+
+TEST(SimaReaderTest, AFileInAnotherUnitThanMetresIsScaledWhenThatIsTold) {
+    SimaReadOptions options;
+    options.jobUnit = LengthUnit::Metre;
+    options.fileUnit = LengthUnit::Millimetre;
+    EXPECT_EQ(Drawn("A00\nA01,1,P,1500,2000,3000\nA99\n", options), List{"point P 2,1.5,3"});
+}
+
+TEST(SimaReaderTest, SystemAndSettingsOfAJobStayAsTheyAre) {
+    SimaJob job;
+    ASSERT_EQ(CqJobSystem(job.db).SetSystem(u"EPSG:6677"), 1);
+    static_cast<void>(job.Read(kPlan));
+    EXPECT_EQ(CqJobSystem(job.db).GetSystem(), u"EPSG:6677");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "cqsurvey/CqJobSystem.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/sima/SimaText.h"
 
@@ -96,6 +97,87 @@ TEST(SimaWriterTest, WhatSimaCannotHoldIsLeftOutOrChangedAndSaidToBe) {
                         "b?,2,1,3,"),
               std::string::npos)
         << text;
+}
+
+TEST(SimaWriterTest, WhatSimaHasNoPlaceForIsLostAndSaidToBe) {
+    SimaJob job;
+    job.db.AddGroup(u"Road");
+    job.db.SetCurrentGroup(u"Road");
+    job.db.AddLayer(u"Kerb", 3, 2);
+    job.db.SetCurrentLayer(u"Kerb");
+    job.db.SetCurrentColor(5);
+    ASSERT_EQ(CqJobSystem(job.db).SetSystem(u"EPSG:6677"), 1);
+    const std::array at{1.0, 2.0, 3.0};
+    const CqHandle point = job.db.AddCoordRec(at.data(), u"A", 12, SurveyCoordType{4}, 9);
+    ASSERT_EQ(job.db.AddCoordDescription(point, u"found"), 1);
+    ASSERT_EQ(job.db.EditCoordRecTime(point, 86400), 1);
+    std::string text;
+    const DrawingReport report = job.WriteTo(text);
+    EXPECT_EQ(report.GetNotes().back(),
+              "codes, descriptions, groups, layers, colours and times are not written; nor are the "
+              "job's settings and the background image");
+    SimaJob back;
+    static_cast<void>(back.Read(text));
+    const std::string details = Details(back.db).at(0);
+    EXPECT_TRUE(details.starts_with("0 0 256 1,2,3 ")) << details;
+    EXPECT_NE(details.find(" c0 A "), std::string::npos) << details;
+    EXPECT_TRUE(details.ends_with("p1,0,,")) << details;
+    EXPECT_EQ(LayersOf(back.db), List{"0 1 0"});
+    EXPECT_EQ(CqJobSystem(back.db).GetSystem(), u"");
+    CqCoordRec record;
+    ASSERT_NE(back.db.GetCoordRec(back.db.GetCoordRecHandleByPtName(u"A"), record), 0);
+    EXPECT_NE(record.GetRecTime(), 86400U);
+}
+
+TEST(SimaWriterTest, BitmapsAndOpenPolylinesAreLeftOutWithTheReason) {
+    SimaJob job;
+    const std::array at{1.0, 2.0, 3.0};
+    job.db.AddBitmap(at.data(), u"photo", CVector(1, 1));
+    DrawPath(job.db, {{0, 0, 0, 0}, {1, 1, 0, 0}, {2, 0, 0, 0}});
+    std::string text;
+    const DrawingReport report = job.WriteTo(text);
+    EXPECT_EQ(report.GetRows().at(0).what, "its picture is not in the job");
+    EXPECT_EQ(report.GetRows().at(1).what, "it is not closed, so it is no parcel");
+    EXPECT_EQ(text.find("D00"), std::string::npos);
+}
+
+TEST(SimaWriterTest, ACornerNamesThePointAtItsPlaceAndHasItsHeight) {
+    SimaJob job;
+    AddPoint(job.db, u"P", 8, 0, 7.5);
+    DrawPath(job.db, {{8, 0, 1, 0}, {8, 6, 1, 0}, {0, 6, 1, 0}, {8, 0, 1, 0}});
+    std::string text;
+    static_cast<void>(job.WriteTo(text));
+    EXPECT_NE(text.find("D00,1,1,1,\r\nB01,1,P,\r\nB01,2,,\r\n"), std::string::npos) << text;
+    SimaJob back;
+    static_cast<void>(back.Read(text));
+    EXPECT_EQ(back.List().at(3), "line 8,0,7.5 8,6,1 0,6,1 8,0,7.5");
+}
+
+TEST(SimaWriterTest, NumbersTooLargeToReckonWithLeaveTheirEntityOut) {
+    SimaJob job;
+    AddPoint(job.db, u"far", 1e308, 0, 0);
+    AddPoint(job.db, u"P", 8, 0, 1e308);
+    DrawPath(job.db, {{-1e308, 0, 1, 0.5}, {1e308, 0, 1, 0.5}, {0, 1, 1, 0}, {-1e308, 0, 1, 0}});
+    DrawPath(job.db, {{-1e306, 0, 1, 0}, {1e306, 0, 1, 0}, {0, 1, 1, 0}, {-1e306, 0, 1, 0}});
+    std::string text;
+    EXPECT_EQ(job.WriteTo(text, {.unit = LengthUnit::Kilometre}).Get(DrawingFate::LeftOut), 4U);
+    EXPECT_EQ(text.find("inf"), std::string::npos) << text;
+    EXPECT_EQ(text.find("nan"), std::string::npos);
+    EXPECT_EQ(text.find("D00"), std::string::npos);
+    SimaJob back;
+    EXPECT_EQ(back.Read(text).points, 0U);
+}
+
+TEST(SimaWriterTest, AnotherCodePageWillDoWhenBothSidesAreTold) {
+    SimaJob job;
+    AddPoint(job.db, u"\u00C4\u00DF", 8, 0, kNone);
+    const std::string text = job.Write({.codePage = 1252, .unit = LengthUnit::Metre});
+    EXPECT_NE(text.find("A01,1,\xC4\xDF,"), std::string::npos);
+    SimaReadOptions options;
+    options.codePage = 1252;
+    SimaJob back;
+    EXPECT_EQ(back.Read(text, options).codePage, 1252);
+    EXPECT_EQ(back.List(), job.List());
 }
 
 }  // namespace

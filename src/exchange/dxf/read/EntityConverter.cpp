@@ -41,8 +41,10 @@ void EntityConverter::Count(const Record& record, const Context& context,
                          context.depth > 0, record.place);
 }
 
-void EntityConverter::Convert(const Record& record, const Context& context) {
-    Count(record, context, Dispatch(record, context));
+DrawingOutcome EntityConverter::Convert(const Record& record, const Context& context) {
+    const DrawingOutcome outcome = Dispatch(record, context);
+    Count(record, context, outcome);
+    return outcome;
 }
 
 DrawingOutcome EntityConverter::Dispatch(const Record& record, const Context& context) {
@@ -97,6 +99,10 @@ DrawingOutcome EntityConverter::Dispatch(const Record& record, const Context& co
     }
     if (type == "ATTDEF") {
         return m_texts.AttributeDefinition(record, context);
+    }
+    if (type == "IMAGE") {
+        return LeftOut(context.depth > 0 ? "images of blocks are not taken"
+                                         : "a job has one image: the first of the drawing");
     }
     const bool face = type == "SOLID" || type == "TRACE" || type == "3DFACE";
     if (face || type == "HATCH") {

@@ -25,7 +25,7 @@ class EntityConverter {
     EntityConverter(Scene& scene, Blocks& blocks);
 
     /// Converts and counts one entity.
-    void Convert(const Record& record, const Context& context);
+    DrawingOutcome Convert(const Record& record, const Context& context);
 
     /// Counts one entity that is not converted.
     void Count(const Record& record, const Context& context, const DrawingOutcome& outcome);

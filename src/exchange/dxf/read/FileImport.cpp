@@ -52,10 +52,11 @@ FileImport::FileImport(TextSource& source, const DxfReadOptions& options, CqSurv
       m_records(m_groups),
       m_lines(report),
       m_layers(
-          db, [this](std::string_view bytes) { return m_decoder.Decode(bytes); }, report),
+          db, [this](std::string_view bytes) { return m_decoder.DecodeName(bytes); }, report),
       m_drawing(db, report),
       m_scene{options, m_decoder, m_layers, m_lines, m_drawing, report},
-      m_converter(m_scene, m_blocks) {}
+      m_converter(m_scene, m_blocks),
+      m_image(options, m_decoder, db) {}
 
 void FileImport::Run() {
     Record record;
@@ -81,7 +82,7 @@ void FileImport::Run() {
         } else if (m_section == Section::Entities) {
             ReadEntity(record);
         } else {
-            ++m_objects;
+            ReadObject(record);
         }
         if (m_options.progress) {
             m_options.progress(m_entities, m_source.GetBytes(), m_source.GetSize());
@@ -190,12 +191,27 @@ void FileImport::ReadEntity(Record& record) {
         const Vec3 a = PointOf(*m_point, 10);
         const Vec3 b = PointOf(record, 10);
         if (a.x == b.x && a.y == b.y && a.z == b.z && m_point->Text(8) == record.Text(8)) {
-            m_converter.Count(*m_point, m_root, Taken("survey point, with the block that follows"));
+            const Record point = std::move(*m_point);
             m_point.reset();
+            const DrawingOutcome outcome = m_converter.Convert(record, m_root);
+            m_converter.Count(point, m_root,
+                              outcome.fate == DrawingFate::LeftOut
+                                  ? outcome
+                                  : Taken("survey point, with the block that follows"));
+            return;
         }
     }
     FlushPoint();
-    m_converter.Convert(record, m_root);
+    // The file of an image is known only at the end.
+    if (!m_image.Keep(record)) {
+        m_converter.Convert(record, m_root);
+    }
+}
+
+void FileImport::ReadObject(const Record& record) {
+    if (!m_image.Define(record)) {
+        ++m_objects;
+    }
 }
 
 void FileImport::FlushPoint() {
@@ -209,6 +225,9 @@ void FileImport::FlushPoint() {
 void FileImport::Finish() {
     UseHeader();
     m_converter.GetPoints().NameAfterTexts();
+    if (const Record* image = m_image.GetImage()) {
+        m_converter.Count(*image, m_root, m_image.Store(m_root.map));
+    }
     std::size_t unused = 0;
     std::size_t inside = 0;
     for (const auto& [name, block] : m_blocks.GetAll()) {

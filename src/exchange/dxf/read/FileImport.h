@@ -10,6 +10,7 @@
 #include "exchange/dxf/read/Blocks.h"
 #include "exchange/dxf/read/EntityConverter.h"
 #include "exchange/dxf/read/Header.h"
+#include "exchange/dxf/read/ImageTaker.h"
 #include "exchange/dxf/read/RecordReader.h"
 #include "exchange/dxf/read/Scene.h"
 
@@ -39,6 +40,7 @@ class FileImport {
     void ReadTable(const Record& record);
     void ReadBlock(Record& record);
     void ReadEntity(Record& record);
+    void ReadObject(const Record& record);
     void FlushPoint();
     void UseHeader();
     void Finish();
@@ -56,6 +58,7 @@ class FileImport {
     Scene m_scene;
     Blocks m_blocks;
     EntityConverter m_converter;
+    ImageTaker m_image;
     Context m_root;
     std::vector<LayerEntry> m_layerEntries;
     std::optional<Record> m_point;  // which the block of the same survey point may follow

@@ -32,7 +32,7 @@ class HatchReader {
         std::vector<Path> paths;
         const int count = m_at < entries.size() ? TakeCount(91) : 0;
         for (int i = 0; i < count; ++i) {
-            const int flags = static_cast<int>(Take(92));
+            const int flags = TakeWhole(92);
             Path path;
             if ((flags & kPolylinePath) != 0) {
                 ReadPolyline(path);
@@ -77,6 +77,11 @@ class HatchReader {
         return m_record.Number(m_record.GetEntries()[m_at++]);
     }
 
+    int TakeWhole(int code) {
+        static_cast<void>(Take(code));
+        return m_record.Whole(m_record.GetEntries()[m_at - 1]);
+    }
+
     double TakeIf(int code, double fallback) { return Peek(code) ? Take(code) : fallback; }
 
     int TakeCount(int code) {
@@ -104,7 +109,7 @@ class HatchReader {
 
     void ReadEdges(Path& path) {
         for (int left = TakeCount(93); left > 0; --left) {
-            switch (static_cast<int>(Take(72))) {
+            switch (TakeWhole(72)) {
                 case 1: {
                     path.push_back({TakePoint(10), 0.0});
                     static_cast<void>(TakePoint(11));
@@ -177,7 +182,7 @@ class HatchReader {
     }
 
     void ReadSpline(Path& path) {
-        const int degree = static_cast<int>(Take(94));
+        const int degree = TakeWhole(94);
         static_cast<void>(TakeIf(73, 0.0));
         static_cast<void>(TakeIf(74, 0.0));
         const int knotCount = TakeCount(95);

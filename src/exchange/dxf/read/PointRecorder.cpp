@@ -11,6 +11,7 @@
 #include "exchange/drawing/Names.h"
 #include "exchange/dxf/PointBlock.h"
 #include "exchange/dxf/read/NearestTexts.h"
+#include "exchange/dxf/read/PlainText.h"
 #include "exchange/dxf/read/TextConverter.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
@@ -49,13 +50,14 @@ const DxfPointRule* PointRecorder::FindBlockRule(std::string_view block) const {
 bool PointRecorder::IsPointLayer(const Record& record) const {
     const auto wants = [&](const DxfPointRule& rule) {
         return rule.kind == Kind::Layer &&
-               Upper(rule.name) == Upper(ToUtf8(m_scene.decoder.Decode(record.Text(8, "0"))));
+               Upper(rule.name) == Upper(ToUtf8(m_scene.decoder.DecodeName(record.Text(8, "0"))));
     };
     return std::any_of(m_rules.begin(), m_rules.end(), wants);
 }
 
 bool PointRecorder::IsPoint(const Record& insert, std::string_view block) const {
-    return FindBlockRule(ToUtf8(m_scene.decoder.Decode(block))) != nullptr || IsPointLayer(insert);
+    return FindBlockRule(ToUtf8(m_scene.decoder.DecodeName(block))) != nullptr ||
+           IsPointLayer(insert);
 }
 
 DrawingOutcome PointRecorder::Point(const Record& record, const Context& context) {
@@ -106,7 +108,7 @@ void PointRecorder::Read(const Record& attribute, std::string_view nameTag, Poin
 DrawingOutcome PointRecorder::Insert(const Record& insert, std::string_view block,
                                      const Context& context) {
     const std::vector<Record> attributes = insert.GetParts();
-    const DxfPointRule* rule = FindBlockRule(ToUtf8(m_scene.decoder.Decode(block)));
+    const DxfPointRule* rule = FindBlockRule(ToUtf8(m_scene.decoder.DecodeName(block)));
     std::string nameTag = rule == nullptr ? std::string() : rule->attribute;
     if (nameTag.empty()) {
         const bool named = std::any_of(
@@ -132,7 +134,7 @@ DrawingOutcome PointRecorder::Insert(const Record& insert, std::string_view bloc
 
 DrawingOutcome PointRecorder::AddPoint(const Style& style, const Vec3& at, PointDetails details,
                                        const Extras& extras) {
-    details.group = m_scene.decoder.Decode(extras.Get("GROUP"));
+    details.group = ReplaceCarets(m_scene.decoder.Decode(extras.Get("GROUP")));
     return m_points.Add(style, at, details, extras);
 }
 

@@ -16,11 +16,12 @@ constexpr int kExtended = 1000;
 constexpr int kApplicationCode = 1001;
 
 /// The records whose groups are kept, in order.
-constexpr std::array<std::string_view, 31> kKnown{
-    "3DFACE",  "ACAD_TABLE", "ARC",    "ATTDEF",     "ATTRIB", "BLOCK", "CIRCLE",   "DIMENSION",
-    "ELLIPSE", "ENDBLK",     "ENDSEC", "ENDTAB",     "EOF",    "HATCH", "INSERT",   "LAYER",
-    "LEADER",  "LINE",       "LTYPE",  "LWPOLYLINE", "MTEXT",  "POINT", "POLYLINE", "SECTION",
-    "SEQEND",  "SOLID",      "SPLINE", "TABLE",      "TEXT",   "TRACE", "VERTEX"};
+constexpr std::array<std::string_view, 33> kKnown{
+    "3DFACE",     "ACAD_TABLE", "ARC",    "ATTDEF",   "ATTRIB",  "BLOCK",  "CIRCLE",
+    "DIMENSION",  "ELLIPSE",    "ENDBLK", "ENDSEC",   "ENDTAB",  "EOF",    "HATCH",
+    "IMAGE",      "IMAGEDEF",   "INSERT", "LAYER",    "LEADER",  "LINE",   "LTYPE",
+    "LWPOLYLINE", "MTEXT",      "POINT",  "POLYLINE", "SECTION", "SEQEND", "SOLID",
+    "SPLINE",     "TABLE",      "TEXT",   "TRACE",    "VERTEX"};
 
 bool IsKnown(std::string_view type) {
     return std::binary_search(kKnown.begin(), kKnown.end(), type);

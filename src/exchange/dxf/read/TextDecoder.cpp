@@ -111,4 +111,12 @@ CString TextDecoder::Decode(std::string_view bytes) {
                : ReplaceEscapes(text);
 }
 
+CString TextDecoder::DecodeName(std::string_view bytes) {
+    CString name = Decode(bytes);
+    for (std::size_t at = name.find(u"^ "); at != CString::npos; at = name.find(u"^ ", at + 1)) {
+        name.erase(at + 1, 1);
+    }
+    return name;
+}
+
 }  // namespace cqsurvey::exchange::dxf

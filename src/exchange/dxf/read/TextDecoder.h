@@ -21,6 +21,10 @@ class TextDecoder {
 
     [[nodiscard]] CString Decode(std::string_view bytes);
 
+    /// The name of a layer, block or style, in which "^ " is the sign ^. Other signs after it stand
+    /// for themselves: names have no control characters.
+    [[nodiscard]] CString DecodeName(std::string_view bytes);
+
     [[nodiscard]] int GetCodePage() const { return m_number; }
 
     /// How many texts held bytes that are no characters; these became U+FFFD.

@@ -126,8 +126,14 @@ void Contents::Add(const CqCadEntity& entity) {
     if (entity.GetType() == EntPline || entity.GetType() == EntCircle) {
         m_lines.insert(entity.GetLine());
     }
-    if (entity.GetType() == EntText && !entity.GetStyle().empty()) {
-        m_styles.insert(entity.GetStyle());
+    if (entity.GetType() == EntText && !entity.GetStyle().empty() &&
+        m_styles.insert(entity.GetStyle()).second) {
+        bool changed = false;
+        const CString& safe = m_styleNames.Find(entity.GetStyle(), changed);
+        if (changed) {
+            m_report.Note(fmt::format("the text style {} is called {} in the file",
+                                      Quoted(ToUtf8(entity.GetStyle())), Quoted(ToUtf8(safe))));
+        }
     }
     if (entity.GetType() == EntVertex && entity.GetMcadSiPointHandle() != 0) {
         ++m_links;

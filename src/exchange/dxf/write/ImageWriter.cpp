@@ -1,42 +1,52 @@
 #include "exchange/dxf/write/ImageWriter.h"
 
 #include <cmath>
-#include <cstdlib>
-#include <memory>
 #include <numbers>
+#include <optional>
 
+#include "exchange/drawing/ImagePlace.h"
+#include "exchange/dxf/write/EntityFrame.h"
 #include "exchange/dxf/write/Skeleton.h"
 
 namespace cqsurvey::exchange::dxf {
 
+namespace {
+
+/// What the job keeps of its image beside the place, unless it is as in a new job.
+Extras LookOf(CqSurveyDB& db) {
+    constexpr int kUsualContrast = 100;
+    int brightness = 0;
+    int contrast = kUsualContrast;
+    int monotone = 0;
+    int type = 0;
+    db.GetBackgroundImageSettings(brightness, contrast, monotone);
+    db.GetSettingsInt(CqSurveyDB::m_BGSettingsSection, u"Type", type, 0);
+    Extras extras;
+    extras.SetWhole("BRIGHTNESS", brightness);
+    extras.SetWhole("CONTRAST", contrast, kUsualContrast);
+    extras.SetWhole("MONOTONE", monotone);
+    extras.SetWhole("TYPE", type);
+    return extras;
+}
+
+}  // namespace
+
 void WriteImage(CqSurveyDB& db, GroupWriter& out, Contents& contents, const DxfImage& image,
                 DrawingReport& report) {
-    std::uint8_t* data = nullptr;
-    std::uint32_t length = 0;
-    int type = 0;
-    CVector centre;
-    CVector size;
-    double rotation = 0.0;
-    if (db.ReadBackgroundImageFile(data, length, type, centre, size, rotation) == 0) {
-        return;
-    }
-    std::free(data);
-    const bool placed = std::isfinite(centre.GetX()) && std::isfinite(centre.GetY()) &&
-                        std::isfinite(size.GetX()) && size.GetX() > 0.0 &&
-                        std::isfinite(rotation) && image.width > 0 && image.height > 0;
-    if (!placed) {
+    std::optional<ImagePlace> place = ImagePlace::Of(db);
+    if (!place || image.width == 0 || image.height == 0) {
         report.Note("the background image has no place in the plan, and is not shown");
         return;
     }
-    const double width = size.GetX();
-    const double height = size.GetY() > 0.0 ? size.GetY() : width * image.height / image.width;
-    const double c = std::cos(rotation * std::numbers::pi / 180.0);
-    const double s = std::sin(rotation * std::numbers::pi / 180.0);
+    if (!(place->height > 0.0)) {
+        place->height = place->width * image.height / image.width;
+    }
+    const double c = std::cos(place->rotation * std::numbers::pi / 180.0);
+    const double s = std::sin(place->rotation * std::numbers::pi / 180.0);
     // The corner at the lower left, and one pixel along and up.
-    const Vec3 corner{centre.GetX() - c * width / 2 + s * height / 2,
-                      centre.GetY() - s * width / 2 - c * height / 2, 0.0};
-    const double along = width / image.width;
-    const double up = height / image.height;
+    const Vec3 corner = place->GetCorners().front();
+    const double along = place->width / image.width;
+    const double up = place->height / image.height;
     out.Raw(0, "IMAGE");
     out.Handle(5, handles::kImage);
     out.Handle(330, handles::kModel);
@@ -60,9 +70,10 @@ void WriteImage(CqSurveyDB& db, GroupWriter& out, Contents& contents, const DxfI
     out.Whole(91, 2);
     out.PlanPoint(14, -0.5, -0.5);
     out.PlanPoint(14, image.width - 0.5, image.height - 0.5);
+    EntityFrame(out, contents).WriteExtras(LookOf(db));
     report.Note(
-        "the background image is in a file beside the drawing; its brightness and contrast "
-        "are not written");
+        "the background image is in a file beside the drawing; only we read its brightness and "
+        "contrast");
 }
 
 }  // namespace cqsurvey::exchange::dxf

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <numeric>
 
 #include "exchange/drawing/Chords.h"
 #include "exchange/dxf/LineTypes.h"
@@ -159,6 +160,10 @@ DrawingOutcome LineWriter::BreakArcs(const CqCadEntity& entity, const std::vecto
     double deviation = 0.0;
     const std::vector<PathVertex> broken =
         exchange::BreakArcs(path, m_options.tolerance, deviation);
+    if (!std::all_of(broken.begin(), broken.end(),
+                     [](const PathVertex& vertex) { return IsFinite(vertex.at); })) {
+        return {DrawingFate::LeftOut, "its numbers are too large to break its arcs"};
+    }
     WriteSpace(entity, broken, extras);
     return {DrawingFate::Converted, "POLYLINE in space, its arcs broken into lines", deviation};
 }
@@ -184,8 +189,8 @@ DrawingOutcome LineWriter::KeepArcs(const CqCadEntity& entity, const std::vector
             continue;
         }
         flush();
-        const double height = from.at.z + (to.at.z - from.at.z) / 2;
-        deviation = std::max(deviation, std::fabs(to.at.z - from.at.z) / 2);
+        const double height = std::midpoint(from.at.z, to.at.z);
+        deviation = std::max(deviation, std::fabs(to.at.z / 2 - from.at.z / 2));
         from.at.z = height;
         to.at.z = height;
         WriteLevel(entity, {from, {to.at, 0.0}}, extras);

@@ -22,8 +22,11 @@ const CString& NameTable::Find(const CString& name, bool& changed) {
             safe = u"_";
         }
         const CString whole = safe;
-        for (int number = 2; !m_taken.try_emplace(Upper(ToUtf8(safe)), true).second; ++number) {
-            safe = whole + FromUtf8(fmt::format("_{}", number));
+        const auto [first, free] = m_taken.try_emplace(Upper(ToUtf8(safe)), 2);
+        // Each search goes on where the one before it ended: thousands of names may be alike.
+        for (bool found = free; !found; ++first->second) {
+            safe = whole + FromUtf8(fmt::format("_{}", first->second));
+            found = m_taken.try_emplace(Upper(ToUtf8(safe)), 2).second;
         }
     }
     changed = safe != name;

@@ -26,7 +26,7 @@ class NameTable {
 
  private:
     std::map<CString, CString> m_names;
-    std::map<std::string, bool> m_taken;  // in upper case
+    std::map<std::string, int> m_taken;  // in upper case, with the number to try next
 };
 
 }  // namespace cqsurvey::exchange::dxf

@@ -48,7 +48,7 @@ FeatureDrawer::FeatureDrawer(const LandXmlReadOptions& options, Drawing& drawing
                              DrawingReport& report)
     : m_options(options), m_drawing(drawing), m_layers(layers), m_report(report) {}
 
-bool FeatureDrawer::Resolve(Feature& feature, const PlaceTable& places) {
+bool FeatureDrawer::Resolve(Feature& feature, PlaceTable& places) {
     bool whole = true;
     const auto resolve = [&](std::optional<Place>& place) {
         if (place && !place->known && !place->ref.empty()) {
@@ -173,8 +173,9 @@ void FeatureDrawer::Flush(const Feature& feature) {
         m_path.clear();
         return;
     }
-    // A closed line ends exactly where it began.
-    if (m_path.size() > 2 && IsSamePlace(m_path.front(), m_path.back()) &&
+    // A closed line ends exactly where it began. What we wrote is exact anyhow.
+    if (m_path.size() > 2 && feature.extras.Get(kLayerKey).empty() &&
+        IsSamePlace(m_path.front(), m_path.back()) &&
         m_path.front().vertex.hasHeight == m_path.back().vertex.hasHeight) {
         m_path.back().vertex.at = m_path.front().vertex.at;
     }

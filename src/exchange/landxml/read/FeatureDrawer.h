@@ -31,7 +31,7 @@ class FeatureDrawer {
                   DrawingReport& report);
 
     /// Finds the points that the feature names. False when one of them is not known so far.
-    [[nodiscard]] static bool Resolve(Feature& feature, const PlaceTable& places);
+    [[nodiscard]] static bool Resolve(Feature& feature, PlaceTable& places);
 
     /// Draws the feature. A segment with a place that is still not known is left out.
     void Draw(Feature& feature);

@@ -10,7 +10,6 @@
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/drawing/Names.h"
-#include "exchange/drawing/Parcels.h"
 #include "exchange/landxml/Names.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
@@ -25,10 +24,6 @@ constexpr std::string_view kNoSurfaceLines = "lines of surfaces were not asked f
 
 bool IsOneOf(std::string_view name, std::initializer_list<std::string_view> names) {
     return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-std::optional<double> Scaled(std::optional<double> length, double scale) {
-    return length ? std::optional(*length * scale) : std::nullopt;
 }
 
 }  // namespace
@@ -46,6 +41,7 @@ FileImport::FileImport(TextSource& source, const LandXmlReadOptions& options, Cq
       m_points(m_drawing, report, options.duplicates, options.origin, options.group,
                options.jobName),
       m_drawer(m_options, m_drawing, m_layers, report),
+      m_features(m_drawer, m_places, m_lost, report),
       m_collections(m_drawing, m_layers, m_points, m_places, report),
       m_surfaces(m_collections, m_drawer, report) {}
 
@@ -111,9 +107,11 @@ FileImport::Open FileImport::BeginInside(const XmlElement& element) {
         case Role::Points:
             return BeginInPoints(element);
         case Role::Features:
-            return IsOneOf(element.name, {"PlanFeature", "Alignment", "Parcel"})
-                       ? BeginFeature(element)
-                       : BeginOther(element);
+            if (IsOneOf(element.name, {"PlanFeature", "Alignment", "Parcel"})) {
+                m_features.Begin(element, m_container);
+                return {Role::Feature};
+            }
+            return BeginOther(element);
         case Role::Feature:
             return BeginInFeature(element);
         case Role::Geometry:
@@ -194,42 +192,13 @@ FileImport::Open FileImport::BeginInPoints(const XmlElement& element) {
     return {Role::Point};
 }
 
-FileImport::Open FileImport::BeginFeature(const XmlElement& element) {
-    Feature feature;
-    feature.kind = element.name;
-    feature.line = element.line;
-    if (element.name == "PlanFeature") {
-        m_lost.Look(element, {"name", "desc", "code"});
-        const std::string_view code = element.Get("code");
-        if (const auto number = ParseWholeNumber(code)) {
-            feature.extras.SetWhole("CODE", *number);
-        } else {
-            feature.layer = code;
-        }
-        for (const std::string_view name : {element.Get("desc"), element.Get("name"),
-                                            std::string_view(m_container), kPlanFeatures}) {
-            feature.layer = feature.layer.empty() ? name : std::string_view(feature.layer);
-        }
-    } else if (element.name == "Parcel") {
-        m_lost.Look(element, {"name"});
-        feature.layer = kParcels;
-        feature.title = element.Get("name");
-    } else {
-        m_lost.Look(element, {});
-        feature.layer = kAlignments;
-    }
-    m_features.push_back(std::move(feature));
-    return {Role::Feature};
-}
-
 FileImport::Open FileImport::BeginInFeature(const XmlElement& element) {
     if (element.name == "CoordGeom") {
         return {Role::Geometry};
     }
     if (IsOneOf(element.name, {"Center", "Location", "Start"})) {
         m_takesText = true;
-        m_place = Place();
-        m_place.ref = element.Get("pntRef");
+        m_features.BeginPlace(element);
         return {Role::Place};
     }
     if (element.name == "Parcels") {
@@ -242,18 +211,7 @@ FileImport::Open FileImport::BeginSegment(const XmlElement& element) {
     if (!IsOneOf(element.name, {"Line", "Curve", "Spiral", "IrregularLine", "Chain"})) {
         return BeginOther(element);
     }
-    const double scale = m_report.scale;
-    m_segment = Segment();
-    m_segment.kind = element.name;
-    m_segment.line = element.line;
-    if (const std::string_view rotation = element.Get("rot"); !rotation.empty()) {
-        m_segment.counterClockwise = rotation == "ccw";
-    }
-    m_segment.radius = Scaled(ReadNumber(element.Get("radius")), scale);
-    m_segment.radiusStart = Scaled(ReadNumber(element.Get("radiusStart")), scale);
-    m_segment.radiusEnd = Scaled(ReadNumber(element.Get("radiusEnd")), scale);
-    m_segment.length = Scaled(ReadNumber(element.Get("length")), scale);
-    m_segment.spiral = element.Get("spiType");
+    m_features.BeginSegment(element);
     m_takesText = element.name == "Chain";
     return {Role::Segment};
 }
@@ -261,8 +219,7 @@ FileImport::Open FileImport::BeginSegment(const XmlElement& element) {
 FileImport::Open FileImport::BeginInSegment(const XmlElement& element) {
     if (IsOneOf(element.name, {"Start", "End", "Center", "PI"})) {
         m_takesText = true;
-        m_place = Place();
-        m_place.ref = element.Get("pntRef");
+        m_features.BeginPlace(element);
         return {Role::Place};
     }
     if (IsOneOf(element.name, {"PntList2D", "PntList3D"})) {
@@ -335,25 +292,30 @@ void FileImport::End(std::string_view name) {
             m_collections.EndPoint(m_text);
             break;
         case Role::Place:
-            EndPlace(name);
+            if (m_open.back().role == Role::Feature) {
+                m_features.EndPlaceOfFeature(name, m_text);
+            } else {
+                m_features.EndPlaceOfSegment(name, m_text);
+            }
             break;
         case Role::List:
-            EndList(name);
+            if (m_open.back().role == Role::SurfaceLine) {
+                m_surfaces.AddPlaces(name, m_text);
+            } else {
+                m_features.AddPlaces(name, m_text);
+            }
             break;
         case Role::SurfacePoint:
             m_surfaces.EndPoints(name, m_text);
             break;
         case Role::Segment:
-            if (m_segment.kind == "Chain") {
-                EndList(name);
-            }
-            m_features.back().segments.push_back(std::move(m_segment));
+            m_features.EndSegment(m_text);
             break;
         case Role::Ours:
             EndOurs();
             break;
         case Role::Feature:
-            EndFeature();
+            m_features.End();
             break;
         case Role::SurfaceLine:
             m_surfaces.EndLine(name);
@@ -370,62 +332,12 @@ void FileImport::End(std::string_view name) {
     }
 }
 
-void FileImport::EndPlace(std::string_view name) {
-    if (const auto place = ReadPlace(m_text, m_report.scale)) {
-        const std::string ref = std::move(m_place.ref);
-        m_place = *place;
-        m_place.ref = ref;
-    }
-    if (m_open.back().role == Role::Feature) {
-        if (name != "Start") {
-            m_features.back().location = m_place;
-        }
-    } else if (name == "Start") {
-        m_segment.start = m_place;
-    } else if (name == "End") {
-        m_segment.end = m_place;
-    } else if (name == "Center") {
-        m_segment.center = m_place;
-    }
-}
-
-void FileImport::EndList(std::string_view name) {
-    if (name == "Chain") {
-        // The names of its points, between blanks.
-        std::string_view rest = m_text;
-        while (true) {
-            const std::size_t begin = rest.find_first_not_of(" \t\r\n");
-            if (begin == std::string_view::npos) {
-                break;
-            }
-            rest.remove_prefix(begin);
-            const std::string_view word = rest.substr(0, rest.find_first_of(" \t\r\n"));
-            rest.remove_prefix(word.size());
-            Place place;
-            place.ref = word;
-            m_segment.between.push_back(std::move(place));
-        }
-        return;
-    }
-    if (m_open.back().role == Role::SurfaceLine) {
-        m_surfaces.AddPlaces(name, m_text);
-        return;
-    }
-    const auto places = ReadPlaces(m_text, name == "PntList2D" ? 2 : 3, m_report.scale);
-    m_segment.fault = places ? std::string_view() : kNotPlaces;
-    m_segment.between = places.value_or(std::vector<Place>());
-}
-
 void FileImport::EndOurs() {
     const Role around = m_open.back().role;
     if (around == Role::Points) {
         m_collections.SetExtras(std::move(m_ours));
     } else if (around == Role::Feature) {
-        Feature& feature = m_features.back();
-        if (const std::string_view layer = m_ours.Get(kLayerKey); !layer.empty()) {
-            feature.layer = layer;
-        }
-        feature.extras = std::move(m_ours);
+        m_features.SetExtras(std::move(m_ours));
     } else if (around == Role::Project && !m_ours.Get(kLayerKey).empty()) {
         constexpr int kInk = 7;
         m_layers.Define(
@@ -434,17 +346,6 @@ void FileImport::EndOurs() {
             static_cast<int>(std::clamp<std::int64_t>(m_ours.GetWhole("LINE"), 0, 0xFFFF)));
     }
     m_ours = Extras();
-}
-
-void FileImport::EndFeature() {
-    Feature feature = std::move(m_features.back());
-    m_features.pop_back();
-    const bool whole = FeatureDrawer::Resolve(feature, m_places);
-    if (whole && m_waiting.empty()) {
-        m_drawer.Draw(feature);
-    } else {
-        m_waiting.push_back(std::move(feature));
-    }
 }
 
 void FileImport::Finish() {
@@ -460,10 +361,7 @@ void FileImport::Finish() {
     }
     m_meaning.Decide();
     m_collections.Finish();
-    for (Feature& feature : m_waiting) {
-        static_cast<void>(FeatureDrawer::Resolve(feature, m_places));
-        m_drawer.Draw(feature);
-    }
+    m_features.Finish();
     m_lost.Report(m_report);
     m_drawing.Finish();
 }

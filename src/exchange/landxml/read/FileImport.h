@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,6 +8,7 @@
 #include "cqsurvey/exchange/LandXmlReader.h"
 #include "exchange/drawing/SurveyPoints.h"
 #include "exchange/landxml/read/FeatureDrawer.h"
+#include "exchange/landxml/read/Features.h"
 #include "exchange/landxml/read/LostAttributes.h"
 #include "exchange/landxml/read/Meaning.h"
 #include "exchange/landxml/read/PointCollections.h"
@@ -19,9 +19,7 @@ namespace cqsurvey::exchange::landxml {
 
 /// Reads one file into a job, element by element. Each open element has a role, which says what the
 /// elements inside it are; an element that is neither a container nor a part of another is counted
-/// in the report. A feature whose points are all known is drawn when it ends. From the first one on
-/// that has to wait for a point, all wait until the end of the file, so that they stay in order. It
-/// begins no step of its own.
+/// in the report. It begins no step of its own.
 class FileImport : private XmlHandler {
  public:
     FileImport(TextSource& source, const LandXmlReadOptions& options, CqSurveyDB& db,
@@ -65,14 +63,10 @@ class FileImport : private XmlHandler {
     [[nodiscard]] Open BeginSegment(const XmlElement& element);
     [[nodiscard]] Open BeginInSegment(const XmlElement& element);
     [[nodiscard]] Open BeginInSurface(const XmlElement& element);
-    [[nodiscard]] Open BeginFeature(const XmlElement& element);
     [[nodiscard]] Open BeginOther(const XmlElement& element);
     [[nodiscard]] Open LeaveOut(const XmlElement& element, std::string_view reason);
     void ReadRoot(const XmlElement& element);
-    void EndPlace(std::string_view name);
-    void EndList(std::string_view name);
     void EndOurs();
-    void EndFeature();
     void Finish();
 
     TextSource& m_source;
@@ -85,17 +79,14 @@ class FileImport : private XmlHandler {
     SurveyPoints m_points;
     FeatureDrawer m_drawer;
     PlaceTable m_places;
+    LostAttributes m_lost;
+    Features m_features;
     PointCollections m_collections;
     Surfaces m_surfaces;
-    LostAttributes m_lost;
 
     std::vector<Open> m_open;
     std::string m_text;
     bool m_takesText = false;
-    std::vector<Feature> m_features;  // open ones, parcels in parcels
-    std::deque<Feature> m_waiting;
-    Segment m_segment;
-    Place m_place;
     Extras m_ours;
     std::string m_container;  // the name of the collection of features
     std::uint64_t m_elements = 0;

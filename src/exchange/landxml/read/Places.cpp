@@ -1,5 +1,6 @@
 #include "exchange/landxml/read/Places.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <limits>
 
@@ -70,27 +71,42 @@ std::optional<Place> ReadPlace(std::string_view text, double scale) {
 }
 
 void PlaceTable::Add(const std::string& name, const Place& place) {
-    m_places.try_emplace(name, place);
+    m_places.try_emplace(name, Named{place});
 }
 
-bool PlaceTable::Resolve(Place& place) const {
-    std::string_view name = place.ref;
-    CqHandle entity = place.entity;
-    // More names than there are points are a circle.
-    for (std::size_t left = m_places.size(); !place.known && !name.empty() && left > 0; --left) {
-        const auto found = m_places.find(name);
-        if (found == m_places.end()) {
-            return false;
+bool PlaceTable::Resolve(Place& place) {
+    ++m_walks;
+    std::vector<Place*> passed;
+    Place* last = &place;
+    while (!last->known && !last->ref.empty()) {
+        const auto found = m_places.find(last->ref);
+        // Names that go in a circle lead to nothing, too.
+        if (found == m_places.end() || found->second.walk == m_walks) {
+            break;
         }
-        entity = entity == 0 ? found->second.entity : entity;
-        if (found->second.known) {
-            place.at = found->second.at;
-            place.hasHeight = found->second.hasHeight;
-            place.known = true;
-            place.entity = entity;
-        }
-        name = found->second.ref;
+        found->second.walk = m_walks;
+        last = &found->second.place;
+        passed.push_back(last);
     }
+    if (passed.empty()) {
+        return place.known;
+    }
+    passed.pop_back();
+    CqHandle entity = last->entity;
+    const auto lead = [&](Place& to) {
+        entity = to.entity == 0 ? entity : to.entity;
+        if (last->known) {
+            to.at = last->at;
+            to.hasHeight = last->hasHeight;
+            to.known = true;
+            to.entity = entity;
+        }
+    };
+    std::for_each(passed.rbegin(), passed.rend(), [&](Place* to) {
+        lead(*to);
+        to->ref = last->ref;
+    });
+    lead(place);
     return place.known;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -42,11 +43,18 @@ class PlaceTable {
 
     /// Gives a place that names a point what is known of it, over any number of names. False when
     /// the place has no coordinates then: there is no such point so far, or its names go in a
-    /// circle.
-    [[nodiscard]] bool Resolve(Place& place) const;
+    /// circle. The points on the way remember where it leads, so that a file in which each names
+    /// the one before is not walked from end to end for each of them.
+    [[nodiscard]] bool Resolve(Place& place);
 
  private:
-    std::map<std::string, Place, std::less<>> m_places;
+    struct Named {
+        Place place;
+        std::uint64_t walk = 0;  // which passed it last
+    };
+
+    std::map<std::string, Named, std::less<>> m_places;
+    std::uint64_t m_walks = 0;
 };
 
 }  // namespace cqsurvey::exchange::landxml

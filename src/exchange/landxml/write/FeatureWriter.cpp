@@ -47,6 +47,25 @@ void FeatureWriter::Place(std::string_view name, const WalkedVertex& vertex) {
     m_out.End();
 }
 
+bool FeatureWriter::CanWrite(const std::vector<WalkedVertex>& vertices) {
+    for (std::size_t i = 0; i < vertices.size(); ++i) {
+        const PathVertex& from = vertices[i].vertex;
+        if (!IsFinite(from.at) || !std::isfinite(from.bulge)) {
+            return false;
+        }
+        if (from.bulge != 0.0 && i + 1 < vertices.size() &&
+            (from.at.x != vertices[i + 1].vertex.at.x ||
+             from.at.y != vertices[i + 1].vertex.at.y)) {
+            const PlanArc arc = ArcOf(from.at, vertices[i + 1].vertex.at, from.bulge);
+            if (!std::isfinite(arc.x) || !std::isfinite(arc.y) || !std::isfinite(arc.radius) ||
+                !std::isfinite(arc.radius * arc.sweep)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
 void FeatureWriter::Segment(const WalkedVertex& from, const WalkedVertex& to) {
     const Vec3& p = from.vertex.at;
     const Vec3& q = to.vertex.at;
@@ -73,10 +92,8 @@ DrawingOutcome FeatureWriter::Polyline(const CqCadEntity& entity,
     if (vertices.size() < 2) {
         return LeftOut("it has fewer than two vertices");
     }
-    for (const WalkedVertex& vertex : vertices) {
-        if (!IsFinite(vertex.vertex.at) || !std::isfinite(vertex.vertex.bulge)) {
-            return LeftOut(kNotFinite);
-        }
+    if (!CanWrite(vertices)) {
+        return LeftOut(kNotFinite);
     }
     for (const WalkedVertex& vertex : vertices) {
         const bool named =
@@ -99,7 +116,8 @@ DrawingOutcome FeatureWriter::Circle(const CqCadEntity& entity) {
     WalkedVertex centre;
     centre.vertex.at = PlaceOf(entity, centre.vertex.hasHeight);
     const double radius = entity.GetRadius();
-    if (!IsFinite(centre.vertex.at) || !std::isfinite(radius) || !(radius > 0.0)) {
+    if (!IsFinite(centre.vertex.at) || !std::isfinite(centre.vertex.at.x + radius) ||
+        !std::isfinite(centre.vertex.at.x - radius) || !(radius > 0.0)) {
         return LeftOut("its radius is not positive, or its numbers are not finite");
     }
     BeginFeature(entity);

@@ -27,6 +27,8 @@ class FeatureWriter {
 
  private:
     [[nodiscard]] static Extras ExtrasOf(const CqCadEntity& entity);
+    /// True when the vertices and the arcs between them are numbers that a file may hold.
+    [[nodiscard]] static bool CanWrite(const std::vector<WalkedVertex>& vertices);
     void BeginFeature(const CqCadEntity& entity);
     void Place(std::string_view name, const WalkedVertex& vertex);
     void Place(std::string_view name, const Vec3& at, bool hasHeight);

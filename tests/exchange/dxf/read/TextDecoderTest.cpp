@@ -34,5 +34,13 @@ TEST(TextDecoderTest, BytesThatAreNoCharactersAreReplacedAndCounted) {
     EXPECT_EQ(decoder.GetBad(), 1U);
 }
 
+TEST(TextDecoderTest, InANameOnlyTheCaretItselfIsWrittenWithACaret) {
+    TextDecoder decoder;
+    EXPECT_EQ(decoder.DecodeName("a^ b"), u"a^b");
+    EXPECT_EQ(decoder.DecodeName("^ ^ ^ "), u"^^^");
+    EXPECT_EQ(decoder.DecodeName("^  x^J^"), u"^ x^J^");
+    EXPECT_EQ(decoder.DecodeName("\\U+039B^ "), u"\u039B^");
+}
+
 }  // namespace
 }  // namespace cqsurvey::exchange::dxf

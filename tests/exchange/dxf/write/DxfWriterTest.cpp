@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 #include <string>
 #include <vector>
@@ -207,6 +208,30 @@ TEST(DxfWriterTest, TheSizeOfAnImageIsReadFromItsFirstBytes) {
     EXPECT_FALSE(ReadImageKind("GIF89a and more bytes than any of the heads"));
     EXPECT_FALSE(ReadImageKind(""));
     EXPECT_FALSE(ReadImageKind(std::string("\xFF\xD8\xFF\xE0\xFF\xFF", 6) + std::string(40, 'x')));
+}
+
+TEST(DxfWriterTest, TheBackgroundImageIsLeftOutOfR12AndWithoutAFileAndSaidToBe) {
+    DrawnJob job;
+    std::FILE* file = std::fopen(job.folder.Utf8("a.png").c_str(), "wb");
+    ASSERT_NE(file, nullptr);
+    std::fwrite("picture", 1, 7, file);
+    std::fclose(file);
+    ASSERT_EQ(job.db.StoreBackgroundImageFile(job.folder.Path(u"a.png"), 0, CVector(0, 0),
+                                              CVector(1, 1), 0),
+              1);
+    const auto write = [&](const DxfWriteOptions& options, std::string& text) {
+        return DxfWriter(job.db, options, [&](std::string_view bytes) { text += bytes; })
+            .Write()
+            .GetNotes()
+            .back();
+    };
+    std::string old;
+    EXPECT_EQ(write({.version = DxfVersion::R12, .image = DxfImage{"a.png", 4, 2}}, old),
+              "the background image is not written: R12 has no images");
+    EXPECT_EQ(old.find("IMAGE"), std::string::npos);
+    std::string without;
+    EXPECT_EQ(write({}, without), "the background image is not written");
+    EXPECT_EQ(without.find("IMAGE"), std::string::npos);
 }
 
 }  // namespace

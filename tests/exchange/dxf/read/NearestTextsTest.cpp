@@ -1,0 +1,95 @@
+#include "exchange/dxf/read/NearestTexts.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "exchange/drawing/DrawingJob.h"
+#include "support/Drawing.h"
+
+namespace cqsurvey::exchange::dxf {
+namespace {
+
+class NearestTextsTest : public testing::Test {
+ protected:
+    /// The names of the job's points after naming, in their order.
+    std::vector<std::string> Name() {
+        PointNames names(
+            [this](const CString& name) { return job.db.GetCoordRecHandleByPtName(name) != 0; });
+        NearestTexts(job.db, options, report, names).Name();
+        std::vector<std::string> found;
+        for (const CqCadEntityPtr& entity : Entities(job.db)) {
+            if (entity->GetType() == EntSiPnt) {
+                found.push_back(ToUtf8(entity->GetName()));
+            }
+        }
+        return found;
+    }
+
+    DrawingJob job;
+    DxfReadOptions options;
+    DrawingReport report;
+};
+
+using List = std::vector<std::string>;
+
+TEST_F(NearestTextsTest, TheNearestPairComesFirstAndATextNamesOnePoint) {
+    DrawPoint(job.db, u"", 0, 0);
+    DrawPoint(job.db, u"", 3, 0);
+    DrawText(job.db, u"A", 2, 0, 1);
+    EXPECT_EQ(Name(), (List{"", "A"}));
+    EXPECT_EQ(
+        report.GetNotes().back(),
+        "1 point named after the nearest text, 0 of them with a number added; 1 found no text "
+        "near enough");
+}
+
+TEST_F(NearestTextsTest, TheReachIsTheHeightOfTheTextTimesTheOption) {
+    options.nameReach = 2.0;
+    DrawPoint(job.db, u"", 0, 0);
+    DrawPoint(job.db, u"", 100, 0);
+    DrawText(job.db, u"near", 4, 0, 2);
+    DrawText(job.db, u"far", 104.001, 0, 2);
+    EXPECT_EQ(Name(), (List{"near", ""}));
+}
+
+TEST_F(NearestTextsTest, PointsWithANameKeepItAndANameInUseGetsANumber) {
+    DrawPoint(job.db, u"A", 0, 0);
+    DrawPoint(job.db, u"", 10, 0);
+    DrawText(job.db, u"A", 10, 0, 1);
+    EXPECT_EQ(Name(), (List{"A", "A_2"}));
+}
+
+TEST_F(NearestTextsTest, OnlyTheTextsOfTheLayerAreAsked) {
+    options.nameLayer = "numbers";
+    DrawPoint(job.db, u"", 0, 0);
+    DrawText(job.db, u"other", 0, 0, 1);
+    job.db.AddLayer(u"NUMBERS", 7, 0);
+    job.db.SetCurrentLayer(u"NUMBERS");
+    DrawText(job.db, u"7", 1, 0, 1);
+    EXPECT_EQ(Name(), List{"7"});
+}
+
+TEST_F(NearestTextsTest, ALongTextIsCutAndACodeAndHeightStay) {
+    DrawPoint(job.db, u"", 1, 2, 3, 42);
+    DrawText(job.db, u"a text of more than nineteen", 1, 2, 1);
+    EXPECT_EQ(Name(), List{"a text of more than"});
+    CqCoordRec record;
+    ASSERT_NE(job.db.GetCoordRec(job.db.GetCoordRecHandleByPtName(u"a text of more than"), record),
+              0);
+    EXPECT_EQ(record.GetCode(), 42);
+    double at[3];
+    record.GetPoint(at);
+    EXPECT_EQ(at[2], 3.0);
+}
+
+TEST_F(NearestTextsTest, AJobWithoutTextsOrWithFlatOnesHasNoneToGive) {
+    DrawPoint(job.db, u"", 0, 0);
+    EXPECT_EQ(Name(), List{""});
+    DrawText(job.db, u"flat", 0, 0, 0);
+    EXPECT_EQ(Name(), List{""});
+}
+
+}  // namespace
+}  // namespace cqsurvey::exchange::dxf
