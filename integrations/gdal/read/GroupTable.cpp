@@ -2,12 +2,10 @@
 
 #include <limits>
 
-#include "gdal/write/FeatureRecorder.h"
-
 namespace cqsurvey::gdal {
 
 GroupTable::GroupTable(const LayerContext& context)
-    : JobLayer(context, "groups", wkbNone, {FieldRole::Name}) {}
+    : JobLayer(context, RecordKind::Groups, "groups", wkbNone, {FieldRole::Name}) {}
 
 std::vector<CqHandle> GroupTable::List() {
     std::vector<CqHandle> handles;
@@ -36,10 +34,6 @@ std::unique_ptr<OGRFeature> GroupTable::Read(CqHandle handle) {
     FeatureFiller filler = Fill(handle);
     filler.Set(FieldRole::Name, name);
     return filler.Take();
-}
-
-CqHandle GroupTable::Record(const OGRFeature& feature) {
-    return Context().recorder->RecordGroup(feature, Fields());
 }
 
 }  // namespace cqsurvey::gdal

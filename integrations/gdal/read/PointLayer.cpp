@@ -8,12 +8,11 @@
 
 #include "gdal/NameCondition.h"
 #include "gdal/Style.h"
-#include "gdal/write/FeatureRecorder.h"
 
 namespace cqsurvey::gdal {
 
 PointLayer::PointLayer(const LayerContext& context)
-    : JobLayer(context, "points", wkbPoint25D,
+    : JobLayer(context, RecordKind::Points, "points", wkbPoint25D,
                {FieldRole::Name, FieldRole::Code, FieldRole::CodeWord, FieldRole::Description,
                 FieldRole::Group, FieldRole::Layer, FieldRole::Color, FieldRole::Hidden,
                 FieldRole::Time, FieldRole::Height, FieldRole::Origin, FieldRole::Flags}) {}
@@ -121,12 +120,12 @@ bool PointLayer::Narrow(OGRFeatureQuery& filter, std::vector<CqHandle>& handles)
     return true;
 }
 
-CqHandle PointLayer::Record(const OGRFeature& feature) {
-    return Context().recorder->RecordPoint(feature, Fields());
-}
-
-bool PointLayer::Erase(CqHandle handle) {
-    return Db().DelCoordRec(handle) != 0;
+void PointLayer::Follow(CqHandle handle, std::uint64_t version) {
+    CqCoordRec record;
+    if (m_namesVersion == version && Db().GetCoordRec(handle, record) != 0) {
+        m_names.emplace(FoldAscii(ToUtf8(record.GetPtName())), handle);
+        m_namesVersion = Context().job.Version();
+    }
 }
 
 }  // namespace cqsurvey::gdal
