@@ -137,6 +137,11 @@ int JobDataset::TestCapability(const char* capability) {
 }
 
 void JobDataset::StateSystem(const OGRSpatialReference& system) {
+    // A GeoPackage says so that it knows no system.
+    if (EQUAL(system.GetName(), "Undefined geographic SRS") ||
+        EQUAL(system.GetName(), "Undefined Cartesian SRS")) {
+        return;
+    }
     if (system.IsGeographic() != 0 || system.IsGeocentric() != 0) {
         throw RecordFailure("A job has plane coordinates, and these are in " +
                             std::string(system.GetName()) +

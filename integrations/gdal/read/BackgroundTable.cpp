@@ -1,12 +1,28 @@
 #include "gdal/read/BackgroundTable.h"
 
+#include <cpl_conv.h>
+
 #include <cstdlib>
+#include <string>
 
 namespace cqsurvey::gdal {
 
 namespace {
 
 constexpr CqHandle kOnly = 1;
+
+/// A number of the image's placement. The settings have more digits of it than the operation that
+/// reads the image hands out.
+double Placement(CqSurveyDB& db, const char16_t* key, double read) {
+    CString text;
+    if (db.GetSettingsString(CqSurveyDB::m_BGSettingsSection, key, text, CString()) == 0) {
+        return read;
+    }
+    const std::string number = ToUtf8(text);
+    char* end = nullptr;
+    const double value = CPLStrtod(number.c_str(), &end);
+    return end != number.c_str() ? value : read;
+}
 
 }  // namespace
 
@@ -42,11 +58,11 @@ std::unique_ptr<OGRFeature> BackgroundTable::Read(CqHandle handle) {
     FeatureFiller filler = Fill(handle);
     filler.SetBytes(FieldRole::Image, data, length);
     filler.Set(FieldRole::ImageType, type);
-    filler.Set(FieldRole::Easting, centre.GetX());
-    filler.Set(FieldRole::Northing, centre.GetY());
-    filler.Set(FieldRole::Width, size.GetX());
-    filler.Set(FieldRole::ImageHeight, size.GetY());
-    filler.Set(FieldRole::Rotation, rotation);
+    filler.Set(FieldRole::Easting, Placement(Db(), u"CenterX", centre.GetX()));
+    filler.Set(FieldRole::Northing, Placement(Db(), u"CenterY", centre.GetY()));
+    filler.Set(FieldRole::Width, Placement(Db(), u"SizeX", size.GetX()));
+    filler.Set(FieldRole::ImageHeight, Placement(Db(), u"SizeY", size.GetY()));
+    filler.Set(FieldRole::Rotation, Placement(Db(), u"Rotation", rotation));
     return filler.Take();
 }
 

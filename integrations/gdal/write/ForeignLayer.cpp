@@ -174,8 +174,12 @@ std::unique_ptr<OGRGeometry> ForeignLayer::Gather(
     if (parts.empty()) {
         return nullptr;
     }
-    const OGRwkbGeometryType type = m_definition->GetGeomType();
-    if (OGR_GT_IsSubClassOf(wkbFlatten(type), wkbCurvePolygon) != 0) {
+    const OGRwkbGeometryType type = wkbFlatten(m_definition->GetGeomType());
+    const bool any = type == wkbUnknown || type == wkbNone;
+    for (const std::unique_ptr<OGRGeometry>& part : parts) {
+        part->set3D(any || OGR_GT_HasZ(m_definition->GetGeomType()) != 0 ? TRUE : FALSE);
+    }
+    if (OGR_GT_IsSubClassOf(type, wkbCurvePolygon) != 0) {
         // The rings of one polygon, the outer one first.
         auto polygon = std::make_unique<OGRCurvePolygon>();
         for (const std::unique_ptr<OGRGeometry>& part : parts) {
@@ -186,19 +190,17 @@ std::unique_ptr<OGRGeometry> ForeignLayer::Gather(
         }
         return std::unique_ptr<OGRGeometry>(OGRGeometryFactory::forceTo(polygon.release(), type));
     }
-    std::unique_ptr<OGRGeometry> whole = std::move(parts.front());
-    if (parts.size() > 1) {
-        auto collection = std::make_unique<OGRGeometryCollection>();
-        collection->addGeometryDirectly(whole.release());
-        for (std::size_t i = 1; i < parts.size(); ++i) {
-            collection->addGeometryDirectly(parts[i].release());
-        }
-        whole = std::move(collection);
+    if (parts.size() == 1) {
+        // Straight lines are those again for a program that expects them.
+        OGRGeometry* only = parts.front().release();
+        return std::unique_ptr<OGRGeometry>(any ? only : OGRGeometryFactory::forceTo(only, type));
     }
-    // Straight lines are those again for a program that expects them.
-    return type == wkbUnknown || type == wkbNone
-               ? std::move(whole)
-               : std::unique_ptr<OGRGeometry>(OGRGeometryFactory::forceTo(whole.release(), type));
+    auto collection = std::make_unique<OGRGeometryCollection>();
+    for (std::unique_ptr<OGRGeometry>& part : parts) {
+        collection->addGeometryDirectly(part.release());
+    }
+    return std::unique_ptr<OGRGeometry>(
+        any ? collection.release() : OGRGeometryFactory::forceTo(collection.release(), type));
 }
 
 std::unique_ptr<OGRFeature> ForeignLayer::Read(const WrittenFeatures::Entry& entry) {
