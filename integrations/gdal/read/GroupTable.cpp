@@ -7,6 +7,20 @@ namespace cqsurvey::gdal {
 GroupTable::GroupTable(const LayerContext& context)
     : JobLayer(context, RecordKind::Groups, "groups", wkbNone, {FieldRole::Name}) {}
 
+CString GroupTable::NameOf(CqSurveyDB& db, CqHandle group) {
+    if (group > std::numeric_limits<std::uint16_t>::max()) {
+        return {};
+    }
+    try {
+        return db.GetGroupName(static_cast<std::uint16_t>(group));
+    } catch (const CqSurveyException& failure) {
+        if (failure.m_code == error::kNoRecord) {
+            return {};
+        }
+        throw;
+    }
+}
+
 std::vector<CqHandle> GroupTable::List() {
     std::vector<CqHandle> handles;
     CStringList names;
@@ -24,10 +38,7 @@ GIntBig GroupTable::Count() {
 }
 
 std::unique_ptr<OGRFeature> GroupTable::Read(CqHandle handle) {
-    if (handle > std::numeric_limits<std::uint16_t>::max()) {
-        return nullptr;
-    }
-    const CString name = Db().GetGroupName(static_cast<std::uint16_t>(handle));
+    const CString name = NameOf(Db(), handle);
     if (name.empty()) {
         return nullptr;
     }

@@ -8,6 +8,7 @@
 
 #include "gdal/NameCondition.h"
 #include "gdal/Style.h"
+#include "gdal/read/GroupTable.h"
 
 namespace cqsurvey::gdal {
 
@@ -58,8 +59,7 @@ std::unique_ptr<OGRFeature> PointLayer::Read(CqHandle handle) {
     Db().GetCoordDescription(handle, description);
     filler.Set(FieldRole::Description, description);
     filler.Set(FieldRole::CodeWord, CString(CodeWord(std::u16string_view(description))));
-    filler.Set(FieldRole::Group,
-               record.GetGroup() != 0 ? Db().GetGroupName(record.GetGroup()) : CString());
+    filler.Set(FieldRole::Group, GroupTable::NameOf(Db(), record.GetGroup()));
     filler.SetTime(FieldRole::Time, record.GetRecTime());
     filler.Set(FieldRole::Origin, static_cast<int>(record.GetType()));
     filler.Set(FieldRole::Flags, static_cast<GIntBig>(record.GetFlags()));
