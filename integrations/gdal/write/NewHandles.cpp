@@ -1,7 +1,5 @@
 #include "gdal/write/NewHandles.h"
 
-#include <ranges>
-
 namespace cqsurvey::gdal {
 
 void NewHandles::Set(GIntBig id, CqHandle handle) {
@@ -27,7 +25,8 @@ void NewHandles::KeepTransaction() {
 }
 
 void NewHandles::UndoTransaction() {
-    for (const auto& [id, before] : std::views::reverse(m_before)) {
+    for (auto noted = m_before.rbegin(); noted != m_before.rend(); ++noted) {
+        const auto& [id, before] = *noted;
         if (before) {
             m_handles[id] = *before;
         } else {
