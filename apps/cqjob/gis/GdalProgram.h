@@ -5,8 +5,9 @@
 
 namespace cqsurvey::cqjob {
 
-/// GDAL's programs ogr2ogr and ogrinfo, with the driver for jobs. The driver is looked for where it was
-/// installed with this program, or where it was built; the variable GDAL_DRIVER_PATH comes first.
+/// GDAL's programs ogr2ogr and ogrinfo, with the driver for jobs. The driver is looked for where it
+/// was installed with this program, or where it was built; the variable GDAL_DRIVER_PATH comes
+/// first.
 class GdalProgram {
  public:
     /// Throws Failure with a sentence that says what is missing.
