@@ -108,7 +108,7 @@ void Describe(GDALDriver& driver) {
     driver.SetMetadataItem(GDAL_DMD_EXTENSION, "job");
     driver.SetMetadataItem(GDAL_DMD_EXTENSIONS, "job");
     driver.SetMetadataItem(GDAL_DMD_CREATIONFIELDDATATYPES,
-                           "Integer Integer64 Real String Date Time DateTime");
+                           "Integer Integer64 Real String Date Time DateTime Binary");
     driver.SetMetadataItem(GDAL_DMD_CREATIONFIELDDATASUBTYPES, "Boolean Int16 Float32");
     driver.SetMetadataItem(
         GDAL_DMD_OPENOPTIONLIST,

@@ -57,6 +57,12 @@ void FeatureFiller::Set(FieldRole role, const CString& value) {
     }
 }
 
+void FeatureFiller::SetBytes(FieldRole role, const std::uint8_t* bytes, std::uint32_t count) {
+    if (const auto index = Index(role)) {
+        m_feature->SetField(*index, static_cast<int>(count), bytes);
+    }
+}
+
 void FeatureFiller::SetTime(FieldRole role, std::uint32_t seconds) {
     if (const auto index = Index(role)) {
         std::tm parts{};

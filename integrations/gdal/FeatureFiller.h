@@ -2,6 +2,7 @@
 
 #include <ogr_feature.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,7 @@ class FeatureFiller {
     void Set(FieldRole role, double value);
     /// Null when the text is empty.
     void Set(FieldRole role, const CString& value);
+    void SetBytes(FieldRole role, const std::uint8_t* bytes, std::uint32_t count);
     void SetTime(FieldRole role, std::uint32_t seconds);
 
     /// Whether it is worth making a geometry.

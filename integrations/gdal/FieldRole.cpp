@@ -48,6 +48,9 @@ const FieldForm& FormOf(FieldRole role) {
         {"section", OFTString},
         {"key", OFTString},
         {"value", OFTString},
+        {"image", OFTBinary},
+        {"image_type", OFTInteger},
+        {"image_height", OFTReal},
     }};
     return forms.at(static_cast<std::size_t>(role));
 }

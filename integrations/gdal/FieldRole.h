@@ -45,8 +45,11 @@ enum class FieldRole : std::uint8_t {
     Section,
     Key,
     Value,
+    Image,
+    ImageType,
+    ImageHeight,
 };
-inline constexpr std::size_t kFieldRoles = static_cast<std::size_t>(FieldRole::Value) + 1;
+inline constexpr std::size_t kFieldRoles = static_cast<std::size_t>(FieldRole::ImageHeight) + 1;
 
 /// How the job's own layers call a role and what type they give it.
 struct FieldForm {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "gdal/Guard.h"
+#include "gdal/read/BackgroundTable.h"
 #include "gdal/read/BitmapLayer.h"
 #include "gdal/read/CircleLayer.h"
 #include "gdal/read/DrawingLayerTable.h"
@@ -16,7 +17,7 @@
 #include "gdal/read/SettingTable.h"
 #include "gdal/read/TextLayer.h"
 #include "gdal/read/VertexLayer.h"
-#include "gdal/write/ForeignLayer.h"
+#include "gdal/write/DatasetStep.h"
 
 namespace cqsurvey::gdal {
 
@@ -51,28 +52,45 @@ JobDataset::JobDataset(SharedJob::Lease job, Use use, const Options& options)
     const std::scoped_lock lock(m_job->Mutex());
     ReadSystem();
     m_context.system = m_system.get();
+    // In the order of RecordKind.
+    m_own.push_back(std::make_unique<PointLayer>(m_context));
+    m_own.push_back(std::make_unique<PolylineLayer>(m_context, PolylineLayer::Shape::Lines));
+    m_own.push_back(std::make_unique<VertexLayer>(m_context));
+    m_own.push_back(std::make_unique<TextLayer>(m_context));
+    m_own.push_back(std::make_unique<CircleLayer>(m_context));
+    m_own.push_back(std::make_unique<BitmapLayer>(m_context));
+    m_own.push_back(std::make_unique<DrawingLayerTable>(m_context));
+    m_own.push_back(std::make_unique<GroupTable>(m_context));
+    m_own.push_back(std::make_unique<SettingTable>(m_context));
+    m_own.push_back(std::make_unique<BackgroundTable>(m_context));
     if (use == Use::Make) {
         return;
     }
-    m_layers.push_back(std::make_unique<PointLayer>(m_context));
-    m_layers.push_back(std::make_unique<PolylineLayer>(m_context, PolylineLayer::Shape::Lines));
-    if (options.areas) {
-        m_layers.push_back(std::make_unique<PolylineLayer>(m_context, PolylineLayer::Shape::Areas));
+    for (const std::unique_ptr<JobLayer>& layer : m_own) {
+        m_layers.push_back(layer.get());
     }
-    m_layers.push_back(std::make_unique<VertexLayer>(m_context));
-    m_layers.push_back(std::make_unique<TextLayer>(m_context));
-    m_layers.push_back(std::make_unique<CircleLayer>(m_context));
-    m_layers.push_back(std::make_unique<BitmapLayer>(m_context));
-    m_layers.push_back(std::make_unique<DrawingLayerTable>(m_context));
-    m_layers.push_back(std::make_unique<GroupTable>(m_context));
-    m_layers.push_back(std::make_unique<SettingTable>(m_context));
+    if (!BackgroundTable::IsThere(m_job->Db())) {
+        m_layers.pop_back();
+    }
+    if (options.areas) {
+        m_areas = std::make_unique<PolylineLayer>(m_context, PolylineLayer::Shape::Areas);
+        m_layers.insert(m_layers.begin() + 2, m_areas.get());
+    }
+}
+
+JobLayer& JobDataset::OwnLayer(RecordKind kind) {
+    return *m_own.at(static_cast<std::size_t>(kind));
 }
 
 JobDataset::~JobDataset() {
     // An open transaction is undone.
     const std::scoped_lock lock(m_job->Mutex());
-    m_batch.reset();
-    m_layers.clear();
+    if (m_job->HasBatchOf(*this)) {
+        m_job->UndoBatch();
+    }
+    m_made.clear();
+    m_areas.reset();
+    m_own.clear();
     m_recorder.reset();
     (void)Guard(false, [&] {
         m_job->StopWriting(m_context.writes);
@@ -85,6 +103,7 @@ void JobDataset::ReadSystem() {
     if (const auto unit = job.GetUnit()) {
         GDALDataset::SetMetadataItem("LENGTH_UNIT", GetUnitName(*unit));
     }
+    m_system.reset();
     const std::string text = ToUtf8(job.GetSystem());
     if (text.empty()) {
         return;
@@ -105,7 +124,7 @@ OGRLayer* JobDataset::GetLayer(int index) {
     if (index < 0 || index >= GetLayerCount()) {
         return nullptr;
     }
-    return m_layers[static_cast<std::size_t>(index)].get();
+    return m_layers[static_cast<std::size_t>(index)];
 }
 
 int JobDataset::TestCapability(const char* capability) {
@@ -118,6 +137,11 @@ int JobDataset::TestCapability(const char* capability) {
 }
 
 void JobDataset::StateSystem(const OGRSpatialReference& system) {
+    // A GeoPackage says so that it knows no system.
+    if (EQUAL(system.GetName(), "Undefined geographic SRS") ||
+        EQUAL(system.GetName(), "Undefined Cartesian SRS")) {
+        return;
+    }
     if (system.IsGeographic() != 0 || system.IsGeocentric() != 0) {
         throw RecordFailure("A job has plane coordinates, and these are in " +
                             std::string(system.GetName()) +
@@ -160,11 +184,24 @@ void JobDataset::StateSystem(const OGRSpatialReference& system) {
     }
     m_job->Changed();
     ReadSystem();
+    ShowSystem();
+}
+
+void JobDataset::ShowSystem() {
     m_context.system = m_system.get();
-    for (const std::unique_ptr<OGRLayer>& layer : m_layers) {
-        if (layer->GetLayerDefn()->GetGeomFieldCount() > 0) {
-            layer->GetLayerDefn()->GetGeomFieldDefn(0)->SetSpatialRef(m_system.get());
+    const auto show = [this](OGRLayer& layer) {
+        if (layer.GetLayerDefn()->GetGeomFieldCount() > 0) {
+            layer.GetLayerDefn()->GetGeomFieldDefn(0)->SetSpatialRef(m_system.get());
         }
+    };
+    for (const std::unique_ptr<JobLayer>& layer : m_own) {
+        show(*layer);
+    }
+    if (m_areas != nullptr) {
+        show(*m_areas);
+    }
+    for (const std::unique_ptr<ForeignLayer>& layer : m_made) {
+        show(*layer);
     }
 }
 
@@ -176,57 +213,77 @@ OGRLayer* JobDataset::ICreateLayer(const char* name, OGRSpatialReference* system
     }
     const std::scoped_lock lock(m_job->Mutex());
     return Guard<OGRLayer*>(nullptr, [&]() -> OGRLayer* {
-        m_context.Write();
+        DatasetStep step(m_context);
         if (system != nullptr && !system->IsEmpty()) {
             StateSystem(*system);
         }
+        step.Keep();
         if (OGRLayer* own = GetLayerByName(name)) {
             return own;
         }
-        m_layers.push_back(std::make_unique<ForeignLayer>(m_context, name, type, options));
-        return m_layers.back().get();
+        m_made.push_back(std::make_unique<ForeignLayer>(
+            m_context, name, type, options,
+            [this](RecordKind kind) -> JobLayer& { return OwnLayer(kind); }));
+        m_layers.push_back(m_made.back().get());
+        return m_layers.back();
     });
 }
 
 OGRErr JobDataset::StartTransaction(int /*force*/) {
-    if (m_recorder == nullptr || m_batch != nullptr) {
+    const std::scoped_lock lock(m_job->Mutex());
+    if (m_recorder == nullptr || m_job->HasBatchOf(*this)) {
         CPLError(CE_Failure, CPLE_AppDefined, "%s",
                  m_recorder == nullptr ? "The job is open for reading only"
                                        : "A transaction is open already");
         return OGRERR_FAILURE;
     }
-    const std::scoped_lock lock(m_job->Mutex());
     return Guard<OGRErr>(OGRERR_FAILURE, [&] {
         m_context.Write();
-        m_batch = std::make_unique<CqBatch>(m_job->Db());
+        m_job->BeginBatch(*this);
+        m_recorder->BeginTransaction();
+        for (const std::unique_ptr<ForeignLayer>& layer : m_made) {
+            layer->Written().BeginTransaction();
+        }
         return OGRERR_NONE;
     });
 }
 
+void JobDataset::ForgetTransaction() {
+    m_recorder->UndoTransaction();
+    for (const std::unique_ptr<ForeignLayer>& layer : m_made) {
+        layer->Written().UndoTransaction();
+    }
+    ReadSystem();
+    ShowSystem();
+}
+
 OGRErr JobDataset::CommitTransaction() {
-    if (m_batch == nullptr) {
+    const std::scoped_lock lock(m_job->Mutex());
+    if (!m_job->HasBatchOf(*this)) {
         CPLError(CE_Failure, CPLE_AppDefined, "No transaction is open");
         return OGRERR_FAILURE;
     }
-    const std::scoped_lock lock(m_job->Mutex());
     return Guard<OGRErr>(OGRERR_FAILURE, [&] {
-        const std::unique_ptr<CqBatch> batch = std::move(m_batch);
-        m_job->Changed();
-        batch->Commit();
+        try {
+            m_job->CommitBatch();
+        } catch (const CqSurveyException&) {
+            ForgetTransaction();
+            throw;
+        }
+        m_recorder->KeepTransaction();
         return OGRERR_NONE;
     });
 }
 
 OGRErr JobDataset::RollbackTransaction() {
-    if (m_batch == nullptr) {
+    const std::scoped_lock lock(m_job->Mutex());
+    if (!m_job->HasBatchOf(*this)) {
         CPLError(CE_Failure, CPLE_AppDefined, "No transaction is open");
         return OGRERR_FAILURE;
     }
-    const std::scoped_lock lock(m_job->Mutex());
     return Guard<OGRErr>(OGRERR_FAILURE, [&] {
-        m_batch.reset();
-        m_recorder->Forget();
-        m_job->Changed();
+        m_job->UndoBatch();
+        ForgetTransaction();
         return OGRERR_NONE;
     });
 }

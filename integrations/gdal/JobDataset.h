@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include <cqsurvey/CqBatch.h>
-
+#include "gdal/LayerContext.h"
 #include "gdal/SharedJob.h"
 #include "gdal/read/JobLayer.h"
 #include "gdal/write/FeatureRecorder.h"
+#include "gdal/write/ForeignLayer.h"
 
 namespace cqsurvey::gdal {
 
@@ -56,19 +56,28 @@ class JobDataset : public GDALDataset {
  private:
     /// Finds out what the job's coordinates mean.
     void ReadSystem();
+    /// Gives it to the layers.
+    void ShowSystem();
     /// States the system of a layer in a job without one, and throws RecordFailure when the job is
     /// in another one or the system is not one of a plane.
     void StateSystem(const OGRSpatialReference& system);
 
+    /// The layer that reads records of a kind.
+    [[nodiscard]] JobLayer& OwnLayer(RecordKind kind);
+    /// Forgets what was written in a transaction that is undone.
+    void ForgetTransaction();
+
     SharedJob::Lease m_job;
     std::unique_ptr<FeatureRecorder> m_recorder;
-    std::unique_ptr<CqBatch> m_batch;
     struct ReleaseSystem {
         void operator()(OGRSpatialReference* system) const { system->Release(); }
     };
     std::unique_ptr<OGRSpatialReference, ReleaseSystem> m_system;
     LayerContext m_context;
-    std::vector<std::unique_ptr<OGRLayer>> m_layers;
+    std::vector<std::unique_ptr<JobLayer>> m_own;  ///< by kind; all there is to read
+    std::unique_ptr<JobLayer> m_areas;
+    std::vector<std::unique_ptr<ForeignLayer>> m_made;
+    std::vector<OGRLayer*> m_layers;  ///< those that are shown
 };
 
 }  // namespace cqsurvey::gdal

@@ -139,6 +139,26 @@ void SharedJob::StopWriting(bool& held) {
     }
 }
 
+void SharedJob::BeginBatch(const GDALDataset& owner) {
+    if (m_batch != nullptr) {
+        throw CqSurveyException(error::kInvalidArgument,
+                                "the job has a transaction open already in this program");
+    }
+    m_batch = std::make_unique<CqBatch>(Db());
+    m_batchOwner = &owner;
+}
+
+void SharedJob::CommitBatch() {
+    const std::unique_ptr<CqBatch> batch = std::move(m_batch);
+    Changed();
+    batch->Commit();
+}
+
+void SharedJob::UndoBatch() noexcept {
+    m_batch.reset();
+    Changed();
+}
+
 const DrawingIndex& SharedJob::Drawing() {
     if (m_drawingVersion != m_version) {
         m_drawing.Make(m_db);

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cpl_vsi.h>
+#include <gdal_priv.h>
+#include <ogr_core.h>
 #include <sys/types.h>
 
 #include <compare>
@@ -68,6 +70,22 @@ class SharedJob {
     /// What a caller of Write does at its end. After the last one the job is open for reading.
     void StopWriting(bool& held);
 
+    /// Begins a batch for a dataset. The job has one at a time, and what another dataset changed
+    /// meanwhile would be undone with it: while there is one, throws CqSurveyException with
+    /// error::kInvalidArgument.
+    void BeginBatch(const GDALDataset& owner);
+    [[nodiscard]] bool HasBatchOf(const GDALDataset& owner) const {
+        return m_batch != nullptr && m_batchOwner == &owner;
+    }
+    /// Ends the batch. Throws as CqBatch::Commit; the batch is then undone.
+    void CommitBatch();
+    /// Undoes the batch, if there is one.
+    void UndoBatch() noexcept;
+
+    /// Where vertices were moved to or added. The box of the drawing that the job keeps does not
+    /// follow them.
+    [[nodiscard]] OGREnvelope& BoxOfMoved() { return m_boxOfMoved; }
+
     /// What is in the drawing and how its layers look; made anew after a change.
     [[nodiscard]] const DrawingIndex& Drawing();
     [[nodiscard]] const LayerLook& Look();
@@ -108,6 +126,9 @@ class SharedJob {
     std::uint64_t m_lookVersion = 0;
     DrawingIndex m_drawing;
     LayerLook m_look;
+    std::unique_ptr<CqBatch> m_batch;
+    const GDALDataset* m_batchOwner = nullptr;
+    OGREnvelope m_boxOfMoved;
 };
 
 }  // namespace cqsurvey::gdal

@@ -107,10 +107,12 @@ class GdalDriverFuzz : public FuzzTarget {
         for (int i = 0; i < layer.GetLayerDefn()->GetFieldCount(); ++i) {
             (void)!copy->CreateField(layer.GetLayerDefn()->GetFieldDefn(i));
         }
+        GIntBig first = 0;
         GIntBig last = 0;
         int left = 500;
         for (const auto& feature : layer) {
             last = feature->GetFID();
+            first = first == 0 ? last : first;
             OGRFeature other(copy->GetLayerDefn());
             other.SetFrom(feature.get());
             other.SetFID(last);
@@ -129,7 +131,39 @@ class GdalDriverFuzz : public FuzzTarget {
              {GIntBig{0}, GIntBig{1}, last + 1, std::numeric_limits<GIntBig>::max()}) {
             const OGRFeatureUniquePtr feature(layer.GetFeature(id));
         }
+        ReadAll(*copy);
+        Exchange(layer, first, last);
+        (void)!layer.StartTransaction();
+        Exchange(layer, last, first);
+        (void)!layer.RollbackTransaction();
         (void)!layer.DeleteFeature(last);
+        ReadAll(layer);
+    }
+
+    static void ReadAll(OGRLayer& layer) {
+        int left = 500;
+        for (const auto& feature : layer) {
+            RequirePromise(feature != nullptr, "a loop has features");
+            if (--left == 0) {
+                break;
+            }
+        }
+    }
+
+    /// Writes a feature over another one, and over itself with all that it says.
+    static void Exchange(OGRLayer& layer, GIntBig from, GIntBig to) {
+        const OGRFeatureUniquePtr feature(layer.GetFeature(from));
+        if (feature == nullptr) {
+            return;
+        }
+        (void)!layer.SetFeature(feature.get());
+        feature->SetFID(to);
+        (void)!layer.SetFeature(feature.get());
+        const int name = feature->GetFieldIndex("name");
+        if (name >= 0) {
+            feature->SetFieldNull(name);
+            (void)!layer.SetFeature(feature.get());
+        }
     }
 
     /// Lines "field=value", an empty line, and then a geometry as WKB.
@@ -177,6 +211,7 @@ class GdalDriverFuzz : public FuzzTarget {
             feature.SetFID(id);
             (void)!layer.CreateFeature(&feature);
         }
+        ReadAll(layer);
     }
 
     FuzzFolder m_folder;

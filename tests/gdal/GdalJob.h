@@ -93,6 +93,21 @@ class GdalJob : public testing::Test {
         return db.EndPline(list);
     }
 
+    /// A job of 20 points and circles.
+    void DrawSome(const char* name = "site.job") const {
+        MakeJob(
+            [](CqSurveyDB& db) {
+                CqJobSystem(db).SetSystem(u"EPSG:2230");
+                CqJobSystem(db).SetUnit(CqLengthUnit::UsSurveyFoot);
+                for (int i = 0; i < 20; ++i) {
+                    AddPoint(db, FromUtf8("P" + std::to_string(i)), 100 + i, 200 + 2 * i, i);
+                    const std::array<double, 3> at{100.0 + i, 200, 0};
+                    db.AddCircle(at.data(), 1, 0, i);
+                }
+            },
+            name);
+    }
+
     [[nodiscard]] Dataset Open(std::vector<const char*> options = {},
                                const char* name = "site.job") const {
         return OpenAs(GDAL_OF_READONLY, options, name);

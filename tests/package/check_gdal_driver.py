@@ -29,9 +29,14 @@ def run(*words, status=0, **variables):
 
 
 def contents(job):
-    """Everything but handles and the order of layers."""
+    """Everything but handles, and the order of entities of different kinds."""
     entities = run(cqjob, "entities", job).splitlines()
+    image = job + ".image"
+    run(cqjob, "image", "fetch", job, image, "--force")
     return (
+        run(cqjob, "layers", "list", job),
+        run(cqjob, "image", "info", job),
+        hashlib.sha256(pathlib.Path(image).read_bytes()).hexdigest(),
         run(cqjob, "export", job, "-", "--all-columns"),
         sorted(re.sub(r" (of|tied to) \d+", r" \1", " ".join(line.split()[1:])) for line in entities),
         run(cqjob, "check", job).split(",")[-1],
@@ -50,6 +55,9 @@ with tempfile.TemporaryDirectory() as name:
     run(cqjob, "new", site, "--crs", "EPSG:32633")
     run(cqjob, "import", site, points, "--order", "pnezd")
     run(draw_sample, site)
+    picture = pathlib.Path(__file__).resolve().parents[2] / "docs" / "gis.png"
+    run(cqjob, "image", "store", site, str(picture), *"--east 2000.125 --north 5000.25".split(),
+        *"--width 120 --height 80".split())
     before = hashlib.sha256(pathlib.Path(site).read_bytes()).hexdigest()
 
     package = str(folder / "site.gpkg")
@@ -64,8 +72,17 @@ with tempfile.TemporaryDirectory() as name:
     assert "has a point" in run(cqjob, "import", back, package, status=1)
     assert pathlib.Path(back).read_bytes() == kept
 
-    run("ogr2ogr", "-q", "-f", "CqSurvey", third, package, GDAL_DRIVER_PATH=plugins)
+    tables = "layers groups settings points polylines vertices texts circles bitmaps background"
+    run("ogr2ogr", "-q", "-f", "CqSurvey", third, package, *tables.split(), GDAL_DRIVER_PATH=plugins)
     same(site, third)
+    # What else is in the file comes after the job.
+    parcels = folder / "parcels.csv"
+    parcels.write_text("WKT,owner\n\"LINESTRING (0 0,9 9)\",Smith\n")
+    run("ogr2ogr", "-q", "-update", package, str(parcels), "-nln", "Plots (old)")
+    more = str(folder / "more.job")
+    run(cqjob, "new", more)
+    run(cqjob, "import", more, package)
+    assert "Plots (old)" in run(cqjob, "layers", "list", more)
     listed = run("ogrinfo", "-ro", site, GDAL_DRIVER_PATH=plugins)
     assert "using driver `CqSurvey'" in listed, listed
     # Neither this driver nor another one overwrites a job.

@@ -46,6 +46,32 @@ void Copy(const std::string& from, OutputFile& to) {
     }
 }
 
+/// The layers to import, in an order in which the job comes out the same: its layers before what is
+/// on them, and polylines before their vertices. None stands for all that GDAL lists.
+///
+/// What comes from a job has its tables. A file has nothing to do with other things, so what else
+/// is in it comes too; a database has.
+std::vector<std::string> LayersToImport(const GdalProgram& program, const std::string& source) {
+    std::vector<std::string> layers;
+    for (const char* own : {"layers", "groups", "settings", "points", "polylines", "vertices",
+                            "texts", "circles", "bitmaps", "background"}) {
+        if (program.HasLayer(source, own)) {
+            layers.emplace_back(own);
+        }
+        // The first three are those that nobody else has together.
+        if (std::string_view(own) == "settings" && layers.size() < 3) {
+            return {};
+        }
+    }
+    for (const std::string& listed : program.ListLayers(source)) {
+        if (!IsDatabase(source) &&
+            std::find(layers.begin(), layers.end(), listed) == layers.end()) {
+            layers.push_back(listed);
+        }
+    }
+    return layers;
+}
+
 /// What went over, for people or for programs.
 void Tell(Console& console, const std::string& job, const std::string& other, bool json,
           const SVDB_INFORMATION& after, const SVDB_INFORMATION& before) {
@@ -105,8 +131,19 @@ void GisExchange::Import(Console& console, const std::string& job, const std::st
                          const std::string& duplicates, bool json) {
     const SVDB_INFORMATION before = CountOf(job);
     const GdalProgram program;
-    program.Run({"-q", "-update", "-ds_transaction", "-doo", "MAKE_LAYERS=YES", "-doo",
-                 "DUPLICATES=" + duplicates, job, source});
+    std::vector<std::string> arguments{"-q",
+                                       "-update",
+                                       "-ds_transaction",
+                                       "-doo",
+                                       "MAKE_LAYERS=YES",
+                                       "-doo",
+                                       "DUPLICATES=" + duplicates,
+                                       job,
+                                       source};
+    for (std::string& layer : LayersToImport(program, source)) {
+        arguments.push_back(std::move(layer));
+    }
+    program.Run(arguments);
     const SVDB_INFORMATION after = CountOf(job);
     Tell(console, job, json ? source : job, json, after, before);
 }

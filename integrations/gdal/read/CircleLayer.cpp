@@ -4,15 +4,13 @@
 
 #include "gdal/Curve.h"
 #include "gdal/Style.h"
-#include "gdal/write/FeatureRecorder.h"
 
 namespace cqsurvey::gdal {
 
 CircleLayer::CircleLayer(const LayerContext& context)
-    : EntityLayer(context, "circles", wkbCircularStringZ,
+    : EntityLayer(context, RecordKind::Circles, "circles", wkbCircularStringZ,
                   {FieldRole::Radius, FieldRole::Easting, FieldRole::Northing, FieldRole::Layer,
-                   FieldRole::Color, FieldRole::Hidden, FieldRole::Line, FieldRole::Code},
-                  EntCircle) {}
+                   FieldRole::Color, FieldRole::Hidden, FieldRole::Line, FieldRole::Code}) {}
 
 bool CircleLayer::Fill(FeatureFiller& filler, const CqCadEntity& entity) {
     std::array<double, 3> at{};
@@ -28,14 +26,6 @@ bool CircleLayer::Fill(FeatureFiller& filler, const CqCadEntity& entity) {
         filler.Set(MakeCircle(CVector(at[0], at[1]), HeightFor(at[2]), entity.GetRadius()));
     }
     return true;
-}
-
-CqHandle CircleLayer::Record(const OGRFeature& feature) {
-    return Context().recorder->RecordCircle(feature, Fields());
-}
-
-bool CircleLayer::Erase(CqHandle handle) {
-    return Db().DeleteCircle(handle) != 0;
 }
 
 }  // namespace cqsurvey::gdal

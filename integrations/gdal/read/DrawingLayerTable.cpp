@@ -2,12 +2,10 @@
 
 #include <algorithm>
 
-#include "gdal/write/FeatureRecorder.h"
-
 namespace cqsurvey::gdal {
 
 DrawingLayerTable::DrawingLayerTable(const LayerContext& context)
-    : JobLayer(context, "layers", wkbNone,
+    : JobLayer(context, RecordKind::Layers, "layers", wkbNone,
                {FieldRole::Name, FieldRole::Color, FieldRole::Line, FieldRole::Hidden}) {
     GetLayerDefn()->GetFieldDefn(0)->SetWidth(static_cast<int>(limits::kLayerName));
 }
@@ -48,10 +46,6 @@ std::unique_ptr<OGRFeature> DrawingLayerTable::Read(CqHandle handle) {
     filler.Set(FieldRole::Line, Db().GetLayerLine(name));
     filler.Set(FieldRole::Hidden, color < 0 ? 1 : 0);
     return filler.Take();
-}
-
-CqHandle DrawingLayerTable::Record(const OGRFeature& feature) {
-    return Context().recorder->RecordLayer(feature, Fields());
 }
 
 }  // namespace cqsurvey::gdal

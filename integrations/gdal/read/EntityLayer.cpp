@@ -5,12 +5,31 @@
 
 namespace cqsurvey::gdal {
 
-EntityLayer::EntityLayer(const LayerContext& context, const char* name, OGRwkbGeometryType type,
-                         std::initializer_list<FieldRole> roles, EntType kind)
-    : JobLayer(context, name, type, roles), m_kind(kind) {}
+namespace {
+
+EntType TypeOf(RecordKind kind) {
+    switch (kind) {
+        case RecordKind::Polylines:
+            return EntPline;
+        case RecordKind::Vertices:
+            return EntVertex;
+        case RecordKind::Texts:
+            return EntText;
+        case RecordKind::Circles:
+            return EntCircle;
+        default:
+            return EntBitmap;
+    }
+}
+
+}  // namespace
+
+EntityLayer::EntityLayer(const LayerContext& context, RecordKind kind, const char* name,
+                         OGRwkbGeometryType type, std::initializer_list<FieldRole> roles)
+    : JobLayer(context, kind, name, type, roles), m_type(TypeOf(kind)) {}
 
 std::vector<CqHandle> EntityLayer::List() {
-    return Context().job.Drawing().Get(m_kind);
+    return Context().job.Drawing().Get(m_type);
 }
 
 GIntBig EntityLayer::Count() {
@@ -20,7 +39,7 @@ GIntBig EntityLayer::Count() {
     if (CqSurveyDB::GetDBInformation(kKinds, CString(), info, &Db()) == 0) {
         return static_cast<GIntBig>(List().size());
     }
-    switch (m_kind) {
+    switch (m_type) {
         case EntPline:
             return info.numPlines;
         case EntVertex:
@@ -35,7 +54,7 @@ GIntBig EntityLayer::Count() {
 }
 
 std::unique_ptr<OGRFeature> EntityLayer::Read(CqHandle handle) {
-    const CqCadEntityPtr entity = ReadEntity(Db(), handle, m_kind);
+    const CqCadEntityPtr entity = ReadEntity(Db(), handle, m_type);
     if (!entity) {
         return nullptr;
     }

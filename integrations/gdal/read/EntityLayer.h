@@ -7,8 +7,8 @@ namespace cqsurvey::gdal {
 /// A layer of the entities of one kind, in drawing order.
 class EntityLayer : public JobLayer {
  protected:
-    EntityLayer(const LayerContext& context, const char* name, OGRwkbGeometryType type,
-                std::initializer_list<FieldRole> roles, EntType kind);
+    EntityLayer(const LayerContext& context, RecordKind kind, const char* name,
+                OGRwkbGeometryType type, std::initializer_list<FieldRole> roles);
 
     std::vector<CqHandle> List() override;
     GIntBig Count() override;
@@ -24,7 +24,7 @@ class EntityLayer : public JobLayer {
     [[nodiscard]] double HeightFor(double height) const;
 
  private:
-    EntType m_kind;
+    EntType m_type;
 };
 
 }  // namespace cqsurvey::gdal

@@ -2,12 +2,24 @@
 
 #include <limits>
 
-#include "gdal/write/FeatureRecorder.h"
-
 namespace cqsurvey::gdal {
 
 GroupTable::GroupTable(const LayerContext& context)
-    : JobLayer(context, "groups", wkbNone, {FieldRole::Name}) {}
+    : JobLayer(context, RecordKind::Groups, "groups", wkbNone, {FieldRole::Name}) {}
+
+CString GroupTable::NameOf(CqSurveyDB& db, CqHandle group) {
+    if (group > std::numeric_limits<std::uint16_t>::max()) {
+        return {};
+    }
+    try {
+        return db.GetGroupName(static_cast<std::uint16_t>(group));
+    } catch (const CqSurveyException& failure) {
+        if (failure.m_code == error::kNoRecord) {
+            return {};
+        }
+        throw;
+    }
+}
 
 std::vector<CqHandle> GroupTable::List() {
     std::vector<CqHandle> handles;
@@ -26,20 +38,13 @@ GIntBig GroupTable::Count() {
 }
 
 std::unique_ptr<OGRFeature> GroupTable::Read(CqHandle handle) {
-    if (handle > std::numeric_limits<std::uint16_t>::max()) {
-        return nullptr;
-    }
-    const CString name = Db().GetGroupName(static_cast<std::uint16_t>(handle));
+    const CString name = NameOf(Db(), handle);
     if (name.empty()) {
         return nullptr;
     }
     FeatureFiller filler = Fill(handle);
     filler.Set(FieldRole::Name, name);
     return filler.Take();
-}
-
-CqHandle GroupTable::Record(const OGRFeature& feature) {
-    return Context().recorder->RecordGroup(feature, Fields());
 }
 
 }  // namespace cqsurvey::gdal

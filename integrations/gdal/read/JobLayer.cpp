@@ -8,12 +8,49 @@
 #include <utility>
 
 #include "gdal/Guard.h"
+#include "gdal/write/DatasetStep.h"
+#include "gdal/write/FeatureRecorder.h"
 
 namespace cqsurvey::gdal {
 
-JobLayer::JobLayer(const LayerContext& context, const char* name, OGRwkbGeometryType type,
-                   std::initializer_list<FieldRole> roles)
-    : m_context(context), m_definition(new OGRFeatureDefn(name)) {
+namespace {
+
+/// Lets all fields be read, also those that the reader ignores, for as long as it lives.
+class WholeFeatures {
+ public:
+    explicit WholeFeatures(OGRFeatureDefn& definition) : m_definition(definition) {
+        for (int i = 0; i < definition.GetFieldCount(); ++i) {
+            m_ignored.push_back(definition.GetFieldDefn(i)->IsIgnored() != 0);
+            definition.GetFieldDefn(i)->SetIgnored(FALSE);
+        }
+        m_geometry = definition.IsGeometryIgnored() != 0;
+        definition.SetGeometryIgnored(FALSE);
+    }
+    WholeFeatures(const WholeFeatures&) = delete;
+    WholeFeatures& operator=(const WholeFeatures&) = delete;
+    ~WholeFeatures() {
+        for (int i = 0; i < m_definition.GetFieldCount(); ++i) {
+            m_definition.GetFieldDefn(i)->SetIgnored(
+                m_ignored[static_cast<std::size_t>(i)] ? TRUE : FALSE);
+        }
+        m_definition.SetGeometryIgnored(m_geometry ? TRUE : FALSE);
+    }
+
+ private:
+    OGRFeatureDefn& m_definition;
+    std::vector<bool> m_ignored;
+    bool m_geometry = false;
+};
+
+bool IsHandle(GIntBig id) {
+    return id >= 1 && id <= std::numeric_limits<CqHandle>::max();
+}
+
+}  // namespace
+
+JobLayer::JobLayer(const LayerContext& context, RecordKind kind, const char* name,
+                   OGRwkbGeometryType type, std::initializer_list<FieldRole> roles)
+    : m_context(context), m_kind(kind), m_definition(new OGRFeatureDefn(name)) {
     m_definition->Reference();
     m_definition->SetGeomType(type);
     if (type != wkbNone) {
@@ -114,7 +151,7 @@ OGRErr JobLayer::SetNextByIndex(GIntBig index) {
 }
 
 OGRFeature* JobLayer::GetFeature(GIntBig id) {
-    if (id < 1 || id > std::numeric_limits<CqHandle>::max()) {
+    if (!IsHandle(id)) {
         return nullptr;
     }
     const std::scoped_lock lock(m_context.job.Mutex());
@@ -145,6 +182,9 @@ OGRErr JobLayer::GetExtent(OGREnvelope* extent, int force) {
         extent->MinY = low.GetY();
         extent->MaxX = high.GetX();
         extent->MaxY = high.GetY();
+        if (m_context.job.BoxOfMoved().IsInit() != 0) {
+            extent->Merge(m_context.job.BoxOfMoved());
+        }
         return std::isfinite(extent->MinX) && std::isfinite(extent->MinY) &&
                std::isfinite(extent->MaxX) && std::isfinite(extent->MaxY) &&
                extent->MinX <= extent->MaxX && extent->MinY <= extent->MaxY;
@@ -182,8 +222,10 @@ int JobLayer::TestCapability(const char* capability) {
     can = can || ((is(OLCFastGetExtent) || is(OLCFastSpatialFilter)) && drawn);
     can = can || ((is(OLCCurveGeometries) || is(OLCZGeometries)) && drawn);
     if (m_context.recorder != nullptr) {
-        can = can || is(OLCTransactions) || (is(OLCSequentialWrite) && CanRecord()) ||
-              (is(OLCDeleteFeature) && CanErase());
+        const bool takes = WhyReadOnly() == nullptr;
+        can = can || is(OLCTransactions) || (is(OLCSequentialWrite) && takes) ||
+              (is(OLCRandomWrite) && takes && FeatureRecorder::WhyNotEdit(m_kind) == nullptr) ||
+              (is(OLCDeleteFeature) && takes && FeatureRecorder::WhyNotErase(m_kind) == nullptr);
     }
     return can ? TRUE : FALSE;
 }
@@ -198,43 +240,82 @@ OGRErr JobLayer::CreateField(OGRFieldDefn* field, int /*approximately*/) {
     return OGRERR_FAILURE;
 }
 
+bool JobLayer::IsRefused(const char* what, const char* kind) const {
+    const char* why = WhyReadOnly();
+    if (m_context.recorder == nullptr) {
+        why = "the job is open for reading only";
+    } else if (why == nullptr) {
+        why = kind;
+    }
+    if (why != nullptr) {
+        CPLError(CE_Failure, CPLE_NoWriteAccess, "Features of \"%s\" cannot be %s: %s",
+                 const_cast<JobLayer*>(this)->GetName(), what, why);
+    }
+    return why != nullptr;
+}
+
 OGRErr JobLayer::ICreateFeature(OGRFeature* feature) {
-    if (!IsWritable()) {
-        CPLError(CE_Failure, CPLE_NoWriteAccess, "The layer \"%s\" takes no features here",
-                 GetName());
+    const std::scoped_lock lock(m_context.job.Mutex());
+    if (IsRefused("recorded", nullptr)) {
         return OGRERR_FAILURE;
     }
-    const std::scoped_lock lock(m_context.job.Mutex());
     return Guard<OGRErr>(OGRERR_FAILURE, [&] {
-        m_context.Write();
-        const CqHandle handle = Record(*feature);
-        m_context.job.Changed();
+        DatasetStep step(m_context);
+        const std::uint64_t version = m_context.job.Version();
+        const CqHandle handle =
+            m_context.recorder->Record(m_kind, *feature, m_fields).front().handle;
+        step.Keep();
+        Follow(handle, version);
         feature->SetFID(static_cast<GIntBig>(handle));
         return OGRERR_NONE;
     });
 }
 
-OGRErr JobLayer::DeleteFeature(GIntBig id) {
-    if (!IsWritable() || !CanErase()) {
-        return OGRLayer::DeleteFeature(id);
+OGRErr JobLayer::ISetFeature(OGRFeature* feature) {
+    const std::scoped_lock lock(m_context.job.Mutex());
+    if (IsRefused("changed", FeatureRecorder::WhyNotEdit(m_kind))) {
+        return OGRERR_FAILURE;
     }
-    if (id < 1 || id > std::numeric_limits<CqHandle>::max()) {
+    if (!IsHandle(feature->GetFID())) {
         return OGRERR_NON_EXISTING_FEATURE;
     }
-    const std::scoped_lock lock(m_context.job.Mutex());
     return Guard<OGRErr>(OGRERR_FAILURE, [&] {
-        const auto handle = static_cast<CqHandle>(id);
-        m_context.Write();
-        if (Read(handle) == nullptr || !Erase(handle)) {
+        const WholeFeatures whole(*m_definition);
+        const auto handle = static_cast<CqHandle>(feature->GetFID());
+        DatasetStep step(m_context);
+        const std::uint64_t version = m_context.job.Version();
+        const std::unique_ptr<OGRFeature> before = Read(handle);
+        if (before == nullptr) {
             return OGRERR_NON_EXISTING_FEATURE;
         }
-        m_context.job.Changed();
+        const FeatureChange change(*before, *feature, m_fields, m_context.missingHeight);
+        m_context.recorder->Edit(m_kind, handle, change);
+        step.Keep();
+        Follow(handle, version);
+        if (const std::unique_ptr<OGRFeature> after = Read(handle)) {
+            m_context.recorder->CountNotKept(change, *after);
+        }
         return OGRERR_NONE;
     });
 }
 
-bool JobLayer::Erase(CqHandle /*handle*/) {
-    return false;
+OGRErr JobLayer::DeleteFeature(GIntBig id) {
+    const std::scoped_lock lock(m_context.job.Mutex());
+    if (IsRefused("deleted", FeatureRecorder::WhyNotErase(m_kind))) {
+        return OGRERR_FAILURE;
+    }
+    if (!IsHandle(id)) {
+        return OGRERR_NON_EXISTING_FEATURE;
+    }
+    return Guard<OGRErr>(OGRERR_FAILURE, [&] {
+        const auto handle = static_cast<CqHandle>(id);
+        DatasetStep step(m_context);
+        if (Read(handle) == nullptr || !m_context.recorder->Erase(m_kind, handle)) {
+            return OGRERR_NON_EXISTING_FEATURE;
+        }
+        step.Keep();
+        return OGRERR_NONE;
+    });
 }
 
 }  // namespace cqsurvey::gdal

@@ -11,31 +11,11 @@
 
 #include "gdal/FeatureFiller.h"
 #include "gdal/FieldMap.h"
-#include "gdal/SharedJob.h"
+#include "gdal/LayerContext.h"
 #include "gdal/SpatialIndex.h"
+#include "gdal/write/RecordKind.h"
 
 namespace cqsurvey::gdal {
-
-class FeatureRecorder;
-
-/// What the layers of a dataset have in common. All of it outlives them.
-struct LayerContext {
-    SharedJob& job;
-    GDALDataset& dataset;
-    /// Records features; null when the dataset is read-only.
-    FeatureRecorder* recorder = nullptr;
-    /// Of all geometries; null when the job states none.
-    OGRSpatialReference* system = nullptr;
-    /// Whether hidden entities are read.
-    bool hidden = true;
-    /// The height of what was not measured.
-    double missingHeight = 0.0;
-    /// Whether the dataset has begun to write.
-    mutable bool writes = false;
-
-    /// To be called before each change; throws as SharedJob::Write.
-    void Write() const { job.Write(writes); }
-};
 
 /// A layer of records of one kind. A feature's id is the handle of its record.
 ///
@@ -51,6 +31,7 @@ class JobLayer : public OGRLayer {
     OGRFeatureDefn* GetLayerDefn() override { return m_definition; }
     const char* GetFIDColumn() override { return "handle"; }
     GDALDataset* GetDataset() override { return &m_context.dataset; }
+    [[nodiscard]] const FieldMap& Fields() const { return m_fields; }
 
     void ResetReading() override;
     OGRFeature* GetNextFeature() override;
@@ -70,18 +51,18 @@ class JobLayer : public OGRLayer {
 
     OGRErr CreateField(OGRFieldDefn* field, int approximately) override;
     OGRErr ICreateFeature(OGRFeature* feature) override;
+    OGRErr ISetFeature(OGRFeature* feature) override;
     OGRErr DeleteFeature(GIntBig id) override;
     OGRErr StartTransaction() override { return m_context.dataset.StartTransaction(FALSE); }
     OGRErr CommitTransaction() override { return m_context.dataset.CommitTransaction(); }
     OGRErr RollbackTransaction() override { return m_context.dataset.RollbackTransaction(); }
 
  protected:
-    JobLayer(const LayerContext& context, const char* name, OGRwkbGeometryType type,
-             std::initializer_list<FieldRole> roles);
+    JobLayer(const LayerContext& context, RecordKind kind, const char* name,
+             OGRwkbGeometryType type, std::initializer_list<FieldRole> roles);
 
     [[nodiscard]] const LayerContext& Context() const { return m_context; }
     [[nodiscard]] CqSurveyDB& Db() const { return m_context.job.Db(); }
-    [[nodiscard]] const FieldMap& Fields() const { return m_fields; }
     [[nodiscard]] FeatureFiller Fill(CqHandle handle) {
         return {*m_definition, m_fields, static_cast<GIntBig>(handle)};
     }
@@ -98,12 +79,11 @@ class JobLayer : public OGRLayer {
     /// may meet it.
     virtual bool Narrow(OGRFeatureQuery& filter, std::vector<CqHandle>& handles);
 
-    /// Whether features can be recorded and deleted in a job that is open for writing.
-    [[nodiscard]] virtual bool CanRecord() const { return true; }
-    [[nodiscard]] virtual bool CanErase() const { return false; }
-    /// Records a feature and returns its handle. Throws when it cannot be recorded.
-    virtual CqHandle Record(const OGRFeature& feature) = 0;
-    virtual bool Erase(CqHandle handle);
+    /// Why a layer takes no features at all; null when it does.
+    [[nodiscard]] virtual const char* WhyReadOnly() const { return nullptr; }
+    /// Called after a record was written, with the version of the job before. An index that was
+    /// good until then can take the record in; otherwise it is made anew when it is asked next.
+    virtual void Follow(CqHandle /*handle*/, std::uint64_t /*version*/) {}
 
  private:
     [[nodiscard]] const std::vector<CqHandle>& All();
@@ -112,9 +92,12 @@ class JobLayer : public OGRLayer {
     [[nodiscard]] bool HasFilter() const {
         return m_poFilterGeom != nullptr || m_poAttrQuery != nullptr;
     }
-    [[nodiscard]] bool IsWritable() const { return m_context.recorder != nullptr && CanRecord(); }
+    /// Says why features cannot be written so, and returns true, when that is so. `kind` is why
+    /// the kind of records forbids it, or null.
+    [[nodiscard]] bool IsRefused(const char* what, const char* kind) const;
 
     const LayerContext& m_context;
+    RecordKind m_kind;
     OGRFeatureDefn* m_definition;
     FieldMap m_fields;
 

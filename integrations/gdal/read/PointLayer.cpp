@@ -8,12 +8,12 @@
 
 #include "gdal/NameCondition.h"
 #include "gdal/Style.h"
-#include "gdal/write/FeatureRecorder.h"
+#include "gdal/read/GroupTable.h"
 
 namespace cqsurvey::gdal {
 
 PointLayer::PointLayer(const LayerContext& context)
-    : JobLayer(context, "points", wkbPoint25D,
+    : JobLayer(context, RecordKind::Points, "points", wkbPoint25D,
                {FieldRole::Name, FieldRole::Code, FieldRole::CodeWord, FieldRole::Description,
                 FieldRole::Group, FieldRole::Layer, FieldRole::Color, FieldRole::Hidden,
                 FieldRole::Time, FieldRole::Height, FieldRole::Origin, FieldRole::Flags}) {}
@@ -59,8 +59,7 @@ std::unique_ptr<OGRFeature> PointLayer::Read(CqHandle handle) {
     Db().GetCoordDescription(handle, description);
     filler.Set(FieldRole::Description, description);
     filler.Set(FieldRole::CodeWord, CString(CodeWord(std::u16string_view(description))));
-    filler.Set(FieldRole::Group,
-               record.GetGroup() != 0 ? Db().GetGroupName(record.GetGroup()) : CString());
+    filler.Set(FieldRole::Group, GroupTable::NameOf(Db(), record.GetGroup()));
     filler.SetTime(FieldRole::Time, record.GetRecTime());
     filler.Set(FieldRole::Origin, static_cast<int>(record.GetType()));
     filler.Set(FieldRole::Flags, static_cast<GIntBig>(record.GetFlags()));
@@ -121,12 +120,12 @@ bool PointLayer::Narrow(OGRFeatureQuery& filter, std::vector<CqHandle>& handles)
     return true;
 }
 
-CqHandle PointLayer::Record(const OGRFeature& feature) {
-    return Context().recorder->RecordPoint(feature, Fields());
-}
-
-bool PointLayer::Erase(CqHandle handle) {
-    return Db().DelCoordRec(handle) != 0;
+void PointLayer::Follow(CqHandle handle, std::uint64_t version) {
+    CqCoordRec record;
+    if (m_namesVersion == version && Db().GetCoordRec(handle, record) != 0) {
+        m_names.emplace(FoldAscii(ToUtf8(record.GetPtName())), handle);
+        m_namesVersion = Context().job.Version();
+    }
 }
 
 }  // namespace cqsurvey::gdal

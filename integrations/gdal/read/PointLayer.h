@@ -19,12 +19,12 @@ class PointLayer : public JobLayer {
     std::unique_ptr<OGRFeature> Read(CqHandle handle) override;
     OGREnvelope BoxOf(CqHandle handle) override;
     bool Narrow(OGRFeatureQuery& filter, std::vector<CqHandle>& handles) override;
-    bool CanErase() const override { return true; }
-    CqHandle Record(const OGRFeature& feature) override;
-    bool Erase(CqHandle handle) override;
+
+    void Follow(CqHandle handle, std::uint64_t version) override;
 
  private:
-    /// By names in lower case, because OGR makes no difference between the cases.
+    /// By names in lower case, because OGR makes no difference between the cases. Former names of
+    /// points may be there too: the filter sees that they are not meant.
     using Names = std::unordered_multimap<std::string, CqHandle>;
     const Names& ByName();
 

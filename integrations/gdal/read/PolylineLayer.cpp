@@ -1,11 +1,10 @@
 #include "gdal/read/PolylineLayer.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
+#include "gdal/PolylineVertices.h"
 #include "gdal/Style.h"
-#include "gdal/write/FeatureRecorder.h"
 
 namespace cqsurvey::gdal {
 
@@ -19,34 +18,20 @@ bool IsClosed(const std::vector<ArcVertex>& vertices) {
 }  // namespace
 
 PolylineLayer::PolylineLayer(const LayerContext& context, Shape shape)
-    : EntityLayer(context, shape == Shape::Lines ? "polylines" : "areas",
+    : EntityLayer(context, RecordKind::Polylines, shape == Shape::Lines ? "polylines" : "areas",
                   shape == Shape::Lines ? wkbCompoundCurveZ : wkbCurvePolygonZ,
                   {FieldRole::Layer, FieldRole::Color, FieldRole::Hidden, FieldRole::Line,
-                   FieldRole::Code, FieldRole::Closed},
-                  EntPline),
+                   FieldRole::Code, FieldRole::Closed}),
       m_shape(shape) {}
 
+const char* PolylineLayer::WhyReadOnly() const {
+    return m_shape == Shape::Lines ? nullptr : "they are those of \"polylines\" once more";
+}
+
 std::vector<ArcVertex> PolylineLayer::VerticesOfPolyline(CqHandle handle) const {
-    std::vector<ArcVertex> vertices;
-    CqCadEntity* read = nullptr;
-    CqHandle next = handle;
-    if (Db().GetNextCadEntity(next, read) == 0) {
-        return vertices;
-    }
-    const CqCadEntityPtr head(read);
-    // The count ends the walk along a damaged chain that runs in a circle.
-    for (int left = Db().GetNumCadEntities(); left > 0 && next != 0; --left) {
-        CqCadEntity* object = nullptr;
-        if (Db().GetNextCadEntity(next, object) == 0) {
-            break;
-        }
-        const CqCadEntityPtr vertex(object);
-        if (vertex->GetType() != EntVertex || vertex->GetPlineHandle() != handle) {
-            break;
-        }
-        std::array<double, 3> at{};
-        vertex->GetPoint(at.data());
-        vertices.push_back({CVector(at[0], at[1]), HeightFor(at[2]), vertex->GetBulge()});
+    std::vector<ArcVertex> vertices = ShapeOf(ReadVertices(Db(), handle));
+    for (ArcVertex& vertex : vertices) {
+        vertex.height = HeightFor(vertex.height);
     }
     return vertices;
 }
@@ -88,14 +73,6 @@ bool PolylineLayer::Fill(FeatureFiller& filler, const CqCadEntity& entity) {
         filler.Set(std::move(area));
     }
     return true;
-}
-
-CqHandle PolylineLayer::Record(const OGRFeature& feature) {
-    return Context().recorder->RecordPolyline(feature, Fields());
-}
-
-bool PolylineLayer::Erase(CqHandle handle) {
-    return Db().DeletePline(handle) != 0;
 }
 
 }  // namespace cqsurvey::gdal

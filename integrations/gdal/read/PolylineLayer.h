@@ -18,10 +18,7 @@ class PolylineLayer : public EntityLayer {
     std::vector<CqHandle> List() override;
     GIntBig Count() override;
     bool Fill(FeatureFiller& filler, const CqCadEntity& entity) override;
-    bool CanRecord() const override { return m_shape == Shape::Lines; }
-    bool CanErase() const override { return m_shape == Shape::Lines; }
-    CqHandle Record(const OGRFeature& feature) override;
-    bool Erase(CqHandle handle) override;
+    const char* WhyReadOnly() const override;
 
  private:
     [[nodiscard]] std::vector<ArcVertex> VerticesOfPolyline(CqHandle handle) const;

@@ -2,12 +2,10 @@
 
 #include <numeric>
 
-#include "gdal/write/FeatureRecorder.h"
-
 namespace cqsurvey::gdal {
 
 SettingTable::SettingTable(const LayerContext& context)
-    : JobLayer(context, "settings", wkbNone,
+    : JobLayer(context, RecordKind::Settings, "settings", wkbNone,
                {FieldRole::Section, FieldRole::Key, FieldRole::Value}) {}
 
 const std::vector<SettingTable::Setting>& SettingTable::Settings() {
@@ -49,10 +47,6 @@ std::unique_ptr<OGRFeature> SettingTable::Read(CqHandle handle) {
     filler.Set(FieldRole::Key, setting.key);
     filler.Set(FieldRole::Value, setting.value);
     return filler.Take();
-}
-
-CqHandle SettingTable::Record(const OGRFeature& feature) {
-    return Context().recorder->RecordSetting(feature, Fields());
 }
 
 }  // namespace cqsurvey::gdal

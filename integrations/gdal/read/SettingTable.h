@@ -13,7 +13,6 @@ class SettingTable : public JobLayer {
     std::vector<CqHandle> List() override;
     GIntBig Count() override;
     std::unique_ptr<OGRFeature> Read(CqHandle handle) override;
-    CqHandle Record(const OGRFeature& feature) override;
 
  private:
     struct Setting {

@@ -3,17 +3,15 @@
 #include <utility>
 
 #include "gdal/Style.h"
-#include "gdal/write/FeatureRecorder.h"
 
 namespace cqsurvey::gdal {
 
 TextLayer::TextLayer(const LayerContext& context)
-    : EntityLayer(context, "texts", wkbPoint25D,
+    : EntityLayer(context, RecordKind::Texts, "texts", wkbPoint25D,
                   {FieldRole::Text, FieldRole::TextHeight, FieldRole::Rotation,
                    FieldRole::AlignAlong, FieldRole::AlignAcross, FieldRole::Style,
                    FieldRole::Layer, FieldRole::Color, FieldRole::Hidden, FieldRole::Code,
-                   FieldRole::OptionStyle, FieldRole::Interval, FieldRole::Thickness},
-                  EntText) {}
+                   FieldRole::OptionStyle, FieldRole::Interval, FieldRole::Thickness}) {}
 
 bool TextLayer::Fill(FeatureFiller& filler, const CqCadEntity& entity) {
     // Two alignments of 16 bits.
@@ -37,14 +35,6 @@ bool TextLayer::Fill(FeatureFiller& filler, const CqCadEntity& entity) {
         filler.Set(PlaceOf(entity));
     }
     return true;
-}
-
-CqHandle TextLayer::Record(const OGRFeature& feature) {
-    return Context().recorder->RecordText(feature, Fields());
-}
-
-bool TextLayer::Erase(CqHandle handle) {
-    return Db().DeleteText(handle) != 0;
 }
 
 }  // namespace cqsurvey::gdal

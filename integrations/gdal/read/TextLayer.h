@@ -11,9 +11,6 @@ class TextLayer : public EntityLayer {
 
  protected:
     bool Fill(FeatureFiller& filler, const CqCadEntity& entity) override;
-    bool CanErase() const override { return true; }
-    CqHandle Record(const OGRFeature& feature) override;
-    bool Erase(CqHandle handle) override;
 };
 
 }  // namespace cqsurvey::gdal

@@ -2,30 +2,23 @@
 
 #include <utility>
 
-#include "gdal/write/FeatureRecorder.h"
+#include "gdal/PolylineVertices.h"
 
 namespace cqsurvey::gdal {
 
 VertexLayer::VertexLayer(const LayerContext& context)
-    : EntityLayer(context, "vertices", wkbPoint25D,
+    : EntityLayer(context, RecordKind::Vertices, "vertices", wkbPoint25D,
                   {FieldRole::Polyline, FieldRole::Number, FieldRole::Bulge, FieldRole::Point,
-                   FieldRole::PointName, FieldRole::Layer, FieldRole::Color, FieldRole::Hidden},
-                  EntVertex) {}
+                   FieldRole::PointName, FieldRole::Layer, FieldRole::Color, FieldRole::Hidden}) {}
 
-int VertexLayer::NumberOf(CqHandle vertex) {
-    if (m_numbersVersion != Context().job.Version()) {
+int VertexLayer::NumberOf(CqHandle vertex, CqHandle polyline) {
+    if (m_numbered != polyline || m_numbersVersion != Context().job.Version()) {
         m_numbers.clear();
-        CqHandle polyline = 0;
         int number = 0;
-        for (const CqHandle handle : List()) {
-            const CqCadEntityPtr entity = ReadEntity(Db(), handle, EntVertex);
-            if (!entity) {
-                continue;
-            }
-            number = entity->GetPlineHandle() == polyline ? number + 1 : 1;
-            polyline = entity->GetPlineHandle();
-            m_numbers.emplace(handle, number);
+        for (const JobVertex& found : ReadVertices(Db(), polyline)) {
+            m_numbers.emplace(found.handle, ++number);
         }
+        m_numbered = polyline;
         m_numbersVersion = Context().job.Version();
     }
     const auto found = m_numbers.find(vertex);
@@ -34,7 +27,7 @@ int VertexLayer::NumberOf(CqHandle vertex) {
 
 bool VertexLayer::Fill(FeatureFiller& filler, const CqCadEntity& entity) {
     filler.Set(FieldRole::Polyline, static_cast<GIntBig>(entity.GetPlineHandle()));
-    filler.Set(FieldRole::Number, NumberOf(entity.GetHandle()));
+    filler.Set(FieldRole::Number, NumberOf(entity.GetHandle(), entity.GetPlineHandle()));
     filler.Set(FieldRole::Bulge, entity.GetBulge());
     const CqHandle symbol = entity.GetMcadSiPointHandle();
     if (const CqCadEntityPtr point =
@@ -47,10 +40,6 @@ bool VertexLayer::Fill(FeatureFiller& filler, const CqCadEntity& entity) {
         filler.Set(PlaceOf(entity));
     }
     return true;
-}
-
-CqHandle VertexLayer::Record(const OGRFeature& feature) {
-    return Context().recorder->RecordVertex(feature, Fields());
 }
 
 }  // namespace cqsurvey::gdal

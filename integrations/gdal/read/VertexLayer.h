@@ -14,13 +14,14 @@ class VertexLayer : public EntityLayer {
 
  protected:
     bool Fill(FeatureFiller& filler, const CqCadEntity& entity) override;
-    CqHandle Record(const OGRFeature& feature) override;
 
  private:
     /// The vertex's place in its polyline, from 1.
-    int NumberOf(CqHandle vertex);
+    int NumberOf(CqHandle vertex, CqHandle polyline);
 
+    /// Of the polyline that was asked for last.
     std::unordered_map<CqHandle, int> m_numbers;
+    CqHandle m_numbered = 0;
     std::uint64_t m_numbersVersion = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "gdal/write/DrawingPen.h"
 
+#include <cstdlib>
 #include <string>
 
 #include "gdal/write/StyleReader.h"
@@ -22,22 +23,60 @@ CString DrawingPen::Cut(const CString& text, std::size_t length, const char* wha
     return text.substr(0, whole);
 }
 
-void DrawingPen::Choose(const FeatureFields& fields, const CString& otherwise) {
+void DrawingPen::ChooseLayer(const CString& layer, const FeatureFields& fields) {
     CqSurveyDB& db = m_job.Db();
-    CString layer = fields.Text(FieldRole::Layer);
-    layer = Cut(layer.empty() ? otherwise : layer, limits::kLayerName, "Layer names");
     if (layer != db.GetCurrentLayer() && db.SetCurrentLayer(layer) == 0) {
         if (db.AddLayer(layer, kInk, 0) == 0 || db.SetCurrentLayer(layer) == 0) {
             throw RecordFailure(fields.Describe() + ": the job takes no layer \"" + ToUtf8(layer) +
                                 "\"");
         }
     }
+}
+
+void DrawingPen::Choose(const FeatureFields& fields, const CString& otherwise) {
+    CqSurveyDB& db = m_job.Db();
+    CString layer = fields.Text(FieldRole::Layer);
+    layer = Cut(layer.empty() ? otherwise : layer, limits::kLayerName, "Layer names");
+    ChooseLayer(layer, fields);
     const std::optional<std::int32_t> own = fields.Int(FieldRole::Color);
     const int color = own ? *own : ReadColor(fields.Feature()).value_or(kOfLayer);
     if (db.SetCurrentColor(color) == 0) {
         m_report.Count("Colours outside the palette became those of the layers",
                        std::to_string(color));
         db.SetCurrentColor(kOfLayer);
+    }
+}
+
+DrawingPen::Look DrawingPen::Read(const FeatureChange& change, const CqCadEntity& entity) {
+    const FeatureFields& fields = change.After();
+    Look look;
+    if (change.Is(FieldRole::Color)) {
+        look.color = fields.Int(FieldRole::Color).value_or(kOfLayer);
+        if (*look.color < limits::kLowestColor || *look.color > limits::kHighestColor) {
+            throw RecordFailure(fields.Describe() + ": the palette has no colour " +
+                                std::to_string(*look.color));
+        }
+    } else if (change.Is(FieldRole::Hidden)) {
+        const int color = std::abs(entity.GetColor());
+        look.color = fields.Int(FieldRole::Hidden).value_or(0) != 0 ? -color : color;
+    }
+    if (change.Is(FieldRole::Layer)) {
+        look.layer = Cut(fields.Text(FieldRole::Layer), limits::kLayerName, "Layer names");
+        if (look.layer->empty()) {
+            throw RecordFailure(fields.Describe() + " names no layer");
+        }
+        ChooseLayer(*look.layer, fields);
+    }
+    return look;
+}
+
+void DrawingPen::Give(const Look& look, CqHandle entity) {
+    CqSurveyDB& db = m_job.Db();
+    if (look.layer) {
+        db.EditCadEntityLayer(entity, *look.layer);
+    }
+    if (look.color) {
+        db.EditCadEntityColor(entity, *look.color);
     }
 }
 

@@ -1,8 +1,6 @@
 #include "gdal/write/EntityRecorder.h"
 
-#include <algorithm>
 #include <array>
-#include <cmath>
 #include <vector>
 
 #include "gdal/write/Place.h"
@@ -13,15 +11,7 @@ namespace cqsurvey::gdal {
 CqHandle EntityRecorder::RecordPolyline(const OGRCurve& curve, const FeatureFields& fields,
                                         const CString& layer) {
     CqSurveyDB& db = m_job.Db();
-    const std::vector<ArcVertex> vertices = VerticesOf(curve);
-    if (vertices.size() < 2) {
-        throw RecordFailure(fields.Describe() + ": a line needs two vertices");
-    }
-    if (!std::all_of(vertices.begin(), vertices.end(), [](const ArcVertex& vertex) {
-            return std::isfinite(vertex.at.GetX()) && std::isfinite(vertex.at.GetY());
-        })) {
-        throw RecordFailure(fields.Describe() + " has a vertex that is not at a place");
-    }
+    const std::vector<ArcVertex> vertices = RequireCourse(curve, fields);
     const int line = fields.Int(FieldRole::Line).value_or(0);
     const int code = fields.Int(FieldRole::Code).value_or(0);
     m_pen.Choose(fields, layer);
@@ -35,25 +25,11 @@ CqHandle EntityRecorder::RecordPolyline(const OGRCurve& curve, const FeatureFiel
 
 CqHandle EntityRecorder::RecordCircle(const CircleShape& circle, const FeatureFields& fields,
                                       const CString& layer) {
-    // The numbers of the fields are exact, but only as long as they speak of the same circle.
-    std::array<double, 3> centre{circle.centre.GetX(), circle.centre.GetY(), circle.height};
-    double radius = circle.radius;
-    const std::optional<double> easting = fields.Real(FieldRole::Easting);
-    const std::optional<double> northing = fields.Real(FieldRole::Northing);
-    const std::optional<double> stated = fields.Real(FieldRole::Radius);
-    const double close = 1e-6 * (1.0 + circle.radius);
-    const auto isClose = [close](double a, double b) { return std::abs(a - b) <= close; };
-    if (easting && northing && isClose(*easting, centre[0]) && isClose(*northing, centre[1])) {
-        centre[0] = *easting;
-        centre[1] = *northing;
-    }
-    if (stated && isClose(std::abs(*stated), radius)) {
-        radius = *stated;
-    }
+    const std::array<double, 3> centre{circle.centre.GetX(), circle.centre.GetY(), circle.height};
     const int line = fields.Int(FieldRole::Line).value_or(0);
     const int code = fields.Int(FieldRole::Code).value_or(0);
     m_pen.Choose(fields, layer);
-    return m_job.Db().AddCircle(centre.data(), radius, line, code);
+    return m_job.Db().AddCircle(centre.data(), circle.radius, line, code);
 }
 
 double EntityRecorder::MapScale() const {

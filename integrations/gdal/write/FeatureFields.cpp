@@ -19,6 +19,16 @@ CString FeatureFields::Text(FieldRole role) const {
     return index ? FromUtf8(m_feature.GetFieldAsString(*index)) : CString();
 }
 
+std::span<const std::uint8_t> FeatureFields::Bytes(FieldRole role) const {
+    const std::optional<int> index = Index(role);
+    if (!index ||
+        const_cast<OGRFeature&>(m_feature).GetFieldDefnRef(*index)->GetType() != OFTBinary) {
+        return {};
+    }
+    const OGRField& field = *m_feature.GetRawFieldRef(*index);
+    return {field.Binary.paData, static_cast<std::size_t>(field.Binary.nCount)};
+}
+
 std::optional<double> FeatureFields::Real(FieldRole role) const {
     const std::optional<int> index = Index(role);
     return index ? std::optional(m_feature.GetFieldAsDouble(*index)) : std::nullopt;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 
@@ -28,6 +29,8 @@ class FeatureFields {
     [[nodiscard]] const OGRFeature& Feature() const { return m_feature; }
     /// Empty when there is none.
     [[nodiscard]] CString Text(FieldRole role) const;
+    /// Empty when there is none. Lives as long as the feature keeps the field.
+    [[nodiscard]] std::span<const std::uint8_t> Bytes(FieldRole role) const;
     [[nodiscard]] std::optional<double> Real(FieldRole role) const;
     /// Throws RecordFailure when the number does not fit.
     [[nodiscard]] std::optional<std::int32_t> Int(FieldRole role) const;

@@ -6,8 +6,11 @@
 #include <array>
 #include <initializer_list>
 #include <mutex>
+#include <utility>
+#include <vector>
 
 #include "gdal/Guard.h"
+#include "gdal/write/DatasetStep.h"
 
 namespace cqsurvey::gdal {
 
@@ -25,10 +28,11 @@ bool IsListed(const char* field, const char* aliases) {
 }  // namespace
 
 ForeignLayer::ForeignLayer(const LayerContext& context, const char* name, OGRwkbGeometryType type,
-                           CSLConstList options)
+                           CSLConstList options, Own own)
     : m_context(context),
       m_definition(new OGRFeatureDefn(name)),
       m_options(CSLDuplicate(options)),
+      m_own(std::move(own)),
       m_layer(FromUtf8(m_options.FetchNameValueDef("LAYER", name))) {
     m_definition->Reference();
     m_definition->SetGeomType(type);
@@ -67,7 +71,8 @@ void ForeignLayer::TellWhatIsLeftOut() {
 int ForeignLayer::TestCapability(const char* capability) {
     const auto is = [capability](const char* name) { return EQUAL(capability, name); };
     return is(OLCSequentialWrite) || is(OLCCreateField) || is(OLCTransactions) ||
-                   is(OLCStringsAsUTF8) || is(OLCCurveGeometries) || is(OLCZGeometries)
+                   is(OLCStringsAsUTF8) || is(OLCCurveGeometries) || is(OLCZGeometries) ||
+                   is(OLCRandomRead)
                ? TRUE
                : FALSE;
 }
@@ -108,78 +113,156 @@ OGRErr ForeignLayer::CreateField(OGRFieldDefn* field, int /*approximately*/) {
     });
 }
 
-ForeignLayer::Kind ForeignLayer::FindKind() const {
-    struct Own {
+std::optional<RecordKind> ForeignLayer::FindKind() const {
+    struct OwnLayer {
         const char* name;
-        Kind kind;
+        RecordKind kind;
+        bool table;
+        // Without these a layer of the name is somebody else's.
         std::initializer_list<FieldRole> roles;
     };
-    // The roles without which a layer of the name is somebody else's.
-    static const std::array<Own, 9> own{
-        {{"points", Kind::Points, {FieldRole::Name}},
-         {"polylines", Kind::Polylines, {FieldRole::Layer}},
-         {"vertices", Kind::Vertices, {FieldRole::Polyline, FieldRole::Number}},
-         {"texts", Kind::Texts, {FieldRole::Text}},
-         {"circles", Kind::Circles, {FieldRole::Radius}},
-         {"bitmaps", Kind::Bitmaps, {FieldRole::Resource}},
-         {"layers", Kind::Layers, {FieldRole::Name}},
-         {"groups", Kind::Groups, {FieldRole::Name}},
-         {"settings", Kind::Settings, {FieldRole::Section, FieldRole::Key, FieldRole::Value}}}};
-    for (const Own& candidate : own) {
-        const bool table = candidate.kind == Kind::Layers || candidate.kind == Kind::Groups ||
-                           candidate.kind == Kind::Settings;
+    static const std::array<OwnLayer, 10> own{
+        {{"points", RecordKind::Points, false, {FieldRole::Name}},
+         {"polylines", RecordKind::Polylines, false, {FieldRole::Layer}},
+         {"vertices", RecordKind::Vertices, false, {FieldRole::Polyline, FieldRole::Number}},
+         {"texts", RecordKind::Texts, false, {FieldRole::Text}},
+         {"circles", RecordKind::Circles, false, {FieldRole::Radius}},
+         {"bitmaps", RecordKind::Bitmaps, false, {FieldRole::Resource}},
+         {"layers", RecordKind::Layers, true, {FieldRole::Name}},
+         {"groups", RecordKind::Groups, true, {FieldRole::Name}},
+         {"settings",
+          RecordKind::Settings,
+          true,
+          {FieldRole::Section, FieldRole::Key, FieldRole::Value}},
+         {"background", RecordKind::Background, true, {FieldRole::Image}}}};
+    for (const OwnLayer& candidate : own) {
         if (EQUAL(m_definition->GetName(), candidate.name) &&
             std::all_of(candidate.roles.begin(), candidate.roles.end(),
                         [&](FieldRole role) { return m_fields.Find(role).has_value(); }) &&
-            table == (m_definition->GetGeomType() == wkbNone)) {
+            candidate.table == (m_definition->GetGeomType() == wkbNone)) {
             return candidate.kind;
         }
     }
-    return Kind::Anything;
-}
-
-CqHandle ForeignLayer::Record(const OGRFeature& feature) {
-    FeatureRecorder& recorder = *m_context.recorder;
-    switch (m_kind.value_or(Kind::Anything)) {
-        case Kind::Points:
-            return recorder.RecordPoint(feature, m_fields);
-        case Kind::Polylines:
-            return recorder.RecordPolyline(feature, m_fields);
-        case Kind::Vertices:
-            return recorder.RecordVertex(feature, m_fields);
-        case Kind::Circles:
-            return recorder.RecordCircle(feature, m_fields);
-        case Kind::Bitmaps:
-            return recorder.RecordBitmap(feature, m_fields);
-        case Kind::Layers:
-            return recorder.RecordLayer(feature, m_fields);
-        case Kind::Groups:
-            return recorder.RecordGroup(feature, m_fields);
-        case Kind::Settings:
-            return recorder.RecordSetting(feature, m_fields);
-        case Kind::Texts:
-            return recorder.RecordText(feature, m_fields);
-        case Kind::Anything:
-            break;
-    }
-    return recorder.RecordForeign(feature, m_fields, m_layer, m_points);
+    return std::nullopt;
 }
 
 OGRErr ForeignLayer::ICreateFeature(OGRFeature* feature) {
     const std::scoped_lock lock(m_context.job.Mutex());
     return Guard<OGRErr>(OGRERR_FAILURE, [&] {
-        if (!m_kind) {
+        if (!m_begun) {
             TellWhatIsLeftOut();
             m_kind = FindKind();
+            m_begun = true;
         }
-        m_context.Write();
-        const CqHandle handle = Record(*feature);
-        m_context.job.Changed();
+        FeatureRecorder& recorder = *m_context.recorder;
+        DatasetStep step(m_context);
+        const std::vector<RecordedPart> parts =
+            m_kind ? recorder.Record(*m_kind, *feature, m_fields)
+                   : recorder.RecordForeign(*feature, m_fields, m_layer, m_points);
+        step.Keep();
         // An id of the program's own stays: features of other layers refer to it.
         if (feature->GetFID() == OGRNullFID) {
-            feature->SetFID(static_cast<GIntBig>(handle));
+            feature->SetFID(static_cast<GIntBig>(parts.front().handle));
         }
+        m_written.Add(feature->GetFID(), parts);
         return OGRERR_NONE;
+    });
+}
+
+std::unique_ptr<OGRGeometry> ForeignLayer::Gather(
+    std::vector<std::unique_ptr<OGRGeometry>> parts) const {
+    if (parts.empty()) {
+        return nullptr;
+    }
+    const OGRwkbGeometryType type = wkbFlatten(m_definition->GetGeomType());
+    const bool any = type == wkbUnknown || type == wkbNone;
+    for (const std::unique_ptr<OGRGeometry>& part : parts) {
+        part->set3D(any || OGR_GT_HasZ(m_definition->GetGeomType()) != 0 ? TRUE : FALSE);
+    }
+    if (OGR_GT_IsSubClassOf(type, wkbCurvePolygon) != 0) {
+        // The rings of one polygon, the outer one first.
+        auto polygon = std::make_unique<OGRCurvePolygon>();
+        for (const std::unique_ptr<OGRGeometry>& part : parts) {
+            if (OGR_GT_IsCurve(part->getGeometryType()) == 0 ||
+                polygon->addRing(part->toCurve()) != OGRERR_NONE) {
+                return std::move(parts.front());
+            }
+        }
+        return std::unique_ptr<OGRGeometry>(OGRGeometryFactory::forceTo(polygon.release(), type));
+    }
+    if (parts.size() == 1) {
+        // Straight lines are those again for a program that expects them.
+        OGRGeometry* only = parts.front().release();
+        return std::unique_ptr<OGRGeometry>(any ? only : OGRGeometryFactory::forceTo(only, type));
+    }
+    auto collection = std::make_unique<OGRGeometryCollection>();
+    for (std::unique_ptr<OGRGeometry>& part : parts) {
+        collection->addGeometryDirectly(part.release());
+    }
+    return std::unique_ptr<OGRGeometry>(
+        any ? collection.release() : OGRGeometryFactory::forceTo(collection.release(), type));
+}
+
+std::unique_ptr<OGRFeature> ForeignLayer::Read(const WrittenFeatures::Entry& entry) {
+    auto feature = std::make_unique<OGRFeature>(m_definition);
+    feature->SetFID(entry.id);
+    std::vector<std::unique_ptr<OGRGeometry>> geometries;
+    bool found = false;
+    for (std::size_t i = 0; i < entry.count; ++i) {
+        const RecordedPart& part = m_written.PartOf(entry, i);
+        JobLayer& own = m_own(part.kind);
+        const OGRFeatureUniquePtr read(own.GetFeature(static_cast<GIntBig>(part.handle)));
+        if (read == nullptr) {
+            continue;
+        }
+        if (OGRGeometry* geometry = read->StealGeometry()) {
+            geometries.emplace_back(geometry);
+        }
+        if (!found) {
+            found = true;
+            std::vector<int> fields(static_cast<std::size_t>(read->GetFieldCount()), -1);
+            for (std::size_t role = 0; role < kFieldRoles; ++role) {
+                const std::optional<int> from = own.Fields().Find(RoleAt(role));
+                if (from) {
+                    fields[static_cast<std::size_t>(*from)] =
+                        m_fields.Find(RoleAt(role)).value_or(-1);
+                }
+            }
+            feature->SetFieldsFrom(read.get(), fields.data(), TRUE);
+            feature->SetStyleString(read->GetStyleString());
+        }
+    }
+    if (!found) {
+        return nullptr;
+    }
+    std::unique_ptr<OGRGeometry> geometry = Gather(std::move(geometries));
+    if (geometry != nullptr && m_definition->GetGeomFieldCount() > 0) {
+        geometry->assignSpatialReference(m_definition->GetGeomFieldDefn(0)->GetSpatialRef());
+        feature->SetGeometryDirectly(geometry.release());
+    }
+    return feature;
+}
+
+OGRFeature* ForeignLayer::GetNextFeature() {
+    const std::scoped_lock lock(m_context.job.Mutex());
+    return Guard<OGRFeature*>(nullptr, [&]() -> OGRFeature* {
+        while (m_next < m_written.GetCount()) {
+            std::unique_ptr<OGRFeature> feature = Read(m_written.At(m_next++));
+            if (feature != nullptr &&
+                (m_poFilterGeom == nullptr || FilterGeometry(feature->GetGeometryRef()) != 0) &&
+                (m_poAttrQuery == nullptr || m_poAttrQuery->Evaluate(feature.get()) != 0)) {
+                return feature.release();
+            }
+        }
+        return nullptr;
+    });
+}
+
+OGRFeature* ForeignLayer::GetFeature(GIntBig id) {
+    const std::scoped_lock lock(m_context.job.Mutex());
+    return Guard<OGRFeature*>(nullptr, [&]() -> OGRFeature* {
+        const std::optional<std::size_t> at = m_written.Find(id);
+        return at ? Read(m_written.At(*at)).release() : nullptr;
     });
 }
 

@@ -1,5 +1,6 @@
 #include "gdal/write/Place.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -57,6 +58,19 @@ std::array<double, 3> PlaceOf(const OGRPoint& point, const FeatureFields& fields
             ? point.getZ()
             : fields.Real(FieldRole::Height).value_or(std::numeric_limits<double>::quiet_NaN());
     return {point.getX(), point.getY(), height};
+}
+
+std::vector<ArcVertex> RequireCourse(const OGRCurve& curve, const FeatureFields& fields) {
+    std::vector<ArcVertex> vertices = VerticesOf(curve);
+    if (vertices.size() < 2) {
+        throw RecordFailure(fields.Describe() + ": a line needs two vertices");
+    }
+    if (!std::all_of(vertices.begin(), vertices.end(), [](const ArcVertex& vertex) {
+            return std::isfinite(vertex.at.GetX()) && std::isfinite(vertex.at.GetY());
+        })) {
+        throw RecordFailure(fields.Describe() + " has a vertex that is not at a place");
+    }
+    return vertices;
 }
 
 std::array<double, 3> OnlyPlaceOf(const FeatureFields& fields) {

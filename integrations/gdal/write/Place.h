@@ -5,6 +5,7 @@
 #include <array>
 #include <vector>
 
+#include "gdal/Curve.h"
 #include "gdal/write/FeatureFields.h"
 
 namespace cqsurvey::gdal {
@@ -21,6 +22,11 @@ struct SingleGeometries {
 /// none, and not-a-number when there is neither. Throws RecordFailure when the point is not at a
 /// place.
 [[nodiscard]] std::array<double, 3> PlaceOf(const OGRPoint& point, const FeatureFields& fields);
+
+/// The vertices of a line. Throws RecordFailure when they are less than two, or one is not at a
+/// place.
+[[nodiscard]] std::vector<ArcVertex> RequireCourse(const OGRCurve& curve,
+                                                   const FeatureFields& fields);
 
 /// The only point of a feature. Throws RecordFailure when it has none, or something else.
 [[nodiscard]] std::array<double, 3> OnlyPlaceOf(const FeatureFields& fields);

@@ -2,8 +2,11 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
+#include <limits>
 #include <string>
 
+#include "gdal/DrawingIndex.h"
 #include "gdal/write/Place.h"
 
 namespace cqsurvey::gdal {
@@ -19,14 +22,13 @@ CString PointRecorder::FreeName(const CString& name) const {
     }
 }
 
-void PointRecorder::ChooseGroup(const FeatureFields& fields) {
+CString PointRecorder::GroupOf(const FeatureFields& fields) {
     CqSurveyDB& db = m_job.Db();
-    const CString group =
-        m_pen.Cut(fields.Text(FieldRole::Group), limits::kGroupName, "Names of groups");
-    if (db.SetCurrentGroup(group) == 0 && !group.empty()) {
+    CString group = m_pen.Cut(fields.Text(FieldRole::Group), limits::kGroupName, "Names of groups");
+    if (!group.empty() && db.GetGroupID(group) == 0) {
         db.AddGroup(group);
-        db.SetCurrentGroup(group);
     }
+    return group;
 }
 
 CString PointRecorder::DescriptionOf(const FeatureFields& fields, int& code) const {
@@ -71,7 +73,7 @@ CqHandle PointRecorder::Record(const OGRPoint& point, const FeatureFields& field
         }
     }
     m_pen.Choose(fields, layer);
-    ChooseGroup(fields);
+    db.SetCurrentGroup(GroupOf(fields));
     const CqHandle handle = db.AddCoordRec(at.data(), name, code, origin, flags);
     if (time) {
         db.EditCoordRecTime(handle, *time);
@@ -80,6 +82,76 @@ CqHandle PointRecorder::Record(const OGRPoint& point, const FeatureFields& field
         (void)db.AddCoordDescription(handle, description);
     }
     return handle;
+}
+
+CString PointRecorder::NameAfter(CqHandle handle, const CString& before,
+                                 const FeatureChange& change) {
+    const CString name =
+        change.Is(FieldRole::Name)
+            ? m_pen.Cut(change.After().Text(FieldRole::Name), limits::kPointName, "Names of points")
+            : before;
+    const CqHandle named = name.empty() ? 0 : m_job.Db().GetCoordRecHandleByPtName(name);
+    if (named != 0 && named != handle) {
+        throw RecordFailure(change.After().Describe() + ": the job has a point \"" + ToUtf8(name) +
+                            "\" already");
+    }
+    return name;
+}
+
+void PointRecorder::Describe(CqHandle handle, const CString& text) {
+    CqSurveyDB& db = m_job.Db();
+    CString before;
+    if (text.empty()) {
+        db.DelCoordDescription(handle);
+    } else if (db.GetCoordDescription(handle, before) != 0) {
+        (void)db.EditCoordDescription(handle, text);
+    } else {
+        (void)db.AddCoordDescription(handle, text);
+    }
+}
+
+void PointRecorder::Edit(CqHandle handle, const FeatureChange& change) {
+    CqSurveyDB& db = m_job.Db();
+    const FeatureFields& fields = change.After();
+    // What can be refused comes first.
+    const CqHandle symbol = db.GetCadEntityHandleByCoordRecHandle(handle);
+    const CqCadEntityPtr entity = ReadEntity(db, symbol, EntSiPnt);
+    CqCoordRec record;
+    if (db.GetCoordRec(handle, record) == 0 || !entity ||
+        db.GetCoordRecHandleByCadEntityHandle(symbol) != handle) {
+        throw RecordFailure(fields.Describe() + ": the point's record is damaged");
+    }
+    std::array<double, 3> before{};
+    record.GetPoint(before.data());
+    std::array<double, 3> at = change.Place(before);
+    const bool raised = at[2] != before[2] && !(std::isnan(at[2]) && std::isnan(before[2]));
+    if (change.Is(FieldRole::Height) && !raised) {
+        at[2] = fields.Real(FieldRole::Height).value_or(std::numeric_limits<double>::quiet_NaN());
+    }
+    const CString name = NameAfter(handle, record.GetPtName(), change);
+    const int code = change.Int(FieldRole::Code, record.GetCode());
+    const std::uint32_t flags = change.Unsigned(FieldRole::Flags, record.GetFlags());
+    const std::optional<std::uint32_t> time =
+        change.Is(FieldRole::Time) ? fields.Time(FieldRole::Time) : std::nullopt;
+    const DrawingPen::Look look = m_pen.Read(change, *entity);
+
+    m_pen.Give(look, symbol);
+    if (change.IsGeometry() || change.Is(FieldRole::Height) || change.Is(FieldRole::Name) ||
+        change.Is(FieldRole::Code)) {
+        (void)db.EditCoordRec(handle, name, at.data(), code);
+    }
+    if (change.Is(FieldRole::Flags)) {
+        db.EditCoordRecFlags(handle, flags);
+    }
+    if (time) {
+        db.EditCoordRecTime(handle, *time);
+    }
+    if (change.Is(FieldRole::Group)) {
+        db.EditCoordRecGroup(handle, db.GetGroupID(GroupOf(fields)));
+    }
+    if (change.Is(FieldRole::Description)) {
+        Describe(handle, fields.Text(FieldRole::Description));
+    }
 }
 
 }  // namespace cqsurvey::gdal

@@ -2,6 +2,7 @@
 
 #include "gdal/SharedJob.h"
 #include "gdal/write/DrawingPen.h"
+#include "gdal/write/FeatureChange.h"
 #include "gdal/write/FeatureFields.h"
 #include "gdal/write/RecordingReport.h"
 
@@ -14,7 +15,7 @@ enum class Duplicates {
     Refuse   ///< the feature fails
 };
 
-/// Records survey points.
+/// Records and changes survey points.
 class PointRecorder {
  public:
     PointRecorder(SharedJob& job, RecordingReport& report, DrawingPen& pen, Duplicates duplicates)
@@ -24,9 +25,17 @@ class PointRecorder {
     /// RecordFailure and CqSurveyException.
     CqHandle Record(const OGRPoint& point, const FeatureFields& fields, const CString& layer);
 
+    /// Throws RecordFailure, with nothing changed, when the point cannot become what the feature
+    /// says, such as when another one has its name.
+    void Edit(CqHandle handle, const FeatureChange& change);
+
  private:
+    [[nodiscard]] CString NameAfter(CqHandle handle, const CString& before,
+                                    const FeatureChange& change);
+    void Describe(CqHandle handle, const CString& text);
     [[nodiscard]] CString FreeName(const CString& name) const;
-    void ChooseGroup(const FeatureFields& fields);
+    /// Makes sure that there is the group that the feature names, and returns its name.
+    [[nodiscard]] CString GroupOf(const FeatureFields& fields);
     [[nodiscard]] CString DescriptionOf(const FeatureFields& fields, int& code) const;
 
     SharedJob& m_job;

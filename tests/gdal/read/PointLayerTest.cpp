@@ -108,5 +108,19 @@ TEST_F(PointLayerTest, FieldsAndGeometriesThatAreIgnoredAreNotReadButStylesAre) 
     EXPECT_NE(point->GetStyleString(), nullptr);
 }
 
+TEST_F(PointLayerTest, APointInAGroupThatIsNotThereIsReadAsOneInNone) {
+    MakeJob([](CqSurveyDB& db) {
+        for (const std::uint16_t group : {std::uint16_t{77}, std::uint16_t{0}}) {
+            const CqHandle point = AddPoint(db, group == 0 ? u"B" : u"A", 0, 0);
+            ASSERT_EQ(db.EditCoordRecGroup(point, group), 1);
+        }
+    });
+    const Dataset dataset = Open();
+    const Messages messages;
+    EXPECT_EQ(Texts(*dataset->GetLayer(0), "name"), (std::vector<std::string>{"A", "B"}));
+    EXPECT_EQ(Texts(*dataset->GetLayer(0), "group_name"), (std::vector<std::string>{"", ""}));
+    EXPECT_EQ(messages.Text(), "");
+}
+
 }  // namespace
 }  // namespace cqsurvey::gdal

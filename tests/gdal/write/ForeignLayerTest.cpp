@@ -295,5 +295,137 @@ TEST_F(ForeignLayerTest, AJobIsNotOverwrittenByAnotherDriverEither) {
     EXPECT_NE(messages.Text().find("is a job, which is not overwritten"), std::string::npos);
 }
 
+TEST_F(ForeignLayerTest, WhatWasWrittenIsReadInTheSameSession) {
+    const Dataset dataset = Create();
+    OGRLayer* trees = dataset->CreateLayer("Trees", nullptr, wkbPoint);
+    AddFields(*trees, {"name", "code", "species"});
+    EXPECT_TRUE(trees->TestCapability(OLCRandomRead));
+    EXPECT_EQ(trees->GetFeatureCount(), 0);
+    EXPECT_EQ(Add(*trees, "POINT (1 2)", {{"name", "T1"}, {"code", "17"}, {"species", "Oak"}},
+                  nullptr, 901),
+              OGRERR_NONE);
+    EXPECT_EQ(Add(*trees, "POINT (3 4)", {{"name", "T2"}}), OGRERR_NONE);
+    EXPECT_EQ(trees->GetFeatureCount(), 2);
+    const OGRFeatureUniquePtr first(trees->GetFeature(901));
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->GetFID(), 901);
+    EXPECT_EQ(Wkt(*first), "POINT (1 2)");
+    EXPECT_STREQ(first->GetFieldAsString("code"), "17");
+    // The job has no place for this.
+    EXPECT_EQ(first->IsFieldSetAndNotNull(2), 0);
+    EXPECT_EQ(trees->GetFeature(902), nullptr);
+    EXPECT_EQ(Texts(*trees, "name"), (std::vector<std::string>{"T1", "T2"}));
+    trees->SetAttributeFilter("name = 'T2'");
+    EXPECT_EQ(trees->GetFeatureCount(), 1);
+    trees->SetAttributeFilter(nullptr);
+    trees->SetSpatialFilterRect(0, 0, 2, 3);
+    EXPECT_EQ(trees->GetFeatureCount(), 1);
+    OGREnvelope extent;
+    trees->SetSpatialFilter(nullptr);
+    EXPECT_EQ(trees->GetExtent(&extent, TRUE), OGRERR_NONE);
+    EXPECT_EQ(extent.MaxX, 3);
+}
+
+TEST_F(ForeignLayerTest, GeometriesAreReadInTheTypeOfTheirLayer) {
+    const Dataset dataset = Create();
+    const auto read = [&](const char* name, OGRwkbGeometryType type, const char* wkt) {
+        OGRLayer* layer = dataset->CreateLayer(name, nullptr, type);
+        EXPECT_EQ(Add(*layer, wkt, {}, nullptr, 7), OGRERR_NONE) << wkt;
+        const OGRFeatureUniquePtr feature(layer->GetFeature(7));
+        return feature != nullptr ? Wkt(*feature) : "gone";
+    };
+    for (const auto& [name, type, wkt] :
+         {std::tuple("a", wkbLineString, "LINESTRING (0 0,9 9)"),
+          {"b", wkbLineString25D, "LINESTRING Z (0 0 1,9 9 2)"},
+          {"c", wkbPolygon, "POLYGON ((0 0,9 0,9 9,0 0),(5 1,6 1,6 2,5 1))"},
+          {"d", wkbMultiPoint, "MULTIPOINT ((0 0),(1 1))"},
+          {"e", wkbMultiLineString, "MULTILINESTRING ((0 0,1 1),(2 2,3 3))"},
+          {"f", wkbCompoundCurve,
+           "COMPOUNDCURVE (CIRCULARSTRING (0 0,5.0 -5,10 0),(10 0,20 0))"}}) {
+        EXPECT_EQ(read(name, type, wkt), wkt) << name;
+    }
+}
+
+TEST_F(ForeignLayerTest, TheJobsOwnLayersAreReadAsTheyAreMade) {
+    const Dataset dataset = Create();
+    OGRLayer* points = dataset->CreateLayer("points", nullptr, wkbPoint25D);
+    AddFields(*points, {"name", "layer"});
+    EXPECT_EQ(Add(*points, "POINT Z (1 2 3)", {{"name", "A"}, {"layer", "Trees"}}), OGRERR_NONE);
+    OGRLayer* groups = dataset->CreateLayer("groups", nullptr, wkbNone);
+    AddFields(*groups, {"name"});
+    EXPECT_EQ(Add(*groups, nullptr, {{"name", "Day 1"}}), OGRERR_NONE);
+    EXPECT_EQ(Texts(*points, "layer"), (std::vector<std::string>{"Trees"}));
+    EXPECT_EQ(Texts(*groups, "name"), (std::vector<std::string>{"Day 1"}));
+}
+
+TEST_F(ForeignLayerTest, WhatIsUndoneIsNotRead) {
+    const Dataset dataset = Create();
+    OGRLayer* layer = dataset->CreateLayer("Trees", nullptr, wkbPoint);
+    AddFields(*layer, {"name"});
+    EXPECT_EQ(Add(*layer, "POINT (1 2)", {{"name", "kept"}}), OGRERR_NONE);
+    ASSERT_EQ(dataset->StartTransaction(), OGRERR_NONE);
+    EXPECT_EQ(Add(*layer, "POINT (3 4)", {{"name", "undone"}}, nullptr, 77), OGRERR_NONE);
+    EXPECT_EQ(layer->GetFeatureCount(), 2);
+    ASSERT_EQ(dataset->RollbackTransaction(), OGRERR_NONE);
+    // The next record has the handle of the one that was undone.
+    EXPECT_EQ(Add(*layer, "POINT (5 6)", {{"name", "next"}}, nullptr, 78), OGRERR_NONE);
+    EXPECT_EQ(Texts(*layer, "name"), (std::vector<std::string>{"kept", "next"}));
+    EXPECT_EQ(layer->GetFeature(77), nullptr);
+}
+
+TEST_F(ForeignLayerTest, ASystemThatWasStatedInAnUndoneTransactionIsGone) {
+    OGRSpatialReference utm;
+    utm.importFromEPSG(32633);
+    const Dataset dataset = Create();
+    ASSERT_EQ(dataset->StartTransaction(), OGRERR_NONE);
+    OGRLayer* layer = dataset->CreateLayer("Trees", &utm, wkbPoint);
+    ASSERT_NE(layer, nullptr);
+    EXPECT_NE(layer->GetSpatialRef(), nullptr);
+    ASSERT_EQ(dataset->RollbackTransaction(), OGRERR_NONE);
+    EXPECT_EQ(layer->GetSpatialRef(), nullptr);
+}
+
+TEST_F(ForeignLayerTest, ACollectionOfWhichAPartIsRefusedLeavesNothingInATransaction) {
+    const Dataset dataset = Create({"DUPLICATES=REFUSE"});
+    OGRLayer* layer = dataset->CreateLayer("Mixed", nullptr, wkbUnknown);
+    AddFields(*layer, {"name", "line_type"});
+    ASSERT_EQ(dataset->StartTransaction(), OGRERR_NONE);
+    const Messages quiet;
+    EXPECT_NE(Add(*layer, "GEOMETRYCOLLECTION (POINT (1 2),LINESTRING (0 0))"), OGRERR_NONE);
+    EXPECT_NE(Add(*layer, "GEOMETRYCOLLECTION (POINT (1 2),LINESTRING (0 0,1 1))",
+                  {{"line_type", "99999999999"}}),
+              OGRERR_NONE);
+    EXPECT_NE(Add(*layer, "MULTIPOINT ((1 2),(3 4))", {{"name", "twice"}}), OGRERR_NONE);
+    ASSERT_EQ(dataset->CommitTransaction(), OGRERR_NONE);
+    EXPECT_EQ(layer->GetFeatureCount(), 0);
+    EXPECT_EQ(Open({}, "new.job")->GetLayerByName("points")->GetFeatureCount(), 0);
+}
+
+TEST_F(ForeignLayerTest, AnUndoneFeatureDoesNotTakeTheTiesOfOthers) {
+    {
+        const Dataset dataset = Create({"DUPLICATES=REFUSE"});
+        OGRLayer* points = dataset->CreateLayer("points", nullptr, wkbPoint25D);
+        AddFields(*points, {"name"});
+        OGRLayer* lines = dataset->CreateLayer("polylines", nullptr, wkbCompoundCurveZ);
+        AddFields(*lines, {"layer"});
+        OGRLayer* vertices = dataset->CreateLayer("vertices", nullptr, wkbPoint25D);
+        AddFields(*vertices, {"polyline", "number", "bulge", "point"});
+        ASSERT_EQ(Add(*points, "POINT Z (0 0 1)", {{"name", "A"}}, nullptr, 501), OGRERR_NONE);
+        ASSERT_EQ(Add(*lines, "LINESTRING Z (0 0 1,9 9 1)", {}, nullptr, 901), OGRERR_NONE);
+        {
+            // As ogr2ogr -skipfailures does.
+            const Messages quiet;
+            ASSERT_EQ(dataset->StartTransaction(), OGRERR_NONE);
+            EXPECT_NE(Add(*points, "POINT Z (5 5 1)", {{"name", "A"}}, nullptr, 502), OGRERR_NONE);
+            ASSERT_EQ(dataset->RollbackTransaction(), OGRERR_NONE);
+        }
+        EXPECT_EQ(Add(*vertices, "POINT Z (0 0 1)",
+                      {{"polyline", "901"}, {"number", "1"}, {"bulge", "0"}, {"point", "501"}}),
+                  OGRERR_NONE);
+    }
+    EXPECT_EQ(Texts(*Open({}, "new.job")->GetLayerByName("vertices"), "point_name"),
+              (std::vector<std::string>{"A", ""}));
+}
+
 }  // namespace
 }  // namespace cqsurvey::gdal

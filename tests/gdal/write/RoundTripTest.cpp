@@ -1,5 +1,6 @@
 #include <gdal_utils.h>
 
+#include <cstdlib>
 #include <sstream>
 
 #include "gdal/GdalJob.h"
@@ -11,9 +12,12 @@ namespace {
 class RoundTripTest : public GdalJob {
  protected:
     /// What ogr2ogr does.
-    [[nodiscard]] bool Translate(const char* from, const char* to, const char* format) const {
+    [[nodiscard]] bool Translate(const char* from, const char* to, const char* format,
+                                 const std::vector<const char*>& layers = {}) const {
         const Dataset source(GDALDataset::Open(Path(from).c_str(), GDAL_OF_VECTOR));
-        std::array<const char*, 3> arguments{"-f", format, nullptr};
+        std::vector<const char*> arguments{"-f", format};
+        arguments.insert(arguments.end(), layers.begin(), layers.end());
+        arguments.push_back(nullptr);
         GDALVectorTranslateOptions* options =
             GDALVectorTranslateOptionsNew(const_cast<char**>(arguments.data()), nullptr);
         GDALDatasetH handle = source.get();
@@ -91,6 +95,68 @@ TEST_F(RoundTripTest, AGeoPackageGivesTheSameJobBack) {
     EXPECT_EQ(db.GetLayerLine(u"Straße"), 2);
     EXPECT_NE(db.GetGroupID(u"empty"), 0);
     EXPECT_EQ(CqJobCheck(db).GetCount(), 0U);
+}
+
+TEST_F(RoundTripTest, LayersKeepTheirOrderWhenTheirTableGoesFirst) {
+    MakeJob([](CqSurveyDB& db) {
+        for (const char16_t* name : {u"C", u"A", u"B"}) {
+            db.AddLayer(name, 3, 0);
+        }
+        for (const char16_t* name : {u"B", u"A"}) {
+            db.SetCurrentLayer(name);
+            AddPoint(db, name, 1, 2);
+        }
+    });
+    ASSERT_TRUE(Translate("site.job", "site.gpkg", "GPKG"));
+    ASSERT_TRUE(Translate("site.gpkg", "back.job", "CqSurvey", {"layers", "points"}));
+    EXPECT_EQ(Texts(*Open({}, "back.job")->GetLayerByName("layers"), "name"),
+              (std::vector<std::string>{"0", "C", "A", "B"}));
+}
+
+TEST_F(RoundTripTest, TheBackgroundImageTravelsWithItsPlaceAndItsSettings) {
+    const std::string image("\x89PNG\r\n\x1a\n\0 and so on", 18);
+    std::ofstream(Path("image.png"), std::ios::binary) << image;
+    MakeJob([&](CqSurveyDB& db) {
+        AddPoint(db, u"A", 0, 0);
+        ASSERT_EQ(
+            db.StoreBackgroundImageFile(FromUtf8(Path("image.png")), 3,
+                                        CVector(431000.125, 5412000.25), CVector(200, 100), 12.5),
+            1);
+        ASSERT_EQ(db.SetBackgroundImageSettings(-20, 150, 1), 1);
+        ASSERT_EQ(db.WriteSettingsString(u"SETTINGS", u"Mapscale", u"250"), 1);
+    });
+    ASSERT_TRUE(Translate("site.job", "site.gpkg", "GPKG"));
+    ASSERT_TRUE(Translate("site.gpkg", "back.job", "CqSurvey"));
+    CqSurveyDB db;
+    db.OpenReadOnly(FromUtf8(Path("back.job")));
+    std::uint8_t* data = nullptr;
+    std::uint32_t length = 0;
+    int type = 0;
+    CVector centre;
+    CVector size;
+    double rotation = 0.0;
+    ASSERT_EQ(db.ReadBackgroundImageFile(data, length, type, centre, size, rotation), 1);
+    EXPECT_EQ(std::string(data, data + length), image);
+    std::free(data);
+    EXPECT_EQ(type, 3);
+    const auto setting = [&](const char16_t* section, const char16_t* key) {
+        CString text;
+        db.GetSettingsString(section, key, text, CString());
+        return text;
+    };
+    EXPECT_EQ(setting(u"BACKGROUND", u"CenterX"), u"431000.125");
+    EXPECT_EQ(setting(u"BACKGROUND", u"CenterY"), u"5412000.250");
+    EXPECT_EQ(setting(u"BACKGROUND", u"SizeX"), u"200.000");
+    EXPECT_EQ(setting(u"BACKGROUND", u"SizeY"), u"100.000");
+    EXPECT_EQ(setting(u"BACKGROUND", u"Rotation"), u"12.500");
+    int brightness = 0;
+    int contrast = 0;
+    int monotone = 0;
+    db.GetBackgroundImageSettings(brightness, contrast, monotone);
+    EXPECT_EQ(brightness, -20);
+    EXPECT_EQ(contrast, 150);
+    EXPECT_EQ(monotone, 1);
+    EXPECT_EQ(setting(u"SETTINGS", u"Mapscale"), u"250");
 }
 
 }  // namespace
