@@ -21,10 +21,6 @@ int CheckedFile::KeepFirstPage(const std::byte* bytes, std::size_t count) {
 
 int CheckedFile::SetSums(PageSums sums) {
     m_stepOpen = false;
-    if (sums == PageSums::Ignored) {
-        m_sums = sums;
-        return SQLITE_OK;
-    }
     std::array<std::byte, DatabaseHeader::kSize> start{};
     int result = m_real->pMethods->xRead(m_real, start.data(), static_cast<int>(start.size()), 0);
     if (result != SQLITE_OK && result != SQLITE_IOERR_SHORT_READ) {

@@ -24,6 +24,7 @@ class CheckedFile {
     /// `real` is the file below, which must stay open as long as the object is used.
     explicit CheckedFile(sqlite3_file* real) : m_real(real) {}
 
+    /// `sums` is Made or Kept.
     [[nodiscard]] int SetSums(PageSums sums);
     [[nodiscard]] PageSums GetSums() const { return m_sums; }
     [[nodiscard]] std::uint32_t GetWrongPage() const { return m_wrongPage; }

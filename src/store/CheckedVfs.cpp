@@ -152,29 +152,11 @@ int DeviceCharacteristics(sqlite3_file* file) {
     return Methods(file).xDeviceCharacteristics(Real(file)) & kKnown;
 }
 
-// Shared memory, which SQLite uses for the log of a file that another tool has switched to one.
-
-int ShmMap(sqlite3_file* file, int region, int size, int extend, void volatile** memory) {
-    return Methods(file).xShmMap(Real(file), region, size, extend, memory);
-}
-
-int ShmLock(sqlite3_file* file, int offset, int count, int flags) {
-    return Methods(file).xShmLock(Real(file), offset, count, flags);
-}
-
-void ShmBarrier(sqlite3_file* file) {
-    Methods(file).xShmBarrier(Real(file));
-}
-
-int ShmUnmap(sqlite3_file* file, int remove) {
-    return Methods(file).xShmUnmap(Real(file), remove);
-}
-
-/// `version` is that of the file below, at most 2: the third one is for memory maps, which would
-/// pass by this layer.
-sqlite3_io_methods MakeMethods(int version) {
+/// Of the first version: the second is for shared memory, which SQLite does without in exclusive
+/// locking mode, and the third for memory maps, which would pass by this layer.
+sqlite3_io_methods MakeMethods() {
     sqlite3_io_methods methods{};
-    methods.iVersion = version;
+    methods.iVersion = 1;
     methods.xClose = Close;
     methods.xRead = Read;
     methods.xWrite = Write;
@@ -187,12 +169,6 @@ sqlite3_io_methods MakeMethods(int version) {
     methods.xFileControl = FileControl;
     methods.xSectorSize = SectorSize;
     methods.xDeviceCharacteristics = DeviceCharacteristics;
-    if (version >= 2) {
-        methods.xShmMap = ShmMap;
-        methods.xShmLock = ShmLock;
-        methods.xShmBarrier = ShmBarrier;
-        methods.xShmUnmap = ShmUnmap;
-    }
     return methods;
 }
 
@@ -201,8 +177,7 @@ sqlite3_vfs* Below() {
 }
 
 int Open(sqlite3_vfs* /*vfs*/, const char* path, sqlite3_file* file, int flags, int* outFlags) {
-    static const sqlite3_io_methods plain = MakeMethods(1);
-    static const sqlite3_io_methods shared = MakeMethods(2);
+    static const sqlite3_io_methods methods = MakeMethods();
     file->pMethods = nullptr;
     sqlite3_vfs* below = Below();
     File opened{};
@@ -226,7 +201,7 @@ int Open(sqlite3_vfs* /*vfs*/, const char* path, sqlite3_file* file, int flags, 
     const int result = below->xOpen(below, path, opened.real, flags, outFlags);
     if (opened.real->pMethods != nullptr) {
         // Even after a failure SQLite closes a file that has methods.
-        opened.base.pMethods = opened.real->pMethods->iVersion >= 2 ? &shared : &plain;
+        opened.base.pMethods = &methods;
         Of(file) = opened;
     } else {
         if (!opened.isJournal) {

@@ -16,6 +16,7 @@ constexpr std::size_t kWriteVersionAt = 18;
 constexpr std::size_t kReadVersionAt = 19;
 constexpr std::size_t kReservedAt = 20;
 constexpr std::size_t kStepAt = 24;
+constexpr std::size_t kEncodingAt = 56;
 constexpr std::size_t kFormatVersionAt = 60;
 constexpr std::size_t kApplicationAt = 68;
 constexpr std::size_t kStepAgainAt = 92;
@@ -89,6 +90,10 @@ std::uint32_t DatabaseHeader::GetFormatVersion() const noexcept {
 
 std::uint32_t DatabaseHeader::GetApplication() const noexcept {
     return LoadBig<std::uint32_t>(m_bytes + kApplicationAt);
+}
+
+std::uint32_t DatabaseHeader::GetEncoding() const noexcept {
+    return LoadBig<std::uint32_t>(m_bytes + kEncodingAt);
 }
 
 std::uint32_t DatabaseHeader::GetStep() const noexcept {

@@ -61,6 +61,8 @@ class DatabaseHeader {
     [[nodiscard]] bool IsLogged() const noexcept;
     [[nodiscard]] std::uint32_t GetFormatVersion() const noexcept;
     [[nodiscard]] std::uint32_t GetApplication() const noexcept;
+    /// 2 for the encoding of a job's texts.
+    [[nodiscard]] std::uint32_t GetEncoding() const noexcept;
 
     /// The number of the step that wrote the page last.
     [[nodiscard]] std::uint32_t GetStep() const noexcept;

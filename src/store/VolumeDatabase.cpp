@@ -1,13 +1,13 @@
 #include "store/VolumeDatabase.h"
 
-#include <algorithm>
 #include <array>
-#include <cstring>
 #include <system_error>
 
 #include "platform/System.h"
 #include "store/CheckedVfs.h"
 #include "store/DatabasePage.h"
+#include "store/ReadStart.h"
+#include "store/VolumeJournal.h"
 #include "store/VolumePath.h"
 #include "store/VolumeSchema.h"
 
@@ -20,18 +20,6 @@ constexpr std::uint32_t kApplicationId = 0x43715376;
 
 /// A memo, the largest single value, may have this many bytes.
 constexpr int kMostValueBytes = 64 << 20;
-
-/// Reads the first bytes of a file, up to `Size`; the rest is zero. Returns how many there were.
-template <std::size_t Size>
-std::size_t ReadStart(const std::string& path, std::array<std::byte, Size>& bytes,
-                      std::error_code& failure) {
-    system::Descriptor file(path, system::Descriptor::Mode::Read, failure);
-    std::size_t size = 0;
-    for (std::size_t got = 1; !failure && got > 0 && size < Size; size += got) {
-        got = file.Read(bytes.data() + size, Size - size, failure);
-    }
-    return size;
-}
 
 /// Reads the database header of a file that is not mounted, so that a file of another kind is never
 /// opened as a database: SQLite might change it, by rolling back a journal that lies beside it.
@@ -131,36 +119,6 @@ void ReservePageSums(sqlite3* connection) {
         throw StoreFailure(error::kGeneralFailure, "pages have no room for their sums");
     }
     CheckedVfs::SetSums(connection, PageSums::Made);
-}
-
-const char* JournalOf(sqlite3* connection) {
-    return sqlite3_filename_journal(sqlite3_db_filename(connection, "main"));
-}
-
-/// Throws error::kDamaged when the journal beside the file leads back to another state of it, or to
-/// another job. SQLite would play it back and leave a file that is half one and half the other.
-void RequireOwnJournal(sqlite3* connection) {
-    std::error_code failure;
-    std::array<std::byte, JournalStamp::kHeader> header{};
-    if (ReadStart(JournalOf(connection), header, failure) < header.size() || failure) {
-        return;
-    }
-    const auto stamp = JournalStamp::Read(header.data());
-    const std::vector<std::byte> page = CheckedVfs::ReadFirstPage(connection);
-    if (!stamp || page.empty() || stamp->Fits(page.data(), page.size())) {
-        return;
-    }
-    // While another process holds the job, file and journal change between one look and the next.
-    sqlite3_file* file = nullptr;
-    int held = 0;
-    if (sqlite3_file_control(connection, "main", SQLITE_FCNTL_FILE_POINTER,
-                             static_cast<void*>(&file)) == SQLITE_OK &&
-        file->pMethods->xCheckReservedLock(file, &held) == SQLITE_OK && held == 0) {
-        throw StoreFailure(error::kDamaged,
-                           std::string("the file beside it, ") + JournalOf(connection) +
-                               ", belongs to another state of the job. If the job is a copy that "
-                               "was put in the place of another, move that file away");
-    }
 }
 
 void RequireDurableNames(const std::string& path) {

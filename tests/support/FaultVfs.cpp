@@ -96,10 +96,16 @@ int Sync(sqlite3_file* file, int /*flags*/) {
 }
 
 int FileSize(sqlite3_file* file, sqlite3_int64* size) {
+    if (const auto fault = Shim(file)->owner->Strike(FaultVfs::kFileSize)) {
+        return *fault;
+    }
     return Real(file)->pMethods->xFileSize(Real(file), size);
 }
 
 int Lock(sqlite3_file* file, int level) {
+    if (const auto fault = Shim(file)->owner->Strike(FaultVfs::kLock)) {
+        return *fault;
+    }
     return Real(file)->pMethods->xLock(Real(file), level);
 }
 

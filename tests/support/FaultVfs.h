@@ -24,6 +24,8 @@ class FaultVfs {
         kSync = 16,
         kDelete = 32,
         kSyncFolder = 64,  ///< only while the power is watched
+        kFileSize = 128,
+        kLock = 256,
         kChanging = kWrite | kTruncate | kSync | kDelete | kSyncFolder,
     };
 

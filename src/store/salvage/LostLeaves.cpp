@@ -7,7 +7,7 @@
 
 namespace cqsurvey {
 
-// The part of VolumeSalvage that fills gaps: steps 4 and 5.
+// The part of VolumeSalvage that fills gaps: steps 4 to 6.
 
 namespace {
 
@@ -15,7 +15,8 @@ constexpr std::int64_t kLastNumber = std::numeric_limits<std::uint32_t>::max();
 
 }  // namespace
 
-/// Calls `visit` with each sound leaf of a table that no tree has reached and that is not free.
+/// Calls `visit` with each sound leaf of a table that no tree has reached and that is neither free
+/// nor a copy of one that was reached.
 template <class Visit>
 void VolumeSalvage::ForEachLostLeaf(Visit&& visit) {
     for (std::uint32_t page = 2; page <= m_file.GetCount(); ++page) {
@@ -24,7 +25,7 @@ void VolumeSalvage::ForEachLostLeaf(Visit&& visit) {
         }
         const std::vector<std::byte> bytes = CopyPage(page);
         const bool doubtful = m_file.IsDoubtful();
-        if (bytes.empty()) {
+        if (bytes.empty() || m_leaves.contains(HashOf(bytes))) {
             continue;
         }
         const auto leaf = BtreePage::Read(bytes, m_file.GetUsable(), PageFile::GetStart(page));
@@ -68,28 +69,32 @@ VolumeSalvage::Rooms::const_iterator VolumeSalvage::FindRoom(std::size_t source,
     return fits ? room : rooms.end();
 }
 
-/// Keeps the rows of a lost leaf and takes their numbers out of the gap.
+/// Takes numbers out of the gaps.
+void VolumeSalvage::FillRooms(std::size_t source, std::int64_t first, std::int64_t last) {
+    Rooms& rooms = m_rooms[source];
+    for (auto room = rooms.lower_bound(first); room != rooms.end() && room->second.after < last;) {
+        const auto [end, taken] = *room;
+        room = rooms.erase(room);
+        m_gaps[taken.gap].filled = true;
+        if (taken.after < first - 1) {
+            rooms.emplace(first - 1, Room{taken.after, taken.gap});
+        }
+        if (last < end) {
+            rooms.emplace(end, Room{last, taken.gap});
+        }
+    }
+}
+
+/// Keeps the rows of a lost leaf.
 void VolumeSalvage::Adopt(std::size_t source, std::uint32_t page, const BtreePage& leaf,
                           bool doubtful) {
-    const auto room = FindRoom(source, leaf);
-    if (room == m_rooms[source].end()) {
-        return;
-    }
-    m_states[page] = State::Used;
-    const auto [end, taken] = *room;
-    m_gaps[taken.gap].filled = true;
-    m_rooms[source].erase(room);
     const std::int64_t first = leaf.GetCells().front().key;
     const std::int64_t last = leaf.GetCells().back().key;
-    if (taken.after < first - 1) {
-        m_rooms[source].emplace(first - 1, Room{taken.after, taken.gap});
-    }
-    if (last < end) {
-        m_rooms[source].emplace(end, Room{last, taken.gap});
-    }
-    TakeLeaf(source, leaf, {taken.after, end});
+    m_states[page] = State::Used;
+    FillRooms(source, first, last);
+    TakeLeaf(source, leaf, {first - 1, last});
     if (doubtful) {
-        ListDoubt(source, page, leaf);
+        ListWrongSum(source, page, leaf);
     }
 }
 
@@ -126,6 +131,30 @@ void VolumeSalvage::FindLostLeaves() {
             }
         });
     }
+}
+
+/// Whether a table has no rows among the numbers of a leaf.
+bool VolumeSalvage::IsVacant(std::size_t source, const BtreePage& leaf) const {
+    const auto next = m_taken[source].lower_bound(leaf.GetCells().front().key);
+    return next == m_taken[source].end() || next->second > leaf.GetCells().back().key;
+}
+
+void VolumeSalvage::FindStrayLeaves() {
+    if (!m_knowsFree || !m_knowsOthers) {
+        return;
+    }
+    ForEachLostLeaf([&](std::uint32_t page, const BtreePage& leaf, bool doubtful) {
+        std::vector<std::size_t> sources;
+        for (std::size_t source = 0; source < Schema(); ++source) {
+            if (IsVacant(source, leaf) && FitsWhole(source, leaf)) {
+                sources.push_back(source);
+            }
+        }
+        if (!sources.empty()) {
+            Adopt(sources.size() == 1 ? sources.front() : Decide(leaf, sources), page, leaf,
+                  doubtful);
+        }
+    });
 }
 
 /// Which of two tables with the same columns owns a leaf. Records name their memos, and the rows of

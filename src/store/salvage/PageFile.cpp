@@ -37,6 +37,17 @@ void RequireNoJournal(const std::string& path) {
     }
 }
 
+/// Refuses other people's databases.
+void RequireJob(const DatabaseHeader& header, const std::string& path) {
+    if (header.GetApplication() != kApplicationId || header.GetEncoding() != kUtf16Little) {
+        throw StoreFailure(error::kDamaged, path + " is not a job");
+    }
+    if (header.GetFormatVersion() > VolumeDatabase::kFormatVersion) {
+        throw StoreFailure(error::kNewerVersion, path + " has format version " +
+                                                     std::to_string(header.GetFormatVersion()));
+    }
+}
+
 sqlite3_file* AsFile(const std::unique_ptr<std::byte[]>& bytes) {
     return reinterpret_cast<sqlite3_file*>(bytes.get());
 }
@@ -50,9 +61,6 @@ PageFile::PageFile(const std::string& path) {
     Open(path);
     try {
         ReadHeader(path);
-        if (m_pageSize == 0) {
-            GuessPageSize();
-        }
         m_count = static_cast<std::uint32_t>(std::min<std::uint64_t>(
             m_size / m_pageSize, std::numeric_limits<std::uint32_t>::max() - 1));
         m_page.resize(m_pageSize);
@@ -111,24 +119,32 @@ void PageFile::ReadHeader(const std::string& path) {
     std::array<std::byte, DatabaseHeader::kSize> bytes{};
     const DatabaseHeader header(bytes.data());
     if (!ReadAt(0, bytes) || !header.IsDatabase()) {
+        GuessPageSize();
         return;
     }
     const std::size_t size = header.GetPageSize();
     const auto reserved = std::to_integer<std::size_t>(bytes[20]);
-    if (!IsPageSize(size) || size < kLeastUsable + reserved) {
-        return;
+    const bool isPossible = IsPageSize(size) && size >= kLeastUsable + reserved;
+    if (isPossible) {
+        m_pageSize = size;
+        m_reserved = reserved;
+        m_hasSums = header.HasPageSums();
     }
-    if (header.GetApplication() != kApplicationId || ReadBig<4>(bytes, 56) != kUtf16Little) {
-        throw StoreFailure(error::kDamaged, path + " is not a job");
+    const bool isRight = m_hasSums && HasFirstSum();
+    const bool isChanged = !isPossible || (m_hasSums && !isRight);
+    if (!isChanged) {
+        RequireJob(header, path);
     }
-    if (header.GetFormatVersion() > VolumeDatabase::kFormatVersion) {
-        throw StoreFailure(error::kNewerVersion, path + " has format version " +
-                                                     std::to_string(header.GetFormatVersion()));
-    }
-    m_pageSize = size;
-    m_reserved = reserved;
-    m_hasSums = header.HasPageSums();
     m_promised = std::max<std::uint32_t>(ReadBig<4>(bytes, 28), 1);
+    if (!isRight) {
+        GuessPageSize();
+    }
+}
+
+/// Whether page 1 has its sum.
+bool PageFile::HasFirstSum() {
+    std::vector<std::byte> page(m_pageSize);
+    return ReadAt(0, page) && HasItsSum(page.data(), page.size());
 }
 
 PageFile::Census PageFile::Count(std::size_t pageSize, std::size_t reserved) {
@@ -146,9 +162,12 @@ PageFile::Census PageFile::Count(std::size_t pageSize, std::size_t reserved) {
     return census;
 }
 
+/// Of the page size that the header gave, if any, and all others the one with which most of the
+/// file is in sound pages.
 void PageFile::GuessPageSize() {
-    m_pageSize = kUsualPage;
-    std::uint64_t most = 0;
+    const bool isGiven = m_pageSize != 0;
+    std::uint64_t most = isGiven ? Count(m_pageSize, m_reserved).soundBytes : 0;
+    m_pageSize = isGiven ? m_pageSize : kUsualPage;
     for (std::size_t size = kSmallestPage; size <= kLargestPage; size *= 2) {
         for (const std::size_t reserved : {std::size_t{0}, kPageSumBytes}) {
             const Census census = Count(size, reserved);

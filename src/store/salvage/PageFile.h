@@ -12,7 +12,7 @@
 namespace cqsurvey {
 
 /// The pages of a database file that may be damaged, read only and without believing its header:
-/// when that is gone, the page size is the one with which most pages are sound.
+/// unless page 1 has its sum, the page size is the one with which most pages are sound.
 ///
 /// While an object lives, no other program can change the file. Failures throw StoreFailure.
 class PageFile {
@@ -48,6 +48,7 @@ class PageFile {
 
     void Open(const std::string& path);
     void ReadHeader(const std::string& path);
+    [[nodiscard]] bool HasFirstSum();
     void GuessPageSize();
     [[nodiscard]] bool ReadAt(std::uint64_t at, std::span<std::byte> bytes);
     /// How much of the file is in sound pages, if pages have this size.

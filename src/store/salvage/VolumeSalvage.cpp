@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "cqsurvey/Text.h"
@@ -42,7 +44,8 @@ VolumeSalvage::VolumeSalvage(PageFile& file, const std::vector<Layout>& layouts,
       m_roots(usualRoots),
       m_states(std::size_t{file.GetCount()} + 1),
       m_leafDepths(layouts.size() + kOwnTables.size()),
-      m_rooms(layouts.size() + kOwnTables.size()) {
+      m_rooms(layouts.size() + kOwnTables.size()),
+      m_taken(layouts.size() + kOwnTables.size()) {
     m_result.tables.resize(layouts.size());
 }
 
@@ -56,23 +59,35 @@ std::size_t VolumeSalvage::ColumnsOf(std::size_t source) const {
                                      : kOwnColumns[source - m_layouts.size()];
 }
 
+bool VolumeSalvage::IsRead(const std::string& table) const {
+    for (std::size_t source = 0; source < Schema(); ++source) {
+        if (NameOf(source) == table) {
+            return true;
+        }
+    }
+    return table == kNumbers;
+}
+
 Salvaged VolumeSalvage::Read() {
     MarkFreePages();
     ReadSchema();
     ReadTrees();
     FindLostLeaves();
+    FindStrayLeaves();
     ListLosses();
     return std::move(m_result);
 }
 
 void VolumeSalvage::MarkFreePages() {
     constexpr std::size_t kFirstTrunk = 32;
+    constexpr std::size_t kCount = 36;
     const std::vector<std::byte> header = CopyPage(kSchemaPage);
     if (!m_file.HasHeader() || header.empty()) {
         return;
     }
     const std::size_t most = m_file.GetUsable() / 4 - 2;
     std::uint32_t trunk = ReadBig<4>(header, kFirstTrunk);
+    std::uint32_t marked = 0;
     while (trunk > kSchemaPage && trunk <= m_file.GetCount() && m_states[trunk] == State::Unseen) {
         const std::vector<std::byte> bytes = CopyPage(trunk);
         if (bytes.empty() || ReadBig<4>(bytes, 4) > most) {
@@ -84,16 +99,20 @@ void VolumeSalvage::MarkFreePages() {
             const std::uint32_t leaf = ReadBig<4>(bytes, 8 + std::size_t{4} * i);
             if (leaf > kSchemaPage && leaf <= m_file.GetCount()) {
                 m_states[leaf] = State::Free;
+                ++marked;
             }
         }
+        ++marked;
         trunk = ReadBig<4>(bytes, 0);
     }
+    m_knowsFree = trunk == 0 && marked == ReadBig<4>(header, kCount);
 }
 
 void VolumeSalvage::ReadSchema() {
     WalkTable(Schema(), kSchemaPage, {kLowest, kHighest}, 1);
     if (!m_gaps.empty()) {
         FindSchemaLeaves();
+        m_knowsOthers = false;
     }
     m_gaps.clear();
     m_rooms[Schema()].clear();
@@ -109,6 +128,11 @@ void VolumeSalvage::ReadTrees() {
     }
     const auto numbers = m_roots.find(kNumbers);
     WalkNumbers(numbers == m_roots.end() ? 0 : numbers->second, 1);
+    for (const auto& [name, root] : m_foundRoots) {
+        if (!IsRead(name)) {
+            MarkTree(root, 1);
+        }
+    }
     for (const std::uint32_t root : m_otherRoots) {
         MarkTree(root, 1);
     }
@@ -140,7 +164,10 @@ void VolumeSalvage::WalkTable(std::size_t source, std::uint32_t page, Range rang
         if (TakeLeaf(source, *read, range)) {
             m_leafDepths[source] = depth;
             if (doubtful) {
-                ListDoubt(source, page, *read);
+                ListWrongSum(source, page, *read);
+            }
+            if (!read->GetCells().empty()) {
+                ListTwin({source, page, range}, bytes);
             }
             return;
         }
@@ -166,16 +193,16 @@ void VolumeSalvage::WalkInner(std::size_t source, const BtreePage& page, Range r
 /// Keeps the rows of a leaf; false when it is not a leaf of this table.
 bool VolumeSalvage::TakeLeaf(std::size_t source, const BtreePage& page, Range range) {
     std::vector<std::int64_t> lost;
-    std::size_t kept = 0;
+    std::vector<std::int64_t> kept;
     for (const BtreePage::Cell& cell : page.GetCells()) {
-        if (cell.key > range.after && cell.key <= range.last && Keep(source, cell)) {
-            ++kept;
-        } else {
-            lost.push_back(cell.key);
-        }
+        const bool fits = cell.key > range.after && cell.key <= range.last && Keep(source, cell);
+        (fits ? kept : lost).push_back(cell.key);
     }
-    if (kept == 0 && !lost.empty()) {
+    if (kept.empty() && !lost.empty()) {
         return false;
+    }
+    if (!kept.empty()) {
+        m_taken[source][kept.back()] = kept.front();
     }
     for (const std::int64_t key : lost) {
         if (source < m_layouts.size() && key > 0 && key <= kLastNumber) {
@@ -187,23 +214,43 @@ bool VolumeSalvage::TakeLeaf(std::size_t source, const BtreePage& page, Range ra
     return true;
 }
 
-/// Most rows of a page that the medium has changed are right, but nobody knows which.
-void VolumeSalvage::ListDoubt(std::size_t source, std::uint32_t page, const BtreePage& leaf) {
-    if (source == Schema() || leaf.GetCells().empty()) {
-        return;
-    }
-    const std::string text = "page " + std::to_string(page) + " of the file does not match its sum";
+void VolumeSalvage::ListDoubt(std::size_t source, Range range, const std::string& text) {
     if (source >= m_layouts.size()) {
         m_result.losses.push_back(
             {"", 0, 0, text + "; texts, settings, descriptions or the image may be wrong"});
         return;
     }
-    const std::int64_t first = std::max<std::int64_t>(leaf.GetCells().front().key, 1);
-    const std::int64_t last = std::min(leaf.GetCells().back().key, kLastNumber);
+    const std::int64_t first = std::max<std::int64_t>(range.after, 0) + 1;
+    const std::int64_t last = std::min(range.last, kLastNumber);
     if (first <= last) {
         m_result.losses.push_back({NameOf(source), static_cast<std::uint32_t>(first),
                                    static_cast<std::uint32_t>(last),
                                    text + "; values of these records may be wrong"});
+    }
+}
+
+/// Most rows of a page that the medium has changed are right, but nobody knows which.
+void VolumeSalvage::ListWrongSum(std::size_t source, std::uint32_t page, const BtreePage& leaf) {
+    if (source != Schema() && !leaf.GetCells().empty()) {
+        ListDoubt(source, {leaf.GetCells().front().key - 1, leaf.GetCells().back().key},
+                  "page " + std::to_string(page) + " of the file does not match its sum");
+    }
+}
+
+std::size_t VolumeSalvage::HashOf(std::span<const std::byte> bytes) {
+    return std::hash<std::string_view>{}(
+        {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+}
+
+/// Of two leaves with the same rows in different places one was written over another page.
+void VolumeSalvage::ListTwin(const Place& place, std::span<const std::byte> bytes) {
+    const auto [twin, isNew] = m_leaves.emplace(HashOf(bytes), place);
+    if (!isNew) {
+        for (const Place& one : {twin->second, place}) {
+            ListDoubt(one.source, one.range,
+                      "pages " + std::to_string(twin->second.page) + " and " +
+                          std::to_string(place.page) + " of the file hold the same");
+        }
     }
 }
 
@@ -244,11 +291,11 @@ void VolumeSalvage::MarkTree(std::uint32_t page, int depth) {
         return;
     }
     const std::vector<std::byte> bytes = CopyPage(page);
-    if (bytes.empty()) {
-        return;
-    }
-    const auto read = BtreePage::Read(bytes, m_file.GetUsable(), PageFile::GetStart(page));
+    const auto read = bytes.empty()
+                          ? std::nullopt
+                          : BtreePage::Read(bytes, m_file.GetUsable(), PageFile::GetStart(page));
     if (!read) {
+        m_knowsOthers = false;
         return;
     }
     m_states[page] = State::Used;

@@ -27,14 +27,19 @@ namespace cqsurvey {
 ///                       *gap*: the range of row numbers that it and the pages below it had
 ///     4  lost children  a sound leaf that no tree has reached, and that is not free, fills a gap
 ///                       when all its rows fit the table's layout and the gap's numbers
-///     5  losses         what remains of the gaps
+///     5  strays         a sound leaf that is left, and that no free page or other table explains,
+///     is
+///                       kept when its numbers are free in the table that it fits: a page above it
+///                       is not the one that was written there
+///     6  losses         what remains of the gaps
 ///
 ///             [ inner: 40 | 80 ]                 the page in the middle is bad:
 ///            /        |         \                gap 41 to 80 of this table, and if that page
 ///     [1..40]   [ not sound ]   [81..120]        was an inner one, its leaves fill the gap
 ///
 /// Step 4 takes only leaves whose parent is known to be lost, so that the rows of a page that is no
-/// longer in use do not come back. Two pairs of tables have the same columns; which one a leaf
+/// longer in use do not come back. Step 5 is left out unless all free pages and all tables of other
+/// tools are known. Two pairs of tables have the same columns; which one a leaf
 /// belongs to is told by who names its rows.
 ///
 /// Every page is taken at most once, whatever the pages say about each other, so time and memory
@@ -78,6 +83,12 @@ class VolumeSalvage {
         std::size_t gap;
     };
     using Rooms = std::map<std::int64_t, Room>;
+    /// Where a leaf was read.
+    struct Place {
+        std::size_t source;
+        std::uint32_t page;
+        Range range;
+    };
 
     // Sources are the tables with a row number: those of records, in the order of the layouts, and
     // these four behind them.
@@ -88,13 +99,19 @@ class VolumeSalvage {
     [[nodiscard]] std::string NameOf(std::size_t source) const;
     [[nodiscard]] std::size_t ColumnsOf(std::size_t source) const;
 
+    /// Whether it is one of the tables whose rows are kept.
+    [[nodiscard]] bool IsRead(const std::string& table) const;
+
     void MarkFreePages();
     void ReadSchema();
     void ReadTrees();
     void WalkTable(std::size_t source, std::uint32_t page, Range range, int depth);
     void WalkInner(std::size_t source, const BtreePage& page, Range range, int depth);
     bool TakeLeaf(std::size_t source, const BtreePage& page, Range range);
-    void ListDoubt(std::size_t source, std::uint32_t page, const BtreePage& leaf);
+    void ListDoubt(std::size_t source, Range range, const std::string& text);
+    void ListWrongSum(std::size_t source, std::uint32_t page, const BtreePage& leaf);
+    [[nodiscard]] static std::size_t HashOf(std::span<const std::byte> bytes);
+    void ListTwin(const Place& place, std::span<const std::byte> bytes);
     void WalkNumbers(std::uint32_t page, int depth);
     void MarkTree(std::uint32_t page, int depth);
 
@@ -111,6 +128,9 @@ class VolumeSalvage {
     void Adopt(std::size_t source, std::uint32_t page, const BtreePage& leaf, bool doubtful);
     void FindSchemaLeaves();
     void FindLostLeaves();
+    void FindStrayLeaves();
+    [[nodiscard]] bool IsVacant(std::size_t source, const BtreePage& leaf) const;
+    void FillRooms(std::size_t source, std::int64_t first, std::int64_t last);
     [[nodiscard]] std::size_t Decide(const BtreePage& leaf,
                                      const std::vector<std::size_t>& sources) const;
     [[nodiscard]] bool IsLeafGap(const Gap& gap) const;
@@ -125,8 +145,13 @@ class VolumeSalvage {
     std::vector<State> m_states;    ///< by page
     std::vector<int> m_leafDepths;  ///< by source; 0 as long as no leaf was reached
     std::vector<Gap> m_gaps;
-    std::vector<Rooms> m_rooms;            ///< by source
-    std::set<std::uint32_t> m_memosNamed;  ///< by the records
+    std::vector<Rooms> m_rooms;  ///< by source
+    /// By source, for each leaf that was kept, its first number by its last.
+    std::vector<std::map<std::int64_t, std::int64_t>> m_taken;
+    std::map<std::size_t, Place> m_leaves;  ///< by a hash of their bytes
+    bool m_knowsFree = false;               ///< all free pages
+    bool m_knowsOthers = true;              ///< all pages of tables that are not read
+    std::set<std::uint32_t> m_memosNamed;   ///< by the records
     Salvaged m_result;
 };
 
