@@ -98,7 +98,7 @@ struct CQSURVEY_PLAN_API PlotOptions {
     int heightDecimals = 2;
 
     /// Draw every label, even over others. Otherwise a label that finds no room, not even away from
-    /// its point at the end of a leader, is left out.
+    /// its point at the end of a leader that crosses nothing, is left out.
     bool allLabels = false;
 
     /// The numbers beside lines. They stand along their line, in three quarters of the labels'

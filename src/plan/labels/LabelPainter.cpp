@@ -75,19 +75,18 @@ std::string LabelPainter::FormatHeight(const PlanPoint& point) const {
 }
 
 Rgb LabelPainter::GetHeightColor(const PlanPoint& point) const {
-    return m_plan.monotone ? PaletteColor(point.color, m_page.GetBackground())
+    return m_plan.monotone ? m_page.GetColors().OfLetter(point.color)
                            : ReadableOn(m_page.GetBackground(), kBrown);
 }
 
 Rgb LabelPainter::GetCodeColor(const PlanPoint& point) const {
-    return m_plan.monotone ? PaletteColor(point.color, m_page.GetBackground())
+    return m_plan.monotone ? m_page.GetColors().OfLetter(point.color)
                            : ReadableOn(m_page.GetBackground(), kGrey);
 }
 
 std::vector<LabelPainter::Row> LabelPainter::FindRows(const PlanPoint& point, bool spot) const {
     std::vector<Row> rows;
-    const Rgb color =
-        ReadableOn(m_page.GetBackground(), PaletteColor(point.color, m_page.GetBackground()));
+    const Rgb color = m_page.GetColors().OfLetter(point.color);
     if (m_options.labelNames && !point.name.empty()) {
         rows.push_back({point.name, m_height, color});
     }

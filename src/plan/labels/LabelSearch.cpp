@@ -19,9 +19,9 @@ double GapOf(double core) {
 }
 
 /// How far away a label may stand, and in how many directions.
-constexpr std::array kDistances{2.5 * kMillimetre, 4.5 * kMillimetre, 7.0 * kMillimetre,
-                                10.0 * kMillimetre};
-constexpr std::size_t kDirections = 16;
+constexpr std::array kDistances{1.6 * kMillimetre, 2.5 * kMillimetre, 4.5 * kMillimetre,
+                                7.0 * kMillimetre, 10.0 * kMillimetre};
+constexpr std::size_t kDirections = 32;
 
 /// From the right upwards and on, since a reader looks to the upper right first.
 std::array<CVector, kDirections> MakeDirections() {
@@ -89,7 +89,7 @@ std::optional<LabelSearch::Place> LabelSearch::FindFarPlace(const CVector& at, d
             const CVector corner = to + CVector(begin(x, size.GetX()), begin(y, size.GetY()));
             const CVector foot =
                 at + CVector(x * (core + distance - kOff), y * (core + distance - kOff));
-            if (HasRoom(BoxAt(corner, size)) && m_room.IsFreeLeader(from, foot)) {
+            if (HasRoom(BoxAt(corner, size)) && m_room.IsFreeLeader(from, to)) {
                 return Place{corner, std::pair(from, foot)};
             }
         }
