@@ -179,6 +179,9 @@ std::optional<CVector> EntityPainter::FindShift(const CVector& at, const Box& bo
 }
 
 void EntityPainter::Draw(const PlanText& text) {
+    if (text.isLabel) {
+        return;
+    }
     constexpr double kLargest = 10000.0;
     constexpr double kSmallest = 0.05;
     const double height =

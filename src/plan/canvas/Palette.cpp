@@ -75,7 +75,7 @@ Rgb VisibleOn(Rgb background, Rgb color) {
 }
 
 Rgb ReadableOn(Rgb background, Rgb color) {
-    constexpr double kLetters = 4.5;
+    constexpr double kLetters = 3.5;
     return WithContrast(background, color, kLetters);
 }
 

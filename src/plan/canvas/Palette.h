@@ -27,7 +27,7 @@ inline constexpr Rgb kBlack{0, 0, 0};
 /// yellow.
 [[nodiscard]] Rgb VisibleOn(Rgb background, Rgb color);
 
-/// The same for letters, which need a contrast of 4.5 to 1.
+/// The same for letters, which need a contrast of 3.5 to 1.
 [[nodiscard]] Rgb ReadableOn(Rgb background, Rgb color);
 
 /// The background colour of a job's settings: red in the lowest byte, green and blue above it.
