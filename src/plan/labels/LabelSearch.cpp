@@ -19,9 +19,9 @@ double GapOf(double core) {
 }
 
 /// How far away a label may stand, and in how many directions.
-constexpr std::array kDistances{1.6 * kMillimetre, 2.5 * kMillimetre, 4.5 * kMillimetre,
-                                7.0 * kMillimetre, 10.0 * kMillimetre};
-constexpr std::size_t kDirections = 32;
+constexpr std::array kDistances{2.5 * kMillimetre, 4.5 * kMillimetre, 7.0 * kMillimetre,
+                                10.0 * kMillimetre};
+constexpr std::size_t kDirections = 16;
 
 /// From the right upwards and on, since a reader looks to the upper right first.
 std::array<CVector, kDirections> MakeDirections() {

@@ -43,8 +43,8 @@ TEST_F(LabelSearchTest, AvoidsWhatIsTakenAndLines) {
 TEST_F(LabelSearchTest, GoesAwayWithALeaderWhenThereIsNoRoomAround) {
     // Four walls close around the point, with gaps at their corners.
     for (const double off : {-5.0, 5.0}) {
-        room.MarkLine({196, 200 + off}, {204, 200 + off});
-        room.MarkLine({200 + off, 196}, {200 + off, 204});
+        room.MarkLine({197, 200 + off}, {203, 200 + off});
+        room.MarkLine({200 + off, 197}, {200 + off, 203});
     }
     const auto place = Find();
     ASSERT_TRUE(place);
