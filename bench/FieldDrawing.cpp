@@ -97,7 +97,7 @@ void RegisterFieldDrawing() {
             state.SetLabel("read the points with their descriptions");
             DrawCoded(state);
         });
-    for (const int size : {1000, 10'000, 100'000}) {
+    for (const int size : {1000, 10'000, 100'000, 1'000'000}) {
         benchmark->Arg(size);
     }
     benchmark->Iterations(kRounds)->UseManualTime()->Unit(benchmark::kMillisecond);

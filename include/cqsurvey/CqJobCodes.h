@@ -37,6 +37,10 @@ class CQSURVEY_API CqJobCodes {
     /// CqSurveyDB::WriteSettingsString.
     int Set(const CqCodeTable& table);
 
+    /// The height of texts whose code has no size: 2 mm on paper at the job's map scale, in its
+    /// unit of length. A job without a unit counts as one in metres.
+    [[nodiscard]] double GetTextHeight() const;
+
  private:
     CqSurveyDB& m_db;
 };

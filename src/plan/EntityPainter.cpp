@@ -99,7 +99,7 @@ void EntityPainter::Draw(const PlanPoint& point) {
         if (!m_page.GetMap().Meets(box.Grow(half))) {
             return;
         }
-        m_symbol.Draw(symbol, at, 2 * half, PaletteColor(point.color, m_page.GetBackground()));
+        m_symbol.Draw(symbol, at, 2 * half, m_page.GetColors().OfLine(point.color));
         m_room.Take(box.Grow(half * kSymbolCore));
         return;
     }
@@ -179,6 +179,9 @@ std::optional<CVector> EntityPainter::FindShift(const CVector& at, const Box& bo
 }
 
 void EntityPainter::Draw(const PlanText& text) {
+    if (text.isLabel) {
+        return;
+    }
     constexpr double kLargest = 10000.0;
     constexpr double kSmallest = 0.05;
     const double height =
@@ -223,7 +226,7 @@ void EntityPainter::Draw(const PlanText& text) {
         }
         return;
     }
-    m_page.SetColor(text.color);
+    m_page.SetColor(m_page.GetColors().OfLetter(text.color));
     painter.SetHalo(m_page.GetBackground());
     cairo_t* context = m_page.GetContext();
     cairo_save(context);

@@ -30,7 +30,8 @@ class EntityPainter {
     /// Fills a line or a circle, if its style says so.
     void Fill(const PlanItem& item);
 
-    /// Draws an item. A point may be drawn only by the next Flush.
+    /// Draws an item, unless it is a label (PlanText::isLabel). A point may be drawn only by the
+    /// next Flush.
     void Draw(const PlanItem& item);
 
     /// Draws the points that are still to be drawn.

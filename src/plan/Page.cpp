@@ -23,6 +23,7 @@ Page::Page(Canvas& canvas, const Sheet& sheet, Rgb background)
       m_sheet(sheet),
       m_background(background),
       m_ink(InkOn(background)),
+      m_colors(background),
       m_map(FromPaper(sheet.GetMap())),
       m_title(FromPaper(sheet.GetTitle())),
       m_legend(FromPaper(sheet.GetLegend())),
@@ -40,10 +41,6 @@ double Page::ToPage(double length) const {
 void Page::SetColor(Rgb color) {
     constexpr double kFull = 255.0;
     cairo_set_source_rgb(GetContext(), color.red / kFull, color.green / kFull, color.blue / kFull);
-}
-
-void Page::SetColor(int color) {
-    SetColor(PaletteColor(color, m_background));
 }
 
 void Page::SetLine(int type, double width) {

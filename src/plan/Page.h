@@ -8,6 +8,7 @@
 #include "cqsurvey/plan/Box.h"
 #include "plan/canvas/Canvas.h"
 #include "plan/canvas/Palette.h"
+#include "plan/canvas/PaperColors.h"
 #include "plan/canvas/TextPainter.h"
 #include "plan/canvas/Units.h"
 #include "plan/sheet/Sheet.h"
@@ -37,6 +38,8 @@ class Page {
     [[nodiscard]] Rgb GetBackground() const { return m_background; }
     /// The colour of everything that is not part of the drawing.
     [[nodiscard]] Rgb GetInk() const { return m_ink; }
+    /// The palette's colours, as they are drawn on the background.
+    [[nodiscard]] const PaperColors& GetColors() const { return m_colors; }
     /// The map's frame.
     [[nodiscard]] const Box& GetMap() const { return m_map; }
     /// The title block; empty when the sheet has none.
@@ -51,8 +54,8 @@ class Page {
     [[nodiscard]] double ToPage(double length) const;
 
     void SetColor(Rgb color);
-    /// Sets a colour of the palette.
-    void SetColor(int color);
+    /// Sets a colour of the palette for lines and symbols.
+    void SetColor(int color) { SetColor(m_colors.OfLine(color)); }
     /// Sets the type (LinePattern) and the width of the lines to be drawn.
     void SetLine(int type, double width);
     /// Adds the rectangle to the path.
@@ -76,6 +79,7 @@ class Page {
     const Sheet& m_sheet;
     Rgb m_background;
     Rgb m_ink;
+    PaperColors m_colors;
     Box m_map;
     Box m_title;
     Box m_legend;

@@ -80,6 +80,9 @@ struct PlanText {
     VerticalAlign vertical = VerticalAlign::Baseline;
     int color = 0;
     std::size_t layer = 0;
+    /// It was drawn from a field code that says nothing about its size. It is a label of its point,
+    /// and written where there is room, in the size of labels.
+    bool isLabel = false;
 };
 
 /// A bitmap: a square with its lower left corner at a position.

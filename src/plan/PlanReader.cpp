@@ -130,6 +130,7 @@ Plan PlanReader::Read(const std::function<void(std::size_t)>& progress) {
         m_plan.jobExtents = {least.GetX(), least.GetY(), largest.GetX(), largest.GetY()};
     }
     ReadSettings();
+    ReadDrawn();
     const auto there = static_cast<std::size_t>(m_db.GetNumCadEntities());
     std::size_t walked = 0;
     for (const CqCadEntityPtr& entity : Entities(m_db)) {
@@ -233,7 +234,8 @@ void PlanReader::Add(const CqCadEntity& entity) {
             m_plan.items.emplace_back(PlanText{
                 at, SplitLines(entity.GetText()), IsUsable(height) && height > 0.0 ? height : 0.0,
                 std::isfinite(entity.GetRot()) ? std::fmod(entity.GetRot(), 360.0) : 0.0,
-                ToHorizontal(align & 0xFFFFU), ToVertical(align >> 16U), *color, layer});
+                ToHorizontal(align & 0xFFFFU), ToVertical(align >> 16U), *color, layer,
+                IsLabel(entity)});
             break;
         }
         case EntCircle: {
@@ -309,6 +311,23 @@ void PlanReader::ReadSettings() {
     m_plan.symbolSize = size > 0.0 && size <= kLargestSymbol ? size : usual.symbolSize;
     ReadTitle();
     ReadWeights();
+}
+
+void PlanReader::ReadDrawn() {
+    m_labelHeight = CqJobCodes(m_db).GetTextHeight();
+    try {
+        for (const CqDrawn& drawn : CqDrawnList(m_db).Get()) {
+            m_drawn.insert(drawn.handle);
+        }
+    } catch (const CqSurveyException&) {
+        // Without the list, every text is drawn in its own size.
+        m_drawn.clear();
+    }
+}
+
+bool PlanReader::IsLabel(const CqCadEntity& text) const {
+    return text.GetHeight() == m_labelHeight && text.GetRot() == 0.0 && text.GetAlign() == 0 &&
+           m_drawn.contains(text.GetHandle());
 }
 
 void PlanReader::ReadTitle() {

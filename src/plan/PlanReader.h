@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <unordered_set>
 #include <vector>
 
 #include "plan/Plan.h"
@@ -45,13 +46,18 @@ class PlanReader {
     void Add(const CqCadEntity& entity);
     void AddVertex(const CqCadEntity& entity);
     void EndLine();
+    /// True for a text that was drawn from a code without a size.
+    [[nodiscard]] bool IsLabel(const CqCadEntity& text) const;
     void ReadSettings();
+    void ReadDrawn();
     void ReadTitle();
     void ReadWeights();
     void ReadImage();
 
     CqSurveyDB& m_db;
     CodeSigns m_signs;
+    std::unordered_set<CqHandle> m_drawn;  // from field codes
+    double m_labelHeight = 0.0;            // of texts whose code has no size
     std::map<CString, Layer> m_layers;
     Layer m_noLayer;
     int m_forced = -1;

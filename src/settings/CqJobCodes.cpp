@@ -1,5 +1,6 @@
 #include "cqsurvey/CqJobCodes.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <optional>
@@ -7,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "cqsurvey/CqJobSystem.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Text.h"
 #include "job/Job.h"
@@ -202,6 +204,15 @@ int CqJobCodes::Set(const CqCodeTable& table) {
         }
         return job.WriteSettingsIniFile();
     });
+}
+
+double CqJobCodes::GetTextHeight() const {
+    constexpr double kOnPaper = 0.002;  // metres
+    constexpr int kUsualScale = 500;
+    int scale = kUsualScale;
+    m_db.GetSettingsInt(CqSurveyDB::m_SettingsSection, u"Mapscale", scale, kUsualScale);
+    const std::optional<CqLengthUnit> unit = CqJobSystem(m_db).GetUnit();
+    return kOnPaper * std::max(scale, 1) / (unit ? GetMetres(*unit) : 1.0);
 }
 
 }  // namespace cqsurvey

@@ -212,10 +212,10 @@ TEST_F(PlotCommand, DrawsWhatLayersShow) {
 
 TEST_F(PlotCommand, RespectsTheForcedColourAndTheBackgroundColour) {
     DrawCircle(db, 0, 0, 5);
-    db.SetDrawingForceMonotone(5);
+    db.SetDrawingForceMonotone(3);
     db.SetBackgroundColor(0);
     const SvgPicture picture = Svg();
-    EXPECT_EQ(picture.WithStroke(kBlue).size(), 1U);
+    EXPECT_EQ(picture.WithStroke("#00ff00").size(), 1U);
     ASSERT_FALSE(picture.paths.empty());
     // Frame and title are white where the paper is black.
     EXPECT_FALSE(picture.WithStroke("#ffffff").empty());

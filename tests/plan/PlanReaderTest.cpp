@@ -250,5 +250,17 @@ TEST_F(PlanReaderTest, ReadsTheBackgroundImageAsItIsStored) {
     EXPECT_NEAR(box.maxY, 70.0, 1e-9);
 }
 
+TEST_F(PlanReaderTest, ATextFromACodeWithoutASizeIsALabel) {
+    const double usual = CqJobCodes(db).GetTextHeight();
+    const CqHandle drawn = DrawText(db, u"drawn", 1, 2, usual);
+    const CqHandle sized = DrawText(db, u"with a size", 1, 2, 2 * usual);
+    DrawText(db, u"by hand", 1, 2, usual);
+    CqDrawnList(db).Set({{drawn, 1}, {sized, 2}});
+    const Plan plan = Read();
+    EXPECT_TRUE(Get<PlanText>(plan, 0).isLabel);
+    EXPECT_FALSE(Get<PlanText>(plan, 1).isLabel);
+    EXPECT_FALSE(Get<PlanText>(plan, 2).isLabel);
+}
+
 }  // namespace
 }  // namespace cqsurvey::plan

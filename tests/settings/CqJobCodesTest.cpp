@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "cqsurvey/CqJobSystem.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Limits.h"
 #include "support/CodePageScope.h"
@@ -109,6 +110,16 @@ TEST_F(CqJobCodesTest, ATableThatDoesNotFitLeavesTheOldOne) {
     EXPECT_TRUE(m_codes.Get() == Sample());
     Reopen();
     EXPECT_TRUE(m_codes.Get() == Sample());
+}
+
+TEST_F(CqJobCodesTest, TextsAreTwoMillimetresHighAtTheMapScaleInTheUnit) {
+    EXPECT_DOUBLE_EQ(m_codes.GetTextHeight(), 1.0);
+    EXPECT_EQ(m_db.WriteSettingsInt(CqSurveyDB::m_SettingsSection, u"Mapscale", 250), 1);
+    EXPECT_DOUBLE_EQ(m_codes.GetTextHeight(), 0.5);
+    CqJobSystem(m_db).SetUnit(CqLengthUnit::InternationalFoot);
+    EXPECT_DOUBLE_EQ(m_codes.GetTextHeight(), 0.5 / 0.3048);
+    EXPECT_EQ(m_db.WriteSettingsInt(CqSurveyDB::m_SettingsSection, u"Mapscale", -5), 1);
+    EXPECT_GT(m_codes.GetTextHeight(), 0.0);
 }
 
 }  // namespace

@@ -45,11 +45,12 @@ struct PlotReport {
 /// name, and its texts are texts, as those of a PDF.
 ///
 /// CqSurveyDB.h says what the numbers of colours, line types and alignments mean; line type 256,
-/// like colour 256, is that of the layer. A layer or an entity with a negative colour is hidden. Of
-/// the settings, Mapscale may be the scale (PlotOptions::scale), and SiPointSize is the size of a
-/// cross in 1/72 inch.
-/// The scale is true on paper in the job's unit of length (CqJobSystem); without a unit, it is that
-/// of a job in metres, and the scale bar names no unit.
+/// like colour 256, is that of the layer. A colour with too little contrast to the background is
+/// drawn darker, or brighter on a dark one: lines and symbols have 3 to 1, letters 3.5 to 1. A
+/// layer or an entity with a negative colour is hidden. Of the settings, Mapscale may be the scale
+/// (PlotOptions::scale), and SiPointSize is the size of a cross in 1/72 inch. The scale is true on
+/// paper in the job's unit of length (CqJobSystem); without a unit, it is that of a job in metres,
+/// and the scale bar names no unit.
 class CQSURVEY_PLAN_API PlanDrawing {
  public:
     /// Called with the number of entities read so far, or of objects drawn so far.

@@ -87,7 +87,7 @@ struct CQSURVEY_PLAN_API PlotOptions {
     /// The word at the head of the description, which is a code, too (CodeWord.h).
     bool labelCodeWords = false;
     /// What the job's code table writes beside the points of a code (CqCode::label). A drawing that
-    /// was made from the codes has these as texts already.
+    /// was made from the codes has these as texts already, which are drawn as labels, too.
     bool labelsOfCodes = false;
 
     /// The height of the labels' capitals in millimetres, 0.2 to 50. Texts of the drawing that have
@@ -98,7 +98,7 @@ struct CQSURVEY_PLAN_API PlotOptions {
     int heightDecimals = 2;
 
     /// Draw every label, even over others. Otherwise a label that finds no room, not even away from
-    /// its point at the end of a leader, is left out.
+    /// its point at the end of a leader that crosses nothing, is left out.
     bool allLabels = false;
 
     /// The numbers beside lines. They stand along their line, in three quarters of the labels'

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <numeric>
 
 namespace cqsurvey::exchange {
 
@@ -174,7 +175,7 @@ std::optional<Circle> FitCircle(std::span<const CVector> points) {
     return circle;
 }
 
-ArcResult FitArc(std::span<const CVector> points, double tolerance) {
+ArcResult FitArc(std::span<const CVector> points, double tolerance, bool whole) {
     const std::optional<Circle> circle =
         points.size() == 3 ? FindCircle(points[0], points[1], points[2]) : FitCircle(points);
     if (!circle) {
@@ -200,7 +201,10 @@ ArcResult FitArc(std::span<const CVector> points, double tolerance) {
     for (const double step : *steps) {
         arc.bulges.push_back(std::tan(step / 4));
     }
-    if (points.size() == 3) {
+    if (whole) {
+        const double sum = std::accumulate(steps->begin(), steps->end(), 0.0);
+        arc.bulges.push_back(std::tan(((sum < 0.0 ? -kTurn : kTurn) - sum) / 4));
+    } else if (points.size() == 3) {
         // By the angle in which the third point sees each chord: no centre far away is needed.
         for (std::size_t i = 0; i < 2; ++i) {
             const CVector& seen = points[i == 0 ? 2 : 0];

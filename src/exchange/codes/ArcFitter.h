@@ -24,7 +24,7 @@ struct Circle {
 
 /// The bulges of the segments between the points of a curve.
 struct FittedArc {
-    std::vector<double> bulges;  ///< one less than there are points
+    std::vector<double> bulges;  ///< one less than there are points, but for a whole circle
     double deviation = 0.0;      ///< the largest distance of a point from the circle
 };
 
@@ -45,8 +45,10 @@ struct ArcResult {
 ///
 /// Each segment is then an arc about the circle's centre from shot to shot. It is no arc when the
 /// shots lie in line, when they do not follow each other around the circle, or when they would go
-/// around it more than once.
-[[nodiscard]] ArcResult FitArc(std::span<const CVector> points, double tolerance);
+/// around it more than once. A `whole` circle goes on from the last shot to the first, with one more
+/// bulge.
+[[nodiscard]] ArcResult FitArc(std::span<const CVector> points, double tolerance,
+                               bool whole = false);
 
 /// The bulge of the arc that leaves p in the direction of `tangent` and ends at q; nothing when the
 /// tangent points away from q or there is no direction.

@@ -2,6 +2,7 @@
 
 #include <cqsurvey/cqsurvey.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -79,7 +80,6 @@ std::uint64_t DrawnEntity::GetMark() const {
             digest.Add(coord);
         }
         digest.Add(vertex.bulge);
-        digest.Add(std::uint64_t{vertex.point});
     }
     for (const double coord : coords) {
         digest.Add(coord);
@@ -90,6 +90,12 @@ std::uint64_t DrawnEntity::GetMark() const {
     digest.Add(height);
     digest.Add(rest);
     return digest.Get();
+}
+
+bool DrawnEntity::HasTiesOf(const DrawnEntity& other) const {
+    return std::equal(
+        vertices.begin(), vertices.end(), other.vertices.begin(), other.vertices.end(),
+        [](const DrawnVertex& a, const DrawnVertex& b) { return a.point == b.point; });
 }
 
 std::optional<DrawnEntity> DrawnEntity::Read(const CqSurveyDB& db, CqHandle handle) {

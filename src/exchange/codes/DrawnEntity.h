@@ -36,8 +36,11 @@ struct DrawnEntity {
     /// Everything else of a text, which is 0 in what is drawn from codes.
     std::uint64_t rest = 0;
 
-    /// A digest of all of it: two entities of one digest look the same in every way.
+    /// A digest of all of it but the ties: two entities of one digest look the same in every way.
     [[nodiscard]] std::uint64_t GetMark() const;
+
+    /// True when the vertices of both are tied to the same points.
+    [[nodiscard]] bool HasTiesOf(const DrawnEntity& other) const;
 
     /// Reads an entity of the job; nothing when it is gone or of another type.
     [[nodiscard]] static std::optional<DrawnEntity> Read(const CqSurveyDB& db, CqHandle handle);

@@ -25,7 +25,6 @@ namespace cqsurvey::exchange {
 namespace {
 
 constexpr double kToleranceInMetres = 0.05;
-constexpr double kTextOnPaper = 0.002;  // metres
 constexpr int kInk = 7;
 constexpr std::uint64_t kProgressEvery = 1000;
 
@@ -98,10 +97,7 @@ class Drawing {
         const std::optional<CqLengthUnit> unit = CqJobSystem(m_db).GetUnit();
         const double metre = unit ? 1.0 / GetMetres(*unit) : 1.0;
         m_tolerance = m_options.arcTolerance.value_or(kToleranceInMetres * metre);
-        constexpr int kUsualScale = 250;
-        int scale = kUsualScale;
-        m_db.GetSettingsInt(CqSurveyDB::m_SettingsSection, u"Mapscale", scale, kUsualScale);
-        m_textHeight = m_options.textHeight.value_or(kTextOnPaper * metre * std::max(scale, 1));
+        m_textHeight = m_options.textHeight.value_or(CqJobCodes(m_db).GetTextHeight());
     }
 
     void ReadPoints() {

@@ -92,7 +92,7 @@ class FigureShaper::Work {
 
     void ShapeLine() {
         m_bulges.assign(Size(), 0.0);
-        FindCurves();
+        ShapeCurves();
         FigurePath path;
         for (std::size_t i = 0; i < Size(); ++i) {
             FigureVertex vertex = Vertex(i);
@@ -127,28 +127,46 @@ class FigureShaper::Work {
         path.vertices.push_back(first);
     }
 
+    /// True when a segment leads from the last point back to the first, so that a curve may run on
+    /// through it.
+    [[nodiscard]] bool GoesRound() const {
+        const std::size_t last = Size() - 1;
+        return m_figure.closed && Size() > 2 && (Controls(last).close || Controls(last).end) &&
+               (Point(last).place - Point(0).place).UNorm() > 0.0;
+    }
+
+    /// A curve from a point to another one. The points of a closed figure go on with the first
+    /// after the last one.
+    struct Curve {
+        std::size_t from;
+        std::size_t to;
+    };
+
     /// Finds where curves begin and end, by their words and by points that are on one.
-    void FindCurves() {
+    void ShapeCurves() {
+        const bool goesRound = GoesRound();
+        std::vector<Curve> curves = FindCurvesOfPoints(goesRound);
+        FindCurvesOfWords(goesRound, curves);
+        // A curve of two points goes on from what is before it.
+        std::sort(curves.begin(), curves.end(), [this](const Curve& a, const Curve& b) {
+            const bool aGoesOn = a.to > Size();
+            const bool bGoesOn = b.to > Size();
+            return aGoesOn != bGoesOn ? aGoesOn : a.from < b.from;
+        });
+        for (const Curve& curve : curves) {
+            ShapeCurve(curve);
+        }
+    }
+
+    void FindCurvesOfWords(bool goesRound, std::vector<Curve>& curves) {
         constexpr std::size_t kNone = FigureVertex::kFree;
         std::size_t begin = kNone;
-        std::size_t run = kNone;
-        for (std::size_t i = 0; i <= Size(); ++i) {
-            const bool onCurve = i < Size() && Controls(i).curvePoint;
-            if (onCurve && run == kNone) {
-                run = i;
-            } else if (!onCurve && run != kNone) {
-                ShapeCurve(std::exchange(run, kNone), i - 1);
-            }
-            if (i == Size()) {
-                break;
-            }
-            if (Controls(i).curveEnd) {
-                if (begin == kNone) {
-                    Lack(i, "the end of a curve that did not begin");
-                } else {
-                    ShapeCurve(begin, i);
-                    begin = kNone;
-                }
+        for (std::size_t i = 0; i < Size(); ++i) {
+            const bool endsRound = i == 0 && goesRound;
+            if (Controls(i).curveEnd && begin != kNone) {
+                curves.push_back({std::exchange(begin, kNone), i});
+            } else if (Controls(i).curveEnd && !endsRound) {
+                Lack(i, "the end of a curve that did not begin");
             }
             if (Controls(i).curveBegin) {
                 if (begin != kNone) {
@@ -157,12 +175,42 @@ class FigureShaper::Work {
                 begin = i;
             }
         }
-        if (begin != kNone) {
+        if (begin != kNone && goesRound) {
+            curves.push_back({begin, Size()});
+        } else if (begin != kNone) {
             Lack(begin, "the curve has no end, so it is drawn straight");
+        } else if (Controls(0).curveEnd && goesRound) {
+            Lack(0, "the end of a curve that did not begin");
         }
     }
 
-    void ShapeCurve(std::size_t from, std::size_t to) {
+    [[nodiscard]] std::vector<Curve> FindCurvesOfPoints(bool goesRound) const {
+        std::vector<Curve> curves;
+        const auto onCurve = [&](std::size_t i) { return Controls(i).curvePoint; };
+        const auto endOf = [&](std::size_t i) {
+            while (i + 1 < Size() && onCurve(i + 1)) {
+                ++i;
+            }
+            return i;
+        };
+        // A curve that runs on through the first point is that of the last points.
+        const bool runsOn = goesRound && onCurve(0) && onCurve(Size() - 1);
+        const std::size_t first = runsOn ? endOf(0) : 0;
+        if (runsOn && first + 1 == Size()) {
+            return {{0, Size()}};
+        }
+        for (std::size_t i = runsOn ? first + 1 : 0; i < Size(); ++i) {
+            if (onCurve(i)) {
+                const std::size_t last = endOf(i);
+                curves.push_back({i, runsOn && last + 1 == Size() ? Size() + first : last});
+                i = last;
+            }
+        }
+        return curves;
+    }
+
+    void ShapeCurve(const Curve& curve) {
+        const auto [from, to] = curve;
         if (from == to) {
             Lack(from, "a curve of one point");
             return;
@@ -171,17 +219,19 @@ class FigureShaper::Work {
             ShapeTangent(from);
             return;
         }
+        const bool whole = to - from == Size();
         std::vector<CVector> shots;
-        for (std::size_t i = from; i <= to; ++i) {
-            shots.push_back(Point(i).place);
+        for (std::size_t i = from; i <= to - (whole ? 1 : 0); ++i) {
+            shots.push_back(Point(i % Size()).place);
         }
-        const ArcResult result = FitArc(shots, m_shaper.m_tolerance);
+        const ArcResult result = FitArc(shots, m_shaper.m_tolerance, whole);
         if (!result.arc) {
             Tell(from, CodeFate::Suspicious, DescribeFault(result));
             return;
         }
-        std::copy(result.arc->bulges.begin(), result.arc->bulges.end(),
-                  m_bulges.begin() + static_cast<std::ptrdiff_t>(from));
+        for (std::size_t i = from; i < to; ++i) {
+            m_bulges[i % Size()] = result.arc->bulges[i - from];
+        }
     }
 
     void ShapeTangent(std::size_t from) {
@@ -192,7 +242,7 @@ class FigureShaper::Work {
         const CVector tangent =
             FindEndTangent(Point(from - 1).place, Point(from).place, m_bulges[from - 1]);
         const std::optional<double> bulge =
-            FindTangentBulge(Point(from).place, tangent, Point(from + 1).place);
+            FindTangentBulge(Point(from).place, tangent, Point((from + 1) % Size()).place);
         if (!bulge) {
             Tell(from, CodeFate::Suspicious, "the curve would turn back, so it is drawn straight");
             return;

@@ -3,6 +3,7 @@
 #include <cqsurvey/cqsurvey.h>
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_map>
 
 namespace cqsurvey::exchange {
@@ -16,7 +17,8 @@ const char* Describe(EntType type) {
 /// What is to be drawn, found by its mark. Equal entities are handed out one by one.
 class Wanted {
  public:
-    explicit Wanted(const std::vector<DrawnEntity>& entities) : m_taken(entities.size()) {
+    explicit Wanted(const std::vector<DrawnEntity>& entities)
+        : m_entities(entities), m_taken(entities.size()) {
         m_marks.reserve(entities.size());
         for (std::size_t i = 0; i < entities.size(); ++i) {
             m_marks.push_back(entities[i].GetMark());
@@ -27,13 +29,21 @@ class Wanted {
         }
     }
 
-    bool Take(std::uint64_t mark) {
+    /// `ties` is null when they do not matter.
+    bool Take(std::uint64_t mark, const DrawnEntity* ties) {
         const auto found = m_waiting.find(mark);
-        if (found == m_waiting.end() || found->second.empty()) {
+        if (found == m_waiting.end()) {
             return false;
         }
-        m_taken[found->second.back()] = true;
-        found->second.pop_back();
+        std::vector<std::size_t>& waiting = found->second;
+        const auto place = std::find_if(waiting.rbegin(), waiting.rend(), [&](std::size_t i) {
+            return ties == nullptr || m_entities[i].HasTiesOf(*ties);
+        });
+        if (place == waiting.rend()) {
+            return false;
+        }
+        m_taken[*place] = true;
+        waiting.erase(std::next(place).base());
         return true;
     }
 
@@ -41,6 +51,7 @@ class Wanted {
     [[nodiscard]] std::uint64_t GetMark(std::size_t i) const { return m_marks[i]; }
 
  private:
+    const std::vector<DrawnEntity>& m_entities;
     std::vector<bool> m_taken;
     std::vector<std::uint64_t> m_marks;
     std::unordered_map<std::uint64_t, std::vector<std::size_t>> m_waiting;
@@ -65,7 +76,7 @@ void JobDrawer::Draw(const std::vector<DrawnEntity>& entities, CodeReport& repor
             continue;
         }
         const bool edited = now->GetMark() != drawn.mark;
-        const bool right = wanted.Take(drawn.mark);
+        const bool right = wanted.Take(drawn.mark, edited ? nullptr : &*now);
         if (!edited && !right) {
             DrawnEntity::Delete(m_db, now->type, drawn.handle);
             ++report.removed;

@@ -21,7 +21,9 @@ namespace cqsurvey::exchange {
 ///     E             gone            E                     is added
 ///     -             -               F                     is added
 ///
-/// Edited entities stay in the list as they were drawn, so that they are known again.
+/// Ties alone are no edit, since a deleted point takes its ties along: an entity with others than
+/// in the new drawing is deleted and added. Edited entities stay in the list as they were drawn, so
+/// that they are known again.
 class JobDrawer {
  public:
     explicit JobDrawer(CqSurveyDB& db) : m_db(db) {}

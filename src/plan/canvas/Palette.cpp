@@ -1,5 +1,6 @@
 #include "plan/canvas/Palette.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -21,6 +22,36 @@ bool IsLike(Rgb a, Rgb b) {
            std::abs(a.blue - b.blue) < kClose;
 }
 
+/// How bright a colour is to the eye, 0 to 1, as sRGB defines it.
+double Luminance(Rgb color) {
+    const auto linear = [](std::uint8_t part) {
+        const double value = part / 255.0;
+        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.red) + 0.7152 * linear(color.green) + 0.0722 * linear(color.blue);
+}
+
+/// From 1 for equal colours to 21 for black and white.
+double Contrast(Rgb a, Rgb b) {
+    // The light that paper and screens reflect even where they are black.
+    constexpr double kFlare = 0.05;
+    const auto [dark, bright] = std::minmax({Luminance(a), Luminance(b)});
+    return (bright + kFlare) / (dark + kFlare);
+}
+
+Rgb WithContrast(Rgb background, Rgb color, double contrast) {
+    constexpr int kSteps = 64;
+    const Rgb ink = InkOn(background);
+    const auto mix = [&](int step) {
+        return step == 0 ? color : Mix(ink, color, static_cast<double>(step) / kSteps);
+    };
+    int step = 0;
+    while (step < kSteps && Contrast(mix(step), background) < contrast) {
+        ++step;
+    }
+    return mix(step);
+}
+
 }  // namespace
 
 Rgb InkOn(Rgb background) {
@@ -38,11 +69,14 @@ Rgb PaletteColor(int index, Rgb background) {
     return IsLike(color, background) ? InkOn(background) : color;
 }
 
+Rgb VisibleOn(Rgb background, Rgb color) {
+    constexpr double kLines = 3.0;
+    return WithContrast(background, color, kLines);
+}
+
 Rgb ReadableOn(Rgb background, Rgb color) {
-    constexpr int kFarEnough = 100;
-    return std::abs(Brightness(color) - Brightness(background)) < kFarEnough
-               ? Mix(color, InkOn(background), 0.5)
-               : color;
+    constexpr double kLetters = 3.5;
+    return WithContrast(background, color, kLetters);
 }
 
 Rgb BackgroundColor(std::uint32_t setting) {

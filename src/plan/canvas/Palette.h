@@ -22,8 +22,12 @@ inline constexpr Rgb kBlack{0, 0, 0};
 /// outside the palette are the ink. So is a colour that cannot be told from the background.
 [[nodiscard]] Rgb PaletteColor(int index, Rgb background);
 
-/// A colour for letters: `color` itself, or one between it and the ink when it is nearly as bright
-/// as the background.
+/// A colour in which a line or a symbol can be seen on paper: `color` itself, or one between it and
+/// the ink when its contrast to the background is less than 3 to 1. Yellow on white becomes a dark
+/// yellow.
+[[nodiscard]] Rgb VisibleOn(Rgb background, Rgb color);
+
+/// The same for letters, which need a contrast of 3.5 to 1.
 [[nodiscard]] Rgb ReadableOn(Rgb background, Rgb color);
 
 /// The background colour of a job's settings: red in the lowest byte, green and blue above it.

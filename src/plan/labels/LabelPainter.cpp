@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <utility>
 #include <variant>
 
 #include "plan/EntityPainter.h"
+#include "plan/labels/PointFinder.h"
 #include "text/NumberText.h"
 
 namespace cqsurvey::plan {
@@ -47,27 +49,64 @@ bool LabelPainter::WritesOnlyHeights(const PlotOptions& options) {
 
 void LabelPainter::Draw() {
     m_page.GetText().SetHalo(m_page.GetBackground());
+    DrawTexts();
     for (const PlanItem& item : m_plan.items) {
         const auto* point = std::get_if<PlanPoint>(&item);
         if (point == nullptr) {
             continue;
         }
-        const CVector at = m_page.ToPage(point->at);
-        Box box;
-        box.Add(at);
-        if (!m_page.GetMap().Holds(box)) {
+        const Point place = FindPlace(*point);
+        if (!IsInMap(place.at)) {
             continue;
         }
-        const bool spot = point->IsSpot(WritesOnlyHeights(m_options));
-        const double half = (spot ? GetUsualSize(Symbol::Spot) * kMillimetre
-                                  : EntityPainter::GetSize(*point, m_plan.symbolSize)) /
-                            2;
-        const Point place{
-            at, half, half * (point->symbol == Symbol::None && !spot ? kCrossCore : kSymbolCore)};
-        const bool drawn = spot && m_options.labelHeights && DrawSpot(*point, place);
+        const bool drawn = point->IsSpot(WritesOnlyHeights(m_options)) && m_options.labelHeights &&
+                           DrawSpot(*point, place);
         DrawRows(FindRows(*point, drawn), place);
     }
     m_page.GetText().SetHalo(std::nullopt);
+}
+
+bool LabelPainter::IsInMap(const CVector& at) const {
+    Box box;
+    box.Add(at);
+    return m_page.GetMap().Holds(box);
+}
+
+LabelPainter::Point LabelPainter::FindPlace(const PlanPoint& point) const {
+    const bool spot = point.IsSpot(WritesOnlyHeights(m_options));
+    const double half = (spot ? GetUsualSize(Symbol::Spot) * kMillimetre
+                              : EntityPainter::GetSize(point, m_plan.symbolSize)) /
+                        2;
+    return {m_page.ToPage(point.at), half,
+            half * (point.symbol == Symbol::None && !spot ? kCrossCore : kSymbolCore)};
+}
+
+void LabelPainter::DrawTexts() {
+    std::map<std::size_t, std::vector<const PlanText*>> layers;
+    for (const PlanItem& item : m_plan.items) {
+        const auto* text = std::get_if<PlanText>(&item);
+        if (text != nullptr && text->isLabel && IsInMap(m_page.ToPage(text->at))) {
+            layers[text->layer].push_back(text);
+        }
+    }
+    if (layers.empty()) {
+        return;
+    }
+    // They stand at their point or, to be off its symbol, less than their height away from it.
+    const PointFinder points(m_plan, layers.begin()->second.front()->height);
+    for (const auto& [layer, texts] : layers) {
+        m_page.GetCanvas().BeginGroup(m_plan.layers[layer].name);
+        for (const PlanText* text : texts) {
+            std::vector<Row> rows;
+            for (const std::string& line : text->lines) {
+                rows.push_back({line, m_height, m_page.GetColors().OfLetter(text->color)});
+            }
+            const PlanPoint* point = points.Find(text->at);
+            DrawRows(rows, point != nullptr ? FindPlace(*point)
+                                            : Point{m_page.ToPage(text->at), 0.0, 0.0});
+        }
+        m_page.GetCanvas().EndGroup();
+    }
 }
 
 std::string LabelPainter::FormatHeight(const PlanPoint& point) const {
@@ -75,19 +114,18 @@ std::string LabelPainter::FormatHeight(const PlanPoint& point) const {
 }
 
 Rgb LabelPainter::GetHeightColor(const PlanPoint& point) const {
-    return m_plan.monotone ? PaletteColor(point.color, m_page.GetBackground())
+    return m_plan.monotone ? m_page.GetColors().OfLetter(point.color)
                            : ReadableOn(m_page.GetBackground(), kBrown);
 }
 
 Rgb LabelPainter::GetCodeColor(const PlanPoint& point) const {
-    return m_plan.monotone ? PaletteColor(point.color, m_page.GetBackground())
+    return m_plan.monotone ? m_page.GetColors().OfLetter(point.color)
                            : ReadableOn(m_page.GetBackground(), kGrey);
 }
 
 std::vector<LabelPainter::Row> LabelPainter::FindRows(const PlanPoint& point, bool spot) const {
     std::vector<Row> rows;
-    const Rgb color =
-        ReadableOn(m_page.GetBackground(), PaletteColor(point.color, m_page.GetBackground()));
+    const Rgb color = m_page.GetColors().OfLetter(point.color);
     if (m_options.labelNames && !point.name.empty()) {
         rows.push_back({point.name, m_height, color});
     }

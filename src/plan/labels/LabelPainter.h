@@ -20,7 +20,8 @@ namespace cqsurvey::plan {
 /// the decimals to its right. A point is a spot height when its symbol is the spot, and also, as a
 /// dot instead of its cross, when nothing but its height is to be written.
 ///
-/// The points come in drawing order, so a job is always labelled the same way.
+/// The texts that were drawn from field codes come first (PlanText::isLabel), then the points, all
+/// in drawing order, so a job is always labelled the same way.
 class LabelPainter {
  public:
     /// All four must outlive the painter. `room` knows what has been drawn.
@@ -48,6 +49,11 @@ class LabelPainter {
         double core;  ///< what of it is taken
     };
 
+    /// Writes the texts that are labels, each in the group of its layer.
+    void DrawTexts();
+    [[nodiscard]] bool IsInMap(const CVector& at) const;
+    /// How the point is drawn.
+    [[nodiscard]] Point FindPlace(const PlanPoint& point) const;
     /// The rows of the point's label, from the top.
     [[nodiscard]] std::vector<Row> FindRows(const PlanPoint& point, bool spot) const;
     /// The height's row is written around the point; false when there is no room for it.

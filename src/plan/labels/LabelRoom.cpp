@@ -85,7 +85,8 @@ void LabelRoom::TakeLeader(const CVector& from, const CVector& to) {
 
 bool LabelRoom::IsFreeLeader(const CVector& from, const CVector& to) const {
     const std::vector<Box> boxes = CoverLeader(from, to);
-    return std::all_of(boxes.begin(), boxes.end(),
+    return m_lines.IsFree(from, to) &&
+           std::all_of(boxes.begin(), boxes.end(),
                        [this](const Box& box) { return m_taken.IsFree(box); });
 }
 

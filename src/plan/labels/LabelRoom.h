@@ -58,7 +58,7 @@ class LabelRoom {
     [[nodiscard]] bool HasRoom(const Box& box) const { return IsFree(box) && IsOffLines(box); }
     [[nodiscard]] bool HasRoom(const TurnedBox& box) const;
 
-    /// True when a leader crosses nothing that was taken. It may cross lines.
+    /// True when a leader crosses nothing that was taken, and no marked line.
     [[nodiscard]] bool IsFreeLeader(const CVector& from, const CVector& to) const;
 
  private:

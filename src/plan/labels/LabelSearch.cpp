@@ -89,7 +89,7 @@ std::optional<LabelSearch::Place> LabelSearch::FindFarPlace(const CVector& at, d
             const CVector corner = to + CVector(begin(x, size.GetX()), begin(y, size.GetY()));
             const CVector foot =
                 at + CVector(x * (core + distance - kOff), y * (core + distance - kOff));
-            if (HasRoom(BoxAt(corner, size)) && m_room.IsFreeLeader(from, foot)) {
+            if (HasRoom(BoxAt(corner, size)) && m_room.IsFreeLeader(from, to)) {
                 return Place{corner, std::pair(from, foot)};
             }
         }

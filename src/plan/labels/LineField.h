@@ -24,6 +24,10 @@ class LineField {
     /// of more than some thousand cells.
     [[nodiscard]] bool IsFree(const Box& box) const;
 
+    /// True when the straight line between the two places crosses and touches no line. Also false
+    /// where very many lines pass, and for one through more than some thousand cells.
+    [[nodiscard]] bool IsFree(const CVector& from, const CVector& to) const;
+
     /// A cell that so many lines pass counts as full.
     static constexpr std::size_t kCrowd = 48;
 
@@ -32,6 +36,10 @@ class LineField {
 
     [[nodiscard]] std::int32_t CellOf(double value) const;
     void AddToCell(std::int32_t x, std::int32_t y, const Line& line);
+    /// Calls `visit` with each cell that the straight line passes, until it returns false. False
+    /// when it did, and when there are more than some thousand cells.
+    template <class Visit>
+    bool VisitCells(const CVector& from, const CVector& to, const Visit& visit) const;
 
     double m_cell;
     std::unordered_map<std::uint64_t, std::vector<Line>> m_lines;

@@ -43,8 +43,7 @@ void LineLabelPainter::Draw() {
         if (line == nullptr || !FindBox(item).Meets(window)) {
             continue;
         }
-        m_page.SetColor(
-            ReadableOn(m_page.GetBackground(), PaletteColor(line->color, m_page.GetBackground())));
+        m_page.SetColor(m_page.GetColors().OfLetter(line->color));
         if (labels.lengths || labels.bearings) {
             DrawSegments(*line);
         }

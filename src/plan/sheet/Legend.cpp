@@ -80,7 +80,7 @@ void Legend::DrawSign(Page& page, LineStyles& styles, const Entry& entry,
     constexpr double kHalf = 6.0 * kMillimetre;
     constexpr double kLargest = 4.0 * kMillimetre;
     cairo_t* context = page.GetContext();
-    const Rgb color = PaletteColor(entry.color, page.GetBackground());
+    const Rgb color = page.GetColors().OfLine(entry.color);
     if (const auto* line = std::get_if<Line>(&entry.sign)) {
         page.SetColor(color);
         page.SetLine(line->line, styles.GetWidth(line->layer, line->code));

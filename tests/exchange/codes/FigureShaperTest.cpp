@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 
 namespace cqsurvey::exchange {
@@ -75,6 +76,70 @@ TEST_F(FigureShaperTest, ATangentArcGoesOnFromAnArc) {
     EXPECT_EQ(Reasons(shaped), "");
     // The first arc ends southwards; from there a quarter of a circle turns to the east.
     EXPECT_NEAR(shaped.paths[0].vertices[2].bulge, std::tan(std::atan(1.0) / 2), 1e-12);
+}
+
+TEST_F(FigureShaperTest, AFigureThatIsClosedInACurveIsClosedByItsArc) {
+    // A door: three straight sides and a half circle above.
+    const ShapedFigure shaped =
+        Shape({{{0, 10}, ""}, {{0, 0}, ""}, {{20, 0}, ""}, {{20, 10}, "BC"}, {{10, 20}, "CLS"}});
+    EXPECT_EQ(Reasons(shaped), "");
+    const double quarter = std::tan(std::atan(1.0) / 2);
+    ASSERT_EQ(shaped.paths[0].vertices.size(), 6U);
+    EXPECT_TRUE(shaped.paths[0].closed);
+    const std::array<double, 6> bulges{0.0, 0.0, 0.0, quarter, quarter, 0.0};
+    for (std::size_t i = 0; i < bulges.size(); ++i) {
+        EXPECT_NEAR(shaped.paths[0].vertices[i].bulge, bulges[i], 1e-12) << i;
+    }
+}
+
+TEST_F(FigureShaperTest, AFigureThatIsClosedByTwoPointsOfACurveIsClosedByATangentArc) {
+    // The last side runs to the east and then in a half circle back to the beginning.
+    const ShapedFigure shaped = Shape({{{0, 10}, ""}, {{0, 0}, ""}, {{5, 0}, "BC CLS"}});
+    EXPECT_EQ(Reasons(shaped), "");
+    EXPECT_NEAR(shaped.paths[0].vertices[2].bulge, std::tan(std::atan2(10.0, -5.0) / 2), 1e-12);
+}
+
+TEST_F(FigureShaperTest, AClosedFigureOfPointsOnACurveIsAWholeCircle) {
+    for (const char* word : {"ON", ""}) {
+        const std::string begin = *word == 0 ? "BC" : word;
+        const std::string close = std::string(word) + " CLS";
+        const ShapedFigure shaped =
+            Shape({{{10, 0}, begin}, {{0, 10}, word}, {{-10, 0}, word}, {{0, -10}, close}});
+        EXPECT_EQ(Reasons(shaped), "");
+        ASSERT_EQ(shaped.paths[0].vertices.size(), 5U);
+        for (std::size_t i = 0; i < 4; ++i) {
+            EXPECT_NEAR(shaped.paths[0].vertices[i].bulge, std::tan(std::atan(1.0) / 2), 1e-12);
+        }
+    }
+}
+
+TEST_F(FigureShaperTest, ACurveRunsOnThroughTheFirstPoint) {
+    // Three quarters of a circle around the first point, and a corner.
+    const ShapedFigure shaped = Shape({{{10, 0}, "ON"},
+                                       {{0, 10}, "ON"},
+                                       {{-10, 10}, ""},
+                                       {{-10, 0}, "ON"},
+                                       {{0, -10}, "ON CLS"}});
+    EXPECT_EQ(Reasons(shaped), "");
+    const double quarter = std::tan(std::atan(1.0) / 2);
+    const std::array<double, 6> bulges{quarter, 0.0, 0.0, quarter, quarter, 0.0};
+    for (std::size_t i = 0; i < bulges.size(); ++i) {
+        EXPECT_NEAR(shaped.paths[0].vertices[i].bulge, bulges[i], 1e-12) << i;
+    }
+}
+
+TEST_F(FigureShaperTest, ACurveThatHasEndedIsClosedStraight) {
+    const ShapedFigure shaped = Shape({{{0, 0}, "BC"}, {{10, 10}, ""}, {{20, 0}, "EC CLS"}});
+    EXPECT_EQ(Reasons(shaped), "");
+    EXPECT_NE(shaped.paths[0].vertices[1].bulge, 0.0);
+    EXPECT_EQ(shaped.paths[0].vertices[2].bulge, 0.0);
+    // Where the first point lies on no such circle, nothing of the curve is guessed.
+    const ShapedFigure open =
+        Shape({{{0, -5}, ""}, {{0, 0}, "BC"}, {{10, 10}, ""}, {{20, 0}, "CLS"}});
+    EXPECT_TRUE(Reasons(open).starts_with("1 a shot of the curve is ")) << Reasons(open);
+    for (const FigureVertex& vertex : open.paths[0].vertices) {
+        EXPECT_EQ(vertex.bulge, 0.0);
+    }
 }
 
 TEST_F(FigureShaperTest, WhatCannotBeMadeIsTold) {

@@ -153,7 +153,6 @@ TEST_F(JobDrawerTest, EveryEditByHandIsSeen) {
         [&] { m_db.EditPline(drawnLine, 256, 5); },
         [&] { m_db.EditCadEntityLayer(drawnLine, u"L"); },
         [&] { m_db.EditCadEntityColor(drawnLine, 3); },
-        [&] { m_db.UnlinkSiPntAndVertex(0, drawnLine + 1); },
         [&] { m_db.MoveVertex(drawnLine + 2, place.data(), 0.0); },
         [&] { m_db.DeleteVertex(drawnLine + 2); },
         [&] { m_db.InsertVertex(drawnLine + 1, place.data(), 0.0); },
@@ -169,6 +168,20 @@ TEST_F(JobDrawerTest, EveryEditByHandIsSeen) {
         EXPECT_EQ(report.edited.size(), 1U) << i;
         EXPECT_EQ(report.removed, 1U) << i;
     }
+}
+
+TEST_F(JobDrawerTest, ALineThatLostATieIsTiedAgainAndNoEdit) {
+    DrawnEntity line;
+    line.layer = u"0";
+    line.vertices = {{{0, 0, 0}, 0.0, m_point}, {{1, 0, 0}, 0.0, 0}};
+    Draw({line});
+    const CqHandle drawn = CqDrawnList(m_db).Get().at(0).handle;
+    ASSERT_EQ(m_db.UnlinkSiPntAndVertex(m_point, drawn + 1), 1);
+    const CodeReport report = Draw({line});
+    EXPECT_TRUE(report.edited.empty());
+    EXPECT_EQ(report.removed, 1U);
+    EXPECT_EQ(report.added, 1U);
+    EXPECT_FALSE(Draw({line}).HasChanged());
 }
 
 }  // namespace

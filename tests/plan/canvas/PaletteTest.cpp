@@ -102,6 +102,29 @@ TEST(Palette, ReadsTheBackgroundColourFromItsLowestByte) {
     EXPECT_EQ(BackgroundColor(0xFF123456), (Rgb{0x56, 0x34, 0x12}));
 }
 
+TEST(Palette, WhatHasContrastKeepsItsColour) {
+    for (const Rgb color : {Rgb{255, 0, 0}, Rgb{0, 0, 255}, Rgb{128, 64, 0}, kBlack}) {
+        EXPECT_EQ(VisibleOn(kWhite, color), color);
+    }
+    EXPECT_EQ(VisibleOn(kBlack, {255, 255, 0}), (Rgb{255, 255, 0}));
+}
+
+TEST(Palette, BrightColoursAreDarkerOnWhitePaperAndKeepTheirHue) {
+    const Rgb yellow = VisibleOn(kWhite, {255, 255, 0});
+    EXPECT_EQ(yellow.red, yellow.green);
+    EXPECT_EQ(yellow.blue, 0);
+    EXPECT_LT(yellow.red, 160);
+    EXPECT_GT(yellow.red, 120);
+    EXPECT_LT(ReadableOn(kWhite, {255, 255, 0}).red, yellow.red) << "letters are darker still";
+}
+
+TEST(Palette, DarkColoursAreBrighterOnADarkBackground) {
+    const Rgb blue = VisibleOn(kBlack, {0, 0, 255});
+    EXPECT_EQ(blue.blue, 255);
+    EXPECT_GT(blue.red, 0);
+    EXPECT_EQ(blue.red, blue.green);
+}
+
 TEST(Palette, Mixes) {
     EXPECT_EQ(Mix(kBlack, kWhite, 0.0), kWhite);
     EXPECT_EQ(Mix(kBlack, kWhite, 1.0), kBlack);

@@ -52,9 +52,10 @@ TEST(LabelRoom, ATurnedTextMayStandCloseToItsLine) {
     EXPECT_TRUE(room.HasRoom(TurnedBox{onLine.At(0, -5.5), 50, 4, angle}));
 }
 
-TEST(LabelRoom, ALeaderCrossesLinesButNoLabelAndNoOtherLeader) {
+TEST(LabelRoom, ALeaderCrossesNoLineNoLabelAndNoOtherLeader) {
     LabelRoom room;
-    room.MarkLine({0, 10}, {100, 10});
+    room.MarkLine({0, 30}, {100, 30});
+    EXPECT_FALSE(room.IsFreeLeader({50, 0}, {50, 40}));
     EXPECT_TRUE(room.IsFreeLeader({50, 0}, {50, 20}));
     room.TakeLeader({50, 0}, {50, 20});
     EXPECT_FALSE(room.IsFreeLeader({40, 12}, {60, 12}));

@@ -11,6 +11,13 @@ class LabelSearchTest : public testing::Test {
         return LabelSearch(room, map).Find(at, 2.0, 1.2, size);
     }
 
+    /// Draws three sides of a box close around the point; upper and lower one end at `right`.
+    void CloseIn(double right) {
+        room.MarkLine({195, 195}, {right, 195});
+        room.MarkLine({195, 205}, {right, 205});
+        room.MarkLine({195, 195}, {195, 205});
+    }
+
     Box map{0, 0, 400, 400};
     CVector at{200, 200};
     CVector size{20, 5};
@@ -34,10 +41,10 @@ TEST_F(LabelSearchTest, AvoidsWhatIsTakenAndLines) {
 }
 
 TEST_F(LabelSearchTest, GoesAwayWithALeaderWhenThereIsNoRoomAround) {
-    // Four lines close around the point.
+    // Four walls close around the point, with gaps at their corners.
     for (const double off : {-5.0, 5.0}) {
-        room.MarkLine({180, 200 + off}, {220, 200 + off});
-        room.MarkLine({200 + off, 180}, {200 + off, 220});
+        room.MarkLine({197, 200 + off}, {203, 200 + off});
+        room.MarkLine({200 + off, 197}, {200 + off, 203});
     }
     const auto place = Find();
     ASSERT_TRUE(place);
@@ -47,6 +54,23 @@ TEST_F(LabelSearchTest, GoesAwayWithALeaderWhenThereIsNoRoomAround) {
     EXPECT_GT((to - at).UNorm(), 5.0);
     EXPECT_TRUE(room.HasRoom(Box{place->corner.GetX(), place->corner.GetY(),
                                  place->corner.GetX() + 20, place->corner.GetY() + 5}));
+}
+
+TEST_F(LabelSearchTest, TheLeaderGoesThroughTheGapOfTheLines) {
+    CloseIn(205);
+    room.MarkLine({205, 195}, {205, 201});
+    const auto place = Find();
+    ASSERT_TRUE(place);
+    ASSERT_TRUE(place->leader);
+    EXPECT_GT(place->corner.GetX(), 205.0) << "beyond the wall";
+    EXPECT_GT(place->leader->second.GetY(), 200.0);
+    EXPECT_TRUE(room.IsFreeLeader(place->leader->first, place->leader->second));
+}
+
+TEST_F(LabelSearchTest, NoLeaderCrossesALine) {
+    CloseIn(205);
+    room.MarkLine({205, 195}, {205, 205});
+    EXPECT_FALSE(Find());
 }
 
 TEST_F(LabelSearchTest, FindsNothingWhereEverythingIsTaken) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <random>
 #include <utility>
 #include <vector>
@@ -43,6 +44,41 @@ TEST(LineField, AgreesWithComparingAll) {
     }
 }
 
+TEST(LineField, TellsWhichLinesCrossAsIfAllWereCompared) {
+    std::mt19937 random(6);
+    std::uniform_real_distribution<double> place(-100.0, 100.0);
+    // Parameters of the crossing along both, by Cramer's rule.
+    const auto cross = [](const CVector& p, const CVector& q, const CVector& r, const CVector& s) {
+        const CVector a = q - p;
+        const CVector b = s - r;
+        const CVector c = r - p;
+        const double whole = a.GetX() * b.GetY() - a.GetY() * b.GetX();
+        const double along = (c.GetX() * b.GetY() - c.GetY() * b.GetX()) / whole;
+        const double other = (c.GetX() * a.GetY() - c.GetY() * a.GetX()) / whole;
+        return along >= 0.0 && along <= 1.0 && other >= 0.0 && other <= 1.0;
+    };
+    LineField field(10.0);
+    std::vector<std::pair<CVector, CVector>> lines;
+    for (int i = 0; i < 15; ++i) {
+        // Whole numbers, which the field keeps exactly.
+        lines.emplace_back(CVector(std::round(place(random)), std::round(place(random))),
+                           CVector(std::round(place(random)), std::round(place(random))));
+        field.Add(lines.back().first, lines.back().second);
+    }
+    int free = 0;
+    for (int i = 0; i < 2000; ++i) {
+        const CVector from(place(random), place(random));
+        const CVector to = from + CVector(place(random) / 3, place(random) / 3);
+        const bool expected = std::none_of(lines.begin(), lines.end(), [&](const auto& line) {
+            return cross(from, to, line.first, line.second);
+        });
+        EXPECT_EQ(field.IsFree(from, to), expected) << "seed 6, line " << i;
+        free += expected ? 1 : 0;
+    }
+    EXPECT_GT(free, 200);
+    EXPECT_LT(free, 1800);
+}
+
 TEST(LineField, ACrowdedCellIsFull) {
     LineField field(10.0);
     for (std::size_t i = 0; i < LineField::kCrowd; ++i) {
@@ -50,6 +86,7 @@ TEST(LineField, ACrowdedCellIsFull) {
     }
     EXPECT_FALSE(field.IsFree({8, 8, 9, 9}));
     EXPECT_TRUE(field.IsFree({18, 8, 19, 9}));
+    EXPECT_FALSE(field.IsFree(CVector(8, 8), CVector(9, 9)));
 }
 
 TEST(LineField, IsNotHurtByWhatIsTooLarge) {
