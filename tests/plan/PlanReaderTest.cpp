@@ -235,6 +235,19 @@ TEST_F(PlanReaderTest, SettingsThatMakeNoSenseAreTakenForTheUsualOnes) {
     EXPECT_EQ(plan.symbolSize, 5.0);
 }
 
+TEST_F(PlanReaderTest, TheBackgroundImageLiesWhereTheJobSaysToTheMillimetre) {
+    std::ofstream(folder.Utf8("a.bmp"), std::ios::binary) << "BMxyz";
+    ASSERT_EQ(db.StoreBackgroundImageFile(folder.Path(u"a.bmp"), 1, {334062.067, 6257926.789},
+                                          {20.001, 10.002}, 12.345),
+              1);
+    const Plan plan = Read();
+    ASSERT_TRUE(plan.image.has_value());
+    EXPECT_EQ(plan.image->centre.GetX(), 334062.067);
+    EXPECT_EQ(plan.image->centre.GetY(), 6257926.789);
+    EXPECT_EQ(plan.image->size.GetX(), 20.001);
+    EXPECT_EQ(plan.image->rotation, 12.345);
+}
+
 TEST_F(PlanReaderTest, ReadsTheBackgroundImageAsItIsStored) {
     std::ofstream(folder.Utf8("a.bmp"), std::ios::binary) << "BMxyz";
     ASSERT_EQ(db.StoreBackgroundImageFile(folder.Path(u"a.bmp"), 1, {50, 60}, {20, 10}, 90.0), 1);
