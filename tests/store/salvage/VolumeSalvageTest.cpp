@@ -112,6 +112,22 @@ TEST_F(VolumeSalvageTest, TablesOfTheSameColumnsAreToldApartByWhoNamesTheirRows)
     EXPECT_EQ(salvaged.memos.size(), 600U);
 }
 
+TEST_F(VolumeSalvageTest, APageInThePlaceOfOneOfTheSameColumnsIsTold) {
+    Fill(5);
+    Unmount();
+    const auto roots = ListRoots(m_host);
+    const std::string memos =
+        ReadHostFile(m_host).substr((roots.at("Volume_Memo") - 1) * kPage, kPage);
+    ChangePage(m_host, roots.at("Names"), [&](std::string& page) { page = memos; });
+    const Salvaged salvaged = Save();
+    EXPECT_EQ(salvaged.memos.size(), 5U);
+    ASSERT_EQ(salvaged.losses.size(), 2U);
+    EXPECT_EQ(salvaged.losses[0].table, "Names");
+    EXPECT_EQ(salvaged.losses[0].first, 1U);
+    EXPECT_EQ(salvaged.losses[0].last, 0xFFFFFFFFU);
+    EXPECT_NE(salvaged.losses[1].text.find("hold the same"), std::string::npos);
+}
+
 TEST_F(VolumeSalvageTest, RowsOfAnotherToolsTablesAreNotTakenForOurs) {
     Fill(2000);
     Unmount();
