@@ -15,20 +15,19 @@ count() {
 
 # run_program PROGRAM [LAUNCHER]...: every test of it that $GTEST_FILTER leaves, divided among as many
 # processes as there are cores. The launcher is a command that takes the program as its last argument.
+# A process in the background, or under nohup, would ignore the signals that some tests send.
 run_program() {
     local program=$1 shard
     local -a running=()
-    # With job control on, a process in the background does not ignore an interrupt.
-    set -m
     for ((shard = 0; shard < cores; ++shard)); do
         rm -f "$program.$shard.xml"
         GTEST_TOTAL_SHARDS=$cores GTEST_SHARD_INDEX=$shard GTEST_BRIEF=1 \
             GTEST_OUTPUT=xml:$program.$shard.xml \
             LSAN_OPTIONS=suppressions=$top/cmake/lsan.supp:print_suppressions=0 \
+            env --default-signal=HUP,INT,QUIT,TERM \
             "${@:2}" "$program" >"$program.$shard.log" 2>&1 &
         running+=($!)
     done
-    set +m
     for ((shard = 0; shard < cores; ++shard)); do
         local status=0
         wait "${running[shard]}" || status=$?
