@@ -45,8 +45,8 @@ struct ArcResult {
 ///
 /// Each segment is then an arc about the circle's centre from shot to shot. It is no arc when the
 /// shots lie in line, when they do not follow each other around the circle, or when they would go
-/// around it more than once. A `whole` circle goes on from the last shot to the first, with one more
-/// bulge.
+/// around it more than once. A `whole` circle goes on from the last shot to the first, with one
+/// more bulge.
 [[nodiscard]] ArcResult FitArc(std::span<const CVector> points, double tolerance,
                                bool whole = false);
 
