@@ -70,8 +70,8 @@ std::optional<std::string> WorldFile::Find(const std::string& image) {
     return std::nullopt;
 }
 
-ImagePlace WorldFile::Read(const std::string& path, std::string_view text,
-                           const ImageHeader& image) {
+CqImagePlace WorldFile::Read(const std::string& path, std::string_view text,
+                             const ImageHeader& image) {
     const auto [a, d, b, e, c, f] = ReadNumbers(path, text);
     if (image.width == 0 || image.height == 0) {
         throw Failure(fmt::format("{}: the size of the {} image beside it cannot be read",

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cqsurvey/CqImagePlace.h>
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -7,16 +9,6 @@
 #include "cqjob/ImageHeader.h"
 
 namespace cqsurvey::cqjob {
-
-/// Where an image lies: its centre and size in the job's unit of length, and its rotation in
-/// degrees counter-clockwise.
-struct ImagePlace {
-    double east = 0.0;
-    double north = 0.0;
-    double width = 0.0;
-    double height = 0.0;
-    double rotation = 0.0;
-};
 
 /// The world file beside an image: six numbers, one on each line, that map columns and rows of
 /// pixels to coordinates.
@@ -35,8 +27,8 @@ class WorldFile {
     /// The place that the text of the world file `path` gives to an image of this size. Throws
     /// Failure when it has not six numbers, and when it makes the image a mirror image or no
     /// rectangle, which a job cannot hold.
-    [[nodiscard]] static ImagePlace Read(const std::string& path, std::string_view text,
-                                         const ImageHeader& image);
+    [[nodiscard]] static CqImagePlace Read(const std::string& path, std::string_view text,
+                                           const ImageHeader& image);
 };
 
 }  // namespace cqsurvey::cqjob

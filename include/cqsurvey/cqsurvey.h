@@ -22,6 +22,7 @@
 #include "cqsurvey/CqCodeTable.h"
 #include "cqsurvey/CqCoordRec.h"
 #include "cqsurvey/CqDrawnList.h"
+#include "cqsurvey/CqImagePlace.h"
 #include "cqsurvey/CqJobCheck.h"
 #include "cqsurvey/CqJobCodes.h"
 #include "cqsurvey/CqJobIdentity.h"

@@ -4,9 +4,11 @@
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "cqsurvey/CodeWord.h"
+#include "cqsurvey/CqImagePlace.h"
 #include "cqsurvey/plan/PlanFailure.h"
 #include "cqsurvey/plan/PlotOptions.h"
 #include "plan/LineType.h"
@@ -80,15 +82,6 @@ std::u16string_view TrimBlanks(std::u16string_view text) {
     return first == std::u16string_view::npos
                ? std::u16string_view()
                : text.substr(first, text.find_last_not_of(u" \t\r\n") - first + 1);
-}
-
-/// A number of the background image's place as the job keeps it. Reading the image rounds it to
-/// single precision, which is a quarter of a metre at a northing of 6,000,000.
-double PlaceOf(CqSurveyDB& db, const char16_t* key, double rounded) {
-    CString text;
-    db.GetSettingsString(CqSurveyDB::m_BGSettingsSection, key, text, CString());
-    const ParsedNumber exact = ParseNumber(ToUtf8(text));
-    return exact.fault == nullptr ? exact.value : rounded;
 }
 
 std::string OneLine(const CString& text) {
@@ -379,14 +372,14 @@ void PlanReader::ReadImage() {
         return;
     }
     const std::unique_ptr<std::uint8_t, decltype(&std::free)> owner(data, &std::free);
-    image.centre = {PlaceOf(m_db, u"CenterX", image.centre.GetX()),
-                    PlaceOf(m_db, u"CenterY", image.centre.GetY())};
-    image.size = {PlaceOf(m_db, u"SizeX", image.size.GetX()),
-                  PlaceOf(m_db, u"SizeY", image.size.GetY())};
-    image.rotation = PlaceOf(m_db, u"Rotation", image.rotation);
     int grey = 0;
     m_db.GetBackgroundImageSettings(image.brightness, image.contrast, grey);
     image.grey = grey != 0;
+    if (const std::optional<CqImagePlace> place = CqImagePlace::Of(m_db)) {
+        image.centre = {place->east, place->north};
+        image.size = {place->width, place->height};
+        image.rotation = place->rotation;
+    }
     if (!IsPlace(image.centre) || !IsPlace(image.size) || image.size.GetX() == 0.0 ||
         !std::isfinite(image.rotation)) {
         ++m_plan.unplaced;

@@ -13,7 +13,7 @@ namespace {
 constexpr ImageHeader kImage{"PNG", 101, 51};
 
 TEST(WorldFile, PlacesTheMiddleOfTheImage) {
-    const ImagePlace place = WorldFile::Read("a.pgw", "0.5\n0\n0\n-0.5\n1000\n5000\n", kImage);
+    const CqImagePlace place = WorldFile::Read("a.pgw", "0.5\n0\n0\n-0.5\n1000\n5000\n", kImage);
     EXPECT_DOUBLE_EQ(place.east, 1025.0);
     EXPECT_DOUBLE_EQ(place.north, 4987.5);
     EXPECT_DOUBLE_EQ(place.width, 50.5);
@@ -22,7 +22,7 @@ TEST(WorldFile, PlacesTheMiddleOfTheImage) {
 }
 
 TEST(WorldFile, TurnsTheImageCounterClockwise) {
-    const ImagePlace place = WorldFile::Read("a.pgw", "0\n2\n2\n0\n1000\n5000\n", kImage);
+    const CqImagePlace place = WorldFile::Read("a.pgw", "0\n2\n2\n0\n1000\n5000\n", kImage);
     EXPECT_DOUBLE_EQ(place.rotation, 90.0);
     EXPECT_DOUBLE_EQ(place.east, 1050.0);
     EXPECT_DOUBLE_EQ(place.north, 5100.0);

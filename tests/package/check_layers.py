@@ -12,7 +12,7 @@ import sys
 CORE = [["platform"], ["store"], ["tables"], ["index"], ["job"], ["points", "drawing", "settings"]]
 OUTSIDE = {"src/text": "text", "src/exchange": "exchange", "src/plan": "plan", "apps": None, "integrations": None}
 # Public headers of the job as a whole: what is below the job knows nothing of them.
-FACADE = {"cqsurvey.h", "CqSurveyDB.h", "CqBatch.h", "CqJobCheck.h", "CqDrawnList.h", "CqJobCodes.h", "CqJobIdentity.h", "CqJobRepair.h", "CqJobSystem.h", "CqJobTitle.h", "Ranges.h", "CqCadEntityPtr.h"}
+FACADE = {"cqsurvey.h", "CqSurveyDB.h", "CqBatch.h", "CqJobCheck.h", "CqDrawnList.h", "CqImagePlace.h", "CqJobCodes.h", "CqJobIdentity.h", "CqJobRepair.h", "CqJobSystem.h", "CqJobTitle.h", "Ranges.h", "CqCadEntityPtr.h"}
 
 root = pathlib.Path(sys.argv[1])
 height = {folder: level for level, row in enumerate(CORE) for folder in row}

@@ -163,11 +163,11 @@ class ImageCommand : public Command {
         return world;
     }
 
-    ImagePlace ReadWorldFile(Console& console, const std::string& world,
-                             const std::optional<ImageHeader>& header) const {
+    CqImagePlace ReadWorldFile(Console& console, const std::string& world,
+                               const std::optional<ImageHeader>& header) const {
         constexpr std::uint64_t kMostBytes = 10000;
-        const ImagePlace place = WorldFile::Read(world, ReadInputFile(world, kMostBytes),
-                                                 header.value_or(ImageHeader{"unknown", 0, 0}));
+        const CqImagePlace place = WorldFile::Read(world, ReadInputFile(world, kMostBytes),
+                                                   header.value_or(ImageHeader{"unknown", 0, 0}));
         console.Say("{}: placed by {}\n", Printable(m_file), Printable(world));
         return place;
     }
@@ -196,10 +196,10 @@ class ImageCommand : public Command {
         const CString source = ToJobPath(m_file);
         const std::optional<std::string> world = FindWorldFile();
         const std::optional<ImageHeader> header = RequireImage();
-        const ImagePlace place = world
-                                     ? ReadWorldFile(console, *world, header)
-                                     : ImagePlace{Number(m_east), Number(m_north), Number(m_width),
-                                                  Number(m_height), Number(m_rotation)};
+        const CqImagePlace place =
+            world ? ReadWorldFile(console, *world, header)
+                  : CqImagePlace{Number(m_east), Number(m_north), Number(m_width), Number(m_height),
+                                 Number(m_rotation)};
         CqSurveyDB db;
         OpenToWrite(db, m_job);
         if (!m_force && db.IsBackgroundImageFile() != 0) {

@@ -1,28 +1,14 @@
 #include "gdal/read/BackgroundTable.h"
 
-#include <cpl_conv.h>
+#include <cqsurvey/CqImagePlace.h>
 
 #include <cstdlib>
-#include <string>
 
 namespace cqsurvey::gdal {
 
 namespace {
 
 constexpr CqHandle kOnly = 1;
-
-/// A number of the image's placement. The settings have more digits of it than the operation that
-/// reads the image hands out.
-double Placement(CqSurveyDB& db, const char16_t* key, double read) {
-    CString text;
-    if (db.GetSettingsString(CqSurveyDB::m_BGSettingsSection, key, text, CString()) == 0) {
-        return read;
-    }
-    const std::string number = ToUtf8(text);
-    char* end = nullptr;
-    const double value = CPLStrtod(number.c_str(), &end);
-    return end != number.c_str() ? value : read;
-}
 
 }  // namespace
 
@@ -55,14 +41,16 @@ std::unique_ptr<OGRFeature> BackgroundTable::Read(CqHandle handle) {
         return nullptr;
     }
     const std::unique_ptr<std::uint8_t, void (*)(void*)> bytes(data, std::free);
+    const CqImagePlace rounded{centre.GetX(), centre.GetY(), size.GetX(), size.GetY(), rotation};
+    const CqImagePlace place = CqImagePlace::Of(Db()).value_or(rounded);
     FeatureFiller filler = Fill(handle);
     filler.SetBytes(FieldRole::Image, data, length);
     filler.Set(FieldRole::ImageType, type);
-    filler.Set(FieldRole::Easting, Placement(Db(), u"CenterX", centre.GetX()));
-    filler.Set(FieldRole::Northing, Placement(Db(), u"CenterY", centre.GetY()));
-    filler.Set(FieldRole::Width, Placement(Db(), u"SizeX", size.GetX()));
-    filler.Set(FieldRole::ImageHeight, Placement(Db(), u"SizeY", size.GetY()));
-    filler.Set(FieldRole::Rotation, Placement(Db(), u"Rotation", rotation));
+    filler.Set(FieldRole::Easting, place.east);
+    filler.Set(FieldRole::Northing, place.north);
+    filler.Set(FieldRole::Width, place.width);
+    filler.Set(FieldRole::ImageHeight, place.height);
+    filler.Set(FieldRole::Rotation, place.rotation);
     return filler.Take();
 }
 

@@ -27,15 +27,6 @@ DrawingReport WriteTo(CqSurveyDB& db, std::string& text) {
     return LandXmlWriter(db, options, [&](std::string_view bytes) { text += bytes; }).Write();
 }
 
-/// Writes the job and reads the file into a new one.
-void ExpectSameJob(LandXmlJob& job) {
-    LandXmlJob back;
-    const std::string text = job.Write();
-    static_cast<void>(back.Read(text));
-    EXPECT_EQ(Details(back.db), Details(job.db)) << text;
-    EXPECT_EQ(LayersOf(back.db), LayersOf(job.db));
-}
-
 TEST(FeatureWriterTest, APolylineIsAPlanFeatureOfItsLayerWithLinesAndCurves) {
     LandXmlJob job;
     job.db.AddLayer(u"Kerb", 2, 0);

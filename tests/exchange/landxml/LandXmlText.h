@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
 
 #include "cqsurvey/exchange/LandXmlReader.h"
@@ -39,5 +41,14 @@ class LandXmlJob : public DrawingJob {
         return text;
     }
 };
+
+/// Writes the job, reads the file into a new one, and compares the two.
+inline void ExpectSameJob(LandXmlJob& job) {
+    LandXmlJob back;
+    const std::string text = job.Write();
+    static_cast<void>(back.Read(text));
+    EXPECT_EQ(Details(back.db), Details(job.db)) << text;
+    EXPECT_EQ(LayersOf(back.db), LayersOf(job.db));
+}
 
 }  // namespace cqsurvey::exchange

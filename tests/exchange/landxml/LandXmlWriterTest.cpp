@@ -24,15 +24,6 @@ CqHandle AddPoint(CqSurveyDB& db, const CString& name, double x, double y, doubl
     return db.AddCoordRec(at.data(), name, code, origin, flags);
 }
 
-/// Writes the job and reads the file into a new one.
-void ExpectSameJob(LandXmlJob& job) {
-    LandXmlJob back;
-    const std::string text = job.Write();
-    static_cast<void>(back.Read(text));
-    EXPECT_EQ(Details(back.db), Details(job.db)) << text;
-    EXPECT_EQ(LayersOf(back.db), LayersOf(job.db));
-}
-
 TEST(LandXmlWriterTest, PointsComeBackWithEverythingButTheirTime) {
     LandXmlJob job;
     job.db.AddLayer(u"Marks & <signs>", -5, 2);

@@ -11,6 +11,7 @@
 #include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ForeignFile.h"
+#include "exchange/drawing/ImagePlace.h"
 #include "exchange/dxf/ExtendedData.h"
 #include "exchange/dxf/read/PlainText.h"
 #include "exchange/dxf/read/Scene.h"
@@ -75,7 +76,7 @@ bool ImageTaker::Define(const Record& record) {
     return true;
 }
 
-std::optional<ImagePlace> ImageTaker::FindPlace(const Affine& map) const {
+std::optional<CqImagePlace> ImageTaker::FindPlace(const Affine& map) const {
     const Vec3 corner = map.Point(PointOf(*m_image, 10));
     const auto side = [&](int code, int pixels) {
         const Vec3 step = map.Direction(PointOf(*m_image, code));
@@ -94,8 +95,8 @@ std::optional<ImagePlace> ImageTaker::FindPlace(const Affine& map) const {
         !(cross > 0.0) || !upright) {
         return std::nullopt;
     }
-    return ImagePlace{corner.x + (along.x + up.x) / 2, corner.y + (along.y + up.y) / 2, width,
-                      height, std::atan2(along.y, along.x) * 180.0 / std::numbers::pi};
+    return CqImagePlace{corner.x + (along.x + up.x) / 2, corner.y + (along.y + up.y) / 2, width,
+                        height, std::atan2(along.y, along.x) * 180.0 / std::numbers::pi};
 }
 
 std::optional<std::string> ImageTaker::FindName() const {
@@ -141,7 +142,7 @@ DrawingOutcome ImageTaker::Store(const Affine& map) {
     if ((m_image->Whole(70, kShown) & kShown) == 0 || m_image->Whole(60) != 0) {
         return LeftOut("it is not shown");
     }
-    const std::optional<ImagePlace> place = FindPlace(map);
+    const std::optional<CqImagePlace> place = FindPlace(map);
     if (!place) {
         return LeftOut("it is mirrored, distorted or tilted, or lies too far away");
     }
@@ -154,7 +155,7 @@ DrawingOutcome ImageTaker::Store(const Affine& map) {
     return fault != nullptr ? LeftOut(fault) : Copy(path.string(), *place);
 }
 
-DrawingOutcome ImageTaker::Copy(const std::string& path, const ImagePlace& place) {
+DrawingOutcome ImageTaker::Copy(const std::string& path, const CqImagePlace& place) {
     const Extras extras = ExtrasOf(*m_image);
     if (m_db.StoreBackgroundImageFile(FromUtf8(path), Setting(extras, "TYPE", 0),
                                       CVector(place.east, place.north),
@@ -174,10 +175,10 @@ DrawingOutcome ImageTaker::Copy(const std::string& path, const ImagePlace& place
                                                Setting(extras, "MONOTONE", monotone)) != 0;
     }
     double deviation = 0.0;
-    if (const std::optional<ImagePlace> kept = ImagePlace::Of(m_db)) {
-        const auto corners = kept->GetCorners();
+    if (const std::optional<CqImagePlace> kept = CqImagePlace::Of(m_db)) {
+        const auto corners = CornersOf(*kept);
         for (std::size_t i = 0; i < corners.size(); ++i) {
-            const Vec3 wanted = place.GetCorners().at(i);
+            const Vec3 wanted = CornersOf(place).at(i);
             deviation = std::fmax(
                 deviation, std::hypot(corners.at(i).x - wanted.x, corners.at(i).y - wanted.y));
         }

@@ -3,9 +3,9 @@
 #include <optional>
 #include <string>
 
+#include "cqsurvey/CqImagePlace.h"
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/exchange/DxfReader.h"
-#include "exchange/drawing/ImagePlace.h"
 #include "exchange/drawing/Outcomes.h"
 #include "exchange/dxf/Affine.h"
 #include "exchange/dxf/Record.h"
@@ -40,10 +40,10 @@ class ImageTaker {
     [[nodiscard]] DrawingOutcome Store(const Affine& map);
 
  private:
-    [[nodiscard]] std::optional<ImagePlace> FindPlace(const Affine& map) const;
+    [[nodiscard]] std::optional<CqImagePlace> FindPlace(const Affine& map) const;
     [[nodiscard]] std::optional<std::string> FindName() const;
     [[nodiscard]] bool IsClipped() const;
-    [[nodiscard]] DrawingOutcome Copy(const std::string& path, const ImagePlace& place);
+    [[nodiscard]] DrawingOutcome Copy(const std::string& path, const CqImagePlace& place);
 
     const DxfReadOptions& m_options;
     TextDecoder& m_decoder;

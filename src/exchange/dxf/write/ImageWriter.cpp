@@ -33,8 +33,8 @@ Extras LookOf(CqSurveyDB& db) {
 
 void WriteImage(CqSurveyDB& db, GroupWriter& out, Contents& contents, const DxfImage& image,
                 DrawingReport& report) {
-    std::optional<ImagePlace> place = ImagePlace::Of(db);
-    if (!place || image.width == 0 || image.height == 0) {
+    std::optional<CqImagePlace> place = CqImagePlace::Of(db);
+    if (!place || !(place->width > 0.0) || image.width == 0 || image.height == 0) {
         report.Note("the background image has no place in the plan, and is not shown");
         return;
     }
@@ -44,7 +44,7 @@ void WriteImage(CqSurveyDB& db, GroupWriter& out, Contents& contents, const DxfI
     const double c = std::cos(place->rotation * std::numbers::pi / 180.0);
     const double s = std::sin(place->rotation * std::numbers::pi / 180.0);
     // The corner at the lower left, and one pixel along and up.
-    const Vec3 corner = place->GetCorners().front();
+    const Vec3 corner = CornersOf(*place).front();
     const double along = place->width / image.width;
     const double up = place->height / image.height;
     out.Raw(0, "IMAGE");

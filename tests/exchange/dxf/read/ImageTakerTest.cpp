@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "exchange/drawing/ImagePlace.h"
 #include "exchange/dxf/DxfText.h"
 
 namespace cqsurvey::exchange::dxf {
@@ -72,7 +73,7 @@ TEST_F(ImageTakerTest, ThePictureBesideTheDrawingBecomesTheBackgroundImage) {
     EXPECT_EQ(row.layer, "Ortho");
     EXPECT_EQ(row.what, "background image");
     EXPECT_EQ(BytesOf(job.db), kPicture);
-    const auto place = ImagePlace::Of(job.db);
+    const auto place = CqImagePlace::Of(job.db);
     ASSERT_TRUE(place);
     EXPECT_EQ(place->east, 110.0);
     EXPECT_EQ(place->north, 205.0);
@@ -142,7 +143,7 @@ TEST_F(ImageTakerTest, ATurnedImageIsTakenAndAMirroredDistortedOrTiltedOneIsNot)
     ExpectRefused(ImageText("a.png", ""), crooked);
     const DrawingRow row = Read(ImageText("a.png", "|10 100|20 200|11 0|21 1|12 -1|22 0" + size));
     EXPECT_EQ(row.what, "background image");
-    const auto corners = ImagePlace::Of(job.db).value_or(ImagePlace()).GetCorners();
+    const auto corners = CornersOf(CqImagePlace::Of(job.db).value_or(CqImagePlace()));
     EXPECT_NEAR(corners[0].x, 100.0, 1e-9);
     EXPECT_NEAR(corners[0].y, 200.0, 1e-9);
     EXPECT_NEAR(corners[2].x, 80.0, 1e-9);
@@ -208,7 +209,7 @@ TEST_F(ImageTakerTest, TheImageIsScaledWithTheDrawing) {
     options.fileUnit = LengthUnit::Millimetre;
     EXPECT_EQ(Read(ImageText("a.png", "|10 1000|20 2000|11 100|21 0|12 0|22 100|13 40|23 20")).what,
               "background image");
-    const auto place = ImagePlace::Of(job.db);
+    const auto place = CqImagePlace::Of(job.db);
     ASSERT_TRUE(place);
     EXPECT_EQ(place->east, 3.0);
     EXPECT_EQ(place->width, 4.0);
