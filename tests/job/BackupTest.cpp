@@ -15,6 +15,7 @@
 #include "support/FileSizeLimit.h"
 #include "support/FurnishedJob.h"
 #include "support/HostBytes.h"
+#include "support/HostFault.h"
 #include "support/TempDir.h"
 #include "tables/CqPointTable.h"
 
@@ -164,6 +165,34 @@ TEST_F(Backup, LeavesNothingWhenTheJobCannotBeRead) {
         }
         EXPECT_GT(failures, 20);
         EXPECT_EQ(Files(), (std::set<std::string>{"a.job", "copy.job"}));
+    }
+}
+
+TEST_F(Backup, LeavesNothingWhenTheCopyCannotBeSyncedClosedOrReadBack) {
+    using Kind = HostFault::Kind;
+    CqSurveyDB db(m_path);
+    const std::string draft = VolumeDraftPath(m_folder.Utf8("copy.job"));
+    for (const Kind kind : {Kind::Sync, Kind::Close, Kind::Read, Kind::ReadOther}) {
+        int failures = 0;
+        bool struck = true;
+        for (int at = 1; struck; ++at) {
+            const HostFault fault(kind, draft, at);
+            try {
+                db.Backup(m_copy);
+                // SQLite closes the new file, too, before anything is in it, and need not care.
+                EXPECT_EQ(HostFileBytes(m_folder.Utf8("copy.job")),
+                          HostFileBytes(m_folder.Utf8("a.job")));
+                std::filesystem::remove(m_folder.Utf8("copy.job"));
+            } catch (const CqSurveyException& failure) {
+                ++failures;
+                EXPECT_TRUE(failure.m_code == error::kReadWriteFailed ||
+                            (kind == Kind::ReadOther && failure.m_code == error::kDamaged))
+                    << failure.what();
+            }
+            EXPECT_EQ(Files(), std::set<std::string>{"a.job"});
+            struck = fault.Struck();
+        }
+        EXPECT_GT(failures, 0) << static_cast<int>(kind);
     }
 }
 

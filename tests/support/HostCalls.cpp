@@ -1,6 +1,9 @@
 // The calls of the system by which the library changes names in a folder, in front of the C
-// library's: FaultVfs hears of them and lets them fail once the power is cut.
+// library's: FaultVfs hears of them and lets them fail once the power is cut. HostFault lets single
+// calls on open files go wrong; the others go on to the next `read` and `close`, which may be a
+// sanitizer's.
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -11,6 +14,7 @@
 #include <string>
 
 #include "support/FaultVfs.h"
+#include "support/HostFault.h"
 
 namespace cqsurvey {
 namespace {
@@ -38,10 +42,17 @@ std::string PathOf(int descriptor) {
         .string();
 }
 
+/// The function of this name that would be called without the one in this file.
+template <class Function>
+Function* Next(const char* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
 }  // namespace
 }  // namespace cqsurvey
 
 using cqsurvey::FaultVfs;
+using cqsurvey::HostFault;
 using cqsurvey::PowerMedium;
 
 extern "C" {
@@ -68,10 +79,38 @@ extern "C" {
 }
 
 [[gnu::visibility("default")]] int fsync(int descriptor) {
+    if (HostFault::Strikes(HostFault::Kind::Sync, descriptor)) {
+        errno = EIO;
+        return -1;
+    }
     return cqsurvey::TellAndDo(
         FaultVfs::kSyncFolder,
         [&](PowerMedium& medium) { medium.SyncFolder(cqsurvey::PathOf(descriptor)); },
         [&] { return static_cast<int>(syscall(SYS_fsync, descriptor)); });
+}
+
+[[gnu::visibility("default")]] ssize_t read(int descriptor, void* buffer, std::size_t count) {
+    static auto* const next = cqsurvey::Next<ssize_t(int, void*, std::size_t)>("read");
+    if (HostFault::Strikes(HostFault::Kind::Read, descriptor)) {
+        errno = EIO;
+        return -1;
+    }
+    const ssize_t got = next(descriptor, buffer, count);
+    if (got > 0 && HostFault::Strikes(HostFault::Kind::ReadOther, descriptor)) {
+        *static_cast<unsigned char*>(buffer) ^= 1U;
+    }
+    return got;
+}
+
+[[gnu::visibility("default")]] int close(int descriptor) {
+    static auto* const next = cqsurvey::Next<int(int)>("close");
+    const bool strikes = HostFault::Strikes(HostFault::Kind::Close, descriptor);
+    const int result = next(descriptor);
+    if (strikes) {
+        errno = EIO;
+        return -1;
+    }
+    return result;
 }
 
 }  // extern "C"
