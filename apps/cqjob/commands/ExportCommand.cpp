@@ -7,10 +7,10 @@
 #include "cqjob/OutputFile.h"
 #include "cqjob/Progress.h"
 #include "cqjob/SeparatorOption.h"
-#include "cqjob/SystemOptions.h"
 #include "cqjob/ViewOptions.h"
 #include "cqjob/drawing/DrawingExport.h"
 #include "cqjob/gis/GisExchange.h"
+#include "cqjob/settings/SystemOptions.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {

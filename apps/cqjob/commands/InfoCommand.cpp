@@ -6,7 +6,7 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JobTable.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/SystemOptions.h"
+#include "cqjob/settings/SystemOptions.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 

@@ -4,7 +4,7 @@
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/SystemOptions.h"
+#include "cqjob/settings/SystemOptions.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {

@@ -6,9 +6,9 @@
 #include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/SettingRules.h"
-#include "cqjob/SettingsTransfer.h"
-#include "cqjob/SystemOptions.h"
+#include "cqjob/settings/SettingRules.h"
+#include "cqjob/settings/SettingsTransfer.h"
+#include "cqjob/settings/SystemOptions.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {

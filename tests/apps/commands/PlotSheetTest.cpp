@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <map>
 
-#include "apps/PlotFixture.h"
+#include "apps/commands/PlotFixture.h"
 
 namespace cqsurvey::cqjob {
 namespace {

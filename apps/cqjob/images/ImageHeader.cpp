@@ -1,4 +1,4 @@
-#include "cqjob/ImageHeader.h"
+#include "cqjob/images/ImageHeader.h"
 
 #include <cstddef>
 

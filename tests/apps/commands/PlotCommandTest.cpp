@@ -7,7 +7,7 @@
 #include <map>
 #include <memory>
 
-#include "apps/PlotFixture.h"
+#include "apps/commands/PlotFixture.h"
 #include "support/PngPicture.h"
 
 namespace cqsurvey::cqjob {

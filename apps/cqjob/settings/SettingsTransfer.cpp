@@ -1,4 +1,4 @@
-#include "cqjob/SettingsTransfer.h"
+#include "cqjob/settings/SettingsTransfer.h"
 #include "cqjob/JobChange.h"
 
 #include <cqsurvey/Limits.h>

@@ -1,4 +1,4 @@
-#include "cqjob/SettingRules.h"
+#include "cqjob/settings/SettingRules.h"
 
 #include <gtest/gtest.h>
 

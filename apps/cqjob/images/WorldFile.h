@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "cqjob/ImageHeader.h"
+#include "cqjob/images/ImageHeader.h"
 
 namespace cqsurvey::cqjob {
 

@@ -1,4 +1,4 @@
-#include "cqjob/WorldFile.h"
+#include "cqjob/images/WorldFile.h"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-#include "cqjob/SettingRules.h"
+#include "cqjob/settings/SettingRules.h"
 
 #include <cqsurvey/CqAngleForm.h>
 #include <fmt/format.h>

@@ -1,4 +1,4 @@
-#include "cqjob/SystemOptions.h"
+#include "cqjob/settings/SystemOptions.h"
 
 #include <cqsurvey/exchange/exchange.h>
 #include <fmt/format.h>
