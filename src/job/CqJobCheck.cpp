@@ -21,11 +21,11 @@ using Found = CqJobFinding::Kind;
 
 namespace {
 
-constexpr const char* kPoints = "_PointData";
-constexpr const char* kEntities = "_EntityData";
-constexpr const char* kLayers = "_Layer";
-constexpr const char* kGroups = "_GroupData";
-constexpr const char* kLinks = "_PointToVertexLink";
+constexpr const char* kPoints = PointLayout::kTable.text;
+constexpr const char* kEntities = EntityLayout::kTable.text;
+constexpr const char* kLayers = LayerLayout::kTable.text;
+constexpr const char* kGroups = GroupLayout::kTable.text;
+constexpr const char* kLinks = LinkLayout::kTable.text;
 constexpr const char* kSettings = "Settings.ini";
 
 /// An operation makes no polyline of fewer vertices, but they can be deleted one by one.
@@ -180,12 +180,12 @@ void CqJobCheck::CheckEntities(Job& job) {
     };
     // The index is the entity's ObjectType; there is no type 3.
     std::array<Kind, 7> kinds{{{&job.points, kPoints, {}},
-                               {&job.plines, "_PlineData", {}},
-                               {&job.vertices, "_VertexData", {}},
+                               {&job.plines, PlineLayout::kTable.text, {}},
+                               {&job.vertices, VertexLayout::kTable.text, {}},
                                {nullptr, "", {}},
-                               {&job.texts, "_TextData", {}},
-                               {&job.circles, "_CircleData", {}},
-                               {&job.bitmaps, "_BitmapData", {}}}};
+                               {&job.texts, TextLayout::kTable.text, {}},
+                               {&job.circles, CircleLayout::kTable.text, {}},
+                               {&job.bitmaps, BitmapLayout::kTable.text, {}}}};
     ForEach(job.entities, [&](CqHandle number, const std::byte* entity) {
         if (number == CqEntityTable::kHeader) {
             return;
@@ -312,10 +312,10 @@ void CqJobCheck::CheckMemos(Job& job) {
                [] { return "it shares its text with another record"; });
     };
     ForEach(job.texts, [&](CqHandle number, const std::byte* record) {
-        check(job.texts, "_TextData", number, TextLayout::Get<"Text">(record));
+        check(job.texts, TextLayout::kTable.text, number, TextLayout::Get<"Text">(record));
     });
     ForEach(job.bitmaps, [&](CqHandle number, const std::byte* record) {
-        check(job.bitmaps, "_BitmapData", number, BitmapLayout::Get<"ResName">(record));
+        check(job.bitmaps, BitmapLayout::kTable.text, number, BitmapLayout::Get<"ResName">(record));
     });
 }
 

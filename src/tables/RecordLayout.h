@@ -18,13 +18,15 @@ namespace cqsurvey {
 /// two equal names make the same type.
 template <std::size_t N>
 struct FieldName {
-    char16_t units[N]{};
+    char16_t units[N]{};  ///< as the store has names
+    char text[N]{};       ///< as messages have them
 
     // Implicit, so that a layout can spell its names as plain literals.
     // NOLINTNEXTLINE(google-explicit-constructor)
     consteval FieldName(const char (&name)[N]) {
         for (std::size_t i = 0; i < N; ++i) {
             units[i] = static_cast<char16_t>(name[i]);
+            text[i] = name[i];
         }
     }
 

@@ -14,10 +14,11 @@ namespace cqsurvey {
 
 namespace {
 
-constexpr const char* kEntities = "_EntityData";
+constexpr const char* kEntities = EntityLayout::kTable.text;
 /// By kind, the table of the data; there is no kind 3.
-constexpr std::array<const char*, 7> kTables{"_PointData", "_PlineData",  "_VertexData", nullptr,
-                                             "_TextData",  "_CircleData", "_BitmapData"};
+constexpr std::array<const char*, 7> kTables{
+    PointLayout::kTable.text, PlineLayout::kTable.text,  VertexLayout::kTable.text, nullptr,
+    TextLayout::kTable.text,  CircleLayout::kTable.text, BitmapLayout::kTable.text};
 /// A point whose own record is gone is shown like one that was measured.
 constexpr std::uint16_t kNeutralOrigin = 1;
 

@@ -15,11 +15,11 @@ namespace cqsurvey {
 
 namespace {
 
-constexpr const char* kPoints = "_PointData";
-constexpr const char* kEntities = "_EntityData";
-constexpr const char* kLayers = "_Layer";
-constexpr const char* kGroups = "_GroupData";
-constexpr const char* kLinks = "_PointToVertexLink";
+constexpr const char* kPoints = PointLayout::kTable.text;
+constexpr const char* kEntities = EntityLayout::kTable.text;
+constexpr const char* kLayers = LayerLayout::kTable.text;
+constexpr const char* kGroups = GroupLayout::kTable.text;
+constexpr const char* kLinks = LinkLayout::kTable.text;
 constexpr std::uint16_t kFirstLayer = 1;
 constexpr std::int32_t kLayerColor = 1;
 /// How much of a text that has lost its place is told.
@@ -170,8 +170,8 @@ void RecordMender::MendMemos(SavedJob::Records<Layout>& records, const char* tab
 
 void RecordMender::MendTexts() {
     std::set<std::uint32_t> named;
-    MendMemos<TextLayout, "Text">(m_job.texts, "_TextData", named);
-    MendMemos<BitmapLayout, "ResName">(m_job.bitmaps, "_BitmapData", named);
+    MendMemos<TextLayout, "Text">(m_job.texts, TextLayout::kTable.text, named);
+    MendMemos<BitmapLayout, "ResName">(m_job.bitmaps, BitmapLayout::kTable.text, named);
     for (auto memo = m_job.memos.begin(); memo != m_job.memos.end();) {
         const bool empty = memo->second.empty();
         if (!empty && named.contains(memo->first)) {
@@ -180,7 +180,7 @@ void RecordMender::MendTexts() {
         }
         if (!empty) {
             m_job.Lose(
-                "_TextData", 0,
+                TextLayout::kTable.text, 0,
                 "a text whose record is gone: " +
                     Quoted(memo->second.substr(
                         0, WholeUtf16Prefix(memo->second, std::min(memo->second.size(), kTold)))));

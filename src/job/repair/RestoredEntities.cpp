@@ -14,7 +14,7 @@ namespace cqsurvey {
 
 namespace {
 
-constexpr const char* kEntities = "_EntityData";
+constexpr const char* kEntities = EntityLayout::kTable.text;
 constexpr std::uint16_t kFirstLayer = 1;
 
 }  // namespace
@@ -88,7 +88,7 @@ void DrawingMender::RestorePlines() {
     for (const CqHandle number : records) {
         if (number != 0) {
             m_job.plines.erase(number);
-            m_job.Lose("_PlineData", number, "a polyline of which no vertex is left");
+            m_job.Lose(PlineLayout::kTable.text, number, "a polyline of which no vertex is left");
         }
     }
 }
@@ -156,9 +156,9 @@ void DrawingMender::RestoreKind(const Records& records, int type, const char* ta
 }
 
 void DrawingMender::RestorePlaced() {
-    RestoreKind(m_job.texts, EntText, "_TextData");
-    RestoreKind(m_job.circles, EntCircle, "_CircleData");
-    RestoreKind(m_job.bitmaps, EntBitmap, "_BitmapData");
+    RestoreKind(m_job.texts, EntText, TextLayout::kTable.text);
+    RestoreKind(m_job.circles, EntCircle, CircleLayout::kTable.text);
+    RestoreKind(m_job.bitmaps, EntBitmap, BitmapLayout::kTable.text);
 }
 
 }  // namespace cqsurvey

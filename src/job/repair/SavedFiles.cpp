@@ -253,7 +253,7 @@ std::vector<SavedFiles::Description> SavedFiles::ReadDescriptions(const File& fi
                 continue;
             }
             if (at + kHead + std::size_t{head->length} > bytes.size()) {
-                m_job.Lose("_PointData", head->key, "its description is gone");
+                m_job.Lose(PointLayout::kTable.text, head->key, "its description is gone");
             } else if (keys.insert(head->key).second) {
                 descriptions.emplace_back(head->key,
                                           std::string(bytes.substr(at + kHead, head->length)));

@@ -3,20 +3,13 @@
 #include <iterator>
 #include <type_traits>
 
-#include "cqsurvey/Text.h"
-
 namespace cqsurvey {
 
 namespace {
 
-template <class Layout>
-std::string TableName() {
-    return ToUtf8(CString(Layout::kTable.View()));
-}
-
 template <class... Layouts>
 std::vector<StoreTableLayout> Describe() {
-    return {{TableName<Layouts>(), static_cast<std::uint32_t>(Layouts::kFieldCount),
+    return {{Layouts::kTable.text, static_cast<std::uint32_t>(Layouts::kFieldCount),
              Layouts::kFieldDefs.data()}...};
 }
 
@@ -80,7 +73,7 @@ void SavedJob::PutInto(Salvaged& salvaged) {
             table.bytes.insert(table.bytes.end(), bytes.begin(), bytes.end());
         }
         // A number above all records was given to one that was deleted since.
-        const auto known = highest.find(TableName<Layout>());
+        const auto known = highest.find(Layout::kTable.text);
         if (known != highest.end() &&
             (records.empty() || known->second > records.rbegin()->first)) {
             salvaged.highest[known->first] = known->second;
