@@ -26,18 +26,17 @@ constexpr std::uint16_t kNoAttributes = 0xFFFF;
 bool CopyImage(HostFile& source, std::int32_t image) {
     std::array<std::byte, 1024> block;
     std::uint32_t length = 0;
-    std::optional<std::size_t> count = source.Read(block.data(), block.size());
-    bool written = true;
-    while (written && count.value_or(0) > 0) {
-        std::uint32_t bytesWritten = 0;
-        written =
-            QrfsWrite(image, block.data(), static_cast<std::uint32_t>(*count), bytesWritten) != 0;
-        length += bytesWritten;
-        if (written) {
-            count = source.Read(block.data(), block.size());
+    bool done = false;
+    while (const std::optional<std::size_t> count = source.Read(block.data(), block.size())) {
+        done = *count == 0;
+        std::uint32_t written = 0;
+        const bool goesOn = !done && QrfsWrite(image, block.data(),
+                                               static_cast<std::uint32_t>(*count), written) != 0;
+        length += written;
+        if (!goesOn) {
+            break;
         }
     }
-    const bool done = written && count.has_value();
     // Opening does not shorten the file, so the end of a larger image would stay. When nothing at
     // all can be read from the source, the previous image stays.
     if (done || length > 0) {
