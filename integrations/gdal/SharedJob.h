@@ -99,7 +99,8 @@ class SharedJob {
     struct Identity {
         dev_t device;
         ino_t inode;
-        auto operator<=>(const Identity&) const = default;
+        // clang-tidy takes the zero that a comparison has inside for a null pointer.
+        auto operator<=>(const Identity&) const = default;  // NOLINT(modernize-use-nullptr)
     };
     struct Registry {
         std::mutex mutex;

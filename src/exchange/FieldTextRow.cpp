@@ -10,7 +10,7 @@ namespace cqsurvey::exchange {
 
 FieldTextRow::FieldTextRow(ColumnOrder order, Separator separator, std::optional<int> decimals,
                            bool decimalComma, bool safe)
-    : m_order(order),
+    : m_order(std::move(order)),
       m_separator(separator),
       m_decimals(decimals),
       m_decimalComma(decimalComma),

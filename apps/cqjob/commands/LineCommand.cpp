@@ -1,7 +1,6 @@
 #include <cqsurvey/cqsurvey.h>
 
 #include <algorithm>
-#include <ranges>
 
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
@@ -243,8 +242,8 @@ class LineCommand : public Command {
 
     void Insert(CqSurveyDB& db, const std::vector<JobVertex>& vertices) const {
         // Of several behind one vertex, the last is inserted first.
-        for (const std::string& text : std::views::reverse(m_inserts)) {
-            const VertexChange change = ReadChange(text, "--insert");
+        for (auto text = m_inserts.rbegin(); text != m_inserts.rend(); ++text) {
+            const VertexChange change = ReadChange(*text, "--insert");
             const CqHandle before = vertices[RequireVertex(vertices, change.index)].handle;
             const Place place = ReadPlace(db, m_job, change.value);
             db.InsertVertex(before, place.coords.data(), 0.0);

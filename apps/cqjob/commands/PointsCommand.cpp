@@ -94,6 +94,7 @@ class PointsCommand : public Command {
         for (std::size_t i = first; i < end; ++i) {
             const PointDetails point = Read(db, points, i);
             std::vector<std::string> cells;
+            cells.reserve(columns.size());
             for (const PointColumn* column : columns) {
                 cells.push_back(column->cell(point, m_decimals));
             }

@@ -50,11 +50,13 @@ enum class Output {
 int RunProgram(std::vector<std::string> words, std::vector<std::string> environment, Output output,
                std::string* text = nullptr) {
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) {
         argv.push_back(word.data());
     }
     argv.push_back(nullptr);
     std::vector<char*> variables;
+    variables.reserve(environment.size() + 1);
     for (std::string& variable : environment) {
         variables.push_back(variable.data());
     }

@@ -61,6 +61,7 @@ const PointColumn* PointColumn::Find(std::string_view word) {
 
 std::vector<std::string> PointColumn::WordList() {
     std::vector<std::string> words;
+    words.reserve(kColumns.size());
     for (const PointColumn& column : kColumns) {
         words.emplace_back(column.word);
     }

@@ -16,7 +16,7 @@ namespace {
 constexpr const char* kNone = "none";
 
 CoordinateSystem FindProjected(const std::string& text) {
-    const CoordinateSystem system = CoordinateSystem::Find(text);
+    CoordinateSystem system = CoordinateSystem::Find(text);
     if (system.GetKind() == CoordinateSystem::Kind::Geographic) {
         throw UsageError(Printable(system.Describe()) +
                          " gives latitudes and longitudes, and a job holds northings and eastings; "

@@ -235,7 +235,7 @@ OGRErr JobLayer::CreateField(OGRFieldDefn* field, int /*approximately*/) {
         return OGRERR_NONE;
     }
     CPLError(CE_Warning, CPLE_NotSupported,
-             "A job has no place for the field \"%s\" in its layer \"%s\"; it is left out",
+             R"(A job has no place for the field "%s" in its layer "%s"; it is left out)",
              field->GetNameRef(), GetName());
     return OGRERR_FAILURE;
 }

@@ -14,7 +14,7 @@ namespace cqsurvey::gdal {
 CString PointRecorder::FreeName(const CString& name) const {
     for (std::uint32_t number = 2;; ++number) {
         const CString tail = FromUtf8("_" + std::to_string(number));
-        const CString free =
+        CString free =
             name.substr(0, WholeUtf16Prefix(name, limits::kPointName - tail.size())) + tail;
         if (m_job.Db().GetCoordRecHandleByPtName(free) == 0) {
             return free;
@@ -86,10 +86,9 @@ CqHandle PointRecorder::Record(const OGRPoint& point, const FeatureFields& field
 
 CString PointRecorder::NameAfter(CqHandle handle, const CString& before,
                                  const FeatureChange& change) {
-    const CString name =
-        change.Is(FieldRole::Name)
-            ? m_pen.Cut(change.After().Text(FieldRole::Name), limits::kPointName, "Names of points")
-            : before;
+    CString name = change.Is(FieldRole::Name) ? m_pen.Cut(change.After().Text(FieldRole::Name),
+                                                          limits::kPointName, "Names of points")
+                                              : before;
     const CqHandle named = name.empty() ? 0 : m_job.Db().GetCoordRecHandleByPtName(name);
     if (named != 0 && named != handle) {
         throw RecordFailure(change.After().Describe() + ": the job has a point \"" + ToUtf8(name) +

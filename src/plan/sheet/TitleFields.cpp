@@ -37,7 +37,7 @@ std::string DescribePaper(const PaperSize& paper) {
     std::string names = PaperNames();
     for (std::size_t begin = 0; begin < names.size();) {
         const std::size_t end = std::min(names.find(',', begin), names.size());
-        const std::string name(Trim(std::string_view(names).substr(begin, end - begin)));
+        std::string name(Trim(std::string_view(names).substr(begin, end - begin)));
         begin = end + 1;
         const std::optional<PaperSize> size = FindPaper(name);
         if (!size) {

@@ -1,6 +1,7 @@
 #include "exchange/dxf/read/CurveConverter.h"
 
 #include <cmath>
+#include <cstddef>
 #include <numbers>
 
 #include "exchange/dxf/read/PathConverter.h"
@@ -65,6 +66,7 @@ DrawingOutcome CurveConverter::Arc(const Record& record, const Context& context)
     const int pieces = sweep > 270.0 ? 2 : 1;
     const double bulge = std::tan(Radians(sweep) / pieces / 4);
     std::vector<PathVertex> path;
+    path.reserve(static_cast<std::size_t>(pieces) + 1);
     for (int i = 0; i < pieces; ++i) {
         path.push_back({OnCircle(centre, radius, start + sweep * i / pieces), bulge});
     }

@@ -188,6 +188,7 @@ class HatchReader {
         const int knotCount = TakeCount(95);
         const int controlCount = TakeCount(96);
         std::vector<double> knots;
+        knots.reserve(static_cast<std::size_t>(knotCount));
         for (int i = 0; i < knotCount; ++i) {
             knots.push_back(Take(40));
         }

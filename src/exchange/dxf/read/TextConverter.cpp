@@ -33,7 +33,7 @@ CString TextConverter::StyleName(const Record& record) {
         return {};
     }
     const CString style = m_scene.decoder.DecodeName(name);
-    const CString cut = CutName(style, limits::kTextStyle);
+    CString cut = CutName(style, limits::kTextStyle);
     if (cut != style) {
         m_scene.report.Note("names of text styles were cut to 23 characters");
     }
