@@ -50,11 +50,13 @@ TEST_F(DatasetStepTest, AStepThatIsKeptStaysAndTheOthersSeeThatSomethingChanged)
 TEST_F(DatasetStepTest, InATransactionOfItsDatasetAStepBelongsToThat) {
     context->Write();
     job->BeginBatch(*dataset);
+    const std::uint64_t before = job->Version();
     {
         DatasetStep step(*context);
         AddOne();
         step.Keep();
     }
+    EXPECT_NE(job->Version(), before);
     EXPECT_TRUE(job->HasBatchOf(*dataset));
     { const DatasetStep refused(*context); }
     EXPECT_TRUE(job->HasBatchOf(*dataset));
