@@ -55,12 +55,13 @@ class CQSURVEY_EXCHANGE_API DrawingReport {
     DrawingReport& operator=(DrawingReport&&) = default;
     ~DrawingReport() = default;
 
-    /// Counts one entity. When there are kMostRows rows, those that would need a new one share one
-    /// for each fate, so that a file cannot fill the memory.
+    /// Counts one entity. When there are kMostRows rows, or their words take kMostBytes, those that
+    /// would need a new one share one for each fate, so that a file cannot fill the memory.
     void Count(std::string_view kind, std::string_view layer, const DrawingOutcome& outcome,
                bool inBlock, std::uint64_t place);
 
     static constexpr std::size_t kMostRows = 200'000;
+    static constexpr std::size_t kMostBytes = std::size_t{1} << 26U;
 
     /// Keeps a sentence about the file as a whole. The same sentence is kept once.
     void Note(const std::string& sentence);
@@ -100,6 +101,7 @@ class CQSURVEY_EXCHANGE_API DrawingReport {
     };
 
     std::map<Key, Sum> m_rows;
+    std::size_t m_bytes = 0;
     std::pair<const Key, Sum>* m_last = nullptr;
     std::vector<std::string> m_notes;
 };

@@ -26,10 +26,13 @@ void DrawingReport::Count(std::string_view kind, std::string_view layer,
     };
     if (m_last == nullptr || !same(m_last->first)) {
         Key key(kind, layer, outcome.fate, outcome.what, inBlock);
-        if (m_rows.size() >= kMostRows && m_rows.find(key) == m_rows.end()) {
+        const bool full = m_rows.size() >= kMostRows || m_bytes >= kMostBytes;
+        if (full && m_rows.find(key) == m_rows.end()) {
             key = Key("(others)", "", outcome.fate, "", inBlock);
         }
-        m_last = &*m_rows.try_emplace(std::move(key), Sum{0, place, 0.0}).first;
+        const auto [row, added] = m_rows.try_emplace(std::move(key), Sum{0, place, 0.0});
+        m_bytes += added ? kind.size() + layer.size() : 0;
+        m_last = &*row;
     }
     ++m_last->second.count;
     m_last->second.deviation = std::max(m_last->second.deviation, outcome.deviation);

@@ -27,7 +27,7 @@ LayerMap::LayerMap(CqSurveyDB& db, Decode decode, DrawingReport& report)
       m_fresh(db.GetNumCadEntities() == 0) {}
 
 void LayerMap::Define(std::string_view bytes, int color, int line) {
-    m_byBytes[std::string(bytes)] = &Add(m_decode(bytes), color, line, true);
+    Remember(bytes, Add(m_decode(bytes), color, line, true));
 }
 
 const LayerMap::Layer& LayerMap::Find(std::string_view bytes) {
@@ -45,12 +45,16 @@ const LayerMap::Layer& LayerMap::Use(std::string_view bytes) {
         return *found->second;
     }
     const Layer& layer = Add(m_decode(bytes), kInk, 0, false);
+    Remember(bytes, layer);
+    return layer;
+}
+
+void LayerMap::Remember(std::string_view bytes, const Layer& layer) {
     // One layer may be written in many mixtures of letter case.
     constexpr std::size_t kMost = 100'000;
     if (m_byBytes.size() < kMost) {
         m_byBytes.emplace(bytes, &layer);
     }
-    return layer;
 }
 
 bool LayerMap::IsThere(const CString& name) {

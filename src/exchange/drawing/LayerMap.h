@@ -40,6 +40,7 @@ class LayerMap {
 
  private:
     const Layer& Add(const CString& name, int color, int line, bool defined);
+    void Remember(std::string_view bytes, const Layer& layer);
     [[nodiscard]] CString MakeName(const CString& name);
     [[nodiscard]] bool IsThere(const CString& name);
 

@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <system_error>
 
 #include "text/NumberText.h"
@@ -19,8 +20,8 @@ void Record::Begin(const Origin& origin, const Group& group) {
     place = group.place;
 }
 
-void Record::Add(const Group& group) {
-    if (m_text.size() + group.value.size() > kMostBytes || m_entries.size() >= kMostEntries) {
+void Record::Add(const Group& group, std::size_t most) {
+    if (m_text.size() + group.value.size() > most || m_entries.size() >= most / sizeof(Entry)) {
         m_origin->Fail(group.place, fmt::format("{} goes on for too long",
                                                 Quoted(type.empty() ? "a record" : type)));
     }
@@ -97,7 +98,7 @@ std::vector<Record> Record::GetParts() const {
         if (entry.code == 0) {
             parts.emplace_back().Begin(*m_origin, group);
         } else if (!parts.empty()) {
-            parts.back().Add(group);
+            parts.back().Add(group, std::numeric_limits<std::size_t>::max());
         }
     }
     return parts;

@@ -27,11 +27,9 @@ class Record {
     std::uint64_t place = 0;  ///< of its first group
 
     void Begin(const Origin& origin, const Group& group);
-    /// Throws ExchangeError when the record has more than kMostBytes or kMostEntries.
-    void Add(const Group& group);
-
-    static constexpr std::size_t kMostBytes = std::size_t{1} << 28U;
-    static constexpr std::size_t kMostEntries = std::size_t{1} << 24U;
+    /// Throws ExchangeError when the texts of the record, or its entries, take more bytes than
+    /// `most`.
+    void Add(const Group& group, std::size_t most);
 
     [[nodiscard]] const std::vector<Entry>& GetEntries() const { return m_entries; }
     [[nodiscard]] std::string_view Text(const Entry& entry) const {

@@ -12,23 +12,27 @@ constexpr int kExternal = 4 | 8;
 
 }  // namespace
 
+void Blocks::Take(std::size_t bytes, const Record& record) {
+    m_bytes += bytes;
+    if (m_bytes > m_most) {
+        record.GetOrigin().Fail(record.place, "the blocks of the file are too large");
+    }
+}
+
 void Blocks::Begin(const Record& record) {
     const std::string_view name = record.Text(2);
+    Take(sizeof(Block) + 2 * name.size(), record);
     Block& block = m_blocks[Upper(name)];
     block = {};
     block.name = name;
     block.base = {record.Number(10), record.Number(20), record.Number(30)};
     block.external = (record.Whole(70) & kExternal) != 0;
     m_open = &block;
-    m_bytes += sizeof(Block) + 2 * name.size();
 }
 
 void Blocks::Add(Record record) {
     record.Shrink();
-    m_bytes += record.GetSize();
-    if (m_bytes > kMostBytes) {
-        record.GetOrigin().Fail(record.place, "the blocks of the file are too large");
-    }
+    Take(record.GetSize(), record);
     if (m_open != nullptr) {
         m_open->entities.push_back(std::move(record));
     }

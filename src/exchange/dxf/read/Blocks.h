@@ -24,11 +24,13 @@ struct Block {
 /// file that has to be kept, so there is a limit to it.
 class Blocks {
  public:
-    static constexpr std::size_t kMostBytes = std::size_t{1} << 29U;
+    /// `most` is how many bytes of memory the blocks may take.
+    explicit Blocks(std::size_t most) : m_most(most) {}
 
-    /// Begins a block by its BLOCK record. The entities added next belong to it.
+    /// Begins a block by its BLOCK record. The entities added next belong to it. Throws
+    /// ExchangeError when the blocks take too much memory.
     void Begin(const Record& record);
-    /// Throws ExchangeError when the blocks take more than kMostBytes.
+    /// Throws ExchangeError when the blocks take too much memory.
     void Add(Record record);
 
     /// Null when there is no such block.
@@ -37,6 +39,9 @@ class Blocks {
     [[nodiscard]] const std::map<std::string, Block>& GetAll() const { return m_blocks; }
 
  private:
+    void Take(std::size_t bytes, const Record& record);
+
+    std::size_t m_most;
     std::map<std::string, Block> m_blocks;  // by names in upper case
     Block* m_open = nullptr;
     std::size_t m_bytes = 0;

@@ -13,6 +13,9 @@ namespace cqsurvey::exchange::dxf {
 namespace {
 
 constexpr std::string_view kNoBlock = "there is no such block";
+// More than this of an entity that a block draws counts as further entities.
+constexpr std::uint64_t kVerticesOfOne = 16;
+constexpr std::uint64_t kBytesOfOne = 1024;
 
 double Radians(double degrees) {
     return degrees * std::numbers::pi / 180.0;
@@ -180,7 +183,7 @@ DrawingOutcome EntityConverter::Draw(const Record& record, Block& block, const P
     for (int row = 0; row < places.rows; ++row) {
         for (int column = 0; column < places.columns; ++column) {
             // A block without entities takes time, too.
-            CountDrawn(record);
+            CountDrawn(record, 1);
             const Vec3 step{column * places.columnStep, row * places.rowStep, 0.0};
             Explode(record, block, places.stand * Affine::Shift(step) * places.unit, context);
         }
@@ -197,16 +200,27 @@ void EntityConverter::Explode(const Record& record, Block& block, const Affine& 
     inside.dimension = context.dimension;
     inside.block = StyleOf(record, context, m_scene);
     for (const Record& entity : block.entities) {
-        CountDrawn(record);
+        CountDrawn(record, 1);
+        const std::uint64_t drawn = m_drawn;
+        const std::uint64_t vertices = m_scene.report.vertices;
         Convert(entity, inside);
+        // What an insert in the block draws has been counted on the way.
+        if (m_drawn == drawn) {
+            CountDrawn(record, std::max<std::uint64_t>(
+                                   (m_scene.report.vertices - vertices) / kVerticesOfOne,
+                                   entity.GetSize() / kBytesOfOne));
+        }
     }
 }
 
-void EntityConverter::CountDrawn(const Record& insert) {
-    if (++m_drawn > m_scene.options.mostDrawn) {
-        insert.GetOrigin().Fail(insert.place,
-                                fmt::format("the inserted blocks draw more than {} entities",
-                                            m_scene.options.mostDrawn));
+void EntityConverter::CountDrawn(const Record& insert, std::uint64_t times) {
+    m_drawn += times;
+    if (m_drawn > m_scene.options.mostDrawn) {
+        insert.GetOrigin().Fail(
+            insert.place,
+            fmt::format("the inserted blocks draw more than {} entities, large ones counted "
+                        "as several",
+                        m_scene.options.mostDrawn));
     }
 }
 

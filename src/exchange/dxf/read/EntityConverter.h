@@ -52,7 +52,7 @@ class EntityConverter {
     DrawingOutcome Table(const Record& record, const Context& context);
     DrawingOutcome Draw(const Record& record, Block& block, const Places& places,
                         const Context& context, std::string_view what);
-    void CountDrawn(const Record& insert);
+    void CountDrawn(const Record& insert, std::uint64_t times);
     void Explode(const Record& record, Block& block, const Affine& map, const Context& context);
 
     Scene& m_scene;

@@ -49,12 +49,13 @@ FileImport::FileImport(TextSource& source, const DxfReadOptions& options, CqSurv
       m_options(options),
       m_report(report),
       m_groups(source),
-      m_records(m_groups),
+      m_records(m_groups, options.mostEntityBytes),
       m_lines(report),
       m_layers(
           db, [this](std::string_view bytes) { return m_decoder.DecodeName(bytes); }, report),
       m_drawing(db, report),
       m_scene{options, m_decoder, m_layers, m_lines, m_drawing, report},
+      m_blocks(options.mostBlockBytes),
       m_converter(m_scene, m_blocks),
       m_image(options, m_decoder, db) {}
 
@@ -153,6 +154,12 @@ void FileImport::UseHeader() {
 }
 
 void FileImport::ReadTable(const Record& record) {
+    // What is kept of an entry beside its texts.
+    constexpr std::size_t kEntry = 256;
+    m_tableBytes += kEntry + record.Text(2).size() + record.Text(6).size();
+    if (m_tableBytes > m_options.mostBlockBytes) {
+        m_records.GetOrigin().Fail(record.place, "the tables of the file are too large");
+    }
     if (record.type == "LTYPE") {
         m_lines.Define(record);
     } else if (record.type == "LAYER") {

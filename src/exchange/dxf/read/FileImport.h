@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -63,6 +64,7 @@ class FileImport {
     std::vector<LayerEntry> m_layerEntries;
     std::optional<Record> m_point;  // which the block of the same survey point may follow
     Section m_section = Section::None;
+    std::size_t m_tableBytes = 0;
     bool m_inBlock = false;
     bool m_inPaper = false;
     std::uint64_t m_entities = 0;

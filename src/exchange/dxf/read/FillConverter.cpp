@@ -42,10 +42,11 @@ DrawingOutcome FillConverter::Hatch(const Record& record, const Context& context
     const double scale = map.PlanScale();
     CurveFitter fitter(m_scene.options.tolerance / (scale > 0.0 ? scale : 1.0), true);
     const std::vector<std::vector<PathVertex>> paths = ReadHatchPaths(record, fitter);
+    const Extras extras = ExtrasOf(record);
     DrawingOutcome sum = LeftOut("it has no outline");
     for (const std::vector<PathVertex>& path : paths) {
         const DrawingOutcome one =
-            DrawPlanar(path, true, map, style, ExtrasOf(record), m_scene, Converted(kOutline));
+            DrawPlanar(path, true, map, style, extras, m_scene, Converted(kOutline));
         if (one.fate != DrawingFate::LeftOut) {
             sum = Converted(
                 kOutline, std::max({sum.deviation, one.deviation, fitter.GetDeviation() * scale}));

@@ -40,8 +40,8 @@ class HatchReader {
                 ReadEdges(path);
             }
             if (Peek(97)) {
-                for (int sources = TakeCount(97); sources > 0; --sources) {
-                    static_cast<void>(Has(330));
+                for (int sources = TakeCount(97); sources > 0 && Has(330);) {
+                    --sources;
                 }
             }
             if (path.size() > 1) {

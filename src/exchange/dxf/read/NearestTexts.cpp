@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <tuple>
 
@@ -27,7 +26,7 @@ void NearestTexts::Collect() {
         if (entity->GetType() == EntText && entity->GetHeight() > 0.0 &&
             (layer.empty() || Upper(ToUtf8(entity->GetLayer())) == layer)) {
             m_texts.push_back(
-                {at[0], at[1], entity->GetHeight() * m_options.nameReach, entity->GetText()});
+                {{at[0], at[1], entity->GetHeight() * m_options.nameReach}, entity->GetText()});
         } else if (entity->GetType() == EntSiPnt && entity->GetName().empty()) {
             m_points.push_back(
                 {m_db.GetCoordRecHandleByCadEntityHandle(entity->GetHandle()), at[0], at[1]});
@@ -36,53 +35,21 @@ void NearestTexts::Collect() {
 }
 
 std::vector<NearestTexts::Pair> NearestTexts::FindPairs() const {
-    double cell = 0.0;
+    std::vector<ReachingPlace> places;
+    places.reserve(m_texts.size());
     for (const Text& text : m_texts) {
-        cell = std::max(cell, text.reach);
+        places.push_back(text.place);
     }
-    std::vector<Pair> pairs;
-    if (!(cell > 0.0)) {
-        return pairs;
-    }
-    using Cell = std::pair<std::int64_t, std::int64_t>;
-    const auto cellOf = [cell](double x, double y) {
-        const auto index = [cell](double at) {
-            constexpr double kFar = 1e15;
-            return static_cast<std::int64_t>(std::clamp(std::floor(at / cell), -kFar, kFar));
-        };
-        return Cell{index(x), index(y)};
-    };
-    std::map<Cell, std::vector<std::size_t>> grid;
-    for (std::size_t i = 0; i < m_texts.size(); ++i) {
-        grid[cellOf(m_texts[i].x, m_texts[i].y)].push_back(i);
-    }
+    const ReachTree tree(places);
     // A point keeps its few nearest texts, so that crowded texts cannot fill the memory.
     constexpr std::size_t kMost = 8;
-    std::vector<Pair> near;
+    std::vector<Pair> pairs;
+    std::vector<ReachTree::Found> near;
     for (std::size_t i = 0; i < m_points.size(); ++i) {
-        const Point& point = m_points[i];
-        const Cell home = cellOf(point.x, point.y);
-        near.clear();
-        for (std::int64_t dx = -1; dx <= 1; ++dx) {
-            for (std::int64_t dy = -1; dy <= 1; ++dy) {
-                const auto found = grid.find({home.first + dx, home.second + dy});
-                if (found == grid.end()) {
-                    continue;
-                }
-                for (const std::size_t text : found->second) {
-                    const double distance =
-                        std::hypot(m_texts[text].x - point.x, m_texts[text].y - point.y);
-                    if (distance <= m_texts[text].reach) {
-                        near.push_back({distance, i, text});
-                    }
-                }
-            }
+        tree.Find(m_points[i].x, m_points[i].y, kMost, near);
+        for (const ReachTree::Found& found : near) {
+            pairs.push_back({found.distance, i, found.place});
         }
-        const std::size_t kept = std::min(kMost, near.size());
-        std::partial_sort(near.begin(), near.begin() + static_cast<std::ptrdiff_t>(kept),
-                          near.end(),
-                          [](const Pair& a, const Pair& b) { return a.distance < b.distance; });
-        pairs.insert(pairs.end(), near.begin(), near.begin() + static_cast<std::ptrdiff_t>(kept));
     }
     std::sort(pairs.begin(), pairs.end(), [](const Pair& a, const Pair& b) {
         return std::tie(a.distance, a.point, a.text) < std::tie(b.distance, b.point, b.text);

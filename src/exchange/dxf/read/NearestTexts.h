@@ -1,14 +1,13 @@
 #pragma once
 
-#include <cstdint>
-#include <map>
-#include <utility>
+#include <cstddef>
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/exchange/DrawingReport.h"
 #include "cqsurvey/exchange/DxfReader.h"
 #include "exchange/PointNames.h"
+#include "exchange/dxf/read/ReachTree.h"
 
 namespace cqsurvey::exchange::dxf {
 
@@ -23,9 +22,7 @@ class NearestTexts {
 
  private:
     struct Text {
-        double x = 0.0;
-        double y = 0.0;
-        double reach = 0.0;
+        ReachingPlace place;
         CString text;
     };
     struct Point {

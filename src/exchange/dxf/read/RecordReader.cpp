@@ -60,7 +60,7 @@ bool RecordReader::Next(Record& record) {
 void RecordReader::ReadParts(Record& record) {
     const std::string_view part = record.type == "POLYLINE" ? "VERTEX" : "ATTRIB";
     while (m_more && m_group.value == part) {
-        record.Add(m_group);
+        record.Add(m_group, m_most);
         ReadGroups(record, true);
     }
     if (m_more && m_group.value == "SEQEND") {
@@ -90,7 +90,7 @@ void RecordReader::ReadGroups(Record& record, bool known) {
                    (!known && !IsReported(code))) {
             continue;
         } else {
-            record.Add(m_group);
+            record.Add(m_group, m_most);
         }
     }
 }

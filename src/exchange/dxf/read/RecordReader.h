@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 #include "exchange/dxf/Record.h"
@@ -12,8 +13,9 @@ namespace cqsurvey::exchange::dxf {
 /// memory.
 class RecordReader {
  public:
-    /// The groups must outlive the reader.
-    explicit RecordReader(GroupReader& groups) : m_groups(groups) {}
+    /// The groups must outlive the reader. `most` is how many bytes the texts of a record may take,
+    /// and its entries.
+    RecordReader(GroupReader& groups, std::size_t most) : m_groups(groups), m_most(most) {}
     RecordReader(const RecordReader&) = delete;
     RecordReader& operator=(const RecordReader&) = delete;
 
@@ -32,6 +34,7 @@ class RecordReader {
     bool Advance();
 
     GroupReader& m_groups;
+    std::size_t m_most;
     Group m_group;  // the group 0 that begins the next record
     bool m_begun = false;
     bool m_more = false;

@@ -6,7 +6,6 @@
 #include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "exchange/PointNames.h"
-#include "exchange/drawing/Names.h"
 #include "exchange/dxf/read/PlainText.h"
 
 namespace cqsurvey::exchange::dxf {
@@ -15,7 +14,6 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 constexpr std::string_view kText = "text";
-constexpr std::string_view kUsualStyle = "STANDARD";
 
 // Horizontal justification.
 constexpr int kAligned = 3;
@@ -28,11 +26,7 @@ constexpr int kConstant = 2;
 }  // namespace
 
 CString TextConverter::StyleName(const Record& record) {
-    const std::string_view name = record.Text(7, kUsualStyle);
-    if (Upper(name) == kUsualStyle) {
-        return {};
-    }
-    const CString style = m_scene.decoder.DecodeName(name);
+    const CString style = m_scene.decoder.DecodeName(record.Text(7));
     CString cut = CutName(style, limits::kTextStyle);
     if (cut != style) {
         m_scene.report.Note("names of text styles were cut to 23 characters");

@@ -32,15 +32,21 @@ std::optional<char16_t> ReadHex(std::u16string_view text) {
     return static_cast<char16_t>(value);
 }
 
+}  // namespace
+
 /// The character of two bytes in one of the five East Asian pages.
-CString DecodePair(char16_t page, char16_t bytes) {
+CString TextDecoder::DecodePair(char16_t page, char16_t bytes) {
     static constexpr std::array<int, 5> kPages{932, 950, 949, 1361, 936};
+    const auto index = static_cast<std::size_t>(page - u'1');
+    if (!m_asian.at(index)) {
+        m_asian.at(index).emplace(kPages.at(index));
+    }
     const std::string pair{static_cast<char>(static_cast<unsigned char>(bytes >> 8U)),
                            static_cast<char>(static_cast<unsigned char>(bytes & 0xFFU))};
-    return CqCodePage(kPages.at(static_cast<std::size_t>(page - u'1'))).Decode(pair);
+    return m_asian.at(index)->Decode(pair);
 }
 
-CString ReplaceEscapes(const CString& text) {
+CString TextDecoder::ReplaceEscapes(const CString& text) {
     CString out;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const std::u16string_view rest = std::u16string_view(text).substr(i);
@@ -62,8 +68,6 @@ CString ReplaceEscapes(const CString& text) {
     }
     return out;
 }
-
-}  // namespace
 
 std::optional<int> CodePageOf(std::string_view name) {
     static constexpr std::array<std::pair<std::string_view, int>, 8> kNamed{{{"utf", 65001},

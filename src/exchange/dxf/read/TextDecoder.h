@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -31,7 +32,12 @@ class TextDecoder {
     [[nodiscard]] std::uint64_t GetBad() const { return m_bad; }
 
  private:
+    [[nodiscard]] CString DecodePair(char16_t page, char16_t bytes);
+    [[nodiscard]] CString ReplaceEscapes(const CString& text);
+
     CqCodePage m_page;
+    /// Opened when a text needs them: that takes longer than reading a text.
+    std::array<std::optional<CqCodePage>, 5> m_asian;
     int m_number;
     std::uint64_t m_bad = 0;
 };

@@ -19,13 +19,11 @@ namespace {
 constexpr int kInk = 7;
 constexpr int kLastColor = 255;
 const CString kLayerZero = u"0";
-const CString kUsualStyle = u"STANDARD";
 
 }  // namespace
 
 Contents::Contents(CqSurveyDB& db, const DxfWriteOptions& options, DrawingReport& report)
     : m_db(db), m_options(options), m_report(report) {
-    m_styleNames.Reserve(kUsualStyle);
     ReadLayers();
     const auto there = static_cast<std::size_t>(db.GetNumCadEntities());
     std::size_t walked = 0;
@@ -80,10 +78,6 @@ void Contents::ReadLayers() {
 
 CString Contents::PointLayer(const CString& layer, int code) const {
     return m_options.layersByCode && code != 0 ? FromUtf8(fmt::format("CODE_{}", code)) : layer;
-}
-
-const CString& Contents::StyleName(const CString& style) {
-    return m_styleNames.Find(style.empty() ? kUsualStyle : style);
 }
 
 void Contents::Widen(const Vec3& at) {

@@ -34,7 +34,10 @@ class Contents {
     [[nodiscard]] const CString& LayerName(const CString& layer) {
         return m_layerNames.Find(layer);
     }
-    [[nodiscard]] const CString& StyleName(const CString& style);
+    /// The file's name for a text style of the job, which is not empty.
+    [[nodiscard]] const CString& StyleName(const CString& style) {
+        return m_styleNames.Find(style);
+    }
     /// The layer for a point, by its code when the options say so.
     [[nodiscard]] CString PointLayer(const CString& layer, int code) const;
 

@@ -21,9 +21,6 @@ class NameTable {
         return Find(name, changed);
     }
 
-    /// Keeps a name for the file's own use.
-    void Reserve(const CString& name) { Find(name); }
-
  private:
     std::map<CString, CString> m_names;
     std::map<std::string, int> m_taken;  // in upper case, with the number to try next

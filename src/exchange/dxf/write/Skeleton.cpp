@@ -4,9 +4,11 @@
 #include <cmath>
 #include <set>
 #include <span>
+#include <vector>
 
 #include "cqsurvey/Text.h"
 #include "exchange/drawing/Extras.h"
+#include "exchange/drawing/Names.h"
 #include "exchange/dxf/LineTypes.h"
 #include "exchange/dxf/PointBlock.h"
 #include "exchange/dxf/write/PointWriter.h"
@@ -256,10 +258,20 @@ void Skeleton::WriteStyle(std::uint64_t table, const CString& name) {
 }
 
 void Skeleton::WriteStyles() {
-    const std::uint64_t table = BeginTable("STYLE", m_contents.GetStyles().size() + 1);
-    WriteStyle(table, m_contents.StyleName({}));
+    // Texts that name no style are in this one, which every file has.
+    const CString usual = u"STANDARD";
+    std::vector<CString> styles;
+    bool used = false;
     for (const CString& style : m_contents.GetStyles()) {
-        WriteStyle(table, m_contents.StyleName(style));
+        styles.push_back(m_contents.StyleName(style));
+        used |= Upper(ToUtf8(styles.back())) == ToUtf8(usual);
+    }
+    if (!used) {
+        styles.insert(styles.begin(), usual);
+    }
+    const std::uint64_t table = BeginTable("STYLE", styles.size());
+    for (const CString& style : styles) {
+        WriteStyle(table, style);
     }
     m_out.Raw(0, "ENDTAB");
 }

@@ -115,7 +115,7 @@ void TextWriter::WriteLine(const CqCadEntity& entity, const CString& line, const
     m_out.Number(40, entity.GetHeight());
     m_out.Text(1, EscapePercent(line));
     m_out.Number(50, entity.GetRot());
-    m_out.Text(7, m_contents.StyleName(entity.GetStyle()));
+    WriteStyle(entity);
     m_out.Whole(72, align.along);
     if (align.along != 0 || align.across != 0) {
         m_out.Point(11, at);
@@ -123,6 +123,13 @@ void TextWriter::WriteLine(const CqCadEntity& entity, const CString& line, const
     m_out.Subclass("AcDbText");
     m_out.Whole(73, align.across);
     m_frame.WriteExtras(extras);
+}
+
+/// A text without a style names none, as a reader keeps the names that are there.
+void TextWriter::WriteStyle(const CqCadEntity& entity) {
+    if (!entity.GetStyle().empty()) {
+        m_out.Text(7, m_contents.StyleName(entity.GetStyle()));
+    }
 }
 
 void TextWriter::WriteLines(const CqCadEntity& entity, const Vec3& at, const Extras& extras) {
@@ -138,7 +145,7 @@ void TextWriter::WriteLines(const CqCadEntity& entity, const Vec3& at, const Ext
     m_out.Whole(71, 1 + row * 3 + along);
     m_out.Whole(72, 1);
     WriteChunks(entity.GetText());
-    m_out.Text(7, m_contents.StyleName(entity.GetStyle()));
+    WriteStyle(entity);
     m_out.Number(50, entity.GetRot());
     m_frame.WriteExtras(extras);
 }

@@ -24,6 +24,7 @@ class TextWriter {
     void WriteLine(const CqCadEntity& entity, const CString& line, const Vec3& at,
                    const Extras& extras);
     void WriteLines(const CqCadEntity& entity, const Vec3& at, const Extras& extras);
+    void WriteStyle(const CqCadEntity& entity);
     void WriteChunks(const CString& text);
 
     GroupWriter& m_out;

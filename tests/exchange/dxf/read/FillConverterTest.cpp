@@ -46,5 +46,18 @@ TEST(FillConverterTest, AHatchWithoutOutlinesIsLeftOutWithAReason) {
               1U);
 }
 
+TEST(FillConverterTest, AHatchOfManyOutlinesIsNotReadAgainForEach) {
+    // If it were, this would take hours.
+    constexpr int kPaths = 20'000;
+    DxfReadOptions fills;
+    fills.fills = true;
+    std::string hatch = "0 HATCH|8 A|10 0|20 0|30 2|91 " + std::to_string(kPaths);
+    for (int i = 0; i < kPaths; ++i) {
+        hatch += "|92 2|93 2|10 0|20 0|10 1|20 1|97 0";
+    }
+    DrawnJob job;
+    EXPECT_EQ(job.Draw(hatch, fills).polylines, static_cast<std::uint64_t>(kPaths));
+}
+
 }  // namespace
 }  // namespace cqsurvey::exchange::dxf

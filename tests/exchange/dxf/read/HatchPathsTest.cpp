@@ -17,7 +17,7 @@ std::vector<std::vector<PathVertex>> PathsOf(const std::string& groups) {
     const std::string text = Groups("0 HATCH|2 SOLID|70 1|71 0|" + groups + "|75 0|76 1|0 EOF");
     StringSource source(text);
     GroupReader reader(source);
-    RecordReader records(reader);
+    RecordReader records(reader, DxfReadOptions().mostEntityBytes);
     Record record;
     EXPECT_TRUE(records.Next(record));
     CurveFitter fitter(0.001, true);
@@ -71,6 +71,16 @@ TEST(HatchPathsTest, CountsThatLieAreAnError) {
     EXPECT_THROW(PathsOf("91 -1"), ExchangeError);
     EXPECT_THROW(PathsOf("91 1|92 1e300|93 1"), ExchangeError);
     EXPECT_THROW(PathsOf("91 1|92 1|93 1|72 nan"), ExchangeError);
+}
+
+TEST(HatchPathsTest, CountsOfSourcesThatAreNotThereAreNotGoneThroughOneByOne) {
+    // With one step for each source that is said to be there, this would not end within an hour.
+    constexpr int kPaths = 200'000;
+    std::string groups = "91 " + std::to_string(kPaths);
+    for (int i = 0; i < kPaths; ++i) {
+        groups += "|92 2|93 0|97 500000";
+    }
+    EXPECT_TRUE(PathsOf(groups).empty());
 }
 
 }  // namespace

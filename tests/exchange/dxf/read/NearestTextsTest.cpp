@@ -2,9 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <random>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
+#include "cqsurvey/CqBatch.h"
 #include "exchange/drawing/DrawingJob.h"
 #include "support/Drawing.h"
 
@@ -89,6 +96,62 @@ TEST_F(NearestTextsTest, AJobWithoutTextsOrWithFlatOnesHasNoneToGive) {
     EXPECT_EQ(Name(), List{""});
     DrawText(job.db, u"flat", 0, 0, 0);
     EXPECT_EQ(Name(), List{""});
+}
+
+/// The names by looking at every pair of a point and a text.
+List Model(const std::vector<std::pair<int, int>>& points,
+           const std::vector<std::array<int, 3>>& texts, double reach) {
+    using Pair = std::tuple<double, std::size_t, std::size_t>;
+    std::vector<Pair> pairs;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        std::vector<Pair> near;
+        for (std::size_t j = 0; j < texts.size(); ++j) {
+            const double distance =
+                std::hypot(texts[j][0] - points[i].first, texts[j][1] - points[i].second);
+            if (distance <= reach * texts[j][2]) {
+                near.emplace_back(distance, i, j);
+            }
+        }
+        std::sort(near.begin(), near.end());
+        near.resize(std::min<std::size_t>(near.size(), 8));
+        pairs.insert(pairs.end(), near.begin(), near.end());
+    }
+    std::sort(pairs.begin(), pairs.end());
+    List names(points.size());
+    std::vector<bool> used(texts.size());
+    for (const auto& [distance, point, text] : pairs) {
+        if (names[point].empty() && !used[text]) {
+            names[point] = "T" + std::to_string(text);
+            used[text] = true;
+        }
+    }
+    return names;
+}
+
+// On so few whole numbers many pairs are equally near.
+TEST_F(NearestTextsTest, NamesAsLookingAtEveryPairDoes) {
+    std::mt19937 random(11);
+    std::uniform_int_distribution<int> coordinate(0, 12);
+    std::uniform_int_distribution<int> height(1, 3);
+    options.nameReach = 1.5;
+    for (int round = 0; round < 5; ++round) {
+        std::vector<std::pair<int, int>> points(60);
+        std::vector<std::array<int, 3>> texts(60);
+        job.db.CreateNew(job.folder.Path(CString(u"round") + FromUtf8(std::to_string(round))));
+        CqBatch batch(job.db);
+        for (auto& [x, y] : points) {
+            x = coordinate(random);
+            y = coordinate(random);
+            DrawPoint(job.db, u"", x, y);
+        }
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+            texts[i] = {coordinate(random), coordinate(random), height(random)};
+            DrawText(job.db, FromUtf8("T" + std::to_string(i)), texts[i][0], texts[i][1],
+                     texts[i][2]);
+        }
+        EXPECT_EQ(Name(), Model(points, texts, options.nameReach));
+        batch.Commit();
+    }
 }
 
 }  // namespace

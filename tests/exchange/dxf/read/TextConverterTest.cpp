@@ -39,8 +39,17 @@ TEST(TextConverterTest, ATextKeepsTheNameOfItsStyleAndALongOneIsCut) {
     for (const CqCadEntityPtr& entity : Entities(job.db)) {
         styles.push_back(entity->GetStyle());
     }
-    EXPECT_EQ(styles, (std::vector<CString>{u"Small^^caps", u"a style of more than 23", u""}));
+    EXPECT_EQ(styles,
+              (std::vector<CString>{u"Small^^caps", u"a style of more than 23", u"Standard"}));
     EXPECT_EQ(report.GetNotes().back(), "names of text styles were cut to 23 characters");
+}
+
+TEST(TextConverterTest, ATextThatNamesNoStyleHasNone) {
+    DrawnJob job;
+    static_cast<void>(job.Draw(kText));
+    for (const CqCadEntityPtr& entity : Entities(job.db)) {
+        EXPECT_EQ(entity->GetStyle(), u"");
+    }
 }
 
 TEST(TextConverterTest, ALongTextIsKeptAndTheReportSaysThatTheJobShowsItsBeginning) {

@@ -51,7 +51,6 @@ TEST_F(ContentsTest, LayersLinesAndStylesThatAreUsedAreNamed) {
     EXPECT_TRUE(contents.GetLines().contains(5));
     EXPECT_TRUE(contents.GetLines().contains(9));
     EXPECT_TRUE(contents.GetStyles().contains(u"Small"));
-    EXPECT_EQ(contents.StyleName(u""), u"STANDARD");
     EXPECT_EQ(contents.StyleName(u"Small"), u"Small");
 }
 
@@ -83,12 +82,13 @@ TEST_F(ContentsTest, AStyleThatTheFileCallsOtherwiseIsTold) {
     const double at[3] = {0, 0, 0};
     job.db.AddText(at, u"x", 0, 0, u"a/b", 1, 0, 0, 0, 0, 0);
     job.db.AddText(at, u"x", 0, 0, u"a/b", 1, 0, 0, 0, 0, 0);
-    job.db.AddText(at, u"x", 0, 0, u"standard", 1, 0, 0, 0, 0, 0);
+    job.db.AddText(at, u"x", 0, 0, u"Small", 1, 0, 0, 0, 0, 0);
+    job.db.AddText(at, u"x", 0, 0, u"small", 1, 0, 0, 0, 0, 0);
     const Contents contents(job.db, options, report);
-    EXPECT_EQ(report.GetNotes(),
-              (std::vector<std::string>{
-                  "the text style \"a/b\" is called \"a_b\" in the file",
-                  "the text style \"standard\" is called \"standard_2\" in the file"}));
+    EXPECT_EQ(
+        report.GetNotes(),
+        (std::vector<std::string>{"the text style \"a/b\" is called \"a_b\" in the file",
+                                  "the text style \"small\" is called \"small_2\" in the file"}));
 }
 
 }  // namespace

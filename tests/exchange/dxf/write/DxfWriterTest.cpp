@@ -80,6 +80,16 @@ TEST(DxfWriterTest, CirclesTextsLayersAndColoursComeBack) {
     ExpectSameJob(job);
 }
 
+TEST(DxfWriterTest, StylesComeBackAlsoTheOneThatEveryFileHasAndNone) {
+    for (const char16_t* style : {u"", u"STANDARD", u"Standard", u"Roman"}) {
+        DrawnJob job;
+        const std::array<double, 3> at{1, 2, 3};
+        job.db.AddText(at.data(), u"one", 0, 0, style, 1, 0, 0, 0, 0, 0);
+        job.db.AddText(at.data(), u"none", 0, 0, u"", 1, 0, 0, 0, 0, 0);
+        ExpectSameJob(job);
+    }
+}
+
 TEST(DxfWriterTest, ATextOfSeveralLinesComesBackUnlessTheVersionIsR12) {
     DrawnJob job;
     for (int across = 0; across <= 3; ++across) {

@@ -31,12 +31,6 @@ TEST(NameTableTest, NamesAlikeButForTheirCaseOrForbiddenSignsDiffer) {
     EXPECT_EQ(names.Find(CString(1, u'\0')), u"__4");
 }
 
-TEST(NameTableTest, AReservedNameIsNotGivenAway) {
-    NameTable names;
-    names.Reserve(u"STANDARD");
-    EXPECT_EQ(names.Find(u"standard"), u"standard_2");
-}
-
 TEST(NameTableTest, AHundredThousandNamesThatWouldBeAlikeAreFoundOneByOne) {
     // With a search from 2 for each of them, this would not end within an hour.
     NameTable names;
