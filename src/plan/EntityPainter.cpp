@@ -103,31 +103,26 @@ void EntityPainter::Draw(const PlanPoint& point) {
         m_room.Take(box.Grow(half * kSymbolCore));
         return;
     }
-    // There are many points, so neighbours in the drawing that have the same colour are drawn as
-    // one path.
+    // There are many points, so neighbours in the drawing that have the same colour are drawn
+    // together.
     constexpr std::size_t kMostCrosses = 256;
-    if (m_crosses > 0 && (m_crossColor != point.color || m_crosses == kMostCrosses)) {
+    if (m_crossColor != point.color || m_crosses.size() == kMostCrosses) {
         Flush();
     }
     m_crossColor = point.color;
-    ++m_crosses;
-    cairo_t* context = m_page.GetContext();
-    cairo_move_to(context, at.GetX() - half, at.GetY());
-    cairo_line_to(context, at.GetX() + half, at.GetY());
-    cairo_move_to(context, at.GetX(), at.GetY() - half);
-    cairo_line_to(context, at.GetX(), at.GetY() + half);
+    m_crosses.push_back(at);
     // A label may touch the ends of the arms, so only the middle of the cross is taken.
     m_room.Take(box.Grow(half * kCrossCore));
 }
 
 void EntityPainter::Flush() {
-    if (m_crosses == 0) {
+    if (m_crosses.empty()) {
         return;
     }
-    m_crosses = 0;
     m_page.SetColor(m_crossColor);
     m_page.SetLine(0, kThinWidth);
-    m_page.Stroke();
+    m_page.GetCanvas().DrawCrosses(m_crosses, m_symbolSize);
+    m_crosses.clear();
 }
 
 void EntityPainter::AddToPath(const PlanLine& line) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "plan/LineStyles.h"
 #include "plan/Page.h"
@@ -72,7 +73,7 @@ class EntityPainter {
     double m_symbolSize;
     double m_textHeight;
     bool m_onlyHeights = false;
-    std::size_t m_crosses = 0;  ///< in the path
+    std::vector<CVector> m_crosses;  ///< that are still to be drawn, all of one colour
     int m_crossColor = 0;
     Unfit m_tooLarge;
     Unfit m_tooSmall;

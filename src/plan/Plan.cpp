@@ -52,8 +52,14 @@ Box BoxOf(const PlanCircle& circle) {
     return box.Grow(circle.radius);
 }
 
-/// Estimates letters as three quarters as wide as capitals are high.
+/// Estimates letters as three quarters as wide as capitals are high. Where a label will be is not
+/// known yet, but it needs no more room than the labels of other points.
 Box BoxOf(const PlanText& text) {
+    if (text.isLabel) {
+        Box box;
+        box.Add(text.at);
+        return box;
+    }
     constexpr double kLetter = 0.75;
     constexpr double kLeading = 1.6;
     glong letters = 0;

@@ -16,6 +16,17 @@ void Canvas::Cover(double /*width*/, double /*height*/) {
     cairo_paint(m_context);
 }
 
+void Canvas::DrawCrosses(std::span<const CVector> places, double size) {
+    const double half = size / 2;
+    for (const CVector& place : places) {
+        cairo_move_to(m_context, place.GetX() - half, place.GetY());
+        cairo_line_to(m_context, place.GetX() + half, place.GetY());
+        cairo_move_to(m_context, place.GetX(), place.GetY() - half);
+        cairo_line_to(m_context, place.GetX(), place.GetY() + half);
+    }
+    Stroke();
+}
+
 void Canvas::Write(const TextRun& run) {
     // Of the height of the font.
     constexpr double kHalo = 0.17;

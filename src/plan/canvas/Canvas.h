@@ -4,6 +4,7 @@
 #include <pango/pango.h>
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -28,8 +29,9 @@ struct TextRun {
 
 /// What the painters draw on. They build paths in a cairo context, which also keeps the colour, the
 /// line and the way from their units to the page; the canvas puts the finished path, the texts and
-/// the images on the page. This class does it with cairo, for PDF and PNG. SvgCanvas writes
-/// elements, because cairo's own SVG has neither texts nor groups.
+/// the images on the page. This class does it with cairo, for PNG. PdfCanvas differs in what is
+/// drawn by the million. SvgCanvas writes elements, because cairo's own SVG has neither texts nor
+/// groups.
 class Canvas {
  public:
     /// `context` must outlive the canvas.
@@ -48,6 +50,9 @@ class Canvas {
 
     /// Covers the whole page with the colour.
     virtual void Cover(double width, double height);
+
+    /// Draws an upright cross at each place, `size` wide and high, in the context's line.
+    virtual void DrawCrosses(std::span<const CVector> places, double size);
 
     virtual void Write(const TextRun& run);
 

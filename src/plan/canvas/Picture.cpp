@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "cqsurvey/plan/PlanFailure.h"
+#include "plan/canvas/PdfCanvas.h"
 #include "plan/canvas/Units.h"
 
 namespace cqsurvey::plan {
@@ -40,6 +41,8 @@ Picture::Picture(PictureFormat format, const PaperSize& paper, double dots, cons
         auto svg = std::make_unique<SvgCanvas>(m_context.get(), paper, sink);
         m_svg = svg.get();
         m_canvas = std::move(svg);
+    } else if (format == PictureFormat::Pdf) {
+        m_canvas = std::make_unique<PdfCanvas>(m_context.get());
     } else {
         m_canvas = std::make_unique<Canvas>(m_context.get());
     }

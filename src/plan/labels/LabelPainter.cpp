@@ -18,6 +18,9 @@ namespace {
 constexpr double kHeightSize = 0.85;
 constexpr double kCodeSize = 0.72;
 
+/// Beside a label. Two numbers that touch would be read as one.
+constexpr double kBeside = 0.4 * kMillimetre;
+
 constexpr Rgb kBrown{128, 64, 0};
 constexpr Rgb kGrey{96, 96, 96};
 
@@ -184,10 +187,10 @@ bool LabelPainter::DrawSpot(const PlanPoint& point, const Point& place) {
     }
     m_page.SetColor(GetHeightColor(point));
     painter.Write(whole, {wholeBox.minX, base});
-    m_room.Take(wholeBox);
+    m_room.Take(Box{wholeBox.minX - kBeside, wholeBox.minY, wholeBox.maxX, wholeBox.maxY});
     if (!rest.empty()) {
         painter.Write(rest, {restBox.minX, base});
-        m_room.Take(restBox);
+        m_room.Take(Box{restBox.minX, restBox.minY, restBox.maxX + kBeside, restBox.maxY});
     }
     return true;
 }
@@ -232,7 +235,8 @@ void LabelPainter::DrawRows(const std::vector<Row>& rows, const Point& place) {
         m_page.Stroke();
         m_room.TakeLeader(from, to);
     }
-    m_room.Take(Box{corner.GetX(), corner.GetY(), corner.GetX() + width, corner.GetY() + block});
+    m_room.Take(Box{corner.GetX() - kBeside, corner.GetY(), corner.GetX() + width + kBeside,
+                    corner.GetY() + block});
     double y = corner.GetY();
     for (const Row& row : rows) {
         y += y == corner.GetY() ? row.height : row.height * kLeading;

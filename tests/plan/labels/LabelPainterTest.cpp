@@ -5,13 +5,12 @@
 #include <algorithm>
 #include <limits>
 
-#include "plan/SvgPage.h"
+#include "plan/labels/LabelTest.h"
 
 namespace cqsurvey::plan {
 namespace {
 
-/// Labels the points of a plan, of which nothing else is drawn.
-class LabelPainterTest : public testing::Test {
+class LabelPainterTest : public LabelTest<LabelPainter> {
  protected:
     LabelPainterTest() { plan.layers = {{"Trees"}, {"Texts"}}; }
 
@@ -37,19 +36,6 @@ class LabelPainterTest : public testing::Test {
         text.isLabel = true;
         plan.items.emplace_back(text);
     }
-
-    SvgPicture Draw() {
-        LabelPainter painter(page.Get(), room, plan, options);
-        painter.Draw();
-        lost = painter.GetLost();
-        return page.Finish();
-    }
-
-    Plan plan;
-    PlotOptions options;
-    LabelRoom room;
-    SvgPage page;
-    std::size_t lost = 0;
 };
 
 TEST_F(LabelPainterTest, NamesHeightsAndCodesDifferInSizeAndColour) {
@@ -69,6 +55,31 @@ TEST_F(LabelPainterTest, NamesHeightsAndCodesDifferInSizeAndColour) {
     EXPECT_NE(picture.texts[1].fill, picture.texts[0].fill);
     EXPECT_NE(picture.texts[2].fill, picture.texts[1].fill);
     EXPECT_TRUE(picture.texts[0].hasHalo);
+}
+
+TEST_F(LabelPainterTest, NumbersSideBySideDoNotTouch) {
+    for (const bool onlyHeights : {false, true}) {
+        SvgPage sheet;
+        LabelRoom free;
+        plan.items.clear();
+        options.labelNames = !onlyHeights;
+        options.labelHeights = onlyHeights;
+        for (int i = 0; i < 300; ++i) {
+            AddPoint("1234", 5 + i * 0.3, 50 + i * 37 % 11);
+        }
+        LabelPainter(sheet.Get(), free, plan, options).Draw();
+        const SvgPicture picture = sheet.Finish();
+        ASSERT_GT(picture.texts.size(), 20U);
+        for (const SvgPicture::Text& left : picture.texts) {
+            for (const SvgPicture::Text& right : picture.texts) {
+                if (&left == &right || std::abs(left.y - right.y) >= left.size / 2 ||
+                    left.x > right.x) {
+                    continue;
+                }
+                EXPECT_GT(right.x - left.x - left.length, 0.35 * kMillimetre);
+            }
+        }
+    }
 }
 
 TEST_F(LabelPainterTest, TheHeightIsPutIntoTheLabelOfACode) {

@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "plan/SvgPage.h"
+#include "plan/labels/LabelTest.h"
 
 namespace cqsurvey::plan {
 namespace {
 
-class LineLabelPainterTest : public testing::Test {
+class LineLabelPainterTest : public LabelTest<LineLabelPainter> {
  protected:
     void AddLine(std::initializer_list<PlanVertex> vertices) {
         PlanLine line;
@@ -15,19 +15,6 @@ class LineLabelPainterTest : public testing::Test {
         line.color = 5;
         plan.items.emplace_back(line);
     }
-
-    SvgPicture Draw() {
-        LineLabelPainter painter(page.Get(), room, plan, options);
-        painter.Draw();
-        lost = painter.GetLost();
-        return page.Finish();
-    }
-
-    Plan plan;
-    PlotOptions options;
-    LabelRoom room;
-    SvgPage page;
-    std::size_t lost = 0;
 };
 
 TEST_F(LineLabelPainterTest, WithoutBeingAskedNothingIsWritten) {
