@@ -19,6 +19,14 @@ struct ReachingPlace {
 /// among them. A search leaves out a rectangle that does not reach the point, or holds nothing
 /// nearer than what was found. So neither a crowd of places, all of them at one place included, nor
 /// one place with a reach far longer than the others' makes it visit them all.
+///
+///     +-----------------+        the point x looks into the right half first, which holds it, then
+///     | a  b   |   d    |        into the left one only if that is nearer than what was found, and
+///     |   c    |  x   e |        its longest reach gets as far as x
+///     +-----------------+
+///
+/// The library that finds nearest points elsewhere (nanoflann) has one reach for a whole search,
+/// not one for each place.
 class ReachTree {
  public:
     /// A place whose numbers are not finite reaches nothing; its reach may be infinite.
