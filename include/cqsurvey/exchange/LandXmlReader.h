@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -44,6 +45,11 @@ struct LandXmlReadOptions {
     Duplicates duplicates = Duplicates::Refuse;
     SurveyCoordType origin{1};
     CString group;
+
+    /// How many bytes of memory the lines may take that are kept: those of a feature until it ends,
+    /// and from the first feature on that names a point which comes later, all of them. A device
+    /// with little memory may want less.
+    std::size_t mostLineBytes = std::size_t{1} << 30U;
 
     /// What messages call the job. Empty: they do not name it.
     std::string jobName;

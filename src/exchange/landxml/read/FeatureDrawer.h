@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -21,6 +22,7 @@ struct Feature {
     std::optional<Place> location;
     std::vector<Segment> segments;
     Extras extras;
+    std::size_t bytes = 0;  ///< what it takes in memory, about
 };
 
 /// Draws features: joins their segments to polylines, ties vertices to the survey points that they

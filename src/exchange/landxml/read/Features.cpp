@@ -17,6 +17,17 @@ std::optional<double> Scaled(std::optional<double> length, double scale) {
     return length ? std::optional(*length * scale) : std::nullopt;
 }
 
+std::size_t BytesOf(const Segment& segment) {
+    std::size_t bytes = sizeof segment + segment.spiral.size();
+    for (const auto* place : {&segment.start, &segment.end, &segment.center}) {
+        bytes += *place ? (*place)->ref.size() : 0;
+    }
+    for (const Place& place : segment.between) {
+        bytes += sizeof place + place.ref.size();
+    }
+    return bytes;
+}
+
 }  // namespace
 
 void Features::Begin(const XmlElement& element, std::string_view collection) {
@@ -43,6 +54,8 @@ void Features::Begin(const XmlElement& element, std::string_view collection) {
         m_lost.Look(element, {});
         feature.layer = kAlignments;
     }
+    feature.bytes = sizeof feature + feature.layer.size() + feature.title.size();
+    m_bytes += feature.bytes;
     m_open.push_back(std::move(feature));
 }
 
@@ -59,6 +72,7 @@ void Features::End() {
     m_open.pop_back();
     const bool whole = FeatureDrawer::Resolve(feature, m_places);
     if (whole && m_waiting.empty()) {
+        m_bytes -= feature.bytes;
         m_drawer.Draw(feature);
     } else {
         m_waiting.push_back(std::move(feature));
@@ -92,7 +106,11 @@ void Features::EndSegment(std::string_view text) {
             begin = text.find_first_not_of(kBlanks, end);
         }
     }
-    m_open.back().segments.push_back(std::move(m_segment));
+    const std::size_t bytes = BytesOf(m_segment);
+    m_bytes += bytes;
+    Feature& feature = m_open.back();
+    feature.bytes += bytes;
+    feature.segments.push_back(std::move(m_segment));
 }
 
 void Features::BeginPlace(const XmlElement& element) {

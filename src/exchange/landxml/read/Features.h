@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <string_view>
 #include <vector>
@@ -45,6 +46,9 @@ class Features {
     /// Draws the features that waited, at the end of the file.
     void Finish();
 
+    /// About how many bytes of memory the features take that are kept so far.
+    [[nodiscard]] std::size_t GetBytes() const { return m_bytes; }
+
  private:
     void ReadPlaceText(std::string_view text);
 
@@ -54,6 +58,7 @@ class Features {
     DrawingReport& m_report;
     std::vector<Feature> m_open;
     std::deque<Feature> m_waiting;
+    std::size_t m_bytes = 0;  // of both
     Segment m_segment;
     Place m_place;
 };

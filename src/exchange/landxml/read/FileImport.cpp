@@ -281,6 +281,14 @@ void FileImport::Text(std::string_view piece) {
     m_text += piece;
 }
 
+void FileImport::CheckMemory() {
+    if (m_features.GetBytes() > m_options.mostLineBytes) {
+        m_parser.Fail(m_parser.GetLine(),
+                      "the lines whose feature goes on, or that wait for points which come later, "
+                      "take too much memory");
+    }
+}
+
 void FileImport::End(std::string_view name) {
     const Role role = m_open.back().role;
     m_open.pop_back();
@@ -310,12 +318,14 @@ void FileImport::End(std::string_view name) {
             break;
         case Role::Segment:
             m_features.EndSegment(m_text);
+            CheckMemory();
             break;
         case Role::Ours:
             EndOurs();
             break;
         case Role::Feature:
             m_features.End();
+            CheckMemory();
             break;
         case Role::SurfaceLine:
             m_surfaces.EndLine(name);

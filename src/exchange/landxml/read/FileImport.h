@@ -67,6 +67,8 @@ class FileImport : private XmlHandler {
     [[nodiscard]] Open LeaveOut(const XmlElement& element, std::string_view reason);
     void ReadRoot(const XmlElement& element);
     void EndOurs();
+    /// Fails when the lines that are kept take more memory than they may.
+    void CheckMemory();
     void Finish();
 
     TextSource& m_source;

@@ -3,25 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
 
+#include "exchange/EndlessSource.h"
 #include "exchange/dxf/read/DrawnDxf.h"
 
 namespace cqsurvey::exchange {
 namespace {
-
-/// A file that goes on with the same piece for ever.
-class EndlessSource : public TextSource {
- public:
-    EndlessSource(std::string begin, std::string piece)
-        : TextSource("endless"), m_begin(std::move(begin)), m_piece(std::move(piece)) {}
-
- private:
-    void ReadSome(std::string& buffer) override { buffer += std::exchange(m_begin, m_piece); }
-
-    std::string m_begin;
-    std::string m_piece;
-};
 
 struct Refusal {
     std::string fault;
