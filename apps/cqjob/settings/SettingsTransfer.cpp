@@ -1,5 +1,4 @@
 #include "cqjob/settings/SettingsTransfer.h"
-#include "cqjob/JobChange.h"
 
 #include <cqsurvey/Limits.h>
 #include <cqsurvey/cqsurvey.h>
@@ -11,6 +10,7 @@
 
 #include "cqjob/Failure.h"
 #include "cqjob/InputFile.h"
+#include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/OutputFile.h"
 #include "text/Printable.h"

@@ -10,8 +10,8 @@ namespace cqsurvey::plan {
 
 /// Draws with cairo to a PDF. The marks of points are letters of a font of their own there: each
 /// takes its place and one byte instead of two lines of four coordinates, so a million of them are
-/// written several times as fast, and the file is a fifth as large. Whoever searches the text or
-/// copies it finds blanks for them.
+/// written in less than half the time, and the file is a sixth as large or less. Whoever searches
+/// the text or copies it finds blanks for them.
 class PdfCanvas : public Canvas {
  public:
     /// `context` draws to a PDF and must outlive the canvas.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -9,6 +11,7 @@
 #include "cqsurvey/CqSurveyDB.h"
 #include "cqsurvey/Ranges.h"
 #include "cqsurvey/Text.h"
+#include "cqsurvey/exchange/ExchangeError.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey::exchange {
@@ -25,6 +28,21 @@ class DrawingJob {
     TempDir folder;
     CqSurveyDB db;
 };
+
+/// The error of reading the text into a new job of this kind, which stays as it was; "none" when
+/// there is none.
+template <class Job, class Options>
+std::string FaultOfReading(const std::string& text, const Options& options) {
+    Job job;
+    try {
+        static_cast<void>(job.Read(text, options));
+    } catch (const ExchangeError& error) {
+        EXPECT_TRUE(job.List().empty());
+        EXPECT_EQ(job.db.GetNumLayers(), 1);
+        return error.what();
+    }
+    return "none";
+}
 
 inline std::string Place(const CqCadEntity& entity) {
     double at[3];

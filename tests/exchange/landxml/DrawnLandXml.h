@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/landxml/LandXmlText.h"
 
 namespace cqsurvey::exchange {
@@ -21,15 +20,7 @@ inline List Drawn(const std::string& elements, const LandXmlReadOptions& options
 
 /// The error of reading the file into a new job, which stays as it was; "none" when there is none.
 inline std::string FaultOf(const std::string& text, const LandXmlReadOptions& options = {}) {
-    LandXmlJob job;
-    try {
-        static_cast<void>(job.Read(text, options));
-    } catch (const ExchangeError& error) {
-        EXPECT_TRUE(job.List().empty());
-        EXPECT_EQ(job.db.GetNumLayers(), 1);
-        return error.what();
-    }
-    return "none";
+    return FaultOfReading<LandXmlJob>(text, options);
 }
 
 /// The row of the report for the elements of a kind.

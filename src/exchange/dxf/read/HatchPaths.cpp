@@ -40,7 +40,8 @@ class HatchReader {
                 ReadEdges(path);
             }
             if (Peek(97)) {
-                for (int sources = TakeCount(97); sources > 0 && Has(330);) {
+                int sources = TakeCount(97);
+                while (sources > 0 && Has(330)) {
                     --sources;
                 }
             }

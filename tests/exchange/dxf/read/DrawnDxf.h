@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/dxf/DxfText.h"
 
 namespace cqsurvey::exchange {
@@ -21,15 +20,7 @@ inline List Drawn(const std::string& entities, const DxfReadOptions& options = {
 
 /// The error of reading the file into a new job, which stays as it was; "none" when there is none.
 inline std::string FaultOf(const std::string& text, const DxfReadOptions& options = {}) {
-    DrawnJob job;
-    try {
-        static_cast<void>(job.Read(text, options));
-    } catch (const ExchangeError& error) {
-        EXPECT_TRUE(job.List().empty());
-        EXPECT_EQ(job.db.GetNumLayers(), 1);
-        return error.what();
-    }
-    return "none";
+    return FaultOfReading<DrawnJob>(text, options);
 }
 
 /// The only row of the report.
