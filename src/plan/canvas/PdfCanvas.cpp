@@ -18,6 +18,9 @@ cairo_status_t DrawCross(cairo_scaled_font_t* font, unsigned long /*glyph*/, cai
                          cairo_text_extents_t* extents) {
     const auto* width = static_cast<const double*>(
         cairo_font_face_get_user_data(cairo_scaled_font_get_font_face(font), &kLineWidth));
+    if (width == nullptr) {
+        return CAIRO_STATUS_NO_MEMORY;
+    }
     cairo_set_line_width(context, *width);
     cairo_move_to(context, -0.5, 0.0);
     cairo_line_to(context, 0.5, 0.0);
