@@ -170,6 +170,10 @@ bool LabelPainter::DrawSpot(const PlanPoint& point, const Point& place) {
     if (!m_search.HasRoom({left - height / 2, base - height, left - kGap, base})) {
         return false;
     }
+    // A line that goes up from the point would pass for a digit.
+    if (!m_room.IsOffLines({left, base - height, right, place.at.GetY() - place.half})) {
+        return false;
+    }
     TextPainter& painter = m_page.GetText();
     painter.SetFont(height);
     const double width = painter.GetWidth(whole);

@@ -120,6 +120,22 @@ TEST_F(LabelPainterTest, ALineBesideASpotHeightPushesItAwayInOnePiece) {
     EXPECT_EQ(picture.texts[0].text, "12.35");
 }
 
+TEST_F(LabelPainterTest, NoLineRunsBetweenTheDigitsOfASpotHeight) {
+    options.labelNames = false;
+    options.labelHeights = true;
+    AddPoint("P1", 50, 50);
+    AddPoint("P2", 70, 50);
+    const CVector up = page.Get().ToPage(CVector(50, 50));
+    room.MarkLine(up, up + CVector(0, -30));
+    const CVector down = page.Get().ToPage(CVector(70, 50));
+    room.MarkLine(down, down + CVector(0, 30));
+    const SvgPicture picture = Draw();
+    ASSERT_EQ(picture.texts.size(), 3U);
+    EXPECT_EQ(picture.texts[0].text, "12.35");
+    EXPECT_EQ(picture.texts[1].text, "12");
+    EXPECT_EQ(picture.texts[2].text, "35");
+}
+
 TEST_F(LabelPainterTest, NoTwoLabelsMeetAndTheRestIsCounted) {
     for (int i = 0; i < 40; ++i) {
         AddPoint("Point " + std::to_string(i), 50 + 0.3 * (i % 8), 50 + 0.3 * (i / 8));
