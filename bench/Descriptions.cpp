@@ -36,6 +36,11 @@ void Add(benchmark::State& state) {
         CqSurveyDB db;
         db.CreateNew(job.Job());
         BareStore bare(bareFile.Path());
+        // The first step after an opening also makes the journal.
+        Require(db.AddCoordDescription(static_cast<CqHandle>(size + 1), wide.front()) != 0);
+        bare.Begin();
+        bare.Describe(static_cast<std::uint32_t>(size + 1), texts.front());
+        bare.Commit();
         duel.Round(
             [&] {
                 CqBatch batch(db);

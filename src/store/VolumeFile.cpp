@@ -83,27 +83,36 @@ bool VolumeFile::DatabaseHoldsBlocks() {
     });
 }
 
-VolumeFile::Block& VolumeFile::Fetch(std::uint32_t block) {
-    const auto found = m_blocks.find(block);
+void VolumeFile::ReadBlock(std::uint32_t number, Block& block) {
+    SqlStatement& select = Select();
+    const SqlUse use(select);
+    select.BindInt(1, Position(number));
+    const std::uint32_t expected = std::min(kBlock, m_savedLength - number * kBlock);
+    if (!select.Step() || sqlite3_column_bytes(select.Get(), 0) != static_cast<int>(expected)) {
+        throw StoreFailure(error::kDamaged, "file " + std::to_string(m_id) + ": block " +
+                                                std::to_string(number) +
+                                                " is missing or has the wrong size");
+    }
+    std::memcpy(block.bytes.data(), sqlite3_column_blob(select.Get(), 0), expected);
+}
+
+VolumeFile::Block& VolumeFile::Fetch(std::uint32_t number) {
+    const auto found = m_blocks.find(number);
     if (found != m_blocks.end()) {
         return found->second;
     }
     // Before the new block is added, which is clean and would be dropped itself.
     DropClean();
-    Block fresh;
-    if (block < m_savedBlocks) {
-        SqlStatement& select = Select();
-        const SqlUse use(select);
-        select.BindInt(1, Position(block));
-        const std::uint32_t expected = std::min(kBlock, m_savedLength - block * kBlock);
-        if (!select.Step() || sqlite3_column_bytes(select.Get(), 0) != static_cast<int>(expected)) {
-            throw StoreFailure(error::kDamaged, "file " + std::to_string(m_id) + ": block " +
-                                                    std::to_string(block) +
-                                                    " is missing or has the wrong size");
+    const auto added = m_blocks.try_emplace(number).first;
+    if (number < m_savedBlocks) {
+        try {
+            ReadBlock(number, added->second);
+        } catch (...) {
+            m_blocks.erase(added);
+            throw;
         }
-        std::memcpy(fresh.bytes.data(), sqlite3_column_blob(select.Get(), 0), expected);
     }
-    return m_blocks.emplace(block, fresh).first->second;
+    return added->second;
 }
 
 void VolumeFile::MarkDirty(Block& block) {

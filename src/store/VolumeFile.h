@@ -98,7 +98,8 @@ class VolumeFile {
         return m_id * (std::int64_t{1} << 32) + block;
     }
     [[nodiscard]] SqlStatement& Select();
-    [[nodiscard]] Block& Fetch(std::uint32_t block);
+    void ReadBlock(std::uint32_t number, Block& block);
+    [[nodiscard]] Block& Fetch(std::uint32_t number);
     void MarkDirty(Block& block);
     void Grow(std::uint32_t length);
     void DeleteRows(std::uint32_t firstBlock);

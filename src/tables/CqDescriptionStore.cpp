@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <limits>
 #include <string>
 
@@ -16,7 +17,6 @@ namespace {
 constexpr int kReadAndWrite = 3;
 constexpr std::uint32_t kFileHeader = 64;
 constexpr std::string_view kMagic = "QRDBB10";
-constexpr std::uint32_t kHead = 16;
 constexpr std::uint32_t kCapacityStep = 16;
 constexpr std::uint32_t kReadAtOnce = 0x10000;
 constexpr std::uint64_t kLongestFile = std::numeric_limits<std::int32_t>::max();
@@ -134,18 +134,19 @@ std::size_t CqDescriptionStore::Find(CqHandle key) const {
                : m_used.Find(HashHandle(key), [key](const Slot& slot) { return slot.key == key; });
 }
 
-CqDescriptionStore::Head CqDescriptionStore::ReadHead(const Slot& block) {
-    std::array<std::byte, kHead> bytes;
+CqDescriptionStore::Start CqDescriptionStore::ReadStart(const Slot& block) {
+    Start start;
     m_file.Seek(static_cast<std::int32_t>(block.position), 0);
     const auto length = static_cast<std::uint32_t>(m_file.GetLength());
-    if (m_file.Read(bytes.data(), kHead) != kHead) {
+    start.count = m_file.Read(start.bytes.data(), kStart);
+    if (start.count < kHead) {
         ThrowDamaged(block.position, "is cut off");
     }
-    const Head head = ParseHead(bytes.data(), block.position, length);
-    if (head.key != block.key) {
+    start.head = ParseHead(start.bytes.data(), block.position, length);
+    if (start.head.key != block.key) {
         ThrowDamaged(block.position, "has another key than when the job was opened");
     }
-    return head;
+    return start;
 }
 
 void CqDescriptionStore::WriteBlock(const Head& head, std::uint32_t position,
@@ -217,12 +218,15 @@ bool CqDescriptionStore::Get(CqHandle key, std::string& text) {
         return false;
     }
     return Translated([&] {
-        const Head head = ReadHead(m_used[place]);
-        if (head.length == 0) {
+        const Start start = ReadStart(m_used[place]);
+        const std::uint32_t length = start.head.length;
+        if (length == 0) {
             return false;
         }
-        std::string bytes(head.length, '\0');
-        if (m_file.Read(bytes.data(), head.length) != head.length) {
+        std::string bytes(length, '\0');
+        const std::uint32_t here = std::min(length, start.count - kHead);
+        std::memcpy(bytes.data(), start.bytes.data() + kHead, here);
+        if (here < length && m_file.Read(bytes.data() + here, length - here) != length - here) {
             ThrowDamaged(m_used[place].position, "is cut off");
         }
         text = std::move(bytes);
@@ -236,7 +240,7 @@ bool CqDescriptionStore::Edit(CqHandle key, std::string_view text) {
         return false;
     }
     Translated([&] {
-        const Head head = ReadHead(m_used[place]);
+        const Head head = ReadStart(m_used[place]).head;
         // The old block goes first, because a key has one block at a time.
         if (text.size() > head.capacity) {
             Release(place, head.capacity);
@@ -254,7 +258,7 @@ bool CqDescriptionStore::Delete(CqHandle key) {
     if (place == Table::kNone) {
         return false;
     }
-    Translated([&] { Release(place, ReadHead(m_used[place]).capacity); });
+    Translated([&] { Release(place, ReadStart(m_used[place]).head.capacity); });
     return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -69,11 +70,22 @@ class CqDescriptionStore : public JobPart {
     void UndoStep() noexcept override;
 
  private:
+    static constexpr std::uint32_t kHead = 16;
+    /// What is read of a block at once: the head and, of most descriptions, the whole text.
+    static constexpr std::uint32_t kStart = 128;
+
     /// The head of a block as it stands in the file.
     struct Head {
         CqHandle key;
         std::uint32_t length;
         std::uint32_t capacity;
+    };
+
+    /// The first bytes of a block; those after `count` are undefined.
+    struct Start {
+        Head head;
+        std::uint32_t count;
+        std::array<std::byte, kStart> bytes;
     };
 
     /// Where a key's block begins in the file.
@@ -101,7 +113,7 @@ class CqDescriptionStore : public JobPart {
     static Head ParseHead(const std::byte* bytes, std::uint32_t position, std::uint32_t fileLength);
     void FindBlocks();
     [[nodiscard]] std::size_t Find(CqHandle key) const;
-    [[nodiscard]] Head ReadHead(const Slot& block);
+    [[nodiscard]] Start ReadStart(const Slot& block);
     void WriteBlock(const Head& head, std::uint32_t position, std::string_view text);
     void Allocate(CqHandle key, std::string_view text);
     void Release(std::size_t place, std::uint32_t capacity);

@@ -49,11 +49,15 @@ class VolumeFileTest : public testing::Test {
         SqlRun(m_connection.get(), "COMMIT");
     }
 
-    void Reopen() {
+    void Reload() {
         m_file = std::make_unique<VolumeFile>(
             m_connection.get(), 3,
             static_cast<std::uint32_t>(
                 SqlNumber(m_connection.get(), "SELECT Length FROM Volume_File")));
+    }
+
+    void Reopen() {
+        Reload();
         m_file->CheckBlocks();
     }
 
@@ -154,6 +158,18 @@ TEST_F(VolumeFileTest, ABlockThatIsMissingOrOfAnotherSizeIsDamage) {
     EXPECT_EQ(
         code("UPDATE Volume_Block SET Bytes = zeroblob(4033) WHERE Position = 3 << 32", false),
         "0x30000007");
+}
+
+TEST_F(VolumeFileTest, ABlockThatIsMissingIsDamageEachTimeItIsRead) {
+    Begin();
+    Write(0, std::string(2 * kBlock, 'a'));
+    Commit();
+    SqlRun(m_connection.get(), "DELETE FROM Volume_Block WHERE Position = 3 << 32");
+    Reload();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_THROW(static_cast<void>(Read(0, 1)), StoreFailure);
+    }
+    EXPECT_EQ(Read(kBlock, 3), "aaa");
 }
 
 TEST_F(VolumeFileTest, BehavesAsAStringWhoseStepsAreKeptOrUndone) {

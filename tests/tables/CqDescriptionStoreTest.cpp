@@ -182,6 +182,17 @@ TEST_F(CqDescriptionStoreTest, KeepsTextsOfMoreThanOnePieceOverAnOpening) {
     EXPECT_EQ(Text(1), "none");
 }
 
+TEST_F(CqDescriptionStoreTest, ReadsATextOfAnyLengthAtAnyPlaceOfTheFile) {
+    for (CqHandle length = 1; length <= 300; ++length) {
+        ASSERT_TRUE(store.Add(length, std::string(length - 1, 'x') + "|"));
+    }
+    std::string text;
+    for (CqHandle length = 300; length >= 1; --length) {
+        ASSERT_TRUE(store.Get(length, text));
+        ASSERT_EQ(text, std::string(length - 1, 'x') + "|");
+    }
+}
+
 TEST_F(CqDescriptionStoreTest, ATextOfLengthZeroIsNone) {
     EXPECT_EQ(CodeOfOpening(Header() + Block(1, 0, 16, "")), error::kNone);
     EXPECT_EQ(Text(1), "none");
