@@ -1,7 +1,7 @@
 """compare_written.py CQJOB [FILE.dxf...]: the DXF files that `cqjob export` writes.
 
-A job is made of everything that a drawing may hold, and one of each FILE that is there. Each job is
-written in every version. ezdxf must find no error in the file and read the same points, polylines,
+A job is made of each FILE that is there; without a FILE, one of everything that a drawing may hold.
+Each job is written in every version. ezdxf must find no error in the file and read the same points, polylines,
 arcs, circles, texts and layers as the job has; GDAL, when it is installed, must read it; and an
 import must make the same job of it.
 """
@@ -169,13 +169,16 @@ def compare(program, job, name, version, plain):
 
 def main(program, names):
     with tempfile.TemporaryDirectory() as folder:
-        jobs = [(make_job(program, folder), True)]
+        jobs = [] if names else [(make_job(program, folder), True)]
         for name in names:
             if os.path.exists(name):
                 job = os.path.join(folder, os.path.basename(name) + ".job")
                 cqjob(program, "new", job)
                 cqjob(program, "import", job, name, "--fills")
                 jobs.append((job, False))
+        if not jobs:
+            print("the files are missing, skipped")
+            return 77
         for job, plain in jobs:
             for version in VERSIONS:
                 written = os.path.join(folder, "written.dxf")
