@@ -1,15 +1,10 @@
 #include "cqsurvey/exchange/TextSource.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
 #include <system_error>
 #include <utility>
 
 #include "cqsurvey/exchange/ExchangeError.h"
+#include "platform/System.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::exchange {
@@ -58,44 +53,43 @@ void TextSource::Count(std::string_view bytes) {
     }
 }
 
+struct FileSource::File {
+    system::Descriptor descriptor;
+};
+
 FileSource::FileSource(const std::string& path, std::function<void()> check)
-    : TextSource(path == "-" ? "standard input" : path),
-      m_check(std::move(check)),
-      m_descriptor(STDIN_FILENO) {
-    if (path != "-") {
-        m_descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (m_descriptor < 0) {
-            throw ExchangeError(Printable(GetName()) + ": " +
-                                std::generic_category().message(errno));
-        }
+    : TextSource(path == "-" ? "standard input" : path), m_check(std::move(check)) {
+    using system::Descriptor;
+    std::error_code failure;
+    m_file =
+        std::make_unique<File>(path == "-" ? Descriptor::StandardInput(failure)
+                                           : Descriptor(path, Descriptor::Mode::Read, failure));
+    if (failure) {
+        throw ExchangeError(Printable(GetName()) + ": " + failure.message());
     }
-    struct stat status {};
-    if (fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
-        m_size = static_cast<std::uint64_t>(status.st_size);
+    const std::optional<system::FileStatus> status = m_file->descriptor.Identify(failure);
+    if (status && status->kind == system::FileStatus::Kind::File) {
+        m_size = status->size;
     }
 }
 
-FileSource::~FileSource() {
-    if (m_descriptor != STDIN_FILENO) {
-        close(m_descriptor);
-    }
-}
+FileSource::~FileSource() = default;
 
 void FileSource::ReadSome(std::string& buffer) {
     constexpr std::size_t kPiece = 65536;
     const std::size_t before = buffer.size();
     buffer.resize(before + kPiece);
-    ssize_t count = 0;
+    std::size_t count = 0;
+    std::error_code failure;
     do {
         if (m_check) {
             m_check();
         }
-        count = read(m_descriptor, buffer.data() + before, kPiece);
-    } while (count < 0 && errno == EINTR);
-    const int error = errno;
-    buffer.resize(before + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    if (count < 0) {
-        throw ExchangeError(Printable(GetName()) + ": " + std::generic_category().message(error));
+        count = m_file->descriptor.ReadSome(buffer.data() + before, kPiece, failure);
+    } while (failure == std::errc::interrupted);
+    buffer.resize(before + count);
+    if (failure) {
+        throw ExchangeError(Printable(GetName()) + ": " + failure.message());
     }
 }
 

@@ -37,11 +37,11 @@ std::error_code FailureOf(bool failed) noexcept {
     return failed ? LastError() : std::error_code();
 }
 
+/// `look` fills the system's description of a file and returns 0.
 template <class Look>
-std::optional<FileStatus> StatusBy(Look look, const std::string& path,
-                                   std::error_code& failure) noexcept {
+std::optional<FileStatus> StatusBy(Look look, std::error_code& failure) noexcept {
     struct stat status {};
-    failure = FailureOf(look(path.c_str(), &status) != 0);
+    failure = FailureOf(look(&status) != 0);
     if (failure) {
         return std::nullopt;
     }
@@ -55,6 +55,8 @@ std::optional<FileStatus> StatusBy(Look look, const std::string& path,
 
 int OpenFlags(Descriptor::Mode mode) noexcept {
     switch (mode) {
+        case Descriptor::Mode::Write:
+            return O_WRONLY | O_CLOEXEC;
         case Descriptor::Mode::Replace:
             return O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
         case Descriptor::Mode::CreateNew:
@@ -68,11 +70,11 @@ int OpenFlags(Descriptor::Mode mode) noexcept {
 }  // namespace
 
 std::optional<FileStatus> Identify(const std::string& path, std::error_code& failure) noexcept {
-    return StatusBy(::stat, path, failure);
+    return StatusBy([&](struct stat* status) { return ::stat(path.c_str(), status); }, failure);
 }
 
 std::optional<FileStatus> IdentifyLink(const std::string& path, std::error_code& failure) noexcept {
-    return StatusBy(::lstat, path, failure);
+    return StatusBy([&](struct stat* status) { return ::lstat(path.c_str(), status); }, failure);
 }
 
 bool IsTaken(const std::string& path) noexcept {
@@ -143,6 +145,10 @@ std::size_t LongestNameBeside(const std::string& path) {
     return longest > 0 ? static_cast<std::size_t>(longest) : kUsual;
 }
 
+std::int64_t ProcessNumber() noexcept {
+    return ::getpid();
+}
+
 std::uint32_t SecondsSince1970() noexcept {
     return static_cast<std::uint32_t>(std::time(nullptr));
 }
@@ -208,23 +214,54 @@ Descriptor::~Descriptor() {
     }
 }
 
-std::size_t Descriptor::Read(void* buffer, std::size_t count, std::error_code& failure) noexcept {
-    const ssize_t got = Uninterrupted([&] { return ::read(m_number, buffer, count); });
+Descriptor Descriptor::StandardInput(std::error_code& failure) noexcept {
+    Descriptor input;
+    input.m_number = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
+    failure = FailureOf(!input.IsOpen());
+    return input;
+}
+
+std::optional<FileStatus> Descriptor::Identify(std::error_code& failure) const noexcept {
+    return StatusBy([&](struct stat* status) { return ::fstat(m_number, status); }, failure);
+}
+
+void Descriptor::TakePermissionsOf(const std::string& path) noexcept {
+    constexpr mode_t kPermissions = 07777;
+    struct stat status {};
+    if (::stat(path.c_str(), &status) == 0) {
+        static_cast<void>(::fchmod(m_number, status.st_mode & kPermissions));
+    }
+}
+
+std::size_t Descriptor::ReadSome(void* buffer, std::size_t count,
+                                 std::error_code& failure) noexcept {
+    const ssize_t got = ::read(m_number, buffer, count);
     failure = FailureOf(got < 0);
     return failure ? 0 : static_cast<std::size_t>(got);
+}
+
+std::size_t Descriptor::Read(void* buffer, std::size_t count, std::error_code& failure) noexcept {
+    std::size_t got = 0;
+    do {
+        got = ReadSome(buffer, count, failure);
+    } while (failure == std::errc::interrupted);
+    return got;
+}
+
+std::size_t Descriptor::WriteSome(const void* buffer, std::size_t count,
+                                  std::error_code& failure) noexcept {
+    const ssize_t put = ::write(m_number, buffer, count);
+    failure = FailureOf(put < 0);
+    return failure ? 0 : static_cast<std::size_t>(put);
 }
 
 void Descriptor::Write(const void* buffer, std::size_t count, std::error_code& failure) noexcept {
     failure.clear();
     const char* next = static_cast<const char*>(buffer);
-    while (count > 0) {
-        const ssize_t put = Uninterrupted([&] { return ::write(m_number, next, count); });
-        if (put < 0) {
-            failure = LastError();
-            return;
-        }
+    while (count > 0 && (!failure || failure == std::errc::interrupted)) {
+        const std::size_t put = WriteSome(next, count, failure);
         next += put;
-        count -= static_cast<std::size_t>(put);
+        count -= put;
     }
 }
 

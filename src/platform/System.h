@@ -82,13 +82,17 @@ void SyncFolderOf(const std::string& path, std::error_code& failure);
 /// Whether opening a file failed because this process or the system cannot have more files open.
 [[nodiscard]] bool IsOutOfHandles(const std::error_code& failure) noexcept;
 
+/// The number of this process, which no other that runs now has.
+[[nodiscard]] std::int64_t ProcessNumber() noexcept;
+
 /// An open file of the system. The destructor closes it.
 class Descriptor {
  public:
     enum class Mode : std::uint8_t {
         Read,
-        Replace,   ///< for writing: the file is created, or emptied if it exists
-        CreateNew  ///< for writing: fails if anything is there, even a symbolic link
+        Write,      ///< what is there: a pipe or a device
+        Replace,    ///< for writing: the file is created, or emptied if it exists
+        CreateNew,  ///< for writing: fails if anything is there, even a symbolic link
     };
 
     Descriptor() = default;
@@ -97,13 +101,28 @@ class Descriptor {
     Descriptor& operator=(Descriptor&& other) noexcept;
     ~Descriptor();
 
+    /// Standard input, opened once more for this object.
+    [[nodiscard]] static Descriptor StandardInput(std::error_code& failure) noexcept;
+
     [[nodiscard]] bool IsOpen() const noexcept { return m_number >= 0; }
+
+    /// What the open file is, whatever its path leads to by now.
+    [[nodiscard]] std::optional<FileStatus> Identify(std::error_code& failure) const noexcept;
+
+    /// Gives the file the permissions that the file at `path` has, if the system allows it.
+    void TakePermissionsOf(const std::string& path) noexcept;
+
+    // A signal that comes while the system waits for bytes, or for room, ends the two calls with
+    // `Some` with the failure std::errc::interrupted; the other two go on.
 
     /// Returns the number of bytes read, 0 at the end and on failure.
     std::size_t Read(void* buffer, std::size_t count, std::error_code& failure) noexcept;
+    std::size_t ReadSome(void* buffer, std::size_t count, std::error_code& failure) noexcept;
 
     /// Writes all bytes. On failure some of them may have been written.
     void Write(const void* buffer, std::size_t count, std::error_code& failure) noexcept;
+    /// Returns how many of the bytes were written, 0 on failure.
+    std::size_t WriteSome(const void* buffer, std::size_t count, std::error_code& failure) noexcept;
 
     /// Makes what was written durable.
     void Sync(std::error_code& failure) noexcept;

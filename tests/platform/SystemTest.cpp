@@ -1,16 +1,22 @@
 #include "platform/System.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cmath>
+#include <csignal>
 #include <ctime>
 #include <limits>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "cqsurvey/ErrorCodes.h"
@@ -95,6 +101,121 @@ TEST_F(SystemTest, ADescriptorReadsToTheEndAndMoves) {
     Descriptor folder(m_folder.Utf8(""), Mode::Read, m_failure);
     EXPECT_EQ(folder.Read(buffer.data(), 2, m_failure), 0U);
     EXPECT_TRUE(m_failure);
+}
+
+TEST_F(SystemTest, AnOpenFileIsKnownWhateverItsPathLeadsToByNow) {
+    PutHostFile(m_path, "12345");
+    const Descriptor file(m_path, Mode::Read, m_failure);
+    const FileIdentity identity = Identify(m_path, m_failure)->identity;
+    Remove(m_path);
+    PutHostFile(m_path, "another file");
+    const auto status = file.Identify(m_failure);
+    ASSERT_TRUE(status.has_value());
+    EXPECT_EQ(status->identity, identity);
+    EXPECT_EQ(status->size, 5U);
+    EXPECT_EQ(status->kind, Kind::File);
+    EXPECT_FALSE(Descriptor().Identify(m_failure).has_value());
+    EXPECT_TRUE(m_failure);
+}
+
+TEST_F(SystemTest, AFileTakesThePermissionsOfAnother) {
+    constexpr mode_t kPermissions = 0777;
+    PutHostFile(m_path, "");
+    const std::string other = m_folder.Utf8("other");
+    PutHostFile(other, "");
+    ASSERT_EQ(chmod(other.c_str(), 0640), 0);
+    Descriptor file(m_path, Mode::Write, m_failure);
+    struct stat status {};
+    file.TakePermissionsOf(other);
+    ASSERT_EQ(stat(m_path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & kPermissions, 0640U);
+    file.TakePermissionsOf(m_folder.Utf8("none"));
+    ASSERT_EQ(stat(m_path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & kPermissions, 0640U);
+}
+
+TEST_F(SystemTest, AWriteIntoAFileThatIsThereStaysInIt) {
+    PutHostFile(m_path, "12345");
+    Descriptor file(m_path, Mode::Write, m_failure);
+    EXPECT_EQ(file.WriteSome("ab", 2, m_failure), 2U);
+    EXPECT_FALSE(m_failure);
+    EXPECT_EQ(HostFileBytes(m_path), "ab345");
+    EXPECT_FALSE(Descriptor(m_folder.Utf8("none"), Mode::Write, m_failure).IsOpen());
+    EXPECT_EQ(m_failure, std::errc::no_such_file_or_directory);
+}
+
+/// Sends a signal to the thread that made it, again and again, until it is destroyed.
+class Signals {
+ public:
+    Signals() {
+        struct sigaction action {};
+        action.sa_handler = [](int /*signal*/) {};
+        sigaction(SIGUSR1, &action, &m_before);
+        m_sender = std::thread([this, target = pthread_self()] {
+            while (!m_done) {
+                pthread_kill(target, SIGUSR1);
+                ++m_sent;
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        });
+    }
+    Signals(const Signals&) = delete;
+    Signals& operator=(const Signals&) = delete;
+    ~Signals() {
+        m_done = true;
+        m_sender.join();
+        sigaction(SIGUSR1, &m_before, nullptr);
+    }
+    [[nodiscard]] int GetSent() const { return m_sent; }
+
+ private:
+    struct sigaction m_before {};
+    std::atomic<bool> m_done = false;
+    std::atomic<int> m_sent = 0;
+    std::thread m_sender;
+};
+
+TEST_F(SystemTest, ASignalEndsAWaitForSomeBytesAndNoOther) {
+    ASSERT_EQ(mkfifo(m_path.c_str(), 0600), 0);
+    // A reader and writer of the pipe, so that neither opening waits.
+    const int keeper = open(m_path.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_GE(keeper, 0);
+    Descriptor pipe(m_path, Mode::Read, m_failure);
+    ASSERT_TRUE(pipe.IsOpen());
+    std::array<char, 8> buffer{};
+    {
+        const Signals signals;
+        EXPECT_EQ(pipe.ReadSome(buffer.data(), buffer.size(), m_failure), 0U);
+        EXPECT_EQ(m_failure, std::errc::interrupted);
+        std::thread writer([&] {
+            constexpr int kSeveral = 5;
+            for (const int first = signals.GetSent(); signals.GetSent() < first + kSeveral;) {
+                std::this_thread::yield();
+            }
+            EXPECT_EQ(write(keeper, "bytes", 5), 5);
+        });
+        EXPECT_EQ(pipe.Read(buffer.data(), buffer.size(), m_failure), 5U);
+        EXPECT_FALSE(m_failure) << m_failure.message();
+        writer.join();
+    }
+    close(keeper);
+}
+
+TEST_F(SystemTest, StandardInputIsReadThroughAHandleOfItsOwn) {
+    PutHostFile(m_path, "typed");
+    const int file = open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int before = dup(STDIN_FILENO);
+    ASSERT_EQ(dup2(file, STDIN_FILENO), STDIN_FILENO);
+    std::array<char, 8> buffer{};
+    EXPECT_EQ(Descriptor::StandardInput(m_failure).Read(buffer.data(), 2, m_failure), 2U);
+    EXPECT_EQ(Descriptor::StandardInput(m_failure).Read(buffer.data(), 8, m_failure), 3U);
+    EXPECT_STREQ(buffer.data(), "ped");
+    close(STDIN_FILENO);
+    EXPECT_FALSE(Descriptor::StandardInput(m_failure).IsOpen());
+    EXPECT_TRUE(m_failure);
+    dup2(before, STDIN_FILENO);
+    close(before);
+    close(file);
 }
 
 TEST_F(SystemTest, EachErrorHasTheCodeThatSaysWhatToDo) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -80,9 +81,12 @@ class CQSURVEY_EXCHANGE_API FileSource : public TextSource {
  private:
     void ReadSome(std::string& buffer) override;
 
+    /// The open file of the system.
+    struct File;
+
     std::function<void()> m_check;
+    std::unique_ptr<File> m_file;
     std::optional<std::uint64_t> m_size;
-    int m_descriptor = -1;
 };
 
 /// A text in memory, handed out in pieces of at most `piece` bytes. The text must outlive the
