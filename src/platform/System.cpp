@@ -109,8 +109,15 @@ void Remove(const std::string& path) noexcept {
 void RenameNew(const std::string& from, const std::string& to, std::error_code& failure) noexcept {
     failure =
         FailureOf(::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) != 0);
-    if (failure.value() == EINVAL || failure.value() == ENOSYS || failure.value() == ENOTSUP) {
-        // A file system that cannot look and rename at once: the look comes before.
+    if (failure.value() != EINVAL && failure.value() != ENOSYS && failure.value() != ENOTSUP) {
+        return;
+    }
+    // A file system that cannot look and rename at once. A second name, too, is given only where
+    // there is nothing; where a file cannot have two, the look comes before.
+    failure = FailureOf(::link(from.c_str(), to.c_str()) != 0);
+    if (!failure) {
+        Remove(from);
+    } else if (failure.value() != EEXIST) {
         failure = IsTaken(to) ? std::error_code(EEXIST, std::system_category())
                               : FailureOf(::rename(from.c_str(), to.c_str()) != 0);
     }

@@ -22,6 +22,7 @@
 #include "cqsurvey/ErrorCodes.h"
 #include "support/FileHandleLimit.h"
 #include "support/HostBytes.h"
+#include "support/HostFault.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey::system {
@@ -84,6 +85,26 @@ TEST_F(SystemTest, ANewFileIsMadeOnlyWhereNothingIs) {
     const Descriptor through(m_folder.Utf8("link"), Mode::CreateNew, m_failure);
     EXPECT_EQ(ErrorCode(m_failure), error::kFileExists) << "a link to nowhere is something";
     EXPECT_EQ(HostFileBytes(m_path), "abc");
+}
+
+TEST_F(SystemTest, ANewNameIsGivenOnlyWhereNothingIsOnAnyFileSystem) {
+    const std::string to = m_folder.Utf8("to");
+    for (const auto kind :
+         {HostFault::Kind::Sync, HostFault::Kind::RenameNew, HostFault::Kind::Link}) {
+        for (const bool taken : {false, true}) {
+            PutHostFile(m_path, "new");
+            if (taken) {
+                PutHostFile(to, "old");
+            }
+            const HostFault fault(kind, "/to", 1);
+            RenameNew(m_path, to, m_failure);
+            EXPECT_EQ(ErrorCode(m_failure), taken ? error::kFileExists : error::kNone);
+            EXPECT_EQ(HostFileBytes(to), taken ? "old" : "new");
+            EXPECT_EQ(IsTaken(m_path), taken);
+            EXPECT_EQ(fault.Struck(), kind != HostFault::Kind::Sync);
+            Remove(to);
+        }
+    }
 }
 
 TEST_F(SystemTest, ADescriptorReadsToTheEndAndMoves) {

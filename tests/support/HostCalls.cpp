@@ -71,11 +71,23 @@ extern "C" {
 
 [[gnu::visibility("default")]] int renameat2(int fromFolder, const char* from, int toFolder,
                                              const char* to, unsigned flags) noexcept {
+    if (HostFault::StrikesRenaming(HostFault::Kind::RenameNew, to)) {
+        errno = EINVAL;
+        return -1;
+    }
     return cqsurvey::TellAndDo(
         FaultVfs::kDelete, [&](PowerMedium& medium) { medium.Rename(from, to); },
         [&] {
             return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
         });
+}
+
+[[gnu::visibility("default")]] int link(const char* from, const char* to) noexcept {
+    if (HostFault::StrikesRenaming(HostFault::Kind::Link, to)) {
+        errno = EPERM;
+        return -1;
+    }
+    return linkat(AT_FDCWD, from, AT_FDCWD, to, 0);
 }
 
 [[gnu::visibility("default")]] int fsync(int descriptor) {

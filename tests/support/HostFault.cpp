@@ -32,4 +32,13 @@ bool HostFault::Strikes(Kind kind, int descriptor) {
     return path.ends_with(s_current->m_ending) && --s_current->m_left == 0;
 }
 
+bool HostFault::StrikesRenaming(Kind kind, const std::string& path) {
+    if (s_current == nullptr || !path.ends_with(s_current->m_ending)) {
+        return false;
+    }
+    const bool both = s_current->m_kind == Kind::Link && kind == Kind::RenameNew;
+    return both ||
+           (s_current->m_kind == kind && s_current->m_left != 0 && --s_current->m_left == 0);
+}
+
 }  // namespace cqsurvey

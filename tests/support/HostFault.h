@@ -15,6 +15,8 @@ class HostFault {
         ReadOther,  ///< a read gives other bytes than the file's
         Sync,       ///< a sync fails
         Close,      ///< the file is closed, but the system reports a failure
+        RenameNew,  ///< the file system cannot look whether a name is free and give it at once
+        Link,       ///< that, nor give a file a second name
     };
 
     /// The `at`th such call from now goes wrong, counted from 1.
@@ -27,6 +29,8 @@ class HostFault {
 
     /// Whether this call on an open file is the one that goes wrong.
     [[nodiscard]] static bool Strikes(Kind kind, int descriptor);
+    /// Whether this call that gives a file another name, `path`, is the one that goes wrong.
+    [[nodiscard]] static bool StrikesRenaming(Kind kind, const std::string& path);
 
  private:
     Kind m_kind;
