@@ -34,8 +34,8 @@ inline constexpr std::int32_t kByLayer = 256;
 inline constexpr std::int32_t kLowestColor = -kByLayer;
 inline constexpr std::int32_t kHighestColor = kByLayer;
 
-/// The highest colour of the palette; the lowest is 1. A layer has one of these, negative while it
-/// is hidden.
+/// The highest colour of the palette; the lowest is 1. The colour of a layer is negative while the
+/// layer is hidden.
 inline constexpr std::int32_t kHighestPaletteColor = 255;
 
 /// The highest line type of a layer. A code table has no higher one for entities, either.
