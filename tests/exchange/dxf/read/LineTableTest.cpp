@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "cqsurvey/Limits.h"
 #include "exchange/dxf/LineTypes.h"
 
 namespace cqsurvey::exchange::dxf {
