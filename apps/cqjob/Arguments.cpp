@@ -12,13 +12,6 @@
 
 namespace cqsurvey::cqjob {
 
-namespace {
-
-/// The most UTF-16 code units of a point's or a group's name.
-constexpr std::size_t kLongestName = 19;
-
-}  // namespace
-
 CString ReadText(const std::string& text, const std::string& what) {
     if (!IsUtf8(text)) {
         throw UsageError(fmt::format("{} {} is not UTF-8", what, Quoted(text)));
@@ -26,11 +19,11 @@ CString ReadText(const std::string& text, const std::string& what) {
     return FromUtf8(text);
 }
 
-CString ReadName(const std::string& text, const std::string& what) {
+CString ReadName(const std::string& text, const std::string& what, std::size_t longest) {
     CString name = ReadText(text, what);
-    if (name.size() > kLongestName) {
+    if (name.size() > longest) {
         throw UsageError(
-            fmt::format("{} {} is longer than {} characters", what, Quoted(text), kLongestName));
+            fmt::format("{} {} is longer than {} characters", what, Quoted(text), longest));
     }
     return name;
 }

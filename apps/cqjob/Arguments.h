@@ -2,6 +2,7 @@
 
 #include <cqsurvey/Types.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,9 +13,10 @@ namespace cqsurvey::cqjob {
 /// message begins with `what`, such as "the description".
 [[nodiscard]] CString ReadText(const std::string& text, const std::string& what);
 
-/// As ReadText, for the name of a point or a group. Throws UsageError also when it is longer than a
-/// job can hold.
-[[nodiscard]] CString ReadName(const std::string& text, const std::string& what);
+/// As ReadText, for a name of at most `longest` code units. Throws UsageError also when it is
+/// longer.
+[[nodiscard]] CString ReadName(const std::string& text, const std::string& what,
+                               std::size_t longest);
 
 /// The number in a text like "#17"; nothing for any other text.
 [[nodiscard]] std::optional<std::uint32_t> ReadRecordNumber(const std::string& text);

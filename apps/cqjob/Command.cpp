@@ -5,7 +5,7 @@
 namespace cqsurvey::cqjob {
 
 void Command::AddJob(CommandLine& command, const std::string& help) {
-    command.Add("JOB", m_job, help).Required().Placeholder("");
+    command.AddRequired("JOB", m_job, help);
 }
 
 void Command::AddJson(CommandLine& command) {
@@ -14,6 +14,36 @@ void Command::AddJson(CommandLine& command) {
 
 void Command::AddWide(CommandLine& command) {
     command.AddFlag("--wide", m_wide, "Do not fit the table to the width of the terminal");
+}
+
+int Command::Run(Console& console) {
+    RunAction(console);
+    return 0;
+}
+
+CommandLine& Command::AddAction(CommandLine& command, const std::string& word,
+                                const std::string& help, Action action) {
+    CommandLine& line = command.AddCommand(word, help);
+    m_actions.emplace_back(&line, std::move(action));
+    return line;
+}
+
+bool Command::RunAction(Console& console) const {
+    for (const auto& [line, action] : m_actions) {
+        if (line->IsGiven()) {
+            action(console);
+            return true;
+        }
+    }
+    return false;
+}
+
+void Command::Answer(Console& console, const std::function<void(JsonWriter& json)>& write) const {
+    JsonWriter json(console);
+    json.Object([&] {
+        json.Member("job", m_job);
+        write(json);
+    });
 }
 
 void Command::RequireOwnOutput(const std::string& path) const {

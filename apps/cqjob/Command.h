@@ -1,11 +1,14 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cqjob/CommandLine.h"
 #include "cqjob/Console.h"
+#include "cqjob/JsonWriter.h"
 
 namespace cqsurvey::cqjob {
 
@@ -22,8 +25,8 @@ class Command {
     virtual CommandLine& AddTo(CommandLine& program) = 0;
 
     /// Runs the command and returns the exit status, 0 or 1. Throws UsageError, Failure and what
-    /// the library throws.
-    virtual int Run(Console& console) = 0;
+    /// the library throws. A command that consists of actions runs the one that is given.
+    virtual int Run(Console& console);
 
     /// The job that a message names when the failure does not name a file.
     [[nodiscard]] const std::string& GetJob() const { return m_job; }
@@ -41,12 +44,28 @@ class Command {
     /// Adds --wide, for a command that writes a table.
     void AddWide(CommandLine& command);
 
+    /// What an action does; it writes to the console.
+    using Action = std::function<void(Console& console)>;
+
+    /// Adds a command below `command`, such as "add" below "layers", and what it does.
+    CommandLine& AddAction(CommandLine& command, const std::string& word, const std::string& help,
+                           Action action);
+
+    /// Runs the action that is given. Returns false when there is none.
+    bool RunAction(Console& console) const;
+
+    /// Writes the JSON of an answer: an object of the job and the members that `write` adds.
+    void Answer(Console& console, const std::function<void(JsonWriter& json)>& write) const;
+
     /// Throws UsageError when both the JSON and the file `path` would go to standard output.
     void RequireOwnOutput(const std::string& path) const;
 
     std::string m_job;
     bool m_json = false;
     bool m_wide = false;
+
+ private:
+    std::vector<std::pair<const CommandLine*, Action>> m_actions;
 };
 
 // One function for each command, defined beside it.

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -80,6 +79,12 @@ class CommandLine {
     /// std::vector<std::string>.
     template <class T>
     Argument Add(const std::string& name, T& value, const std::string& help);
+
+    /// Adds an argument that must be given.
+    template <class T>
+    Argument AddRequired(const std::string& name, T& value, const std::string& help) {
+        return Add(name, value, help).Required().Placeholder("");
+    }
 
     /// Adds a flag. "--header,!--no-header" adds one that sets the value and one that clears it.
     Argument AddFlag(const std::string& names, bool& value, const std::string& help);

@@ -1,6 +1,12 @@
 #pragma once
 
+#include <fmt/format.h>
+
 #include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -9,6 +15,12 @@ namespace cqsurvey::cqjob {
 class Failure : public std::runtime_error {
  public:
     using std::runtime_error::runtime_error;
+
+    /// The sentence "PATH: TEXT" about a file.
+    template <class... Args>
+    Failure(const std::string& path, fmt::format_string<Args...> text, Args&&... args)
+        : std::runtime_error(Printable(path) + ": " +
+                             fmt::format(text, std::forward<Args>(args)...)) {}
 };
 
 /// The command line makes no sense, by itself or for a file; the program ends with status 2.

@@ -1,7 +1,6 @@
 #include "cqjob/InputFile.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,14 +9,13 @@
 #include <system_error>
 
 #include "cqjob/Failure.h"
-#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
 namespace {
 
 [[noreturn]] void Fail(const std::string& path, int error) {
-    throw Failure(Printable(path) + ": " + std::generic_category().message(error));
+    throw Failure(path, "{}", std::generic_category().message(error));
 }
 
 class Descriptor {
@@ -49,7 +47,7 @@ std::uint64_t GetReadableLength(const std::string& path) {
         Fail(path, EISDIR);
     }
     if (!S_ISREG(status.st_mode)) {
-        throw Failure(Printable(path) + ": is a pipe or a device, not a file");
+        throw Failure(path, "is a pipe or a device, not a file");
     }
     const Descriptor file(path);
     return static_cast<std::uint64_t>(status.st_size);
@@ -62,8 +60,7 @@ std::string ReadInputFile(const std::string& path, std::uint64_t mostBytes) {
     std::array<char, 65536> piece{};
     for (;;) {
         if (length > mostBytes || bytes.size() > mostBytes) {
-            throw Failure(fmt::format("{}: has more than {} bytes, the most that are read",
-                                      Printable(path), mostBytes));
+            throw Failure(path, "has more than {} bytes, the most that are read", mostBytes);
         }
         const ssize_t count = read(file.Get(), piece.data(), piece.size());
         if (count == 0) {

@@ -1,7 +1,6 @@
 #include "cqjob/Interrupt.h"
 
 #include "cqjob/Failure.h"
-#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -38,7 +37,7 @@ Interrupt::~Interrupt() {
 
 void Interrupt::Check(const std::string& what, const std::string& outcome) {
     if (asked != 0) {
-        throw Failure(Printable(what) + ": interrupted, " + outcome);
+        throw Failure(what, "interrupted, {}", outcome);
     }
 }
 

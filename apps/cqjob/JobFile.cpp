@@ -20,7 +20,7 @@ void Named(const std::string& path, const Step& step) {
     try {
         step();
     } catch (const CException& error) {
-        throw Failure(Printable(path) + ": " + Printable(error.what()));
+        throw Failure(path, "{}", Printable(error.what()));
     }
 }
 
@@ -122,8 +122,7 @@ void PutJob(const std::string& path, bool replace, const JobMaker& make) {
     const std::filesystem::path folder = std::filesystem::path(path).parent_path();
     std::error_code none;
     if (!folder.empty() && !std::filesystem::exists(folder, none)) {
-        throw Failure(
-            fmt::format("{}: there is no folder {}", Printable(path), Quoted(folder.string())));
+        throw Failure(path, "there is no folder {}", Quoted(folder.string()));
     }
     if (!replace || error) {
         Named(path, [&] { make(jobPath); });
@@ -134,30 +133,21 @@ void PutJob(const std::string& path, bool replace, const JobMaker& make) {
         db.OpenReadOnly(jobPath);
         db.Close();
     } catch (const CException& reason) {
-        throw Failure(
-            fmt::format("{}: only a job can be replaced, and this file cannot be opened as one: {}",
-                        Printable(path), Printable(reason.what())));
+        throw Failure(path, "only a job can be replaced, and this file cannot be opened as one: {}",
+                      Printable(reason.what()));
     }
     const std::filesystem::path made =
         old.string() + fmt::format(".new-{}", static_cast<long>(getpid()));
     if (std::filesystem::exists(made, error)) {
-        throw Failure(Printable(made.string()) + ": is in the way of the new job");
+        throw Failure(made.string(), "is in the way of the new job");
     }
     Leftover leftover(made);
     Named(path, [&] { make(ToJobPath(made.string())); });
     std::filesystem::rename(made, old, error);
     if (error) {
-        throw Failure(Printable(path) + ": " + error.message());
+        throw Failure(path, "{}", error.message());
     }
     leftover.Keep();
-}
-
-void CreateJob(const std::string& path, bool replace) {
-    PutJob(path, replace, [](const CString& made) {
-        CqSurveyDB db;
-        db.CreateNew(made);
-        db.Close();
-    });
 }
 
 }  // namespace cqsurvey::cqjob

@@ -32,7 +32,4 @@ using JobMaker = std::function<void(const CString& path)>;
 /// one takes its place.
 void PutJob(const std::string& path, bool replace, const JobMaker& make);
 
-/// Creates an empty job at `path`, as PutJob.
-void CreateJob(const std::string& path, bool replace);
-
 }  // namespace cqsurvey::cqjob

@@ -32,29 +32,27 @@ std::string TryReport(const std::string& job, JsonWriter& json, const JobReport&
 int ReportEach(Console& console, const std::vector<std::string>& jobs, bool asJson,
                const JobReport& report) {
     JsonWriter json(console);
-    if (asJson) {
-        json.BeginObject();
-        json.Key("jobs");
-        json.BeginArray();
-    }
     int status = 0;
-    for (const std::string& job : jobs) {
-        const std::string reason = TryReport(job, json, report, status);
-        if (reason.empty()) {
-            continue;
+    const auto reportAll = [&] {
+        for (const std::string& job : jobs) {
+            const std::string reason = TryReport(job, json, report, status);
+            if (reason.empty()) {
+                continue;
+            }
+            status = std::max(status, 1);
+            if (asJson) {
+                json.Object([&] {
+                    json.Member("job", job);
+                    json.Member("error", reason);
+                });
+            }
+            console.Say("cqjob: {}\n", reason);
         }
-        status = std::max(status, 1);
-        if (asJson) {
-            json.BeginObject();
-            json.Member("job", job);
-            json.Member("error", reason);
-            json.EndObject();
-        }
-        console.Say("cqjob: {}\n", reason);
-    }
+    };
     if (asJson) {
-        json.EndArray();
-        json.EndObject();
+        json.Object([&] { json.Array("jobs", reportAll); });
+    } else {
+        reportAll();
     }
     return status;
 }

@@ -9,8 +9,10 @@
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
+#include <optional>
 #include <utility>
 
+#include "cqjob/Extents.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
@@ -47,9 +49,7 @@ struct Row {
     std::string job;
     SVDB_INFORMATION counts;
     CStringList groups;
-    bool hasExtents = false;
-    CVector min;
-    CVector max;
+    std::optional<Extents> extents;
     std::uint32_t firstTime = 0;  ///< when the first point was recorded; 0 without points
     std::uint32_t lastTime = 0;
     std::uintmax_t bytes = 0;
@@ -64,7 +64,7 @@ std::string Date(std::uint32_t time) {
 
 /// Extents and dates, which only the opened job has.
 void Look(Row& row, CqSurveyDB& db) {
-    row.hasExtents = db.GetEntityBound(row.min, row.max) != 0 && row.min.GetX() <= row.max.GetX();
+    row.extents = FindExtents(db);
     for (const auto& [handle, record] : Points(db)) {
         const std::uint32_t time = record.GetRecTime();
         row.firstTime = row.firstTime == 0 ? time : std::min(row.firstTime, time);
@@ -125,11 +125,9 @@ void WriteText(Console& console, const std::vector<Row>& rows) {
     for (const Column& column : kColumns) {
         headings.push_back({column.heading, true});
     }
-    for (const char* heading : {"Easting", "Northing"}) {
+    for (const char* heading : {"Easting", "Northing", "First", "Last"}) {
         headings.push_back({heading});
     }
-    headings.push_back({"First"});
-    headings.push_back({"Last"});
     headings.push_back({"Bytes", true});
     if (anyError) {
         headings.push_back({"Cannot be read"});
@@ -144,12 +142,15 @@ void WriteText(Console& console, const std::vector<Row>& rows) {
             cells.push_back(row.error.empty() ? fmt::format("{}", row.counts.*column.field) : "-");
         }
         const auto range = [&](double from, double to) {
-            return row.hasExtents ? FormatNumber(from, 1) + ".." + FormatNumber(to, 1)
-                                  : std::string("-");
+            return FormatNumber(from, 1) + ".." + FormatNumber(to, 1);
         };
         const auto date = [](std::uint32_t time) { return time == 0 ? "-" : Date(time); };
-        cells.push_back(range(row.min.GetX(), row.max.GetX()));
-        cells.push_back(range(row.min.GetY(), row.max.GetY()));
+        if (const auto& box = row.extents) {
+            cells.push_back(range(box->min.GetX(), box->max.GetX()));
+            cells.push_back(range(box->min.GetY(), box->max.GetY()));
+        } else {
+            cells.insert(cells.end(), 2, "-");
+        }
         cells.push_back(date(row.firstTime));
         cells.push_back(date(row.lastTime));
         cells.push_back(fmt::format("{}", row.bytes));
@@ -164,64 +165,45 @@ void WriteText(Console& console, const std::vector<Row>& rows) {
     table.Finish();
 }
 
-void WriteJson(Console& console, const std::vector<Row>& rows) {
-    JsonWriter json(console);
-    json.BeginObject();
-    json.Key("jobs");
-    json.BeginArray();
-    for (const Row& row : rows) {
-        json.BeginObject();
-        json.Member("job", row.job);
-        if (!row.error.empty()) {
-            json.Member("error", row.error);
-            json.EndObject();
-            continue;
-        }
-        for (const Column& column : kColumns) {
-            if (column.key != nullptr) {
-                json.Member(column.key, row.counts.*column.field);
-            }
-        }
-        if (!row.settingsDamage.empty()) {
-            json.Member("settings_damage", row.settingsDamage);
-        }
-        json.Key("groups");
-        json.BeginArray();
-        for (const CString& group : row.groups) {
-            json.Value(ToUtf8(group));
-        }
-        json.EndArray();
-        if (row.hasExtents) {
-            json.Key("extents");
-            json.BeginObject();
-            json.Member("min_easting", row.min.GetX());
-            json.Member("min_northing", row.min.GetY());
-            json.Member("max_easting", row.max.GetX());
-            json.Member("max_northing", row.max.GetY());
-            json.EndObject();
-        }
-        if (row.firstTime != 0) {
-            json.Member("first_date", Date(row.firstTime));
-            json.Member("last_date", Date(row.lastTime));
-        }
-        json.Member("bytes", row.bytes);
-        json.EndObject();
+/// Writes the members of a row.
+void WriteJson(JsonWriter& json, const Row& row) {
+    json.Member("job", row.job);
+    if (!row.error.empty()) {
+        json.Member("error", row.error);
+        return;
     }
-    json.EndArray();
-    json.EndObject();
+    for (const Column& column : kColumns) {
+        if (column.key != nullptr) {
+            json.Member(column.key, row.counts.*column.field);
+        }
+    }
+    if (!row.settingsDamage.empty()) {
+        json.Member("settings_damage", row.settingsDamage);
+    }
+    json.Values("groups", row.groups);
+    if (row.extents) {
+        json.Object("extents", [&] { WriteMembers(json, *row.extents); });
+    }
+    if (row.firstTime != 0) {
+        json.Member("first_date", Date(row.firstTime));
+        json.Member("last_date", Date(row.lastTime));
+    }
+    json.Member("bytes", row.bytes);
 }
 
 }  // namespace
 
-int WriteJobTable(Console& console, const std::vector<std::string>& jobs, bool json) {
+int WriteJobTable(Console& console, const std::vector<std::string>& jobs, bool asJson) {
     std::vector<Row> rows;
     std::size_t failed = 0;
     for (const std::string& job : jobs) {
         rows.push_back(Ask(job));
         failed += rows.back().error.empty() ? 0U : 1U;
     }
-    if (json) {
-        WriteJson(console, rows);
+    if (asJson) {
+        JsonWriter json(console);
+        json.Object(
+            [&] { json.Objects("jobs", rows, [&](const Row& row) { WriteJson(json, row); }); });
     } else {
         WriteText(console, rows);
     }

@@ -12,7 +12,6 @@
 #include <utility>
 
 #include "cqjob/Failure.h"
-#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -80,12 +79,11 @@ OutputFile::~OutputFile() {
 
 void OutputFile::Fail(int error) const {
     // A file that may not grow further is to its writer what a full disk is.
-    throw Failure(Printable(m_path) + ": " +
-                  std::generic_category().message(error == EFBIG ? ENOSPC : error));
+    throw Failure(m_path, "{}", std::generic_category().message(error == EFBIG ? ENOSPC : error));
 }
 
 void OutputFile::FailExisting() const {
-    throw Failure(Printable(m_path) + ": already exists; --force replaces it");
+    throw Failure(m_path, "already exists; --force replaces it");
 }
 
 void OutputFile::CheckInterrupt() const {

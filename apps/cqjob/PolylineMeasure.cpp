@@ -36,18 +36,10 @@ void PolylineMeasure::Add(const CqCadEntity& vertex) {
     m_last.SetBulge(vertex.GetBulge());
 }
 
-CVector PolylineMeasure::GetMin() const {
-    CVector min;
-    CVector max;
-    m_line.GetBound(min, max);
-    return min;
-}
-
-CVector PolylineMeasure::GetMax() const {
-    CVector min;
-    CVector max;
-    m_line.GetBound(min, max);
-    return max;
+Extents PolylineMeasure::GetExtents() const {
+    Extents extents;
+    m_line.GetBound(extents.min, extents.max);
+    return extents;
 }
 
 }  // namespace cqsurvey::cqjob

@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+#include "cqjob/Extents.h"
+
 namespace cqsurvey::cqjob {
 
 /// Counts and measures the vertices of a polyline as they come along the drawing: how many there
@@ -16,10 +18,8 @@ class PolylineMeasure {
     [[nodiscard]] std::size_t GetVertices() const { return m_vertices; }
     [[nodiscard]] double GetLength() const { return m_length; }
 
-    // The box needs a vertex.
-
-    [[nodiscard]] CVector GetMin() const;
-    [[nodiscard]] CVector GetMax() const;
+    /// The box needs a vertex.
+    [[nodiscard]] Extents GetExtents() const;
 
  private:
     std::size_t m_vertices = 0;

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <limits>
+#include <optional>
 
 #include "cqjob/Failure.h"
 #include "cqjob/JobFile.h"
@@ -43,30 +44,21 @@ void WriteText(Console& console, const std::string& out, const CqJobRepair& repa
 void WriteJson(Console& console, const std::string& job, const std::string& out,
                const CqJobRepair& repair) {
     JsonWriter json(console);
-    json.BeginObject();
-    json.Member("job", job);
-    json.Member("repaired", out);
-    json.Member("points", repair.GetPoints());
-    json.Member("entities", repair.GetEntities());
-    json.Member("descriptions", repair.GetDescriptions());
-    json.Member("lost", repair.GetCount());
-    json.Key("losses");
-    json.BeginArray();
-    for (const CqJobLoss& loss : repair.GetLosses()) {
-        json.BeginObject();
-        json.Member("table", loss.table);
-        json.Member("first", loss.first);
-        json.Key("last");
-        if (loss.last == kNobodyKnows) {
-            json.Null();
-        } else {
-            json.Value(loss.last);
-        }
-        json.Member("text", loss.text);
-        json.EndObject();
-    }
-    json.EndArray();
-    json.EndObject();
+    json.Object([&] {
+        json.Member("job", job);
+        json.Member("repaired", out);
+        json.Member("points", repair.GetPoints());
+        json.Member("entities", repair.GetEntities());
+        json.Member("descriptions", repair.GetDescriptions());
+        json.Member("lost", repair.GetCount());
+        json.Objects("losses", repair.GetLosses(), [&](const CqJobLoss& loss) {
+            json.Member("table", loss.table);
+            json.Member("first", loss.first);
+            json.Member("last",
+                        loss.last == kNobodyKnows ? std::nullopt : std::optional(loss.last));
+            json.Member("text", loss.text);
+        });
+    });
 }
 
 }  // namespace
@@ -85,7 +77,7 @@ int RepairJob(Console& console, const std::string& job, const std::string& out, 
         }
         return repair.GetCount() == 0 ? 0 : 1;
     } catch (const CException& error) {
-        throw Failure(Printable(out) + ": " + Printable(error.what()));
+        throw Failure(out, "{}", Printable(error.what()));
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <optional>
 #include <utility>
 
@@ -18,13 +17,12 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
-constexpr std::uint16_t kEveryOrigin = 0xFFFF;
 constexpr const char* kRange = "..";
 
 /// How many points have no data origin, so no filter admits them. Changes the view.
 std::int32_t CountWithoutOrigin(CqSurveyDB& db) {
     COORDFILTER everyOrigin;
-    everyOrigin.originMask = kEveryOrigin;
+    everyOrigin.originMask = limits::kHighestOrigin;
     return db.GetNumCoordRecs() -
            db.SetSortCoordSetting(static_cast<std::uint16_t>(PointOrder::Record), 0, everyOrigin);
 }
@@ -32,16 +30,14 @@ std::int32_t CountWithoutOrigin(CqSurveyDB& db) {
 /// A group number that no point has. A filter for it and the ungrouped points admits only the
 /// ungrouped points.
 std::uint16_t FindUnusedGroup(const CqSurveyDB& db, const std::string& job) {
-    std::vector<bool> used(std::numeric_limits<std::uint16_t>::max() + 1U);
+    std::vector<bool> used(limits::kHighestGroup + 1U);
     used[0] = true;
-    CqCoordRec point;
-    for (CqHandle next = db.GetFirstCoordRecHandle();
-         next != 0 && db.GetNextCoordRec(next, point) != 0;) {
+    for (const auto& [handle, point] : Points(db)) {
         used[point.GetGroup()] = true;
     }
     const auto unused = std::find(used.begin(), used.end(), false);
     if (unused == used.end()) {
-        throw Failure(Printable(job) + ": every number of a group is in use");
+        throw Failure(job, "every number of a group is in use");
     }
     return static_cast<std::uint16_t>(unused - used.begin());
 }
@@ -106,7 +102,7 @@ void ViewOptions::AddTo(CommandLine& command) {
                     "Points in no group, in addition to those of --group");
     command.Add("--origin", m_origin, "Only points with one of these bits in their data origin")
         .Placeholder("MASK")
-        .InRange(1, static_cast<int>(kEveryOrigin));
+        .InRange(1, limits::kHighestOrigin);
 }
 
 bool ViewOptions::IsFiltered() const {
@@ -157,7 +153,7 @@ PointList::Test ViewOptions::MakeTest(const CqSurveyDB& db) const {
 
 COORDFILTER ViewOptions::MakeFilter(CqSurveyDB& db, const std::string& job) const {
     COORDFILTER filter;
-    filter.originMask = m_command->IsGiven("--origin") ? m_origin : kEveryOrigin;
+    filter.originMask = m_command->IsGiven("--origin") ? m_origin : limits::kHighestOrigin;
     if (!m_name.empty()) {
         const NameBounds bounds(m_name);
         filter.nameFrom = FromUtf8(bounds.from);
@@ -171,7 +167,7 @@ COORDFILTER ViewOptions::MakeFilter(CqSurveyDB& db, const std::string& job) cons
     if (m_command->IsGiven("--group")) {
         filter.group = db.GetGroupID(ReadText(m_group, "the group's name"));
         if (filter.group == 0) {
-            throw Failure(fmt::format("{}: there is no group {}", Printable(job), Quoted(m_group)));
+            throw Failure(job, "there is no group {}", Quoted(m_group));
         }
     } else if (m_ungrouped) {
         filter.group = FindUnusedGroup(db, job);

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "cqsurvey/Export.h"
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Types.h"
 
 namespace cqsurvey {
@@ -27,7 +28,7 @@ enum class CqCodeKind : std::uint8_t {
 /// A row of a code table: a field code and how it is drawn.
 struct CqCode {
     /// The colour or line of an entity that has those of its layer.
-    static constexpr int kByLayer = 256;
+    static constexpr int kByLayer = limits::kByLayer;
 
     /// The code as it is written in the field, or a pattern: each "*" stands for any characters.
     /// "*" alone is the default row. The letter case of A to Z does not matter.

@@ -21,10 +21,25 @@ inline constexpr std::uint32_t kHighestLayer = 0xFFFF;
 /// it.
 inline constexpr std::size_t kReadableText = 255;
 
-/// The colour of an entity. An entity of colour 256 has that of its layer, and one of a negative
-/// colour is hidden.
-inline constexpr std::int32_t kLowestColor = -256;
-inline constexpr std::int32_t kHighestColor = 256;
+/// The highest number of a group of points; 0 is no group.
+inline constexpr std::uint16_t kHighestGroup = 0xFFFF;
+
+/// The highest data origin of a point. As a mask it has the bits of every origin.
+inline constexpr std::uint16_t kHighestOrigin = 0xFFFF;
+
+/// The colour or line type of an entity that has those of its layer.
+inline constexpr std::int32_t kByLayer = 256;
+
+/// The colour of an entity. One of a negative colour is hidden.
+inline constexpr std::int32_t kLowestColor = -kByLayer;
+inline constexpr std::int32_t kHighestColor = kByLayer;
+
+/// The highest colour of the palette; the lowest is 1. The colour of a layer is negative while the
+/// layer is hidden.
+inline constexpr std::int32_t kHighestPaletteColor = 255;
+
+/// The highest line type of a layer. A code table has no higher one for entities, either.
+inline constexpr std::int32_t kHighestLine = 0xFFFF;
 
 /// The division of a plane coordinate system. A settings file may also hold 0, for none.
 inline constexpr std::int32_t kLowestDivision = 1;

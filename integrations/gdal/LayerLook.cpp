@@ -6,11 +6,9 @@ namespace cqsurvey::gdal {
 
 namespace {
 
-constexpr int kOfLayer = 256;
-
 /// A colour without its sign; ink for a number that is none.
 int Plain(int color) {
-    return color < -kOfLayer || color > kOfLayer ? 0 : std::abs(color);
+    return color < -limits::kByLayer || color > limits::kByLayer ? 0 : std::abs(color);
 }
 
 }  // namespace
@@ -36,12 +34,12 @@ LayerLook::Layer LayerLook::Find(const CString& name) const {
 
 int LayerLook::ColorOf(const CqCadEntity& entity) const {
     const int own = Plain(entity.GetColor());
-    const int color = own == kOfLayer ? Plain(Find(entity.GetLayer()).color) : own;
-    return color < kOfLayer ? color : 0;
+    const int color = own == limits::kByLayer ? Plain(Find(entity.GetLayer()).color) : own;
+    return color < limits::kByLayer ? color : 0;
 }
 
 int LayerLook::LineOf(const CqCadEntity& entity) const {
-    return entity.GetLine() == kOfLayer ? Find(entity.GetLayer()).line : entity.GetLine();
+    return entity.GetLine() == limits::kByLayer ? Find(entity.GetLayer()).line : entity.GetLine();
 }
 
 bool LayerLook::IsHidden(const CqCadEntity& entity) const {

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <limits>
 
+#include "cqsurvey/Limits.h"
+
 namespace cqsurvey {
 
 namespace {
@@ -12,7 +14,7 @@ namespace {
 constexpr int kInk = 7;
 constexpr int kFirstHue = 10;
 constexpr int kFirstGrey = 250;
-constexpr int kLast = 255;
+constexpr int kLast = limits::kHighestPaletteColor;
 constexpr int kHues = 24;
 
 std::uint32_t Join(int red, int green, int blue) {

@@ -1,9 +1,9 @@
 #include "cqsurvey/exchange/ForeignFile.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 
+#include "cqsurvey/exchange/ImageHeader.h"
 #include "text/NumberText.h"
 
 namespace cqsurvey::exchange {
@@ -46,16 +46,6 @@ bool IsXml(std::string_view text) {
     return c == '?' || c == '!' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-bool IsPicture(std::string_view start) {
-    static constexpr std::array kMarks = {"\x89PNG\r\n"sv, "\xFF\xD8\xFF"sv, "GIF8"sv, "II*\0"sv,
-                                          "MM\0*"sv};
-    return std::any_of(kMarks.begin(), kMarks.end(),
-                       [&](std::string_view mark) { return start.starts_with(mark); }) ||
-           (start.starts_with("BM") &&
-            start.substr(2).substr(0, 12).substr(4, 4) == "\0\0\0\0"sv) ||
-           (start.starts_with("RIFF") && start.substr(0, 12).ends_with("WEBP"));
-}
-
 bool IsJob(std::string_view start) {
     constexpr std::size_t kApplication = 68;
     return start.size() > kApplication && start.substr(kApplication).starts_with("CqSv");
@@ -85,7 +75,7 @@ std::optional<ForeignFile> FindForeignFile(std::string_view start) {
     if (binary && start.starts_with("AC10")) {
         return ForeignFile::Dwg;
     }
-    if (IsPicture(start)) {
+    if (ImageHeader::Find(start)) {
         return ForeignFile::Picture;
     }
     if (IsDxf(start)) {

@@ -135,7 +135,7 @@ void PointImport::Take(const FieldTextLine& line) {
     const bool cut = point.name.size() != line.name.size();
     const std::string cutText =
         cut ? fmt::format("the name {} is longer than {} characters, cut to {}",
-                          Quoted(ToUtf8(line.name)), kLongestName, Quoted(ToUtf8(point.name)))
+                          Quoted(ToUtf8(line.name)), limits::kPointName, Quoted(ToUtf8(point.name)))
             : std::string();
     if (!point.name.empty() && IsTaken(point.name)) {
         if (TakeRepeated(line, point, cutText)) {

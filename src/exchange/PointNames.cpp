@@ -22,7 +22,7 @@ CString PointNames::MakeUnique(const CString& name) {
     std::uint64_t& next = m_next.try_emplace(CutName(name, kAlike), 2).first->second;
     for (;; ++next) {
         const CString number = FromUtf8(fmt::format("_{}", next));
-        CString unique = CutName(name, kLongestName - number.size()) + number;
+        CString unique = CutName(name, limits::kPointName - number.size()) + number;
         if (!m_taken(unique)) {
             ++next;
             return unique;

@@ -5,16 +5,14 @@
 #include <functional>
 #include <map>
 
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Types.h"
 
 namespace cqsurvey::exchange {
 
-/// The most UTF-16 code units of a point's or a group's name.
-inline constexpr std::size_t kLongestName = 19;
-
 /// The longest beginning of `name` that has at most `length` code units and does not cut a
 /// character of two units in half. It ends before the first zero, where a name ends in a job.
-[[nodiscard]] CString CutName(const CString& name, std::size_t length = kLongestName);
+[[nodiscard]] CString CutName(const CString& name, std::size_t length = limits::kPointName);
 
 /// Makes names that are not in use by adding a number: P1_2, P1_3 ...
 class PointNames {
@@ -22,7 +20,7 @@ class PointNames {
     /// `taken` tells whether a name is in use.
     explicit PointNames(std::function<bool(const CString&)> taken);
 
-    /// A name that is not in use, like `name` and of at most 19 code units.
+    /// A name that is not in use, like `name` and of at most limits::kPointName code units.
     [[nodiscard]] CString MakeUnique(const CString& name);
 
  private:

@@ -218,7 +218,7 @@ bool PointParser::ReadExtras(FieldTextLine& line) {
     if (!readName(Column::Group, limits::kGroupName, line.group) ||
         !readName(Column::Layer, limits::kLayerName, line.layer) ||
         !ReadWhole(Column::Flags, std::numeric_limits<std::uint32_t>::max(), line.flags, line) ||
-        !ReadWhole(Column::Origin, std::numeric_limits<std::uint16_t>::max(), origin, line)) {
+        !ReadWhole(Column::Origin, limits::kHighestOrigin, origin, line)) {
         return false;
     }
     if (line.layer && line.layer->empty()) {

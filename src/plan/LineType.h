@@ -4,9 +4,6 @@
 
 namespace cqsurvey::plan {
 
-/// The number of an entity's line type that means the line type of its layer.
-inline constexpr int kLineOfLayer = 256;
-
 /// Lengths of dashes and gaps in millimetres on paper, a dash first; empty for a continuous line.
 /// The types: 1 dashed, 2 dotted, 3 dash and dot, 4 dash and two dots, 5 long dashes, 6 short
 /// dashes, 7 long and short dashes; every other is continuous.

@@ -9,17 +9,15 @@
 
 #include "cqsurvey/CodeWord.h"
 #include "cqsurvey/CqImagePlace.h"
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/plan/PlanFailure.h"
 #include "cqsurvey/plan/PlotOptions.h"
-#include "plan/LineType.h"
 #include "plan/Wording.h"
 #include "text/NumberText.h"
 
 namespace cqsurvey::plan {
 
 namespace {
-
-constexpr int kColorOfLayer = 256;
 
 /// True for a coordinate or a length small enough to compute with.
 bool IsUsable(double value) {
@@ -168,9 +166,9 @@ std::optional<int> PlanReader::FindColor(const CqCadEntity& entity) {
         ++m_plan.hidden;
         return std::nullopt;
     }
-    return m_forced >= 0                        ? m_forced
-           : entity.GetColor() == kColorOfLayer ? layer.color
-                                                : entity.GetColor();
+    return m_forced >= 0                           ? m_forced
+           : entity.GetColor() == limits::kByLayer ? layer.color
+                                                   : entity.GetColor();
 }
 
 void PlanReader::AddPoint(const CqCadEntity& entity, const CVector& at, int color,
@@ -202,7 +200,8 @@ void PlanReader::AddPoint(const CqCadEntity& entity, const CVector& at, int colo
 }
 
 int PlanReader::FindLine(const CqCadEntity& entity) const {
-    return entity.GetLine() == kLineOfLayer ? FindLayer(entity.GetLayer()).line : entity.GetLine();
+    return entity.GetLine() == limits::kByLayer ? FindLayer(entity.GetLayer()).line
+                                                : entity.GetLine();
 }
 
 void PlanReader::Add(const CqCadEntity& entity) {

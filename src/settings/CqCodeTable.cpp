@@ -14,7 +14,6 @@ namespace cqsurvey {
 namespace {
 
 constexpr char16_t kAny = u'*';
-constexpr int kHighestLine = 65535;
 constexpr double kHighestSize = 1e6;
 
 constexpr std::array<std::u16string_view, 5> kKinds{u"point", u"line", u"closed line", u"text",
@@ -118,10 +117,11 @@ CString CqCodeTable::FindFault(const CqCode& code) {
                u" characters";
     }
     if (code.color < 0 || code.color > limits::kHighestColor) {
-        return u"the colour " + Number(code.color) + u" is not 0 to 256";
+        return u"the colour " + Number(code.color) + u" is not 0 to " +
+               Number(limits::kHighestColor);
     }
-    if (code.line < 0 || code.line > kHighestLine) {
-        return u"the line " + Number(code.line) + u" is not 0 to 65535";
+    if (code.line < 0 || code.line > limits::kHighestLine) {
+        return u"the line " + Number(code.line) + u" is not 0 to " + Number(limits::kHighestLine);
     }
     if (!code.symbol.empty() && !IsSymbolName(code.symbol)) {
         return u"there is no symbol " + Quote(code.symbol);

@@ -13,9 +13,9 @@ TEST(Arguments, TextsAreUtf8) {
 }
 
 TEST(Arguments, NamesFitAJob) {
-    EXPECT_EQ(ReadName("1234567890123456789", "the name"), u"1234567890123456789");
-    EXPECT_EQ(ReadName("", "the name"), u"");
-    EXPECT_THROW(static_cast<void>(ReadName("12345678901234567890", "the name")), UsageError);
+    EXPECT_EQ(ReadName("1234567890123456789", "the name", 19), u"1234567890123456789");
+    EXPECT_EQ(ReadName("", "the name", 19), u"");
+    EXPECT_THROW(static_cast<void>(ReadName("12345678901234567890", "the name", 19)), UsageError);
 }
 
 TEST(Arguments, ARecordNumberFollowsItsSign) {

@@ -21,14 +21,14 @@ TEST(PolylineMeasure, CountsAndMeasuresStraightSegments) {
     EXPECT_EQ(line.GetVertices(), 0U);
     Add(line, 10, 20);
     EXPECT_EQ(line.GetLength(), 0.0);
-    EXPECT_EQ(line.GetMin().GetX(), 10.0);
+    EXPECT_EQ(line.GetExtents().min.GetX(), 10.0);
     Add(line, 13, 24);
     Add(line, 13, 14);
     EXPECT_EQ(line.GetVertices(), 3U);
     EXPECT_DOUBLE_EQ(line.GetLength(), 15.0);
-    EXPECT_EQ(line.GetMin().GetY(), 14.0);
-    EXPECT_EQ(line.GetMax().GetX(), 13.0);
-    EXPECT_EQ(line.GetMax().GetY(), 24.0);
+    EXPECT_EQ(line.GetExtents().min.GetY(), 14.0);
+    EXPECT_EQ(line.GetExtents().max.GetX(), 13.0);
+    EXPECT_EQ(line.GetExtents().max.GetY(), 24.0);
 }
 
 TEST(PolylineMeasure, FollowsArcs) {
@@ -36,8 +36,8 @@ TEST(PolylineMeasure, FollowsArcs) {
     Add(line, 0, 0, 1.0);
     Add(line, 10, 0, 5.0);
     EXPECT_NEAR(line.GetLength(), 5.0 * std::numbers::pi, 1e-9);
-    EXPECT_NEAR(line.GetMin().GetY(), -5.0, 1e-9) << "a positive arc lies to the right";
-    EXPECT_NEAR(line.GetMax().GetY(), 0.0, 1e-9);
+    EXPECT_NEAR(line.GetExtents().min.GetY(), -5.0, 1e-9) << "a positive arc lies to the right";
+    EXPECT_NEAR(line.GetExtents().max.GetY(), 0.0, 1e-9);
 }
 
 }  // namespace

@@ -45,7 +45,7 @@ TEST(PointNames, ShortensALongNameForItsNumber) {
     std::set<CString> made;
     for (int i = 0; i < 20000; ++i) {
         const CString unique = names.MakeUnique(name);
-        ASSERT_LE(unique.size(), kLongestName);
+        ASSERT_LE(unique.size(), limits::kPointName);
         ASSERT_TRUE(made.insert(unique).second);
         taken.insert(unique);
     }

@@ -14,7 +14,7 @@ class BackupCommand : public Command {
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command = program.AddCommand("backup", "Copy a job to another file");
         AddJob(command, "The job to copy; it is not changed");
-        command.Add("OUT", m_out, "The file to create").Required().Placeholder("");
+        command.AddRequired("OUT", m_out, "The file to create");
         command.AddFlag("--force", m_force, "Replace an existing job; any other file stays");
         AddJson(command);
         command.SetFooter(
@@ -37,14 +37,12 @@ class BackupCommand : public Command {
         const int entities = db.GetNumCadEntities();
         db.Close();
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("file", m_out);
-            json.Member("points", points);
-            json.Member("entities", entities);
-            json.Member("wrong", faults);
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) {
+                json.Member("file", m_out);
+                json.Member("points", points);
+                json.Member("entities", entities);
+                json.Member("wrong", faults);
+            });
         } else {
             console.Print("{}: {} points, {} entities copied\n", Printable(m_out), points,
                           entities);

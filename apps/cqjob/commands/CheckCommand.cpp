@@ -19,9 +19,7 @@ class CheckCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command = program.AddCommand("check", "Check one job or several for faults");
-        command.Add("JOB", m_jobs, "The jobs to check; they are not changed")
-            .Required()
-            .Placeholder("");
+        command.AddRequired("JOB", m_jobs, "The jobs to check; they are not changed");
         AddJson(command);
         command.Add("--limit", m_limit, "Show at most this many faults, and as many notes")
             .Placeholder("N")
@@ -99,23 +97,18 @@ class CheckCommand : public Command {
     }
 
     void WriteJson(JsonWriter& json, const std::string& job, const CqJobCheck& check) const {
-        json.BeginObject();
-        json.Member("job", job);
-        json.Member("checks", check.GetChecks());
-        json.Member("wrong", check.GetCount());
-        json.Member("notes", check.GetNoteCount());
-        json.Key("findings");
-        json.BeginArray();
-        for (const CqJobFinding& finding : check.GetFindings()) {
-            json.BeginObject();
-            json.Member("kind", finding.kind == Kind::Note ? "note" : "fault");
-            json.Member("table", finding.table);
-            json.Member("record", finding.record);
-            json.Member("text", finding.text);
-            json.EndObject();
-        }
-        json.EndArray();
-        json.EndObject();
+        json.Object([&] {
+            json.Member("job", job);
+            json.Member("checks", check.GetChecks());
+            json.Member("wrong", check.GetCount());
+            json.Member("notes", check.GetNoteCount());
+            json.Objects("findings", check.GetFindings(), [&](const CqJobFinding& finding) {
+                json.Member("kind", finding.kind == Kind::Note ? "note" : "fault");
+                json.Member("table", finding.table);
+                json.Member("record", finding.record);
+                json.Member("text", finding.text);
+            });
+        });
     }
 
     std::vector<std::string> m_jobs;

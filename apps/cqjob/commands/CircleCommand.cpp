@@ -6,18 +6,14 @@
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobChange.h"
-#include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/drawing/EntityOptions.h"
 #include "cqjob/drawing/PlaceArgument.h"
 #include "text/NumberText.h"
-#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
 namespace {
-
-constexpr int kByLayer = 256;
 
 class CircleCommand : public Command {
  public:
@@ -31,11 +27,8 @@ class CircleCommand : public Command {
 
         m_add = &command.AddCommand("add", "Draw a circle around a place");
         AddJob(*m_add, "The job");
-        m_add->Add("PLACE", m_place, "Its centre").Required().Placeholder("");
-        m_add->Add("RADIUS", m_radius, "Its radius")
-            .Required()
-            .Placeholder("")
-            .Check(FindNumberFault);
+        m_add->AddRequired("PLACE", m_place, "Its centre");
+        m_add->AddRequired("RADIUS", m_radius, "Its radius").Check(FindNumberFault);
         m_options.AddTo(*m_add, true);
         AddJson(*m_add);
         m_add->SetFooter(std::string(kPlaceArgument) +
@@ -62,9 +55,8 @@ class CircleCommand : public Command {
     }
 
     int Run(Console& console) override {
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
-        CqBatch batch(db);
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
         std::vector<CqHandle> circles;
         if (m_add->IsGiven()) {
             circles.push_back(Add(db));
@@ -79,17 +71,14 @@ class CircleCommand : public Command {
                 }
             }
         }
-        batch.Commit();
-        CloseChanged(db);
+        change.Commit();
         Tell(console, circles);
         return 0;
     }
 
  private:
     void AddCircles(CommandLine& command) {
-        command.Add("ENTITY", m_circles, "The circles, by their numbers in cqjob entities")
-            .Required()
-            .Placeholder("");
+        command.AddRequired("ENTITY", m_circles, "The circles, by their numbers in cqjob entities");
     }
 
     [[nodiscard]] double NewRadius(double other) const {
@@ -103,8 +92,8 @@ class CircleCommand : public Command {
     CqHandle Add(CqSurveyDB& db) const {
         const Place place = ReadPlace(db, m_job, *m_place);
         m_options.Choose(db, m_job);
-        return db.AddCircle(place.coords.data(), NewRadius(0.0), m_options.GetLine(kByLayer),
-                            m_options.GetCode(0));
+        return db.AddCircle(place.coords.data(), NewRadius(0.0),
+                            m_options.GetLine(limits::kByLayer), m_options.GetCode(0));
     }
 
     void Edit(CqSurveyDB& db, const CqCadEntity& circle) const {
@@ -123,16 +112,7 @@ class CircleCommand : public Command {
 
     void Tell(Console& console, const std::vector<CqHandle>& circles) const {
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Key("circles");
-            json.BeginArray();
-            for (const CqHandle circle : circles) {
-                json.Value(circle);
-            }
-            json.EndArray();
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) { json.Values("circles", circles); });
         } else if (m_add->IsGiven()) {
             console.Print("{}\n", circles.front());
         }

@@ -33,13 +33,14 @@ class CodesCommand : public Command {
             "  cqjob codes import site.job codes.csv\n"
             "  cqjob codes list site.job");
 
-        m_import = &command.AddCommand("import", "Read the code table from a CSV file");
-        AddJob(*m_import, "The job");
-        m_import->Add("FILE", m_file, "The table; - is standard input").Required().Placeholder("");
-        m_import->Add("--words", m_words, "How the crew writes the words that control figures")
+        CommandLine& load = AddAction(command, "import", "Read the code table from a CSV file",
+                                      [this](Console& console) { Import(console); });
+        AddJob(load, "The job");
+        load.AddRequired("FILE", m_file, "The table; - is standard input");
+        load.Add("--words", m_words, "How the crew writes the words that control figures")
             .Placeholder("WORDS");
-        AddJson(*m_import);
-        m_import->SetFooter(
+        AddJson(load);
+        load.SetFooter(
             "The file has a heading that names its columns:\n"
             "code,number,layer,color,line,kind,symbol,size,label,text\n"
             "Kinds: point, line, closed line, text, circle. The table replaces that of the job,\n"
@@ -50,29 +51,20 @@ class CodesCommand : public Command {
             "Example:\n"
             "  cqjob codes import site.job codes.csv --words numbers");
 
-        m_list = &command.AddCommand("list", "List the code table");
-        AddJob(*m_list, "The job; it is not changed");
-        AddJson(*m_list);
-        AddWide(*m_list);
-        m_list->SetFooter("Example:\n  cqjob codes list site.job");
+        CommandLine& list = AddAction(command, "list", "List the code table",
+                                      [this](Console& console) { List(console); });
+        AddJob(list, "The job; it is not changed");
+        AddJson(list);
+        AddWide(list);
+        list.SetFooter("Example:\n  cqjob codes list site.job");
 
-        m_export = &command.AddCommand("export", "Write the code table to a CSV file");
-        AddJob(*m_export, "The job; it is not changed");
-        m_export->Add("FILE", m_file, "The file; - is standard output").Required().Placeholder("");
-        m_export->AddFlag("--force", m_force, "Replace an existing file");
-        m_export->SetFooter("Example:\n  cqjob codes export site.job codes.csv");
+        CommandLine& save = AddAction(command, "export", "Write the code table to a CSV file",
+                                      [this](Console& console) { Export(console); });
+        AddJob(save, "The job; it is not changed");
+        save.AddRequired("FILE", m_file, "The file; - is standard output");
+        save.AddFlag("--force", m_force, "Replace an existing file");
+        save.SetFooter("Example:\n  cqjob codes export site.job codes.csv");
         return command;
-    }
-
-    int Run(Console& console) override {
-        if (m_import->IsGiven()) {
-            Import(console);
-        } else if (m_list->IsGiven()) {
-            List(console);
-        } else {
-            Export(console);
-        }
-        return 0;
     }
 
  private:
@@ -85,16 +77,13 @@ class CodesCommand : public Command {
         const CqCodeTable table =
             LoadCodeTable(m_file, m_words ? *m_words : ToUtf8(before.GetWords()));
         if (codes.Set(table) == 0) {
-            throw Failure(fmt::format("{}: the code table does not fit into the job's settings",
-                                      Printable(m_job)));
+            throw Failure(m_job, "the code table does not fit into the job's settings");
         }
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("codes", table.GetCodes().size());
-            json.Member("codes_before", before.GetCodes().size());
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) {
+                json.Member("codes", table.GetCodes().size());
+                json.Member("codes_before", before.GetCodes().size());
+            });
         } else {
             console.Print("{}: {}", Printable(m_job), Count(table.GetCodes().size(), "code"));
             if (!before.IsEmpty()) {
@@ -149,35 +138,28 @@ class CodesCommand : public Command {
     }
 
     void WriteJson(Console& console, const CqCodeTable& table, const std::string& words) const {
-        JsonWriter json(console);
-        json.BeginObject();
-        json.Member("job", m_job);
-        json.Member("words", words);
-        json.Key("codes");
-        json.BeginArray();
-        for (const CqCode& code : table.GetCodes()) {
-            json.BeginObject();
-            json.Member("code", ToUtf8(code.code));
-            json.Member("number", code.number);
-            json.Member("layer", ToUtf8(code.layer));
-            json.Member("color", code.color);
-            json.Member("line", code.line);
-            json.Member("kind", ToUtf8(GetKindWord(code.kind)));
-            json.Member("symbol", ToUtf8(code.symbol));
-            json.Member("size", code.size);
-            json.Member("label", ToUtf8(code.label));
-            json.Member("text", ToUtf8(code.text));
-            json.EndObject();
-        }
-        json.EndArray();
-        json.EndObject();
+        Answer(console, [&](JsonWriter& json) {
+            json.Member("words", words);
+            json.Objects("codes", table.GetCodes(), [&](const CqCode& code) {
+                json.Member("code", code.code);
+                json.Member("number", code.number);
+                json.Member("layer", code.layer);
+                json.Member("color", code.color);
+                json.Member("line", code.line);
+                json.Member("kind", GetKindWord(code.kind));
+                json.Member("symbol", code.symbol);
+                json.Member("size", code.size);
+                json.Member("label", code.label);
+                json.Member("text", code.text);
+            });
+        });
     }
 
     void Export(Console& console) const {
         RequireOtherFile(m_file, m_job);
         const CqCodeTable table = Load(console);
         if (table.IsEmpty()) {
-            throw Failure(fmt::format("{}: the job has no code table", Printable(m_job)));
+            throw Failure(m_job, "the job has no code table");
         }
         OutputFile file(console, m_file, m_force);
         file.Write(exchange::FormatCodeTable(table));
@@ -187,9 +169,6 @@ class CodesCommand : public Command {
     std::string m_file;
     std::optional<std::string> m_words;
     bool m_force = false;
-    CommandLine* m_import = nullptr;
-    CommandLine* m_list = nullptr;
-    CommandLine* m_export = nullptr;
 };
 
 }  // namespace

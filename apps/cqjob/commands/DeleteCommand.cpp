@@ -1,12 +1,10 @@
 #include <cqsurvey/cqsurvey.h>
 
 #include <unordered_set>
-#include <utility>
 
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobChange.h"
-#include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/points/PointArgument.h"
 #include "text/Printable.h"
@@ -15,12 +13,17 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
+struct Deleted {
+    CqHandle handle = 0;
+    CString name;
+};
+
 class DeleteCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command = program.AddCommand("delete", "Delete points");
         AddJob(command, "The job");
-        command.Add("POINT", m_points, "The points to delete").Required().Placeholder("");
+        command.AddRequired("POINT", m_points, "The points to delete");
         command.AddFlag("--ignore-missing", m_ignoreMissing,
                         "Delete the other points when one does not exist");
         AddJson(command);
@@ -37,9 +40,9 @@ class DeleteCommand : public Command {
     }
 
     int Run(Console& console) override {
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
-        std::vector<std::pair<CqHandle, std::string>> points;
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
+        std::vector<Deleted> points;
         std::vector<std::string> missing;
         std::unordered_set<CqHandle> seen;
         for (const std::string& text : m_points) {
@@ -47,53 +50,36 @@ class DeleteCommand : public Command {
             if (handle == 0) {
                 missing.push_back(text);
             } else if (seen.insert(handle).second) {
-                CqCoordRec point;
-                CqHandle next = handle;
-                db.GetNextCoordRec(next, point);
-                points.emplace_back(handle, ToUtf8(point.GetPtName()));
+                points.push_back({handle, ReadPoint(db, handle).GetPtName()});
             }
         }
         for (const std::string& text : missing) {
             console.Say("{}: there is no point {}\n", Printable(m_job), Quoted(text));
         }
         if (!missing.empty() && !m_ignoreMissing) {
-            throw Failure(Printable(m_job) +
-                          ": nothing was deleted; --ignore-missing deletes the points that exist");
+            throw Failure(m_job,
+                          "nothing was deleted; --ignore-missing deletes the points that exist");
         }
-        CqBatch batch(db);
-        for (const auto& [handle, name] : points) {
-            if (db.DelCoordRec(handle) == 0) {
-                throw Failure(
-                    fmt::format("{}: the point record {} cannot be deleted, so nothing "
-                                "was deleted; cqjob check says more",
-                                Printable(m_job), handle));
+        for (const Deleted& point : points) {
+            if (db.DelCoordRec(point.handle) == 0) {
+                throw Failure(m_job,
+                              "the point record {} cannot be deleted, so nothing "
+                              "was deleted; cqjob check says more",
+                              point.handle);
             }
         }
-        batch.Commit();
-        CloseChanged(db);
+        change.Commit();
         if (!m_json) {
             console.Say("{} deleted\n", Count(points.size(), "point"));
             return 0;
         }
-        JsonWriter json(console);
-        json.BeginObject();
-        json.Member("job", m_job);
-        json.Key("deleted");
-        json.BeginArray();
-        for (const auto& [handle, name] : points) {
-            json.BeginObject();
-            json.Member("handle", handle);
-            json.Member("name", name);
-            json.EndObject();
-        }
-        json.EndArray();
-        json.Key("missing");
-        json.BeginArray();
-        for (const std::string& text : missing) {
-            json.Value(text);
-        }
-        json.EndArray();
-        json.EndObject();
+        Answer(console, [&](JsonWriter& json) {
+            json.Objects("deleted", points, [&](const Deleted& point) {
+                json.Member("handle", point.handle);
+                json.Member("name", point.name);
+            });
+            json.Values("missing", missing);
+        });
         return 0;
     }
 

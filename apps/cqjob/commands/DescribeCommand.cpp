@@ -21,7 +21,7 @@ class DescribeCommand : public Command {
         CommandLine& command =
             program.AddCommand("describe", "Show, set or delete a point's description");
         AddJob(command, "The job; it is not changed when a description is shown");
-        command.Add("POINT", m_point, "The point").Required().Placeholder("");
+        command.AddRequired("POINT", m_point, "The point");
         const Argument text = command.Add("TEXT", m_text, "Its new description").Placeholder("");
         command.AddFlag("--delete", m_delete, "Delete the description").Excludes(text);
         AddJson(command);
@@ -40,52 +40,53 @@ class DescribeCommand : public Command {
         if (m_text && m_text->empty()) {
             throw UsageError("a description cannot be empty; --delete deletes it");
         }
-        const CString newText = ReadText(m_text.value_or(""), "the description");
-        CqSurveyDB db;
-        if (m_text || m_delete) {
-            OpenToWrite(db, m_job);
-        } else {
-            OpenToRead(db, m_job);
+        const bool changes = m_text || m_delete;
+        if (changes) {
+            Change();
         }
-        const CqHandle handle = RequirePoint(db, m_job, m_point);
-        if (m_text) {
-            if (db.EditCoordDescription(handle, newText) == 0 &&
-                db.AddCoordDescription(handle, newText) == 0) {
-                throw Failure(fmt::format("{}: the description of {} could not be stored",
-                                          Printable(m_job), Quoted(m_point)));
-            }
-        } else if (m_delete && db.DelCoordDescription(handle) == 0) {
-            FailWithout();
-        }
-        CString text;
-        const bool described = db.GetCoordDescription(handle, text) != 0;
-        if (!described && !m_delete) {
-            FailWithout();
-        }
-        if (m_json) {
-            CqCoordRec point;
-            CqHandle next = handle;
-            db.GetNextCoordRec(next, point);
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("handle", handle);
-            json.Member("name", ToUtf8(point.GetPtName()));
-            json.Member("description", ToUtf8(text));
-            json.EndObject();
-        } else if (!m_text && !m_delete) {
-            console.Print("{}\n", ToUtf8(text));
-        }
-        if (m_text || m_delete) {
-            CloseChanged(db);
+        if (m_json || !changes) {
+            Show(console);
         }
         return 0;
     }
 
  private:
+    void Change() const {
+        const CString text = ReadText(m_text.value_or(""), "the description");
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
+        const CqHandle handle = RequirePoint(db, m_job, m_point);
+        if (m_text && db.EditCoordDescription(handle, text) == 0 &&
+            db.AddCoordDescription(handle, text) == 0) {
+            throw Failure(m_job, "the description of {} could not be stored", Quoted(m_point));
+        }
+        if (m_delete && db.DelCoordDescription(handle) == 0) {
+            FailWithout();
+        }
+        change.Commit();
+    }
+
+    void Show(Console& console) const {
+        CqSurveyDB db;
+        OpenToRead(db, m_job);
+        const CqHandle handle = RequirePoint(db, m_job, m_point);
+        CString text;
+        if (db.GetCoordDescription(handle, text) == 0 && !m_delete) {
+            FailWithout();
+        }
+        if (m_json) {
+            Answer(console, [&](JsonWriter& json) {
+                json.Member("handle", handle);
+                json.Member("name", ReadPoint(db, handle).GetPtName());
+                json.Member("description", text);
+            });
+        } else {
+            console.Print("{}\n", ToUtf8(text));
+        }
+    }
+
     [[noreturn]] void FailWithout() const {
-        throw Failure(
-            fmt::format("{}: the point {} has no description", Printable(m_job), Quoted(m_point)));
+        throw Failure(m_job, "the point {} has no description", Quoted(m_point));
     }
 
     std::string m_point;

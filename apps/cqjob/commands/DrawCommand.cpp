@@ -101,14 +101,10 @@ class DrawCommand : public Command {
         };
         const exchange::CodeReport report = Draw(db, options);
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            CodeReportText(report).WriteJson(json);
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) { WriteReport(json, report); });
         } else {
             console.Print("{}:\n", Printable(m_job));
-            CodeReportText(report).WriteText(console, m_list, static_cast<std::size_t>(m_limit));
+            WriteReport(console, report, m_list, static_cast<std::size_t>(m_limit));
         }
         if (report.HasChanged()) {
             CloseChanged(db);
@@ -127,7 +123,7 @@ class DrawCommand : public Command {
         } catch (const exchange::OptionError&) {
             throw;
         } catch (const exchange::ExchangeError& error) {
-            throw Failure(fmt::format("{}: {}", Printable(m_job), error.what()));
+            throw Failure(m_job, "{}", error.what());
         }
     }
 

@@ -8,9 +8,8 @@
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobChange.h"
-#include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
-#include "cqjob/drawing/EntityOptions.h"
+#include "cqjob/drawing/JobLayer.h"
 #include "cqjob/points/PointArgument.h"
 #include "cqjob/points/PointDetails.h"
 #include "text/NumberText.h"
@@ -25,7 +24,7 @@ class EditCommand : public Command {
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command = program.AddCommand("edit", "Change points");
         AddJob(command, "The job");
-        command.Add("POINT", m_points, "The points to change").Required().Placeholder("");
+        command.AddRequired("POINT", m_points, "The points to change");
         command.Add("--name", m_name, "New name; an empty one removes the name")
             .Placeholder("NAME");
         AddNumber(command, "--east", m_east, "New easting");
@@ -56,19 +55,18 @@ class EditCommand : public Command {
 
     int Run(Console& console) override {
         CheckOptions();
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
         if (m_group && !m_group->empty()) {
             m_groupId = db.GetGroupID(ReadText(*m_group, "the group's name"));
             if (m_groupId == 0) {
-                throw Failure(fmt::format("{}: there is no group {}; add it with cqjob groups add",
-                                          Printable(m_job), Quoted(*m_group)));
+                throw Failure(m_job, "there is no group {}; add it with cqjob groups add",
+                              Quoted(*m_group));
             }
         }
         if (m_layer) {
             static_cast<void>(RequireLayer(db, m_job, *m_layer));
         }
-        CqBatch batch(db);
         std::vector<CqHandle> handles;
         for (const std::string& point : m_points) {
             handles.push_back(RequirePoint(db, m_job, point));
@@ -76,11 +74,20 @@ class EditCommand : public Command {
         for (const CqHandle handle : handles) {
             Change(db, handle);
         }
-        batch.Commit();
-        if (m_json) {
-            WriteJson(console, db, handles);
+        std::vector<PointDetails> points;
+        for (std::size_t i = 0; m_json && i < handles.size(); ++i) {
+            points.emplace_back(db, handles[i], ReadPoint(db, handles[i]));
         }
-        CloseChanged(db);
+        change.Commit();
+        if (m_json) {
+            Answer(console, [&](JsonWriter& json) {
+                json.Array("points", [&] {
+                    for (const PointDetails& point : points) {
+                        point.WriteJson(json);
+                    }
+                });
+            });
+        }
         return 0;
     }
 
@@ -98,13 +105,7 @@ class EditCommand : public Command {
         if (m_name && m_points.size() > 1) {
             throw UsageError("several points cannot have the same name");
         }
-        m_newName = ReadName(m_name.value_or(""), "the point's name");
-    }
-
-    static CqCoordRec Read(const CqSurveyDB& db, CqHandle handle) {
-        CqCoordRec point;
-        db.GetNextCoordRec(handle, point);
-        return point;
+        m_newName = ReadName(m_name.value_or(""), "the point's name", limits::kPointName);
     }
 
     void Change(CqSurveyDB& db, CqHandle handle) const {
@@ -123,7 +124,7 @@ class EditCommand : public Command {
     }
 
     void ChangeRecord(CqSurveyDB& db, CqHandle handle) const {
-        const CqCoordRec point = Read(db, handle);
+        const CqCoordRec point = ReadPoint(db, handle);
         const CString name = m_name ? m_newName : point.GetPtName();
         std::array<double, 3> coords{};
         point.GetPoint(coords.data());
@@ -141,25 +142,11 @@ class EditCommand : public Command {
             return;
         }
         const CqHandle other = db.GetCoordRecHandleByPtName(name);
-        throw Failure(other != 0 && other != handle
-                          ? fmt::format("{}: the job already has a point {}", Printable(m_job),
-                                        Quoted(ToUtf8(name)))
-                          : fmt::format("{}: the point record {} cannot be changed; cqjob check "
-                                        "says more",
-                                        Printable(m_job), handle));
-    }
-
-    void WriteJson(Console& console, CqSurveyDB& db, const std::vector<CqHandle>& handles) const {
-        JsonWriter json(console);
-        json.BeginObject();
-        json.Member("job", m_job);
-        json.Key("points");
-        json.BeginArray();
-        for (const CqHandle handle : handles) {
-            PointDetails(db, handle, Read(db, handle)).WriteJson(json);
+        if (other != 0 && other != handle) {
+            throw Failure(m_job, "the job already has a point {}", Quoted(ToUtf8(name)));
         }
-        json.EndArray();
-        json.EndObject();
+        throw Failure(m_job, "the point record {} cannot be changed; cqjob check says more",
+                      handle);
     }
 
     std::vector<std::string> m_points;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <limits>
 #include <unordered_map>
 
@@ -24,14 +25,15 @@ std::string Describe(const PolylineMeasure& line) {
     if (line.GetVertices() == 0) {
         return "no vertices";
     }
+    const Extents box = line.GetExtents();
     const auto range = [](double from, double to) {
         return FormatNumber(from) + " to " + FormatNumber(to);
     };
     return fmt::format(
         "{}, length {}, easting {}, northing {}",
         line.GetVertices() == 1 ? "1 vertex" : fmt::format("{} vertices", line.GetVertices()),
-        FormatNumber(line.GetLength(), 3), range(line.GetMin().GetX(), line.GetMax().GetX()),
-        range(line.GetMin().GetY(), line.GetMax().GetY()));
+        FormatNumber(line.GetLength(), 3), range(box.min.GetX(), box.max.GetX()),
+        range(box.min.GetY(), box.max.GetY()));
 }
 
 /// The attributes that only entities of this kind have, on one line.
@@ -65,19 +67,19 @@ std::string Describe(const CqCadEntity& entity, const PolylineMeasure& line) {
     return {};
 }
 
+/// Writes the members that only entities of this kind have.
 void WriteDetails(JsonWriter& json, const CqCadEntity& entity, const PolylineMeasure& line) {
     constexpr unsigned kAlignBits = 16;
     constexpr unsigned kAlignMask = 0xFFFF;
     switch (entity.GetType()) {
         case EntSiPnt:
-            json.Member("name", ToUtf8(entity.GetName()));
+            json.Member("name", entity.GetName());
             json.Member("code", entity.GetCode());
-            json.Key("vertices");
-            json.BeginArray();
-            for (int i = 0; i < entity.GetMcadNumVertex(); ++i) {
-                json.Value(entity.GetMcadVertexHandle(i));
-            }
-            json.EndArray();
+            json.Array("vertices", [&] {
+                for (int i = 0; i < entity.GetMcadNumVertex(); ++i) {
+                    json.Value(entity.GetMcadVertexHandle(i));
+                }
+            });
             break;
         case EntPline:
             json.Member("line", entity.GetLine());
@@ -85,13 +87,7 @@ void WriteDetails(JsonWriter& json, const CqCadEntity& entity, const PolylineMea
             json.Member("vertex_count", line.GetVertices());
             if (line.GetVertices() > 0) {
                 json.Member("length", line.GetLength());
-                json.Key("extents");
-                json.BeginObject();
-                json.Member("min_easting", line.GetMin().GetX());
-                json.Member("min_northing", line.GetMin().GetY());
-                json.Member("max_easting", line.GetMax().GetX());
-                json.Member("max_northing", line.GetMax().GetY());
-                json.EndObject();
+                json.Object("extents", [&] { WriteMembers(json, line.GetExtents()); });
             }
             break;
         case EntVertex:
@@ -101,10 +97,10 @@ void WriteDetails(JsonWriter& json, const CqCadEntity& entity, const PolylineMea
             break;
         case EntText: {
             const auto align = static_cast<unsigned>(entity.GetAlign());
-            json.Member("text", ToUtf8(entity.GetText()));
+            json.Member("text", entity.GetText());
             json.Member("align1", align & kAlignMask);
             json.Member("align2", align >> kAlignBits);
-            json.Member("style", ToUtf8(entity.GetStyle()));
+            json.Member("style", entity.GetStyle());
             json.Member("textHeight", entity.GetHeight());
             json.Member("rotation", entity.GetRot());
             json.Member("code", entity.GetCode());
@@ -119,10 +115,25 @@ void WriteDetails(JsonWriter& json, const CqCadEntity& entity, const PolylineMea
             json.Member("code", entity.GetCode());
             break;
         case EntBitmap:
-            json.Member("resource", ToUtf8(entity.GetResName()));
+            json.Member("resource", entity.GetResName());
             json.Member("width", entity.GetSize().GetX());
             break;
     }
+}
+
+void WriteMembers(JsonWriter& json, const CqCadEntity& entity, const PolylineMeasure& line) {
+    json.Member("handle", entity.GetHandle());
+    json.Member("type", KindWord(entity.GetType()));
+    json.Member("layer", entity.GetLayer());
+    json.Member("color", entity.GetColor());
+    if (entity.GetType() != EntPline) {
+        std::array<double, 3> point{};
+        entity.GetPoint(point.data());
+        json.Member("easting", point[0]);
+        json.Member("northing", point[1]);
+        json.Member("height", point[2]);
+    }
+    WriteDetails(json, entity, line);
 }
 
 class EntitiesCommand : public Command {
@@ -167,60 +178,12 @@ class EntitiesCommand : public Command {
         CqSurveyDB db;
         OpenToRead(db, m_job);
         const int there = db.GetNumCadEntities();
-        const Lines lines = MeasureLines(db);
-        int walked = 0;
-        std::size_t matching = 0;
-        std::size_t listed = 0;
-        TextTable table(console, {{"Handle", true},
-                                  {"Type"},
-                                  {"Layer"},
-                                  {"Color", true},
-                                  {"Easting", true},
-                                  {"Northing", true},
-                                  {"Height", true},
-                                  {"Details"}});
-        JsonWriter json(console);
-        if (m_json) {
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("total", there);
-            json.Key("entities");
-            json.BeginArray();
-        }
-        for (const CqCadEntityPtr& entity : Entities(db)) {
-            ++walked;
-            if (!IsWanted(*entity)) {
-                continue;
-            }
-            ++matching;
-            if (m_limit != 0 && listed == static_cast<std::size_t>(m_limit)) {
-                continue;
-            }
-            ++listed;
-            if (m_json) {
-                WriteJson(json, *entity, Find(lines, *entity));
-            } else {
-                AddRow(table, *entity, Find(lines, *entity));
-            }
-        }
-        if (m_json) {
-            json.EndArray();
-            json.Member("count", listed);
-            json.Member("matching", matching);
-            json.EndObject();
-        } else {
-            table.Finish();
-            if (matching != listed) {
-                console.Say("{} of {} entities that match\n", listed, matching);
-            } else {
-                console.Say("{} of {} entities\n", listed, there);
-            }
-        }
+        m_lines = MeasureLines(db);
+        const Counts counts = m_json ? WriteJson(console, db) : WriteTable(console, db);
         db.Close();
-        if (walked != there) {
-            throw Failure(
-                fmt::format("{}: only {} of {} entities can be reached; cqjob check says more",
-                            Printable(m_job), walked, there));
+        if (counts.walked != there) {
+            throw Failure(m_job, "only {} of {} entities can be reached; cqjob check says more",
+                          counts.walked, there);
         }
         return 0;
     }
@@ -242,10 +205,10 @@ class EntitiesCommand : public Command {
         return lines;
     }
 
-    static const PolylineMeasure& Find(const Lines& lines, const CqCadEntity& entity) {
+    const PolylineMeasure& FindLine(const CqCadEntity& entity) const {
         static const PolylineMeasure kNone;
-        const auto found = lines.find(entity.GetHandle());
-        return found == lines.end() ? kNone : found->second;
+        const auto found = m_lines.find(entity.GetHandle());
+        return found == m_lines.end() ? kNone : found->second;
     }
 
     bool IsWantedKind(EntType kind) const {
@@ -260,41 +223,81 @@ class EntitiesCommand : public Command {
         return IsWantedKind(entity.GetType()) && holds(m_layers, ToUtf8(entity.GetLayer()));
     }
 
-    void AddRow(TextTable& table, const CqCadEntity& entity, const PolylineMeasure& line) const {
-        std::array<double, 3> point{};
-        entity.GetPoint(point.data());
-        // A polyline has no place of its own.
-        const auto coordinate = [&](double number) {
-            return entity.GetType() == EntPline ? std::string("-")
-                                                : FormatNumber(number, m_decimals);
-        };
-        table.Add({fmt::format("{}", entity.GetHandle()), std::string(KindWord(entity.GetType())),
-                   ToUtf8(entity.GetLayer()), fmt::format("{}", entity.GetColor()),
-                   coordinate(point[0]), coordinate(point[1]), coordinate(point[2]),
-                   Describe(entity, line)});
+    struct Counts {
+        int walked = 0;
+        std::size_t matching = 0;
+        std::size_t listed = 0;
+    };
+
+    using List = std::function<void(const CqCadEntity& entity, const PolylineMeasure& line)>;
+
+    /// Calls `list` for each entity that is to be listed.
+    Counts Walk(const CqSurveyDB& db, const List& list) const {
+        Counts counts;
+        for (const CqCadEntityPtr& entity : Entities(db)) {
+            ++counts.walked;
+            if (!IsWanted(*entity)) {
+                continue;
+            }
+            ++counts.matching;
+            if (m_limit == 0 || counts.listed < static_cast<std::size_t>(m_limit)) {
+                ++counts.listed;
+                list(*entity, FindLine(*entity));
+            }
+        }
+        return counts;
     }
 
-    static void WriteJson(JsonWriter& json, const CqCadEntity& entity,
-                          const PolylineMeasure& line) {
-        std::array<double, 3> point{};
-        entity.GetPoint(point.data());
-        json.BeginObject();
-        json.Member("handle", entity.GetHandle());
-        json.Member("type", KindWord(entity.GetType()));
-        json.Member("layer", ToUtf8(entity.GetLayer()));
-        json.Member("color", entity.GetColor());
-        if (entity.GetType() != EntPline) {
-            json.Member("easting", point[0]);
-            json.Member("northing", point[1]);
-            json.Member("height", point[2]);
+    Counts WriteTable(Console& console, const CqSurveyDB& db) const {
+        TextTable table(console, {{"Handle", true},
+                                  {"Type"},
+                                  {"Layer"},
+                                  {"Color", true},
+                                  {"Easting", true},
+                                  {"Northing", true},
+                                  {"Height", true},
+                                  {"Details"}});
+        const Counts counts = Walk(db, [&](const CqCadEntity& entity, const PolylineMeasure& line) {
+            std::array<double, 3> point{};
+            entity.GetPoint(point.data());
+            // A polyline has no place of its own.
+            const auto coordinate = [&](double number) {
+                return entity.GetType() == EntPline ? std::string("-")
+                                                    : FormatNumber(number, m_decimals);
+            };
+            table.Add({fmt::format("{}", entity.GetHandle()),
+                       std::string(KindWord(entity.GetType())), ToUtf8(entity.GetLayer()),
+                       fmt::format("{}", entity.GetColor()), coordinate(point[0]),
+                       coordinate(point[1]), coordinate(point[2]), Describe(entity, line)});
+        });
+        table.Finish();
+        if (counts.matching != counts.listed) {
+            console.Say("{} of {} entities that match\n", counts.listed, counts.matching);
+        } else {
+            console.Say("{} of {} entities\n", counts.listed, db.GetNumCadEntities());
         }
-        WriteDetails(json, entity, line);
-        json.EndObject();
+        return counts;
+    }
+
+    Counts WriteJson(Console& console, const CqSurveyDB& db) const {
+        Counts counts;
+        Answer(console, [&](JsonWriter& json) {
+            json.Member("total", db.GetNumCadEntities());
+            json.Array("entities", [&] {
+                counts = Walk(db, [&](const CqCadEntity& entity, const PolylineMeasure& line) {
+                    json.Object([&] { WriteMembers(json, entity, line); });
+                });
+            });
+            json.Member("count", counts.listed);
+            json.Member("matching", counts.matching);
+        });
+        return counts;
     }
 
     std::vector<std::string> m_kinds;
     std::vector<std::string> m_layers;
     std::vector<EntType> m_wanted;
+    Lines m_lines;
     int m_limit = 0;
     int m_decimals = 3;
 };

@@ -25,9 +25,7 @@ class ExportCommand : public Command {
             "Write a job's points to a text file, or all of it to a DXF, LandXML, SIMA, "
             "GeoJSON or KML file");
         AddJob(command, "The job; it is not changed");
-        command.Add("FILE", m_file, "The file to write, - for standard output")
-            .Required()
-            .Placeholder("");
+        command.AddRequired("FILE", m_file, "The file to write, - for standard output");
         command
             .Add("--order", m_order,
                  "Order of the columns: pnezd, penzd or other letters as for import; "
@@ -128,14 +126,12 @@ class ExportCommand : public Command {
         }
         output.Finish();
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("file", m_file);
-            json.Member("points", points.GetCount());
-            json.Member("not_finite", writer.GetNotFinite());
-            WriteSystem(json, db);
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) {
+                json.Member("file", m_file);
+                json.Member("points", points.GetCount());
+                json.Member("not_finite", writer.GetNotFinite());
+                WriteSystem(json, db);
+            });
             return 0;
         }
         console.Say("{} into {}\n", Count(points.GetCount(), "point"), Printable(m_file));

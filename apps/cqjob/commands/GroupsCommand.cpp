@@ -1,7 +1,6 @@
 #include <cqsurvey/cqsurvey.h>
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "cqjob/Arguments.h"
@@ -25,10 +24,8 @@ struct Group {
 
 /// How many points have each group number; 0 is no group.
 std::vector<std::size_t> CountPoints(const CqSurveyDB& db) {
-    std::vector<std::size_t> counts(std::numeric_limits<std::uint16_t>::max() + 1U);
-    CqCoordRec point;
-    for (CqHandle next = db.GetFirstCoordRecHandle();
-         next != 0 && db.GetNextCoordRec(next, point) != 0;) {
+    std::vector<std::size_t> counts(limits::kHighestGroup + 1U);
+    for (const auto& [handle, point] : Points(db)) {
         ++counts[point.GetGroup()];
     }
     return counts;
@@ -61,71 +58,63 @@ class GroupsCommand : public Command {
             "  cqjob groups list site.job\n"
             "  cqjob groups rename site.job Road \"Road 7\"");
 
-        m_list = &command.AddCommand("list", "List every group and how many points it has");
-        AddJob(*m_list, "The job; it is not changed");
-        AddJson(*m_list);
-        AddWide(*m_list);
-        m_list->SetFooter("Example:\n  cqjob groups list site.job");
+        CommandLine& list =
+            AddAction(command, "list", "List every group and how many points it has",
+                      [this](Console& console) { List(console); });
+        AddJob(list, "The job; it is not changed");
+        AddJson(list);
+        AddWide(list);
+        list.SetFooter("Example:\n  cqjob groups list site.job");
 
-        m_add = &command.AddCommand("add", "Add groups");
-        AddJob(*m_add, "The job");
-        AddNames(*m_add, "The names of the new groups");
-        AddJson(*m_add);
-        m_add->SetFooter(
+        CommandLine& add =
+            AddAction(command, "add", "Add groups", [this](Console& console) { Add(console); });
+        AddJob(add, "The job");
+        AddNames(add, "The names of the new groups");
+        AddJson(add);
+        add.SetFooter(
             "When one of the groups already exists, none is added.\n\n"
             "Example:\n  cqjob groups add site.job Road \"Day 2\"");
 
-        m_rename = &command.AddCommand("rename", "Rename a group");
-        AddJob(*m_rename, "The job");
-        m_rename->Add("NAME", m_oldName, "The group").Required().Placeholder("");
-        m_rename->Add("NEW", m_newName, "Its new name").Required().Placeholder("");
-        AddJson(*m_rename);
-        m_rename->SetFooter("Example:\n  cqjob groups rename site.job Road \"Road 7\"");
+        CommandLine& rename = AddAction(command, "rename", "Rename a group",
+                                        [this](Console& console) { Rename(console); });
+        AddJob(rename, "The job");
+        rename.AddRequired("NAME", m_oldName, "The group");
+        rename.AddRequired("NEW", m_newName, "Its new name");
+        AddJson(rename);
+        rename.SetFooter("Example:\n  cqjob groups rename site.job Road \"Road 7\"");
 
-        m_delete = &command.AddCommand("delete", "Delete groups; their points stay");
-        AddJob(*m_delete, "The job");
-        AddNames(*m_delete, "The groups");
-        AddJson(*m_delete);
-        m_delete->SetFooter(
+        CommandLine& remove = AddAction(command, "delete", "Delete groups; their points stay",
+                                        [this](Console& console) { Delete(console); });
+        AddJob(remove, "The job");
+        AddNames(remove, "The groups");
+        AddJson(remove);
+        remove.SetFooter(
             "The points of a deleted group are then in no group. When one of the groups does not\n"
             "exist, none is deleted.\n\n"
             "Example:\n  cqjob groups delete site.job Road");
         return command;
     }
 
-    int Run(Console& console) override {
-        if (m_list->IsGiven()) {
-            List(console);
-        } else if (m_add->IsGiven()) {
-            Add(console);
-        } else if (m_rename->IsGiven()) {
-            Rename(console);
-        } else {
-            Delete(console);
-        }
-        return 0;
-    }
-
  private:
     void AddNames(CommandLine& command, const std::string& help) {
-        command.Add("NAME", m_names, help).Required().Placeholder("");
+        command.AddRequired("NAME", m_names, help);
     }
 
     [[nodiscard]] std::uint16_t RequireGroup(CqSurveyDB& db, const std::string& text) const {
         std::uint16_t id = db.GetGroupID(ReadText(text, "the group's name"));
         const std::optional<std::uint32_t> number = ReadRecordNumber(text);
-        if (id == 0 && number && *number <= std::numeric_limits<std::uint16_t>::max() &&
+        if (id == 0 && number && *number <= limits::kHighestGroup &&
             FindName(db, static_cast<std::uint16_t>(*number))) {
             id = static_cast<std::uint16_t>(*number);
         }
         if (id == 0) {
-            throw Failure(fmt::format("{}: there is no group {}", Printable(m_job), Quoted(text)));
+            throw Failure(m_job, "there is no group {}", Quoted(text));
         }
         return id;
     }
 
     [[nodiscard]] static CString ReadNewName(const std::string& text) {
-        CString name = ReadName(text, "the group's name");
+        CString name = ReadName(text, "the group's name", limits::kGroupName);
         if (name.empty()) {
             throw UsageError("a group needs a name");
         }
@@ -133,8 +122,8 @@ class GroupsCommand : public Command {
     }
 
     [[noreturn]] void ThrowSameName(const std::string& name) const {
-        throw Failure(fmt::format("{}: there is already a group {}, perhaps in another letter case",
-                                  Printable(m_job), Quoted(name)));
+        throw Failure(m_job, "there is already a group {}, perhaps in another letter case",
+                      Quoted(name));
     }
 
     /// Every group in record order, then the numbers that points have although there is no such
@@ -188,112 +177,82 @@ class GroupsCommand : public Command {
 
     void WriteJson(Console& console, const std::vector<Group>& groups,
                    std::size_t ungrouped) const {
-        JsonWriter json(console);
-        json.BeginObject();
-        json.Member("job", m_job);
-        json.Key("groups");
-        json.BeginArray();
-        for (const Group& group : groups) {
-            json.BeginObject();
-            if (group.name) {
-                json.Member("name", *group.name);
-            } else {
-                json.Key("name");
-                json.Null();
-            }
-            json.Member("id", group.id);
-            json.Member("points", group.points);
-            json.EndObject();
-        }
-        json.EndArray();
-        json.Member("ungrouped", ungrouped);
-        json.EndObject();
+        Answer(console, [&](JsonWriter& json) {
+            json.Objects("groups", groups, [&](const Group& group) {
+                json.Member("name", group.name);
+                json.Member("id", group.id);
+                json.Member("points", group.points);
+            });
+            json.Member("ungrouped", ungrouped);
+        });
     }
 
     void Add(Console& console) const {
         std::vector<CString> names;
         std::transform(m_names.begin(), m_names.end(), std::back_inserter(names), ReadNewName);
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
-        CqBatch batch(db);
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
+        std::vector<Group> added;
         for (std::size_t i = 0; i < names.size(); ++i) {
             if (db.AddGroup(names[i]) == 0) {
                 ThrowSameName(m_names[i]);
             }
+            added.push_back({ToUtf8(names[i]), db.GetGroupID(names[i])});
         }
-        batch.Commit();
+        change.Commit();
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Key("added");
-            json.BeginArray();
-            for (const CString& name : names) {
-                json.BeginObject();
-                json.Member("name", ToUtf8(name));
-                json.Member("id", db.GetGroupID(name));
-                json.EndObject();
-            }
-            json.EndArray();
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) {
+                json.Objects("added", added, [&](const Group& group) {
+                    json.Member("name", group.name);
+                    json.Member("id", group.id);
+                });
+            });
         }
-        CloseChanged(db);
     }
 
     void Rename(Console& console) const {
         const CString newName = ReadNewName(m_newName);
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
         const std::uint16_t id = RequireGroup(db, m_oldName);
         // A group without a name cannot be renamed, but it can be deleted.
         const CString oldName = db.GetGroupName(id);
         if (oldName.empty()) {
-            throw Failure(fmt::format("{}: the group {} has no name and cannot be given one",
-                                      Printable(m_job), Quoted(m_oldName)));
+            throw Failure(m_job, "the group {} has no name and cannot be given one",
+                          Quoted(m_oldName));
         }
         if (db.EditGroup(id, newName) == 0) {
             ThrowSameName(m_newName);
         }
-        CloseChanged(db);
+        change.Commit();
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("id", id);
-            json.Member("old_name", ToUtf8(oldName));
-            json.Member("name", m_newName);
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) {
+                json.Member("id", id);
+                json.Member("old_name", oldName);
+                json.Member("name", m_newName);
+            });
         }
     }
 
     void Delete(Console& console) const {
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
-        std::vector<std::size_t> counts = CountPoints(db);
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
+        const std::vector<std::size_t> counts = CountPoints(db);
         std::vector<Group> deleted;
-        CqBatch batch(db);
         for (const std::string& name : m_names) {
             const std::uint16_t id = RequireGroup(db, name);
             deleted.push_back({ToUtf8(db.GetGroupName(id)), id, counts[id]});
             db.DelGroup(id);
         }
-        batch.Commit();
-        CloseChanged(db);
+        change.Commit();
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Key("deleted");
-            json.BeginArray();
-            for (const Group& group : deleted) {
-                json.BeginObject();
-                json.Member("name", *group.name);
-                json.Member("id", group.id);
-                json.Member("points", group.points);
-                json.EndObject();
-            }
-            json.EndArray();
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) {
+                json.Objects("deleted", deleted, [&](const Group& group) {
+                    json.Member("name", group.name);
+                    json.Member("id", group.id);
+                    json.Member("points", group.points);
+                });
+            });
             return;
         }
         for (const Group& group : deleted) {
@@ -302,10 +261,6 @@ class GroupsCommand : public Command {
         }
     }
 
-    CommandLine* m_list = nullptr;
-    CommandLine* m_add = nullptr;
-    CommandLine* m_rename = nullptr;
-    CommandLine* m_delete = nullptr;
     std::vector<std::string> m_names;
     std::string m_oldName;
     std::string m_newName;

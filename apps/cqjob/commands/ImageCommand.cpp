@@ -1,10 +1,9 @@
 #include <cqsurvey/cqsurvey.h>
+#include <cqsurvey/exchange/ImageHeader.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <fstream>
-#include <memory>
 #include <optional>
 
 #include "cqjob/Arguments.h"
@@ -15,39 +14,16 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/OutputFile.h"
-#include "cqjob/images/ImageHeader.h"
+#include "cqjob/images/StoredImage.h"
 #include "cqjob/images/WorldFile.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
+using exchange::ImageHeader;
+
 namespace {
-
-struct Free {
-    void operator()(std::uint8_t* bytes) const { std::free(bytes); }
-};
-
-/// The bytes of an image as they were stored.
-struct Image {
-    std::unique_ptr<std::uint8_t, Free> bytes;
-    std::uint32_t length = 0;
-};
-
-/// Nothing when the image is empty or cannot be read.
-std::optional<Image> ReadImage(CqSurveyDB& db) {
-    Image image;
-    std::uint8_t* data = nullptr;
-    int type = 0;
-    CVector centre;
-    CVector size;
-    double rotation = 0;
-    if (db.ReadBackgroundImageFile(data, image.length, type, centre, size, rotation) == 0) {
-        return std::nullopt;
-    }
-    image.bytes.reset(data);
-    return image;
-}
 
 /// A number of the image's settings as it is stored; the library reads it less exactly.
 std::string GetPlace(CqSurveyDB& db, const char16_t* key) {
@@ -68,11 +44,10 @@ class ImageCommand : public Command {
             "      --height 80\n"
             "  cqjob image fetch site.job copy.jpg");
 
-        m_store = &command.AddCommand("store", "Copy an image into the job");
+        m_store = &AddAction(command, "store", "Copy an image into the job",
+                             [this](Console& console) { Store(console); });
         AddJob(*m_store, "The job");
-        m_store->Add("FILE", m_file, "The image: PNG, JPEG, BMP, TIFF, GIF or WebP")
-            .Required()
-            .Placeholder("");
+        m_store->AddRequired("FILE", m_file, "The image: PNG, JPEG, BMP, TIFF, GIF or WebP");
         AddNumber("--east", m_east, "Easting of the image's centre");
         AddNumber("--north", m_north, "Northing of the image's centre");
         AddNumber("--width", m_width, "Its size along the easting");
@@ -98,41 +73,26 @@ class ImageCommand : public Command {
             "  cqjob image store site.job ortho.jpg --east 2000 --north 5000 --width 120 \\\n"
             "      --height 80 --rotation 12.5");
 
-        m_fetch = &command.AddCommand("fetch", "Write the job's image to a file");
-        AddJob(*m_fetch, "The job; it is not changed");
-        m_fetch->Add("FILE", m_file, "The file to write, - for standard output")
-            .Required()
-            .Placeholder("");
-        m_fetch->AddFlag("--force", m_force, "Replace an existing file");
-        AddJson(*m_fetch);
-        m_fetch->SetFooter("Example:\n  cqjob image fetch site.job copy.jpg");
+        CommandLine& fetch = AddAction(command, "fetch", "Write the job's image to a file",
+                                       [this](Console& console) { Fetch(console); });
+        AddJob(fetch, "The job; it is not changed");
+        fetch.AddRequired("FILE", m_file, "The file to write, - for standard output");
+        fetch.AddFlag("--force", m_force, "Replace an existing file");
+        AddJson(fetch);
+        fetch.SetFooter("Example:\n  cqjob image fetch site.job copy.jpg");
 
-        m_info = &command.AddCommand("info", "Show which image the job has, and where");
-        AddJob(*m_info, "The job; it is not changed");
-        AddJson(*m_info);
-        m_info->SetFooter("Example:\n  cqjob image info site.job");
+        CommandLine& info = AddAction(command, "info", "Show which image the job has, and where",
+                                      [this](Console& console) { Info(console); });
+        AddJob(info, "The job; it is not changed");
+        AddJson(info);
+        info.SetFooter("Example:\n  cqjob image info site.job");
 
-        m_delete = &command.AddCommand("delete", "Delete the job's image");
-        AddJob(*m_delete, "The job");
-        AddJson(*m_delete);
-        m_delete->SetFooter("Example:\n  cqjob image delete site.job");
+        CommandLine& remove = AddAction(command, "delete", "Delete the job's image",
+                                        [this](Console& console) { Delete(console); });
+        AddJob(remove, "The job");
+        AddJson(remove);
+        remove.SetFooter("Example:\n  cqjob image delete site.job");
         return command;
-    }
-
-    int Run(Console& console) override {
-        if (m_store->IsGiven()) {
-            Store(console);
-            if (m_json) {
-                Info(console);
-            }
-        } else if (m_fetch->IsGiven()) {
-            Fetch(console);
-        } else if (m_info->IsGiven()) {
-            Info(console);
-        } else {
-            Delete(console);
-        }
-        return 0;
     }
 
  private:
@@ -175,7 +135,7 @@ class ImageCommand : public Command {
     /// The image's header; nothing for another file that is to be stored all the same.
     [[nodiscard]] std::optional<ImageHeader> RequireImage() const {
         if (GetReadableLength(m_file) == 0) {
-            throw Failure(Printable(m_file) + ": is empty, so it is not an image");
+            throw Failure(m_file, "is empty, so it is not an image");
         }
         std::ifstream file(m_file, std::ios::binary);
         constexpr std::size_t kLooked = std::size_t{4} << 20U;
@@ -184,8 +144,8 @@ class ImageCommand : public Command {
         bytes.resize(static_cast<std::size_t>(file.gcount()));
         const std::optional<ImageHeader> header = ImageHeader::Find(bytes);
         if (!header && !m_anyFormat) {
-            throw Failure(Printable(m_file) +
-                          ": is no PNG, JPEG, BMP, TIFF, GIF or WebP image; --any-format stores "
+            throw Failure(m_file,
+                          "is no PNG, JPEG, BMP, TIFF, GIF or WebP image; --any-format stores "
                           "it all the same");
         }
         return header;
@@ -200,21 +160,22 @@ class ImageCommand : public Command {
             world ? ReadWorldFile(console, *world, header)
                   : CqImagePlace{Number(m_east), Number(m_north), Number(m_width), Number(m_height),
                                  Number(m_rotation)};
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
+        // A copy that fails half-way leaves what it wrote. Without a Commit that is undone.
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
         if (!m_force && db.IsBackgroundImageFile() != 0) {
-            throw Failure(Printable(m_job) + ": already has an image; --force replaces it");
+            throw Failure(m_job, "already has an image; --force replaces it");
         }
-        // A copy that fails half-way leaves what it wrote. The batch undoes it.
-        CqBatch batch(db);
         if (db.StoreBackgroundImageFile(source, m_type, CVector(place.east, place.north),
                                         CVector(place.width, place.height), place.rotation) == 0) {
-            throw Failure(fmt::format(
-                "{}: {} could not be read, or there is no room for it; nothing was changed",
-                Printable(m_job), Printable(m_file)));
+            throw Failure(m_job,
+                          "{} could not be read, or there is no room for it; nothing was changed",
+                          Printable(m_file));
         }
-        batch.Commit();
-        CloseChanged(db);
+        change.Commit();
+        if (m_json) {
+            Info(console);
+        }
     }
 
     void Fetch(Console& console) const {
@@ -225,26 +186,24 @@ class ImageCommand : public Command {
         if (db.IsBackgroundImageFile() == 0) {
             FailWithout();
         }
-        const std::optional<Image> image = ReadImage(db);
+        const std::optional<StoredImage> image = StoredImage::Read(db);
         if (!image) {
-            throw Failure(Printable(m_job) + ": the image is empty or cannot be read");
+            throw Failure(m_job, "the image is empty or cannot be read");
         }
         db.Close();
         OutputFile output(console, m_file, m_force);
-        constexpr std::uint32_t kPiece = 1U << 20U;
-        for (std::uint32_t done = 0; done < image->length; done += kPiece) {
-            const std::uint8_t* const piece = image->bytes.get() + done;
-            output.Write(
-                {reinterpret_cast<const char*>(piece), std::min(kPiece, image->length - done)});
+        // In pieces, so that it can be interrupted.
+        constexpr std::size_t kPiece = 1U << 20U;
+        const std::string_view bytes = image->GetBytes();
+        for (std::size_t done = 0; done < bytes.size(); done += kPiece) {
+            output.Write(bytes.substr(done, kPiece));
         }
         output.Finish();
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("file", m_file);
-            json.Member("bytes", image->length);
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) {
+                json.Member("file", m_file);
+                json.Member("bytes", bytes.size());
+            });
         }
     }
 
@@ -252,8 +211,8 @@ class ImageCommand : public Command {
         CqSurveyDB db;
         OpenToRead(db, m_job);
         const bool stored = db.IsBackgroundImageFile() != 0;
-        const std::optional<Image> image = stored ? ReadImage(db) : std::nullopt;
-        const std::uint32_t length = image ? image->length : 0;
+        const std::optional<StoredImage> image = StoredImage::Read(db);
+        const std::size_t length = image ? image->GetBytes().size() : 0;
         int brightness = 0;
         int contrast = 0;
         int monotone = 0;
@@ -265,24 +224,22 @@ class ImageCommand : public Command {
         const std::string rotation = GetPlace(db, u"Rotation");
         const std::string type = GetPlace(db, u"Type");
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("stored", stored);
-            if (stored) {
-                json.Member("bytes", length);
-                json.Member("type", ParseWholeNumber(type).value_or(0));
-                json.Member("east", Number(east));
-                json.Member("north", Number(north));
-                json.Member("width", Number(width));
-                json.Member("height", Number(height));
-                json.Member("rotation", Number(rotation));
-            }
-            json.Member("brightness", brightness);
-            json.Member("contrast", contrast);
-            json.Member("monotone", monotone);
-            json.Member("background_color", db.GetBackgroundColor());
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) {
+                json.Member("stored", stored);
+                if (stored) {
+                    json.Member("bytes", length);
+                    json.Member("type", ParseWholeNumber(type).value_or(0));
+                    json.Member("east", Number(east));
+                    json.Member("north", Number(north));
+                    json.Member("width", Number(width));
+                    json.Member("height", Number(height));
+                    json.Member("rotation", Number(rotation));
+                }
+                json.Member("brightness", brightness);
+                json.Member("contrast", contrast);
+                json.Member("monotone", monotone);
+                json.Member("background_color", db.GetBackgroundColor());
+            });
         } else {
             if (stored) {
                 console.Print("Image           {} bytes, type {}\n", length, Printable(type));
@@ -301,27 +258,19 @@ class ImageCommand : public Command {
     }
 
     void Delete(Console& console) const {
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
-        if (db.DeleteBackgroundImageFile() == 0) {
+        JobChange change(m_job);
+        if (change.GetJob().DeleteBackgroundImageFile() == 0) {
             FailWithout();
         }
-        CloseChanged(db);
+        change.Commit();
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("stored", false);
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) { json.Member("stored", false); });
         }
     }
 
-    [[noreturn]] void FailWithout() const { throw Failure(Printable(m_job) + ": has no image"); }
+    [[noreturn]] void FailWithout() const { throw Failure(m_job, "has no image"); }
 
     CommandLine* m_store = nullptr;
-    CommandLine* m_fetch = nullptr;
-    CommandLine* m_info = nullptr;
-    CommandLine* m_delete = nullptr;
     std::string m_file;
     std::string m_east;
     std::string m_north;

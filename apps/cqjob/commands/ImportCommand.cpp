@@ -117,9 +117,7 @@ class ImportCommand : public Command {
         CommandLine& command = program.AddCommand(
             "import", "Record the points of text files, or a DXF, LandXML or SIMA file");
         AddJob(command, "The job into which the points go");
-        command.Add("FILE", m_files, "The text files of points, - for standard input")
-            .Required()
-            .Placeholder("");
+        command.AddRequired("FILE", m_files, "The text files of points, - for standard input");
         m_how.AddTo(command);
         command
             .Add("--duplicates", m_duplicates,
@@ -143,7 +141,7 @@ class ImportCommand : public Command {
                         "word of its description when it has no code");
         command.Add("--origin", m_origin, "Data origin of the points")
             .Placeholder("N")
-            .InRange(1, 65535)
+            .InRange(1, limits::kHighestOrigin)
             .ShowDefault();
         command.AddFlag("--strict", m_strict, "Record nothing when any line is refused");
         command.AddFlag("--dry-run", m_dryRun, "Do everything but record");
@@ -173,31 +171,13 @@ class ImportCommand : public Command {
         }
         const Interrupt interrupt;
         CqSurveyDB db;
-        JsonWriter json(console);
-        const bool several = m_files.size() > 1;
-        if (several) {
-            OpenToWrite(db, m_job);
-        }
-        if (m_json && several) {
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Key("files");
-            json.BeginArray();
-        }
         int status = 0;
-        for (const std::string& file : m_files) {
-            try {
-                status = std::max(status, ImportFile(console, json, db, file, how));
-            } catch (const exchange::ExchangeError& error) {
-                if (!several) {
-                    throw;
-                }
-                status = 1;
-                TellFailure(console, json, file, error.what());
-            }
-        }
-        if (several) {
-            WriteSum(console, json);
+        JsonWriter json(console);
+        if (m_files.size() == 1) {
+            status = ImportFile(console, json, db, m_files.front(), how);
+        } else {
+            OpenToWrite(db, m_job);
+            status = ImportFiles(console, json, db, how);
         }
         const bool changed = !m_dryRun && m_sum.Get(Fate::Recorded) + m_sum.Get(Fate::Updated) > 0;
         if (changed) {
@@ -252,7 +232,7 @@ class ImportCommand : public Command {
             common.tolerance = ReadTolerance();
         }
         common.origin = static_cast<SurveyCoordType>(m_origin);
-        common.group = ReadName(m_group, "the group's name");
+        common.group = ReadName(m_group, "the group's name", limits::kGroupName);
         common.codePage = m_how.GetCodePage();
         m_drawing.Run(console, file, m_job, common, m_json);
         return 0;
@@ -286,17 +266,46 @@ class ImportCommand : public Command {
             options.tolerance = ReadTolerance();
         }
         options.origin = static_cast<SurveyCoordType>(m_origin);
-        options.group = ReadName(m_group, "the group's name");
-        options.layer = ReadText(m_layer, "the layer's name");
-        if (options.layer.size() > limits::kLayerName) {
-            throw UsageError(fmt::format("the layer's name {} is longer than {} characters",
-                                         Quoted(m_layer), limits::kLayerName));
-        }
+        options.group = ReadName(m_group, "the group's name", limits::kGroupName);
+        options.layer = ReadName(m_layer, "the layer's name", limits::kLayerName);
         options.layerFromCode = m_layerFromCode;
         options.strict = m_strict;
         options.dryRun = m_dryRun;
         options.jobName = m_job;
         return options;
+    }
+
+    /// Imports several files one after the other and reports each, and all of them together.
+    /// Returns the exit status.
+    int ImportFiles(Console& console, JsonWriter& json, CqSurveyDB& db,
+                    const exchange::FieldTextReadOptions& how) {
+        int status = 0;
+        const auto importAll = [&] {
+            for (const std::string& file : m_files) {
+                try {
+                    status = std::max(status, ImportFile(console, json, db, file, how));
+                } catch (const exchange::ExchangeError& error) {
+                    status = 1;
+                    TellFailure(console, json, file, error.what());
+                }
+            }
+        };
+        if (m_json) {
+            json.Object([&] {
+                json.Member("job", m_job);
+                json.Array("files", importAll);
+                json.Object("sum", [&] {
+                    json.Member("failed", m_failed);
+                    WriteReport(json, m_sum);
+                });
+            });
+        } else {
+            importAll();
+            console.Print("{} into {}{}\n", Count(m_files.size(), "file"), Printable(m_job),
+                          m_failed > 0 ? fmt::format(", {} failed", m_failed) : "");
+            WriteReport(console, m_sum);
+        }
+        return status;
     }
 
     /// Imports one file in one step and reports it. Returns the exit status.
@@ -341,36 +350,27 @@ class ImportCommand : public Command {
 
     void WriteText(Console& console, const std::string& file, const ImportReport& report,
                    const FieldTextReader& reader) const {
-        std::string untaken;
-        for (const std::string& column : reader.GetUntaken()) {
-            untaken += (untaken.empty() ? "" : ", ") + column;
-        }
         console.Print("{} into {}{}\n", Printable(file), Printable(m_job),
                       m_dryRun ? ": a dry run, nothing is recorded" : "");
         console.Print("  columns: {}; separator: {}\n", DescribeColumns(reader),
                       exchange::SeparatorWord(reader.GetSeparator()));
-        if (!untaken.empty()) {
-            console.Print("  columns not used: {}\n", untaken);
+        if (!reader.GetUntaken().empty()) {
+            console.Print("  columns not used: {}\n", fmt::join(reader.GetUntaken(), ", "));
         }
         WriteReport(console, report);
     }
 
     void WriteJson(JsonWriter& json, const std::string& file, const ImportReport& report,
                    const FieldTextReader& reader) const {
-        json.BeginObject();
-        json.Member("file", file);
-        json.Member("job", m_job);
-        json.Member("dry_run", m_dryRun);
-        json.Member("columns", DescribeColumns(reader));
-        json.Member("separator", exchange::SeparatorWord(reader.GetSeparator()));
-        json.Key("columns_not_taken");
-        json.BeginArray();
-        for (const std::string& column : reader.GetUntaken()) {
-            json.Value(column);
-        }
-        json.EndArray();
-        WriteReport(json, report);
-        json.EndObject();
+        json.Object([&] {
+            json.Member("file", file);
+            json.Member("job", m_job);
+            json.Member("dry_run", m_dryRun);
+            json.Member("columns", DescribeColumns(reader));
+            json.Member("separator", exchange::SeparatorWord(reader.GetSeparator()));
+            json.Values("columns_not_taken", reader.GetUntaken());
+            WriteReport(json, report);
+        });
     }
 
     void TellFailure(Console& console, JsonWriter& json, const std::string& file,
@@ -378,27 +378,11 @@ class ImportCommand : public Command {
         ++m_failed;
         console.Say("cqjob: {}\n", error);
         if (m_json) {
-            json.BeginObject();
-            json.Member("file", file);
-            json.Member("error", error);
-            json.EndObject();
+            json.Object([&] {
+                json.Member("file", file);
+                json.Member("error", error);
+            });
         }
-    }
-
-    void WriteSum(Console& console, JsonWriter& json) const {
-        if (m_json) {
-            json.EndArray();
-            json.Key("sum");
-            json.BeginObject();
-            json.Member("failed", m_failed);
-            WriteReport(json, m_sum);
-            json.EndObject();
-            json.EndObject();
-            return;
-        }
-        console.Print("{} into {}{}\n", Count(m_files.size(), "file"), Printable(m_job),
-                      m_failed > 0 ? fmt::format(", {} failed", m_failed) : "");
-        WriteReport(console, m_sum);
     }
 
     PointFileOptions m_how;

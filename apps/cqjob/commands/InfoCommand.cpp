@@ -1,11 +1,13 @@
 #include <cqsurvey/cqsurvey.h>
 
-#include <cstdlib>
+#include <optional>
 
 #include "cqjob/Command.h"
+#include "cqjob/Extents.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JobTable.h"
 #include "cqjob/JsonWriter.h"
+#include "cqjob/drawing/JobLayer.h"
 #include "cqjob/settings/SystemOptions.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
@@ -16,19 +18,11 @@ namespace {
 
 constexpr std::uint32_t kEverything = 0xFFFFFFFF;
 
-struct Layer {
-    std::string name;
-    int color = 0;
-    int line = 0;
-};
-
 struct Summary {
     SVDB_INFORMATION counts;
     CStringList groups;
-    bool hasExtents = false;
-    CVector min;
-    CVector max;
-    std::vector<Layer> layers;
+    std::optional<Extents> extents;
+    std::vector<JobLayer> layers;
     double symbolSize = 0.0;
     int mapScale = 0;
     std::string settingsDamage;  ///< empty when there is none
@@ -39,16 +33,8 @@ Summary Summarise(CqSurveyDB& db) {
     Summary summary;
     summary.counts.groupNames = &summary.groups;
     CqSurveyDB::GetDBInformation(kEverything, CString(), summary.counts, &db);
-    summary.hasExtents = db.GetEntityBound(summary.min, summary.max) != 0 &&
-                         summary.min.GetX() <= summary.max.GetX();
-    CString name;
-    Layer layer;
-    CqHandle handle = db.GetFirstLayerHandle();
-    while (handle != 0 && db.GetNextLayer(handle, name, layer.color) != 0) {
-        layer.name = ToUtf8(name);
-        layer.line = db.GetLayerLine(name);
-        summary.layers.push_back(layer);
-    }
+    summary.extents = FindExtents(db);
+    summary.layers = ReadLayers(db);
     summary.symbolSize = db.GetSiPointSize();
     summary.identity = ToUtf8(CqJobIdentity(db).Get());
     const CString section = CqSurveyDB::m_SettingsSection;
@@ -63,7 +49,7 @@ class InfoCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command = program.AddCommand("info", "Show what one job or several jobs hold");
-        command.Add("JOB", m_jobs, "The jobs; they are not changed").Required().Placeholder("");
+        command.AddRequired("JOB", m_jobs, "The jobs; they are not changed");
         command.AddFlag("--table", m_table, "Show a table for a single job, too");
         AddJson(command);
         AddWide(command);
@@ -110,19 +96,18 @@ class InfoCommand : public Command {
         for (const CString& group : summary.groups) {
             console.Print("  {}\n", Printable(ToUtf8(group)));
         }
-        if (summary.hasExtents) {
-            console.Print("Easting         {} to {}\n", FormatNumber(summary.min.GetX()),
-                          FormatNumber(summary.max.GetX()));
-            console.Print("Northing        {} to {}\n", FormatNumber(summary.min.GetY()),
-                          FormatNumber(summary.max.GetY()));
+        if (const auto& box = summary.extents) {
+            console.Print("Easting         {} to {}\n", FormatNumber(box->min.GetX()),
+                          FormatNumber(box->max.GetX()));
+            console.Print("Northing        {} to {}\n", FormatNumber(box->min.GetY()),
+                          FormatNumber(box->max.GetY()));
         } else {
             console.Print("Easting         nothing drawn\nNorthing        nothing drawn\n");
         }
         console.Print("Layers          {}\n", counts.numLayers);
-        for (const Layer& layer : summary.layers) {
-            console.Print("  {:<13} colour {}, line {}{}\n", Printable(layer.name),
-                          std::abs(static_cast<long>(layer.color)), layer.line,
-                          layer.color < 0 ? ", hidden" : "");
+        for (const JobLayer& layer : summary.layers) {
+            console.Print("  {:<13} colour {}, line {}{}\n", Printable(ToUtf8(layer.name)),
+                          layer.GetPlainColor(), layer.line, layer.IsHidden() ? ", hidden" : "");
         }
         console.Print("Map scale       1:{}\n", summary.mapScale);
         console.Print("Symbol size     {}\n", FormatNumber(summary.symbolSize));
@@ -137,56 +122,34 @@ class InfoCommand : public Command {
 
     void WriteJson(Console& console, const Summary& summary, CqSurveyDB& db) const {
         const SVDB_INFORMATION& counts = summary.counts;
-        JsonWriter json(console);
-        json.BeginObject();
-        json.Member("job", m_job);
-        json.Key("id");
-        if (summary.identity.empty()) {
-            json.Null();
-        } else {
-            json.Value(summary.identity);
-        }
-        json.Member("points", counts.numPoints);
-        json.Member("entities", counts.numEntities);
-        json.Member("polylines", counts.numPlines);
-        json.Member("vertices", counts.numVertices);
-        json.Member("texts", counts.numTexts);
-        json.Member("circles", counts.numCircles);
-        json.Member("bitmaps", counts.numBitmaps);
-        json.Key("groups");
-        json.BeginArray();
-        for (const CString& group : summary.groups) {
-            json.Value(ToUtf8(group));
-        }
-        json.EndArray();
-        if (summary.hasExtents) {
-            json.Key("extents");
-            json.BeginObject();
-            json.Member("min_easting", summary.min.GetX());
-            json.Member("min_northing", summary.min.GetY());
-            json.Member("max_easting", summary.max.GetX());
-            json.Member("max_northing", summary.max.GetY());
-            json.EndObject();
-        }
-        json.Key("layers");
-        json.BeginArray();
-        for (const Layer& layer : summary.layers) {
-            json.BeginObject();
-            json.Member("name", layer.name);
-            json.Member("color", layer.color);
-            json.Member("line", layer.line);
-            json.Member("visible", layer.color >= 0);
-            json.EndObject();
-        }
-        json.EndArray();
-        json.Member("map_scale", summary.mapScale);
-        json.Member("symbol_size", summary.symbolSize);
-        json.Member("coordinate_division", counts.jCoordDivision);
-        if (!summary.settingsDamage.empty()) {
-            json.Member("settings_damage", summary.settingsDamage);
-        }
-        WriteSystem(json, db);
-        json.EndObject();
+        Answer(console, [&](JsonWriter& json) {
+            json.Member("id",
+                        summary.identity.empty() ? std::nullopt : std::optional(summary.identity));
+            json.Member("points", counts.numPoints);
+            json.Member("entities", counts.numEntities);
+            json.Member("polylines", counts.numPlines);
+            json.Member("vertices", counts.numVertices);
+            json.Member("texts", counts.numTexts);
+            json.Member("circles", counts.numCircles);
+            json.Member("bitmaps", counts.numBitmaps);
+            json.Values("groups", summary.groups);
+            if (summary.extents) {
+                json.Object("extents", [&] { WriteMembers(json, *summary.extents); });
+            }
+            json.Objects("layers", summary.layers, [&](const JobLayer& layer) {
+                json.Member("name", layer.name);
+                json.Member("color", layer.color);
+                json.Member("line", layer.line);
+                json.Member("visible", !layer.IsHidden());
+            });
+            json.Member("map_scale", summary.mapScale);
+            json.Member("symbol_size", summary.symbolSize);
+            json.Member("coordinate_division", counts.jCoordDivision);
+            if (!summary.settingsDamage.empty()) {
+                json.Member("settings_damage", summary.settingsDamage);
+            }
+            WriteSystem(json, db);
+        });
     }
 
     std::vector<std::string> m_jobs;

@@ -24,7 +24,7 @@ class InspectCommand : public Command {
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command =
             program.AddCommand("inspect", "Look for probable mistakes in a job's points");
-        command.Add("JOB", m_jobs, "The jobs; they are not changed").Required().Placeholder("");
+        command.AddRequired("JOB", m_jobs, "The jobs; they are not changed");
         AddJson(command);
         command
             .Add("--tolerance", m_tolerance,
@@ -105,35 +105,26 @@ class InspectCommand : public Command {
 
     void WriteJson(JsonWriter& json, const std::string& job,
                    const JobInspection& inspection) const {
-        json.BeginObject();
-        json.Member("job", job);
-        json.Member("points", inspection.GetPoints());
-        json.Key("counts");
-        json.BeginObject();
-        for (std::size_t kind = 0; kind < exchange::kOddityCount; ++kind) {
-            const auto oddity = static_cast<Oddity>(kind);
-            json.Member(exchange::OddityWord(oddity), inspection.GetCount(oddity));
-        }
-        json.EndObject();
-        json.Key("findings");
-        json.BeginArray();
-        for (const InspectionFinding& finding : inspection.GetFindings()) {
-            json.BeginObject();
-            json.Member("kind", exchange::OddityWord(finding.kind));
-            json.Member("text", finding.text);
-            json.Key("points");
-            json.BeginArray();
-            for (const exchange::InspectedName& point : finding.points) {
-                json.BeginObject();
-                json.Member("handle", point.handle);
-                json.Member("name", point.name);
-                json.EndObject();
-            }
-            json.EndArray();
-            json.EndObject();
-        }
-        json.EndArray();
-        json.EndObject();
+        json.Object([&] {
+            json.Member("job", job);
+            json.Member("points", inspection.GetPoints());
+            json.Object("counts", [&] {
+                for (std::size_t kind = 0; kind < exchange::kOddityCount; ++kind) {
+                    const auto oddity = static_cast<Oddity>(kind);
+                    json.Member(exchange::OddityWord(oddity), inspection.GetCount(oddity));
+                }
+            });
+            json.Objects("findings", inspection.GetFindings(),
+                         [&](const InspectionFinding& finding) {
+                             json.Member("kind", exchange::OddityWord(finding.kind));
+                             json.Member("text", finding.text);
+                             json.Objects("points", finding.points,
+                                          [&](const exchange::InspectedName& point) {
+                                              json.Member("handle", point.handle);
+                                              json.Member("name", point.name);
+                                          });
+                         });
+        });
     }
 
     std::vector<std::string> m_jobs;

@@ -1,23 +1,20 @@
 #include <cqsurvey/cqsurvey.h>
 
-#include <cstdlib>
 #include <map>
 
+#include "cqjob/Arguments.h"
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/TextTable.h"
+#include "cqjob/drawing/JobLayer.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
 namespace {
-
-constexpr std::size_t kLongestLayerName = 51;
-constexpr int kMaxColor = 255;
-constexpr int kMaxLine = 65535;
 
 class LayersCommand : public Command {
  public:
@@ -35,79 +32,83 @@ class LayersCommand : public Command {
             "  cqjob layers add site.job Road --color 1\n"
             "  cqjob layers hide site.job Road");
 
-        m_list = &command.AddCommand("list", "List every layer");
-        AddJob(*m_list, "The job; it is not changed");
-        AddJson(*m_list);
-        AddWide(*m_list);
-        m_list->SetFooter("Example:\n  cqjob layers list site.job");
+        CommandLine& list = AddAction(command, "list", "List every layer",
+                                      [this](Console& console) { List(console); });
+        AddJob(list, "The job; it is not changed");
+        AddJson(list);
+        AddWide(list);
+        list.SetFooter("Example:\n  cqjob layers list site.job");
 
-        m_add = &command.AddCommand("add", "Add a layer");
-        AddJob(*m_add, "The job");
-        m_add->Add("NAME", m_name, "The layer's name, at most 51 characters")
-            .Required()
-            .Placeholder("");
-        m_add->Add("--color", m_color, "Its colour, 1 to 255; 7 is black on white")
+        CommandLine& add = AddAction(command, "add", "Add a layer", [this](Console&) { Add(); });
+        AddJob(add, "The job");
+        add.AddRequired("NAME", m_name,
+                        fmt::format("The layer's name, at most {} characters", limits::kLayerName));
+        add.Add("--color", m_color,
+                fmt::format("Its colour, 1 to {}; 7 is black on white",
+                            limits::kHighestPaletteColor))
             .Placeholder("N")
-            .InRange(1, kMaxColor)
+            .InRange(1, limits::kHighestPaletteColor)
             .ShowDefault();
-        m_add->Add("--line", m_line, "Its line type; cqjob plot --help lists them")
+        add.Add("--line", m_line, "Its line type; cqjob plot --help lists them")
             .Placeholder("N")
-            .InRange(0, kMaxLine)
+            .InRange(0, limits::kHighestLine)
             .ShowDefault();
-        m_add->AddFlag("--hidden", m_hidden, "Hide the new layer");
-        m_add->SetFooter("Example:\n  cqjob layers add site.job Road --color 1 --line 2");
+        add.AddFlag("--hidden", m_hidden, "Hide the new layer");
+        add.SetFooter("Example:\n  cqjob layers add site.job Road --color 1 --line 2");
 
-        m_show = &command.AddCommand("show", "Show layers that were hidden");
-        AddNames(*m_show);
-        m_show->SetFooter("Example:\n  cqjob layers show site.job Road Trees");
+        CommandLine& show = AddAction(command, "show", "Show layers that were hidden",
+                                      [this](Console&) { Show(true); });
+        AddNames(show);
+        show.SetFooter("Example:\n  cqjob layers show site.job Road Trees");
 
-        m_hide = &command.AddCommand("hide", "Hide layers");
-        AddNames(*m_hide);
-        m_hide->SetFooter("Example:\n  cqjob layers hide site.job Road Trees");
+        CommandLine& hide =
+            AddAction(command, "hide", "Hide layers", [this](Console&) { Show(false); });
+        AddNames(hide);
+        hide.SetFooter("Example:\n  cqjob layers hide site.job Road Trees");
 
-        m_colorAction = &command.AddCommand("color", "Change a layer's colour");
-        AddJob(*m_colorAction, "The job");
-        AddName(*m_colorAction);
-        m_colorAction->Add("COLOR", m_color, "The colour, 1 to 255")
-            .Required()
-            .Placeholder("")
-            .InRange(1, kMaxColor);
-        m_colorAction->SetFooter(
+        CommandLine& color = AddAction(command, "color", "Change a layer's colour",
+                                       [this](Console&) { EditColor(); });
+        AddJob(color, "The job");
+        AddName(color);
+        color
+            .AddRequired("COLOR", m_color,
+                         fmt::format("The colour, 1 to {}", limits::kHighestPaletteColor))
+            .InRange(1, limits::kHighestPaletteColor);
+        color.SetFooter(
             "A hidden layer stays hidden.\n"
             "\n"
             "Example:\n"
             "  cqjob layers color site.job Road 5");
 
-        m_lineAction = &command.AddCommand("line", "Change a layer's line type");
-        AddJob(*m_lineAction, "The job");
-        AddName(*m_lineAction);
-        m_lineAction->Add("LINE", m_line, "The line type; cqjob plot --help lists them")
-            .Required()
-            .Placeholder("")
-            .InRange(0, kMaxLine);
-        m_lineAction->SetFooter("Example:\n  cqjob layers line site.job Road 2");
+        CommandLine& line = AddAction(command, "line", "Change a layer's line type",
+                                      [this](Console&) { EditLine(); });
+        AddJob(line, "The job");
+        AddName(line);
+        line.AddRequired("LINE", m_line, "The line type; cqjob plot --help lists them")
+            .InRange(0, limits::kHighestLine);
+        line.SetFooter("Example:\n  cqjob layers line site.job Road 2");
 
-        m_rename = &command.AddCommand("rename", "Give a layer another name");
-        AddJob(*m_rename, "The job");
-        AddName(*m_rename);
-        m_rename->Add("NEW", m_other, "The new name, at most 51 characters")
-            .Required()
-            .Placeholder("");
-        AddJson(*m_rename);
-        m_rename->SetFooter(
+        CommandLine& rename = AddAction(command, "rename", "Give a layer another name",
+                                        [this](Console& console) { Rename(console); });
+        AddJob(rename, "The job");
+        AddName(rename);
+        rename.AddRequired("NEW", m_other,
+                           fmt::format("The new name, at most {} characters", limits::kLayerName));
+        AddJson(rename);
+        rename.SetFooter(
             "The layer keeps its colour and line type, and goes to the end of the list. Layer 0\n"
             "keeps its name.\n"
             "\n"
             "Example:\n"
             "  cqjob layers rename site.job Road \"Road edge\"");
 
-        m_delete = &command.AddCommand("delete", "Delete a layer");
-        AddJob(*m_delete, "The job");
-        AddName(*m_delete);
-        m_delete->Add("--move-to", m_other, "Move what is on it to this layer")
-            .Placeholder("LAYER");
-        AddJson(*m_delete);
-        m_delete->SetFooter(
+        CommandLine& remove = AddAction(command, "delete", "Delete a layer",
+                                        [this](Console& console) { Delete(console); });
+        AddJob(remove, "The job");
+        AddName(remove);
+        remove.Add("--move-to", m_other, "Move what is on it to this layer").Placeholder("LAYER");
+        AddJson(remove);
+        remove.SetFooter(
             "A layer that holds anything is deleted only when it can be moved elsewhere. Layer 0\n"
             "stays.\n"
             "\n"
@@ -117,143 +118,116 @@ class LayersCommand : public Command {
     }
 
     int Run(Console& console) override {
-        if (m_add->IsGiven()) {
-            return Add();
+        if (!RunAction(console)) {
+            if (!m_command->IsGiven("JOB")) {
+                throw UsageError("JOB is required");
+            }
+            List(console);
         }
-        if (m_show->IsGiven() || m_hide->IsGiven()) {
-            return Show();
-        }
-        if (m_colorAction->IsGiven() || m_lineAction->IsGiven()) {
-            return Edit();
-        }
-        if (m_rename->IsGiven() || m_delete->IsGiven()) {
-            return m_rename->IsGiven() ? Rename(console) : Delete(console);
-        }
-        if (!m_list->IsGiven() && !m_command->IsGiven("JOB")) {
-            throw UsageError("JOB is required");
-        }
-        return List(console);
+        return 0;
     }
 
  private:
-    void AddName(CommandLine& command) {
-        command.Add("NAME", m_name, "The layer").Required().Placeholder("");
-    }
+    void AddName(CommandLine& command) { command.AddRequired("NAME", m_name, "The layer"); }
 
     void AddNames(CommandLine& command) {
         AddJob(command, "The job");
-        command.Add("NAME", m_names, "The layers").Required().Placeholder("");
+        command.AddRequired("NAME", m_names, "The layers");
     }
 
-    int List(Console& console) const {
+    void List(Console& console) const {
         CqSurveyDB db;
         OpenToRead(db, m_job);
         std::map<CString, std::size_t> entities;
         for (const CqCadEntityPtr& entity : Entities(db)) {
             ++entities[entity->GetLayer()];
         }
+        const std::vector<JobLayer> layers = ReadLayers(db);
+        db.Close();
+        if (m_json) {
+            Answer(console, [&](JsonWriter& json) {
+                json.Objects("layers", layers, [&](const JobLayer& layer) {
+                    json.Member("name", layer.name);
+                    json.Member("color", layer.GetPlainColor());
+                    json.Member("line", layer.line);
+                    json.Member("shown", !layer.IsHidden());
+                    json.Member("entities", entities[layer.name]);
+                });
+            });
+            return;
+        }
         TextTable table(console,
                         {{"Name"}, {"Color", true}, {"Line", true}, {"Shown"}, {"Entities", true}});
-        JsonWriter json(console);
-        if (m_json) {
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Key("layers");
-            json.BeginArray();
+        for (const JobLayer& layer : layers) {
+            table.Add({ToUtf8(layer.name), std::to_string(layer.GetPlainColor()),
+                       std::to_string(layer.line), layer.IsHidden() ? "no" : "yes",
+                       std::to_string(entities[layer.name])});
         }
-        std::size_t count = 0;
-        CString name;
-        int color = 0;
-        // The count ends the walk in a damaged job.
-        const auto there = static_cast<std::size_t>(db.GetNumLayers());
-        for (CqHandle handle = db.GetFirstLayerHandle();
-             handle != 0 && count < there && db.GetNextLayer(handle, name, color) != 0; ++count) {
-            const bool shown = color >= 0;
-            if (m_json) {
-                json.BeginObject();
-                json.Member("name", ToUtf8(name));
-                json.Member("color", std::abs(static_cast<long>(color)));
-                json.Member("line", db.GetLayerLine(name));
-                json.Member("shown", shown);
-                json.Member("entities", entities[name]);
-                json.EndObject();
-            } else {
-                table.Add({ToUtf8(name), fmt::format("{}", std::abs(static_cast<long>(color))),
-                           fmt::format("{}", db.GetLayerLine(name)), shown ? "yes" : "no",
-                           fmt::format("{}", entities[name])});
-            }
-        }
-        if (m_json) {
-            json.EndArray();
-            json.EndObject();
-        } else {
-            table.Finish();
-            console.Say("{}\n", Count(count, "layer"));
-        }
-        db.Close();
-        return 0;
+        table.Finish();
+        console.Say("{}\n", Count(layers.size(), "layer"));
     }
 
-    static CString ToName(const std::string& name) {
+    static CString ReadLayerName(const std::string& name) {
         if (name.empty()) {
             throw UsageError("a layer's name cannot be empty");
         }
-        if (!IsUtf8(name)) {
-            throw UsageError("the name " + Quoted(name) + " is not UTF-8");
+        return ReadText(name, "the name");
+    }
+
+    static CString ReadNewName(const std::string& text) {
+        CString name = ReadLayerName(text);
+        if (name.size() > limits::kLayerName) {
+            throw UsageError(fmt::format("the name {} has more than {} characters", Quoted(text),
+                                         limits::kLayerName));
         }
-        return FromUtf8(name);
+        return name;
     }
 
     [[noreturn]] void FailAbout(const std::string& name, const char* what) const {
-        throw Failure(fmt::format("{}: there is {} {}", Printable(m_job), what, Quoted(name)));
+        throw Failure(m_job, "there is {} {}", what, Quoted(name));
     }
 
-    int Add() const {
-        const CString name = ToName(m_name);
-        if (name.size() > kLongestLayerName) {
-            throw UsageError(fmt::format("the name {} has more than {} characters", Quoted(m_name),
-                                         kLongestLayerName));
-        }
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
-        if (db.AddLayer(name, m_hidden ? -m_color : m_color, m_line) == 0) {
+    void Add() const {
+        const CString name = ReadNewName(m_name);
+        JobChange change(m_job);
+        if (change.GetJob().AddLayer(name, m_hidden ? -m_color : m_color, m_line) == 0) {
             FailAbout(m_name, "already a layer");
         }
-        CloseChanged(db);
-        return 0;
+        change.Commit();
     }
 
-    int Show() const {
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
-        CqBatch batch(db);
-        for (const std::string& name : m_names) {
-            if (db.ShowLayer(ToName(name), m_show->IsGiven() ? 1 : 0) == 0) {
-                FailAbout(name, "no layer");
+    void Show(bool shown) const {
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
+        for (const std::string& text : m_names) {
+            const CString name = ReadLayerName(text);
+            if (db.ShowLayer(name, shown ? 1 : 0) == 0) {
+                FailAbout(text, "no layer");
             }
-            if (m_hide->IsGiven() && db.GetLayerColor(ToName(name)) == 0) {
-                throw Failure(fmt::format("{}: layer {} has colour 0 and cannot be hidden",
-                                          Printable(m_job), Quoted(name)));
+            if (!shown && db.GetLayerColor(name) == 0) {
+                throw Failure(m_job, "layer {} has colour 0 and cannot be hidden", Quoted(text));
             }
         }
-        batch.Commit();
-        CloseChanged(db);
-        return 0;
+        change.Commit();
     }
 
-    int Edit() const {
-        const CString name = ToName(m_name);
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
-        const int done =
-            m_lineAction->IsGiven()
-                ? db.EditLayerLine(name, m_line)
-                : db.EditLayerColor(name, db.GetLayerColor(name) < 0 ? -m_color : m_color);
-        if (done == 0) {
+    void EditColor() const {
+        const CString name = ReadLayerName(m_name);
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
+        if (db.EditLayerColor(name, db.GetLayerColor(name) < 0 ? -m_color : m_color) == 0) {
             FailAbout(m_name, "no layer");
         }
-        CloseChanged(db);
-        return 0;
+        change.Commit();
+    }
+
+    void EditLine() const {
+        const CString name = ReadLayerName(m_name);
+        JobChange change(m_job);
+        if (change.GetJob().EditLayerLine(name, m_line) == 0) {
+            FailAbout(m_name, "no layer");
+        }
+        change.Commit();
     }
 
     /// Moves everything on one layer to another, and returns how many entities that were.
@@ -276,54 +250,33 @@ class LayersCommand : public Command {
             FailAbout(m_name, "no layer");
         }
         if (name == u"0") {
-            throw Failure(Printable(m_job) + ": every job has the layer \"0\"");
+            throw Failure(m_job, "every job has the layer \"0\"");
         }
     }
 
-    static bool HasLayer(CqSurveyDB& db, const CString& wanted) {
-        CString name;
-        int color = 0;
-        auto left = db.GetNumLayers();
-        for (CqHandle handle = db.GetFirstLayerHandle();
-             handle != 0 && left > 0 && db.GetNextLayer(handle, name, color) != 0; --left) {
-            if (name == wanted) {
-                return true;
-            }
-        }
-        return false;
-    }
-
-    int Rename(Console& console) const {
-        const CString name = ToName(m_name);
-        const CString newName = ToName(m_other);
-        if (newName.size() > kLongestLayerName) {
-            throw UsageError(fmt::format("the name {} has more than {} characters", Quoted(m_other),
-                                         kLongestLayerName));
-        }
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
+    void Rename(Console& console) const {
+        const CString name = ReadLayerName(m_name);
+        const CString newName = ReadNewName(m_other);
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
         RequireOwnLayer(db, name);
-        CqBatch batch(db);
         if (db.AddLayer(newName, db.GetLayerColor(name), db.GetLayerLine(name)) == 0) {
             FailAbout(m_other, "already a layer");
         }
         const std::size_t moved = Move(db, name, newName);
         db.DeleteLayer(name);
-        batch.Commit();
-        Answer(console, "name", moved);
-        CloseChanged(db);
-        return 0;
+        change.Commit();
+        Tell(console, "name", moved);
     }
 
-    int Delete(Console& console) const {
-        const CString name = ToName(m_name);
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
+    void Delete(Console& console) const {
+        const CString name = ReadLayerName(m_name);
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
         RequireOwnLayer(db, name);
-        CqBatch batch(db);
         std::size_t moved = 0;
         if (!m_other.empty()) {
-            const CString other = ToName(m_other);
+            const CString other = ReadLayerName(m_other);
             if (other == name || !HasLayer(db, other)) {
                 FailAbout(m_other, "no other layer");
             }
@@ -331,41 +284,29 @@ class LayersCommand : public Command {
         }
         for (const CqCadEntityPtr& entity : Entities(db)) {
             if (entity->GetLayer() == name) {
-                throw Failure(fmt::format(
-                    "{}: the layer {} is not empty; --move-to moves what is on it to another layer",
-                    Printable(m_job), Quoted(m_name)));
+                throw Failure(
+                    m_job,
+                    "the layer {} is not empty; --move-to moves what is on it to another layer",
+                    Quoted(m_name));
             }
         }
         db.DeleteLayer(name);
-        batch.Commit();
-        Answer(console, "moved_to", moved);
-        CloseChanged(db);
-        return 0;
+        change.Commit();
+        Tell(console, "moved_to", moved);
     }
 
-    void Answer(Console& console, const char* otherKey, std::size_t moved) const {
-        if (!m_json) {
-            return;
+    void Tell(Console& console, const char* otherKey, std::size_t moved) const {
+        if (m_json) {
+            Answer(console, [&](JsonWriter& json) {
+                json.Member("layer", m_name);
+                json.Member(otherKey, m_other);
+                json.Member("moved", moved);
+            });
         }
-        JsonWriter json(console);
-        json.BeginObject();
-        json.Member("job", m_job);
-        json.Member("layer", m_name);
-        json.Member(otherKey, m_other);
-        json.Member("moved", moved);
-        json.EndObject();
     }
 
     CommandLine* m_command = nullptr;
-    CommandLine* m_rename = nullptr;
-    CommandLine* m_delete = nullptr;
     std::string m_other;
-    CommandLine* m_list = nullptr;
-    CommandLine* m_add = nullptr;
-    CommandLine* m_show = nullptr;
-    CommandLine* m_hide = nullptr;
-    CommandLine* m_colorAction = nullptr;
-    CommandLine* m_lineAction = nullptr;
     std::string m_name;
     std::vector<std::string> m_names;
     int m_color = 7;

@@ -5,7 +5,6 @@
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobChange.h"
-#include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/drawing/EntityOptions.h"
 #include "cqjob/drawing/PlaceArgument.h"
@@ -16,8 +15,6 @@
 namespace cqsurvey::cqjob {
 
 namespace {
-
-constexpr int kByLayer = 256;
 
 /// A change of one vertex as the command line gives it: "3=P7".
 struct VertexChange {
@@ -54,7 +51,7 @@ class LineCommand : public Command {
 
         m_add = &command.AddCommand("add", "Draw a polyline through places");
         AddJob(*m_add, "The job");
-        m_add->Add("PLACE", m_words, "Its vertices").Required().Placeholder("");
+        m_add->AddRequired("PLACE", m_words, "Its vertices");
         m_add->AddFlag("--close", m_close, "Go back to the first place");
         m_options.AddTo(*m_add, true);
         AddJson(*m_add);
@@ -92,10 +89,9 @@ class LineCommand : public Command {
     }
 
     int Run(Console& console) override {
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
         std::vector<CqHandle> lines;
-        CqBatch batch(db);
         if (m_add->IsGiven()) {
             lines.push_back(Add(db));
         } else {
@@ -111,15 +107,14 @@ class LineCommand : public Command {
                 }
             }
         }
-        batch.Commit();
-        CloseChanged(db);
+        change.Commit();
         Tell(console, lines);
         return 0;
     }
 
  private:
     void AddLines(CommandLine& command, const std::string& help) {
-        command.Add("LINE", m_lines, help).Required().Placeholder("");
+        command.AddRequired("LINE", m_lines, help);
     }
 
     static void AddChanges(CommandLine& command, const std::string& name,
@@ -136,7 +131,8 @@ class LineCommand : public Command {
             vertices.push_back(first);
         }
         m_options.Choose(db, m_job);
-        CqCadEntityList* list = db.StartPline(m_options.GetLine(kByLayer), m_options.GetCode(0));
+        CqCadEntityList* list =
+            db.StartPline(m_options.GetLine(limits::kByLayer), m_options.GetCode(0));
         for (const LineVertex& vertex : vertices) {
             db.AddVertex(list, vertex.place.coords.data(), vertex.bulge);
         }
@@ -179,10 +175,10 @@ class LineCommand : public Command {
     [[nodiscard]] std::size_t RequireVertex(const std::vector<JobVertex>& vertices,
                                             std::size_t index, bool withSegment = false) const {
         if (index + (withSegment ? 1 : 0) >= vertices.size()) {
-            throw Failure(withSegment ? fmt::format("{}: there is no segment behind vertex {}",
-                                                    Printable(m_job), index + 1)
-                                      : fmt::format("{}: the line has {} vertices, not {}",
-                                                    Printable(m_job), vertices.size(), index + 1));
+            if (withSegment) {
+                throw Failure(m_job, "there is no segment behind vertex {}", index + 1);
+            }
+            throw Failure(m_job, "the line has {} vertices, not {}", vertices.size(), index + 1);
         }
         return index;
     }
@@ -267,9 +263,7 @@ class LineCommand : public Command {
             }
         }
         if (!gone.empty() && vertices.size() + m_inserts.size() < gone.size() + 2) {
-            throw Failure(
-                fmt::format("{}: fewer than two vertices would be left; use cqjob line delete",
-                            Printable(m_job)));
+            throw Failure(m_job, "fewer than two vertices would be left; use cqjob line delete");
         }
         for (const CqHandle vertex : gone) {
             db.DeleteVertex(vertex);
@@ -278,16 +272,7 @@ class LineCommand : public Command {
 
     void Tell(Console& console, const std::vector<CqHandle>& lines) const {
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Key("lines");
-            json.BeginArray();
-            for (const CqHandle line : lines) {
-                json.Value(line);
-            }
-            json.EndArray();
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) { json.Values("lines", lines); });
         } else if (m_add->IsGiven()) {
             console.Print("{}\n", lines.front());
         }

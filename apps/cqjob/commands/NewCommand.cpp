@@ -5,7 +5,6 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/settings/SystemOptions.h"
-#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -48,7 +47,7 @@ class NewCommand : public Command {
             CqBatch batch(db);
             m_system.State(db, m_job);
             if (CqJobIdentity(db).Give() == 0) {
-                throw Failure(Printable(m_job) + ": the settings could not be written");
+                throw Failure(m_job, "the settings could not be written");
             }
             batch.Commit();
         } catch (...) {
@@ -62,12 +61,10 @@ class NewCommand : public Command {
     void WriteJson(Console& console) const {
         CqSurveyDB db;
         OpenToRead(db, m_job);
-        JsonWriter json(console);
-        json.BeginObject();
-        json.Member("job", m_job);
-        json.Member("id", ToUtf8(CqJobIdentity(db).Get()));
-        WriteSystem(json, db);
-        json.EndObject();
+        Answer(console, [&](JsonWriter& json) {
+            json.Member("id", CqJobIdentity(db).Get());
+            WriteSystem(json, db);
+        });
     }
 
     SystemOptions m_system;

@@ -40,10 +40,8 @@ class PlotCommand : public Command {
     CommandLine& AddTo(CommandLine& program) override {
         CommandLine& command = program.AddCommand("plot", "Draw a job's plan as SVG, PDF or PNG");
         AddJob(command, "The job; it is not changed");
-        command
-            .Add("FILE", m_file, "The picture to write: .svg, .pdf or .png; - for standard output")
-            .Required()
-            .Placeholder("");
+        command.AddRequired("FILE", m_file,
+                            "The picture to write: .svg, .pdf or .png; - for standard output");
         command.Add("--format", m_format, "The format, if the file's name does not say it")
             .Placeholder("WORD")
             .OneOf({"svg", "pdf", "png"});
@@ -324,8 +322,7 @@ class PlotCommand : public Command {
                                      [&](std::size_t read) { progress.Update(read, read, there); });
         } catch (const plan::PlanFailure& failure) {
             const bool damaged = failure.GetCode() == error::kDamaged;
-            throw Failure(Printable(m_job) + ": " + failure.what() +
-                          (damaged ? "; cqjob check says more" : ""));
+            throw Failure(m_job, "{}{}", failure.what(), damaged ? "; cqjob check says more" : "");
         }
     }
 

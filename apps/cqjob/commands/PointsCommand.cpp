@@ -11,7 +11,6 @@
 #include "cqjob/ViewOptions.h"
 #include "cqjob/points/PointColumn.h"
 #include "cqjob/points/PointDetails.h"
-#include "text/NumberText.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -112,19 +111,16 @@ class PointsCommand : public Command {
 
     void WriteJson(Console& console, CqSurveyDB& db, const PointList& points, std::size_t first,
                    std::size_t end) const {
-        JsonWriter json(console);
-        json.BeginObject();
-        json.Member("job", m_job);
-        json.Member("total", points.GetCount());
-        json.Member("first", first + 1);
-        json.Member("count", end - first);
-        json.Key("points");
-        json.BeginArray();
-        for (std::size_t i = first; i < end; ++i) {
-            Read(db, points, i).WriteJson(json);
-        }
-        json.EndArray();
-        json.EndObject();
+        Answer(console, [&](JsonWriter& json) {
+            json.Member("total", points.GetCount());
+            json.Member("first", first + 1);
+            json.Member("count", end - first);
+            json.Array("points", [&] {
+                for (std::size_t i = first; i < end; ++i) {
+                    Read(db, points, i).WriteJson(json);
+                }
+            });
+        });
     }
 
     ViewOptions m_view;

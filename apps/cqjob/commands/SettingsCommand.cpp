@@ -15,6 +15,16 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
+struct Setting {
+    std::string key;
+    std::string value;
+};
+
+struct Section {
+    std::string name;
+    std::vector<Setting> settings;
+};
+
 class SettingsCommand : public Command {
  public:
     CommandLine& AddTo(CommandLine& program) override {
@@ -28,28 +38,29 @@ class SettingsCommand : public Command {
             "  cqjob settings list site.job\n"
             "  cqjob settings set site.job SETTINGS Mapscale 250");
 
-        m_list = &command.AddCommand("list", "List every setting");
-        AddJob(*m_list, "The job; it is not changed");
-        AddJson(*m_list);
-        m_list->SetFooter("Example:\n  cqjob settings list site.job");
+        CommandLine& list = AddAction(command, "list", "List every setting",
+                                      [this](Console& console) { List(console); });
+        AddJob(list, "The job; it is not changed");
+        AddJson(list);
+        list.SetFooter("Example:\n  cqjob settings list site.job");
 
-        m_get = &command.AddCommand("get", "Show the value of one setting");
-        AddJob(*m_get, "The job; it is not changed");
-        AddNames(*m_get);
-        AddJson(*m_get);
-        m_get->SetFooter("Example:\n  cqjob settings get site.job SETTINGS Mapscale");
+        CommandLine& get = AddAction(command, "get", "Show the value of one setting",
+                                     [this](Console& console) { Get(console); });
+        AddJob(get, "The job; it is not changed");
+        AddNames(get);
+        AddJson(get);
+        get.SetFooter("Example:\n  cqjob settings get site.job SETTINGS Mapscale");
 
-        m_set = &command.AddCommand("set", "Change one setting");
-        AddJob(*m_set, "The job");
-        AddNames(*m_set);
-        m_set->Add("VALUE", m_value, "The value; an empty one removes a key that you added")
-            .Required()
-            .Placeholder("");
-        m_set->AddFlag("--new", m_new,
-                       "Add a key of your own even to SETTINGS or BACKGROUND, where every job has "
-                       "the same keys");
-        AddJson(*m_set);
-        m_set->SetFooter(
+        CommandLine& set = AddAction(command, "set", "Change one setting",
+                                     [this](Console& console) { Set(console); });
+        AddJob(set, "The job");
+        AddNames(set);
+        set.AddRequired("VALUE", m_value, "The value; an empty one removes a key that you added");
+        set.AddFlag("--new", m_new,
+                    "Add a key of your own even to SETTINGS or BACKGROUND, where every job has "
+                    "the same keys");
+        AddJson(set);
+        set.SetFooter(
             "The section TITLE is what plans say in their title block: Title, Client, Place,\n"
             "SurveyedBy, DrawnBy, Date, DrawingNumber, HeightSystem. In COORDINATES, Angles says "
             "how\n"
@@ -64,110 +75,95 @@ class SettingsCommand : public Command {
             "  cqjob settings set site.job TITLE Client \"County Roads\"\n"
             "  cqjob settings set site.job MyOffice Crew \"A. Berg, T. Lund\"");
 
-        m_system = &command.AddCommand("system", "Show or state the length unit and system");
-        AddJob(*m_system, "The job");
-        m_systemOptions.AddTo(*m_system);
-        AddJson(*m_system);
-        m_system->SetFooter("Without an option, the job is not changed.\n" +
-                            std::string(SystemOptions::kHelp) +
-                            "\n"
-                            "Example:\n"
-                            "  cqjob settings system site.job\n"
-                            "  cqjob settings system site.job --unit us-ft --crs EPSG:2230");
+        CommandLine& system =
+            AddAction(command, "system", "Show or state the length unit and system",
+                      [this](Console& console) { System(console); });
+        AddJob(system, "The job");
+        m_systemOptions.AddTo(system);
+        AddJson(system);
+        system.SetFooter("Without an option, the job is not changed.\n" +
+                         std::string(SystemOptions::kHelp) +
+                         "\n"
+                         "Example:\n"
+                         "  cqjob settings system site.job\n"
+                         "  cqjob settings system site.job --unit us-ft --crs EPSG:2230");
 
-        m_import = &command.AddCommand("import", "Replace all settings by those of a file");
-        AddJob(*m_import, "The job");
-        m_import->Add("FILE", m_file, "The settings file").Required().Placeholder("");
-        AddJson(*m_import);
-        m_import->SetFooter(kSettingsImportHelp);
+        CommandLine& load = AddAction(command, "import", "Replace all settings by those of a file",
+                                      [this](Console& console) { Import(console); });
+        AddJob(load, "The job");
+        load.AddRequired("FILE", m_file, "The settings file");
+        AddJson(load);
+        load.SetFooter(SettingsImportHelp());
 
-        m_export = &command.AddCommand("export", "Write all settings to a file");
-        AddJob(*m_export, "The job; it is not changed");
-        m_export->Add("FILE", m_file, "The file to write, - for standard output")
-            .Required()
-            .Placeholder("");
-        m_export->AddFlag("--force", m_force, "Replace an existing file");
-        AddJson(*m_export);
-        m_export->SetFooter("Example:\n  cqjob settings export site.job office.ini");
+        CommandLine& save = AddAction(command, "export", "Write all settings to a file",
+                                      [this](Console& console) { Export(console); });
+        AddJob(save, "The job; it is not changed");
+        save.AddRequired("FILE", m_file, "The file to write, - for standard output");
+        save.AddFlag("--force", m_force, "Replace an existing file");
+        AddJson(save);
+        save.SetFooter("Example:\n  cqjob settings export site.job office.ini");
         return command;
-    }
-
-    int Run(Console& console) override {
-        if (m_list->IsGiven()) {
-            return List(console);
-        }
-        if (m_import->IsGiven()) {
-            ImportSettings(m_job, m_file);
-            AnswerFile(console);
-            return 0;
-        }
-        if (m_export->IsGiven()) {
-            RequireOwnOutput(m_file);
-            ExportSettings(console, m_job, m_file, m_force);
-            AnswerFile(console);
-            return 0;
-        }
-        if (m_system->IsGiven()) {
-            return System(console);
-        }
-        return m_get->IsGiven() ? Get(console) : Set(console);
     }
 
  private:
     void AddNames(CommandLine& command) {
-        command.Add("SECTION", m_section, "The section, such as SETTINGS")
-            .Required()
-            .Placeholder("");
-        command.Add("KEY", m_key, "The key, such as Mapscale").Required().Placeholder("");
+        command.AddRequired("SECTION", m_section, "The section, such as SETTINGS");
+        command.AddRequired("KEY", m_key, "The key, such as Mapscale");
     }
 
-    int List(Console& console) const {
+    /// The sections with their keys and values.
+    [[nodiscard]] std::vector<Section> ReadAll() const {
         CqSurveyDB db;
         OpenToRead(db, m_job);
-        JsonWriter json(console);
-        if (m_json) {
-            json.BeginObject();
-        }
+        std::vector<Section> all;
         CStringList sections;
         db.GetSettingsSectionList(sections);
         for (const CString& section : sections) {
-            if (m_json) {
-                json.Key(ToUtf8(section));
-                json.BeginObject();
-            } else {
-                console.Print("[{}]\n", Printable(ToUtf8(section)));
-            }
+            Section& read = all.emplace_back();
+            read.name = ToUtf8(section);
             CStringList keys;
             db.GetSettingsKeyList(section, keys);
             for (const CString& key : keys) {
                 CString value;
                 db.GetSettingsString(section, key, value, CString());
-                if (m_json) {
-                    json.Member(ToUtf8(key), ToUtf8(value));
-                } else {
-                    console.Print("{}={}\n", Printable(ToUtf8(key)), Printable(ToUtf8(value)));
-                }
+                read.settings.push_back({ToUtf8(key), ToUtf8(value)});
             }
-            if (m_json) {
-                json.EndObject();
-            }
-        }
-        if (m_json) {
-            json.EndObject();
         }
         db.Close();
-        return 0;
+        return all;
     }
 
-    int Get(Console& console) const {
+    void List(Console& console) const {
+        const std::vector<Section> all = ReadAll();
+        if (m_json) {
+            JsonWriter json(console);
+            json.Object([&] {
+                for (const Section& section : all) {
+                    json.Object(section.name, [&] {
+                        for (const Setting& setting : section.settings) {
+                            json.Member(setting.key, setting.value);
+                        }
+                    });
+                }
+            });
+            return;
+        }
+        for (const Section& section : all) {
+            console.Print("[{}]\n", Printable(section.name));
+            for (const Setting& setting : section.settings) {
+                console.Print("{}={}\n", Printable(setting.key), Printable(setting.value));
+            }
+        }
+    }
+
+    void Get(Console& console) const {
         const CString section = ReadText(m_section, "the section");
         const CString key = ReadText(m_key, "the key");
         CqSurveyDB db;
         OpenToRead(db, m_job);
         CString value;
         if (db.GetSettingsString(section, key, value, CString()) == 0) {
-            throw Failure(fmt::format("{}: there is no setting {} in section {}", Printable(m_job),
-                                      Quoted(m_key), Quoted(m_section)));
+            FailWithout();
         }
         if (m_json) {
             console.Out(JsonWriter::Quote(ToUtf8(value)) + '\n');
@@ -175,47 +171,48 @@ class SettingsCommand : public Command {
             console.Print("{}\n", ToUtf8(value));
         }
         db.Close();
-        return 0;
     }
 
-    int System(Console& console) const {
-        CqSurveyDB db;
+    [[noreturn]] void FailWithout() const {
+        throw Failure(m_job, "there is no setting {} in section {}", Quoted(m_key),
+                      Quoted(m_section));
+    }
+
+    void System(Console& console) const {
         if (m_systemOptions.IsGiven()) {
             m_systemOptions.Check();
-            OpenToWrite(db, m_job);
-            CqBatch batch(db);
-            m_systemOptions.State(db, m_job);
-            batch.Commit();
-        } else {
-            OpenToRead(db, m_job);
+            JobChange change(m_job);
+            m_systemOptions.State(change.GetJob(), m_job);
+            change.Commit();
         }
+        CqSurveyDB db;
+        OpenToRead(db, m_job);
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            WriteSystem(json, db);
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) { WriteSystem(json, db); });
         } else {
             console.Print("Length unit  {}\nSystem       {}\n", DescribeUnit(db),
                           DescribeSystem(db));
         }
-        if (m_systemOptions.IsGiven()) {
-            CloseChanged(db);
-        }
-        return 0;
+    }
+
+    void Import(Console& console) const {
+        ImportSettings(m_job, m_file);
+        AnswerFile(console);
+    }
+
+    void Export(Console& console) const {
+        RequireOwnOutput(m_file);
+        ExportSettings(console, m_job, m_file, m_force);
+        AnswerFile(console);
     }
 
     void AnswerFile(Console& console) const {
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("file", m_file);
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) { json.Member("file", m_file); });
         }
     }
 
-    int Set(Console& console) const {
+    void Set(Console& console) const {
         const CString section = ReadText(m_section, "the section");
         const CString key = ReadText(m_key, "the key");
         static_cast<void>(ReadText(m_value, "the value"));
@@ -223,42 +220,31 @@ class SettingsCommand : public Command {
         if (!fault.empty()) {
             throw UsageError(fault);
         }
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
-        CString before;
-        if (!m_new && db.GetSettingsString(section, key, before, CString()) == 0) {
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
+        CString value;
+        if (!m_new && db.GetSettingsString(section, key, value, CString()) == 0) {
             if (const std::string typo = SettingRules::FindTypo(m_section, m_key); !typo.empty()) {
                 throw UsageError(typo);
             }
         }
-        CqBatch batch(db);
         if (SettingRules::IsOfSystem(m_section)) {
             SetSystem(db);
         } else if (WriteSetting(db, section, key) == 0) {
-            throw Failure(fmt::format("{}: {}", Printable(m_job),
-                                      m_value.empty()
-                                          ? fmt::format("there is no setting {} in section {}",
-                                                        Quoted(m_key), Quoted(m_section))
-                                          : std::string("the settings could not be written")));
-        }
-        batch.Commit();
-        if (m_json) {
-            CString value;
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Member("section", m_section);
-            json.Member("key", m_key);
-            json.Key("value");
-            if (db.GetSettingsString(section, key, value, CString()) != 0) {
-                json.Value(ToUtf8(value));
-            } else {
-                json.Null();
+            if (m_value.empty()) {
+                FailWithout();
             }
-            json.EndObject();
+            throw Failure(m_job, "the settings could not be written");
         }
-        CloseChanged(db);
-        return 0;
+        const bool kept = db.GetSettingsString(section, key, value, CString()) != 0;
+        change.Commit();
+        if (m_json) {
+            Answer(console, [&](JsonWriter& json) {
+                json.Member("section", m_section);
+                json.Member("key", m_key);
+                json.Member("value", kept ? std::optional(value) : std::nullopt);
+            });
+        }
     }
 
     int WriteSetting(CqSurveyDB& db, const CString& section, const CString& key) const {
@@ -272,7 +258,7 @@ class SettingsCommand : public Command {
     void SetSystem(CqSurveyDB& db) const {
         if (SettingRules::IsAngles(m_key)) {
             if (CqJobSystem(db).SetAngles(FindAngleForm(m_value)) == 0) {
-                throw Failure(Printable(m_job) + ": the settings could not be written");
+                throw Failure(m_job, "the settings could not be written");
             }
             return;
         }
@@ -283,13 +269,7 @@ class SettingsCommand : public Command {
         options.State(db, m_job);
     }
 
-    CommandLine* m_list = nullptr;
-    CommandLine* m_system = nullptr;
     SystemOptions m_systemOptions;
-    CommandLine* m_get = nullptr;
-    CommandLine* m_set = nullptr;
-    CommandLine* m_import = nullptr;
-    CommandLine* m_export = nullptr;
     std::string m_section;
     std::string m_key;
     std::string m_value;

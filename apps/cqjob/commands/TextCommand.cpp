@@ -7,12 +7,10 @@
 #include "cqjob/Command.h"
 #include "cqjob/Failure.h"
 #include "cqjob/JobChange.h"
-#include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/drawing/EntityOptions.h"
 #include "cqjob/drawing/PlaceArgument.h"
 #include "text/NumberText.h"
-#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -41,8 +39,8 @@ class TextCommand : public Command {
 
         m_add = &command.AddCommand("add", "Write a text at a place");
         AddJob(*m_add, "The job");
-        m_add->Add("PLACE", m_place, "Where").Required().Placeholder("");
-        m_add->Add("TEXT", m_text, "The text").Required().Placeholder("");
+        m_add->AddRequired("PLACE", m_place, "Where");
+        m_add->AddRequired("TEXT", m_text, "The text");
         AddOptions(*m_add, "Its height; 1 without it");
         m_add->SetFooter(std::string(kPlaceArgument) +
                          "\n"
@@ -67,9 +65,8 @@ class TextCommand : public Command {
     }
 
     int Run(Console& console) override {
-        CqSurveyDB db;
-        OpenToWrite(db, m_job);
-        CqBatch batch(db);
+        JobChange change(m_job);
+        CqSurveyDB& db = change.GetJob();
         std::vector<CqHandle> texts;
         if (m_add->IsGiven()) {
             texts.push_back(Add(db));
@@ -84,17 +81,14 @@ class TextCommand : public Command {
                 }
             }
         }
-        batch.Commit();
-        CloseChanged(db);
+        change.Commit();
         Tell(console, texts);
         return 0;
     }
 
  private:
     void AddTexts(CommandLine& command) {
-        command.Add("ENTITY", m_texts, "The texts, by their numbers in cqjob entities")
-            .Required()
-            .Placeholder("");
+        command.AddRequired("ENTITY", m_texts, "The texts, by their numbers in cqjob entities");
     }
 
     void AddOptions(CommandLine& command, const std::string& heightHelp) {
@@ -161,16 +155,7 @@ class TextCommand : public Command {
 
     void Tell(Console& console, const std::vector<CqHandle>& texts) const {
         if (m_json) {
-            JsonWriter json(console);
-            json.BeginObject();
-            json.Member("job", m_job);
-            json.Key("texts");
-            json.BeginArray();
-            for (const CqHandle text : texts) {
-                json.Value(text);
-            }
-            json.EndArray();
-            json.EndObject();
+            Answer(console, [&](JsonWriter& json) { json.Values("texts", texts); });
         } else if (m_add->IsGiven()) {
             console.Print("{}\n", texts.front());
         }

@@ -19,25 +19,25 @@ std::string ShowName(const CodeRow& row) {
 
 }  // namespace
 
-void CodeReportText::WriteText(Console& console, bool all, std::size_t limit) const {
-    const auto count = [&](CodeFate fate) { return m_report.Count(fate); };
-    console.Print("  {}, {} without a code\n", Count(m_report.points, "point"),
-                  m_report.withoutCode);
+void WriteReport(Console& console, const exchange::CodeReport& report, bool all,
+                 std::size_t limit) {
+    const auto count = [&](CodeFate fate) { return report.Count(fate); };
+    console.Print("  {}, {} without a code\n", Count(report.points, "point"), report.withoutCode);
     console.Print(
         "  {} = {} drawn + {} only a point + {} unknown + {} incomplete + {} suspicious\n",
-        Count(m_report.rows.size(), "code"), count(CodeFate::Drawn), count(CodeFate::PointOnly),
+        Count(report.rows.size(), "code"), count(CodeFate::Drawn), count(CodeFate::PointOnly),
         count(CodeFate::Unknown), count(CodeFate::Incomplete), count(CodeFate::Suspicious));
-    console.Print("  drawing: {} with {}, {}, {}\n", Count(m_report.lines, "polyline"),
-                  Count(m_report.arcs, "arc"), Count(m_report.circles, "circle"),
-                  Count(m_report.texts, "text"));
-    console.Print("  {} added, {} kept, {} removed, {}, {} changed\n", m_report.added,
-                  m_report.kept, m_report.removed, Count(m_report.layers, "new layer"),
-                  Count(m_report.pointsChanged, "point"));
-    if (m_report.damagedRows > 0) {
+    console.Print("  drawing: {} with {}, {}, {}\n", Count(report.lines, "polyline"),
+                  Count(report.arcs, "arc"), Count(report.circles, "circle"),
+                  Count(report.texts, "text"));
+    console.Print("  {} added, {} kept, {} removed, {}, {} changed\n", report.added, report.kept,
+                  report.removed, Count(report.layers, "new layer"),
+                  Count(report.pointsChanged, "point"));
+    if (report.damagedRows > 0) {
         console.Print("  {} of the job's code table make no sense and were left out\n",
-                      Count(m_report.damagedRows, "row"));
+                      Count(report.damagedRows, "row"));
     }
-    for (const EditedEntity& edited : m_report.edited) {
+    for (const EditedEntity& edited : report.edited) {
         console.Print("  {} #{} was edited since it was drawn, and was left as it is{}\n",
                       edited.what, edited.handle,
                       edited.drawnAgain ? "; what its points make now was drawn beside it" : "");
@@ -46,7 +46,7 @@ void CodeReportText::WriteText(Console& console, bool all, std::size_t limit) co
     std::array<std::size_t, exchange::kCodeFateCount> shown{};
     std::size_t hidden = 0;
     bool any = false;
-    for (const CodeRow& row : m_report.rows) {
+    for (const CodeRow& row : report.rows) {
         const bool fine = row.reason.empty();
         if (!all && (fine || ++shown[static_cast<std::size_t>(row.fate)] > limit)) {
             hidden += fine ? 0U : 1U;
@@ -64,48 +64,38 @@ void CodeReportText::WriteText(Console& console, bool all, std::size_t limit) co
     }
 }
 
-void CodeReportText::WriteJson(JsonWriter& json) const {
-    json.Member("points", m_report.points);
-    json.Member("points_without_code", m_report.withoutCode);
-    json.Member("codes", m_report.rows.size());
-    json.Member("drawn", m_report.Count(CodeFate::Drawn));
-    json.Member("only_a_point", m_report.Count(CodeFate::PointOnly));
-    json.Member("unknown", m_report.Count(CodeFate::Unknown));
-    json.Member("incomplete", m_report.Count(CodeFate::Incomplete));
-    json.Member("suspicious", m_report.Count(CodeFate::Suspicious));
-    json.Member("polylines", m_report.lines);
-    json.Member("arcs", m_report.arcs);
-    json.Member("circles", m_report.circles);
-    json.Member("texts", m_report.texts);
-    json.Member("added", m_report.added);
-    json.Member("kept", m_report.kept);
-    json.Member("removed", m_report.removed);
-    json.Member("new_layers", m_report.layers);
-    json.Member("points_changed", m_report.pointsChanged);
-    json.Member("damaged_rows", m_report.damagedRows);
-    json.Key("edited");
-    json.BeginArray();
-    for (const EditedEntity& edited : m_report.edited) {
-        json.BeginObject();
+void WriteReport(JsonWriter& json, const exchange::CodeReport& report) {
+    json.Member("points", report.points);
+    json.Member("points_without_code", report.withoutCode);
+    json.Member("codes", report.rows.size());
+    json.Member("drawn", report.Count(CodeFate::Drawn));
+    json.Member("only_a_point", report.Count(CodeFate::PointOnly));
+    json.Member("unknown", report.Count(CodeFate::Unknown));
+    json.Member("incomplete", report.Count(CodeFate::Incomplete));
+    json.Member("suspicious", report.Count(CodeFate::Suspicious));
+    json.Member("polylines", report.lines);
+    json.Member("arcs", report.arcs);
+    json.Member("circles", report.circles);
+    json.Member("texts", report.texts);
+    json.Member("added", report.added);
+    json.Member("kept", report.kept);
+    json.Member("removed", report.removed);
+    json.Member("new_layers", report.layers);
+    json.Member("points_changed", report.pointsChanged);
+    json.Member("damaged_rows", report.damagedRows);
+    json.Objects("edited", report.edited, [&](const EditedEntity& edited) {
         json.Member("entity", edited.handle);
         json.Member("what", edited.what);
         json.Member("drawn_again", edited.drawnAgain);
-        json.EndObject();
-    }
-    json.EndArray();
-    json.Key("rows");
-    json.BeginArray();
-    for (const CodeRow& row : m_report.rows) {
-        json.BeginObject();
+    });
+    json.Objects("rows", report.rows, [&](const CodeRow& row) {
         json.Member("point", row.name);
         json.Member("handle", row.point);
         json.Member("code", row.code);
         json.Member("fate", exchange::CodeFateWord(row.fate));
         json.Member("drawn_as", std::string(row.what));
         json.Member("reason", row.reason);
-        json.EndObject();
-    }
-    json.EndArray();
+    });
 }
 
 }  // namespace cqsurvey::cqjob

@@ -9,20 +9,11 @@
 
 namespace cqsurvey::cqjob {
 
-/// Shows the report of a drawing from codes, which must outlive the object.
-class CodeReportText {
- public:
-    explicit CodeReportText(const exchange::CodeReport& report) : m_report(report) {}
+/// Writes the report of a drawing from codes: the sums and a table, with `all` of every code,
+/// otherwise of those that need a look, at most `limit` of each fate.
+void WriteReport(Console& console, const exchange::CodeReport& report, bool all, std::size_t limit);
 
-    /// Writes the sums and a table: with `all`, of every code; otherwise of those that need a look,
-    /// at most `limit` of each fate.
-    void WriteText(Console& console, bool all, std::size_t limit) const;
-
-    /// Writes the members of an object, with every code.
-    void WriteJson(JsonWriter& json) const;
-
- private:
-    const exchange::CodeReport& m_report;
-};
+/// Writes the same as members of a JSON object, with every code.
+void WriteReport(JsonWriter& json, const exchange::CodeReport& report);
 
 }  // namespace cqsurvey::cqjob

@@ -2,7 +2,6 @@
 
 #include <cqsurvey/CqCodeTable.h>
 
-#include <optional>
 #include <string>
 
 namespace cqsurvey::cqjob {

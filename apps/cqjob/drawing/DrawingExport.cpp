@@ -2,10 +2,8 @@
 
 #include <cqsurvey/exchange/exchange.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -16,30 +14,27 @@
 #include "cqjob/Progress.h"
 #include "cqjob/drawing/DrawingImport.h"
 #include "cqjob/drawing/DrawingReportText.h"
+#include "cqjob/images/StoredImage.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
-
-namespace {
 
 using exchange::DxfArcs;
 using exchange::DxfPoints;
 using exchange::DxfVersion;
 
-/// The bytes of the job's background image; none when there is no image.
-std::string ReadImage(CqSurveyDB& db) {
-    std::uint8_t* data = nullptr;
-    std::uint32_t length = 0;
-    int type = 0;
-    CVector centre;
-    CVector size;
-    double rotation = 0.0;
-    if (db.IsBackgroundImageFile() == 0 ||
-        db.ReadBackgroundImageFile(data, length, type, centre, size, rotation) == 0) {
-        return {};
+namespace {
+
+/// The ending of a picture beside a DXF file; null for an image that its readers do not know.
+const char* PictureEnding(const exchange::ImageHeader& image) {
+    if (image.width == 0 || image.height == 0) {
+        return nullptr;
     }
-    const std::unique_ptr<std::uint8_t, decltype(&std::free)> owner(data, &std::free);
-    return {data, data + length};
+    const std::string_view format = image.format;
+    return format == "PNG"    ? ".png"
+           : format == "JPEG" ? ".jpg"
+           : format == "BMP"  ? ".bmp"
+                              : nullptr;
 }
 
 }  // namespace
@@ -163,16 +158,19 @@ void DrawingExport::Run(Console& console, const std::string& job, const std::str
     OpenToRead(db, job);
     options.unit = FindJobUnit(db, options.unit);
     const bool dxf = format == DrawingFormat::Dxf;
-    const std::string bytes = dxf && m_image && file != "-" && options.version != DxfVersion::R12
-                                  ? ReadImage(db)
-                                  : std::string();
+    std::optional<StoredImage> image;
+    if (dxf && m_image && file != "-" && options.version != DxfVersion::R12) {
+        image = StoredImage::Read(db);
+    }
+    const std::string_view bytes = image ? image->GetBytes() : std::string_view();
     std::optional<OutputFile> picture;
     std::string picturePath;
-    if (const auto kind = exchange::ReadImageKind(bytes)) {
-        picturePath = std::filesystem::path(file).replace_extension(kind->ending).string();
+    const auto header = exchange::ImageHeader::Find(bytes);
+    if (const char* ending = header ? PictureEnding(*header) : nullptr) {
+        picturePath = std::filesystem::path(file).replace_extension(ending).string();
         RequireOtherFile(picturePath, job);
         options.image = exchange::DxfImage{std::filesystem::path(picturePath).filename().string(),
-                                           kind->width, kind->height};
+                                           header->width, header->height};
         picture.emplace(console, picturePath, replace);
         picture->Write(bytes);
     }
@@ -189,20 +187,19 @@ void DrawingExport::Run(Console& console, const std::string& job, const std::str
     }
     output.Finish();
     db.Close();
-    const DrawingReportText text(report);
     if (json) {
         JsonWriter members(console);
-        members.BeginObject();
-        members.Member("job", job);
-        members.Member("file", file);
-        if (picture) {
-            members.Member("image", picturePath);
-        }
-        text.WriteJson(members, false);
-        members.EndObject();
+        members.Object([&] {
+            members.Member("job", job);
+            members.Member("file", file);
+            if (picture) {
+                members.Member("image", picturePath);
+            }
+            WriteReport(members, report, false);
+        });
     } else if (file != "-") {
         console.Print("{} into {}\n", Printable(job), Printable(file));
-        text.WriteText(console, false);
+        WriteReport(console, report, false);
     }
 }
 

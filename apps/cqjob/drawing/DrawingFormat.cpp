@@ -26,11 +26,16 @@ constexpr std::array<Row, 8> kRows{{{"text", "", DrawingFormat::Text, "text"},
 
 }  // namespace
 
-DrawingFormat FindFormat(const std::string& word, const std::string& path) {
+std::string FindEnding(const std::string& path) {
     std::string ending = std::filesystem::path(path).extension().string();
     for (char& c : ending) {
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     }
+    return ending;
+}
+
+DrawingFormat FindFormat(const std::string& word, const std::string& path) {
+    const std::string ending = FindEnding(path);
     for (const Row& row : kRows) {
         if (word == "auto" ? !row.ending.empty() && row.ending == ending : row.word == word) {
             return row.format;

@@ -4,7 +4,6 @@
 #include <cqsurvey/exchange/exchange.h>
 
 #include <filesystem>
-#include <type_traits>
 #include <utility>
 
 #include "cqjob/Failure.h"
@@ -190,7 +189,7 @@ void DrawingImport::Run(Console& console, const std::string& file, const std::st
     exchange::FileSource source(file, [&source] { Interrupt::Check(source.GetName()); });
     Progress progress(console, "entities");
     CqSurveyDB db;
-    const auto import = [&](auto reader, auto options) {
+    const auto prepare = [&](auto options) {
         options.jobName = job;
         options.duplicates = common.duplicates;
         options.origin = common.origin;
@@ -202,31 +201,30 @@ void DrawingImport::Run(Console& console, const std::string& file, const std::st
         };
         OpenToWrite(db, job);
         options.jobUnit = FindJobUnit(db, options.jobUnit);
-        return typename decltype(reader)::type(source, std::move(options)).Import(db);
+        return options;
     };
-    const auto importCurves = [&](auto reader, auto options) {
+    const auto prepareCurves = [&](auto options) {
         options.tolerance = common.tolerance.value_or(options.tolerance);
-        return import(reader, std::move(options));
+        return prepare(std::move(options));
     };
     const exchange::DrawingReport report =
         format == DrawingFormat::LandXml
-            ? importCurves(std::type_identity<exchange::LandXmlReader>(), ReadLandXmlOptions())
+            ? exchange::LandXmlReader(source, prepareCurves(ReadLandXmlOptions())).Import(db)
         : format == DrawingFormat::Sima
-            ? import(std::type_identity<exchange::SimaReader>(), ReadSimaOptions(common))
-            : importCurves(std::type_identity<exchange::DxfReader>(), ReadDxfOptions(file));
+            ? exchange::SimaReader(source, prepare(ReadSimaOptions(common))).Import(db)
+            : exchange::DxfReader(source, prepareCurves(ReadDxfOptions(file))).Import(db);
     CloseChanged(db);
-    const DrawingReportText text(report);
     if (json) {
         JsonWriter writer(console);
-        writer.BeginObject();
-        writer.Member("file", file);
-        writer.Member("job", job);
-        text.WriteJson(writer, true);
-        writer.EndObject();
+        writer.Object([&] {
+            writer.Member("file", file);
+            writer.Member("job", job);
+            WriteReport(writer, report, true);
+        });
         return;
     }
     console.Print("{} into {}\n", Printable(file), Printable(job));
-    text.WriteText(console, true);
+    WriteReport(console, report, true);
 }
 
 }  // namespace cqsurvey::cqjob

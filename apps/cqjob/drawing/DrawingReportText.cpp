@@ -1,7 +1,5 @@
 #include "cqjob/drawing/DrawingReportText.h"
 
-#include <vector>
-
 #include "cqjob/TextTable.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
@@ -22,28 +20,28 @@ std::string DescribeDeviation(double deviation) {
 
 }  // namespace
 
-void DrawingReportText::WriteText(Console& console, bool isImport) const {
-    console.Print("  version {}, unit {}, code page {}\n", Printable(m_report.version),
-                  Printable(m_report.unit), m_report.codePage);
-    console.Print("  {} entities = {} taken + {} converted + {} left out", m_report.GetSum(),
-                  m_report.Get(DrawingFate::Taken), m_report.Get(DrawingFate::Converted),
-                  m_report.Get(DrawingFate::LeftOut));
-    if (m_report.GetInBlocks() > 0) {
-        console.Print("; and {} that inserted blocks draw", m_report.GetInBlocks());
+void WriteReport(Console& console, const exchange::DrawingReport& report, bool isImport) {
+    console.Print("  version {}, unit {}, code page {}\n", Printable(report.version),
+                  Printable(report.unit), report.codePage);
+    console.Print("  {} entities = {} taken + {} converted + {} left out", report.GetSum(),
+                  report.Get(DrawingFate::Taken), report.Get(DrawingFate::Converted),
+                  report.Get(DrawingFate::LeftOut));
+    if (report.GetInBlocks() > 0) {
+        console.Print("; and {} that inserted blocks draw", report.GetInBlocks());
     }
     console.Print("\n");
     if (isImport) {
         console.Print(
-            "  recorded: {}, {} of {}, {}, {}, {}\n", Count(m_report.points, "point"),
-            Count(m_report.polylines, "polyline"),
-            m_report.vertices == 1 ? "1 vertex" : fmt::format("{} vertices", m_report.vertices),
-            Count(m_report.circles, "circle"), Count(m_report.texts, "text"),
-            Count(m_report.layers, "new layer"));
+            "  recorded: {}, {} of {}, {}, {}, {}\n", Count(report.points, "point"),
+            Count(report.polylines, "polyline"),
+            report.vertices == 1 ? "1 vertex" : fmt::format("{} vertices", report.vertices),
+            Count(report.circles, "circle"), Count(report.texts, "text"),
+            Count(report.layers, "new layer"));
     }
-    if (m_report.GetDeviation() > 0.0) {
-        console.Print("  largest deviation: {}\n", DescribeDeviation(m_report.GetDeviation()));
+    if (report.GetDeviation() > 0.0) {
+        console.Print("  largest deviation: {}\n", DescribeDeviation(report.GetDeviation()));
     }
-    for (const std::string& note : m_report.GetNotes()) {
+    for (const std::string& note : report.GetNotes()) {
         console.Print("  note: {}\n", Printable(note));
     }
     TextTable table(console, {{"Count", true},
@@ -53,7 +51,7 @@ void DrawingReportText::WriteText(Console& console, bool isImport) const {
                               {"What"},
                               {"Deviation", true},
                               {isImport ? "First at" : "First handle", true}});
-    for (const DrawingRow& row : m_report.GetRows()) {
+    for (const DrawingRow& row : report.GetRows()) {
         table.Add({std::to_string(row.count), row.inBlock ? row.kind + " in a block" : row.kind,
                    row.layer, exchange::FateWord(row.fate), row.what,
                    DescribeDeviation(row.deviation), std::to_string(row.place)});
@@ -61,35 +59,27 @@ void DrawingReportText::WriteText(Console& console, bool isImport) const {
     table.Finish();
 }
 
-void DrawingReportText::WriteJson(JsonWriter& json, bool isImport) const {
-    json.Member("version", m_report.version);
-    json.Member("unit", m_report.unit);
-    json.Member("scale", m_report.scale);
-    json.Member("code_page", m_report.codePage);
-    json.Member("entities", m_report.GetSum());
-    json.Member("taken", m_report.Get(DrawingFate::Taken));
-    json.Member("converted", m_report.Get(DrawingFate::Converted));
-    json.Member("left_out", m_report.Get(DrawingFate::LeftOut));
-    json.Member("in_blocks", m_report.GetInBlocks());
-    json.Member("largest_deviation", m_report.GetDeviation());
+void WriteReport(JsonWriter& json, const exchange::DrawingReport& report, bool isImport) {
+    json.Member("version", report.version);
+    json.Member("unit", report.unit);
+    json.Member("scale", report.scale);
+    json.Member("code_page", report.codePage);
+    json.Member("entities", report.GetSum());
+    json.Member("taken", report.Get(DrawingFate::Taken));
+    json.Member("converted", report.Get(DrawingFate::Converted));
+    json.Member("left_out", report.Get(DrawingFate::LeftOut));
+    json.Member("in_blocks", report.GetInBlocks());
+    json.Member("largest_deviation", report.GetDeviation());
     if (isImport) {
-        json.Member("points", m_report.points);
-        json.Member("polylines", m_report.polylines);
-        json.Member("vertices", m_report.vertices);
-        json.Member("circles", m_report.circles);
-        json.Member("texts", m_report.texts);
-        json.Member("new_layers", m_report.layers);
+        json.Member("points", report.points);
+        json.Member("polylines", report.polylines);
+        json.Member("vertices", report.vertices);
+        json.Member("circles", report.circles);
+        json.Member("texts", report.texts);
+        json.Member("new_layers", report.layers);
     }
-    json.Key("notes");
-    json.BeginArray();
-    for (const std::string& note : m_report.GetNotes()) {
-        json.Value(note);
-    }
-    json.EndArray();
-    json.Key("rows");
-    json.BeginArray();
-    for (const DrawingRow& row : m_report.GetRows()) {
-        json.BeginObject();
+    json.Values("notes", report.GetNotes());
+    json.Objects("rows", report.GetRows(), [&](const DrawingRow& row) {
         json.Member("kind", row.kind);
         json.Member("layer", row.layer);
         json.Member("fate", exchange::FateWord(row.fate));
@@ -98,9 +88,7 @@ void DrawingReportText::WriteJson(JsonWriter& json, bool isImport) const {
         json.Member("count", row.count);
         json.Member("deviation", row.deviation);
         json.Member(isImport ? "first_place" : "first_handle", row.place);
-        json.EndObject();
-    }
-    json.EndArray();
+    });
 }
 
 }  // namespace cqsurvey::cqjob

@@ -7,20 +7,11 @@
 
 namespace cqsurvey::cqjob {
 
-/// The account of a DXF import or export, as text for people and as JSON for programs.
-class DrawingReportText {
- public:
-    /// The report must outlive this object.
-    explicit DrawingReportText(const exchange::DrawingReport& report) : m_report(report) {}
+/// Writes the account of an import or export of a drawing for people. `isImport` says whether the
+/// entities are those of a file, whose places are lines.
+void WriteReport(Console& console, const exchange::DrawingReport& report, bool isImport);
 
-    /// `isImport` says whether the entities are those of a file, whose places are lines.
-    void WriteText(Console& console, bool isImport) const;
-
-    /// Writes members of the object that is open.
-    void WriteJson(JsonWriter& json, bool isImport) const;
-
- private:
-    const exchange::DrawingReport& m_report;
-};
+/// Writes the same as members of a JSON object.
+void WriteReport(JsonWriter& json, const exchange::DrawingReport& report, bool isImport);
 
 }  // namespace cqsurvey::cqjob

@@ -3,30 +3,27 @@
 #include <fmt/format.h>
 
 #include "cqjob/Arguments.h"
-#include "cqjob/Failure.h"
+#include "cqjob/drawing/JobLayer.h"
 #include "text/NumberText.h"
-#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
-namespace {
-
-constexpr int kByLayer = 256;
-constexpr int kMostLine = 65535;
-
-}  // namespace
-
 void EntityOptions::AddTo(CommandLine& command, bool hasLine) {
     command.Add("--layer", m_layer, "The layer").Placeholder("NAME");
-    command.Add("--color", m_color, "The colour, 0 to 255; 256 is that of the layer")
+    command
+        .Add("--color", m_color,
+             fmt::format("The colour, 0 to {}; {} is that of the layer",
+                         limits::kHighestPaletteColor, limits::kByLayer))
         .Placeholder("N")
-        .InRange(0, kByLayer);
+        .InRange(0, limits::kHighestColor);
     if (hasLine) {
         command
             .Add("--line", m_line,
-                 "The line type; 256 is that of the layer, cqjob plot --help lists the others")
+                 fmt::format("The line type; {} is that of the layer, cqjob plot --help lists the "
+                             "others",
+                             limits::kByLayer))
             .Placeholder("N")
-            .InRange(0, kMostLine);
+            .InRange(0, limits::kHighestLine);
     }
     command.Add("--code", m_code, "The feature code")
         .Placeholder("CODE")
@@ -41,7 +38,7 @@ void EntityOptions::Choose(CqSurveyDB& db, const std::string& job) const {
     if (m_layer) {
         db.SetCurrentLayer(RequireLayer(db, job, *m_layer));
     }
-    db.SetCurrentColor(m_color.value_or(kByLayer));
+    db.SetCurrentColor(m_color.value_or(limits::kByLayer));
 }
 
 void EntityOptions::Apply(CqSurveyDB& db, const std::string& job, CqHandle entity) const {
@@ -51,21 +48,6 @@ void EntityOptions::Apply(CqSurveyDB& db, const std::string& job, CqHandle entit
     if (m_color) {
         db.EditCadEntityColor(entity, *m_color);
     }
-}
-
-CString RequireLayer(CqSurveyDB& db, const std::string& job, const std::string& name) {
-    const CString wanted = ReadText(name, "the layer's name");
-    CString found;
-    int color = 0;
-    auto left = db.GetNumLayers();
-    for (CqHandle handle = db.GetFirstLayerHandle();
-         handle != 0 && left > 0 && db.GetNextLayer(handle, found, color) != 0; --left) {
-        if (found == wanted) {
-            return found;
-        }
-    }
-    throw Failure(fmt::format("{}: there is no layer {}; add it with cqjob layers add",
-                              Printable(job), Quoted(name)));
 }
 
 }  // namespace cqsurvey::cqjob

@@ -35,8 +35,4 @@ class EntityOptions {
     std::optional<std::string> m_code;
 };
 
-/// The layer's name as the job has it. Throws Failure when there is no such layer, and UsageError
-/// when the text is not UTF-8.
-[[nodiscard]] CString RequireLayer(CqSurveyDB& db, const std::string& job, const std::string& name);
-
 }  // namespace cqsurvey::cqjob

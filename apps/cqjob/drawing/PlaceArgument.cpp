@@ -6,7 +6,6 @@
 #include <limits>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 #include "cqjob/Arguments.h"
 #include "cqjob/EntityKind.h"
@@ -46,8 +45,7 @@ Place ReadPlace(const CqSurveyDB& db, const std::string& job, const std::string&
     const CqHandle handle = RequirePoint(db, job, text);
     CqCoordRec record;
     if (db.GetCoordRec(handle, record) == 0) {
-        throw Failure(fmt::format("{}: the point {} cannot be read; cqjob check says more",
-                                  Printable(job), Quoted(text)));
+        throw Failure(job, "the point {} cannot be read; cqjob check says more", Quoted(text));
     }
     Place place;
     record.GetPoint(place.coords.data());
@@ -78,11 +76,10 @@ CqCadEntityPtr RequireEntity(const CqSurveyDB& db, const std::string& job, CqHan
     }
     CqCadEntityPtr found(entity);
     if (!found) {
-        throw Failure(fmt::format("{}: there is no entity #{}", Printable(job), handle));
+        throw Failure(job, "there is no entity #{}", handle);
     }
     if (found->GetType() != type) {
-        throw Failure(fmt::format("{}: the entity #{} is a {}", Printable(job), handle,
-                                  KindWord(found->GetType())));
+        throw Failure(job, "the entity #{} is a {}", handle, KindWord(found->GetType()));
     }
     return found;
 }

@@ -39,8 +39,7 @@ double FindBulge(const std::string& job, const Place& p, const Place& q, const P
     constexpr double kFlat = 1e-12;
     const bool inLine = std::abs(cross) <= kFlat * size;
     if (!(size > 0.0) || !hasChord || (inLine && dot > 0.0)) {
-        throw Failure(
-            fmt::format("{}: there is no arc through these three places", Printable(job)));
+        throw Failure(job, "there is no arc through these three places");
     }
     if (inLine) {
         return 0.0;

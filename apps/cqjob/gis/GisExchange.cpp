@@ -1,10 +1,8 @@
 #include "cqjob/gis/GisExchange.h"
 
 #include <cqsurvey/cqsurvey.h>
-#include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <string_view>
 
@@ -12,8 +10,9 @@
 #include "cqjob/JobFile.h"
 #include "cqjob/JsonWriter.h"
 #include "cqjob/OutputFile.h"
+#include "cqjob/ScratchFolder.h"
+#include "cqjob/drawing/DrawingFormat.h"
 #include "cqjob/gis/GdalProgram.h"
-#include "cqjob/gis/ScratchFolder.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -42,7 +41,7 @@ void Copy(const std::string& from, OutputFile& to) {
         to.Write(std::string_view(piece).substr(0, static_cast<std::size_t>(source.gcount())));
     }
     if (!source.eof()) {
-        throw Failure(Printable(from) + ": cannot be read");
+        throw Failure(from, "cannot be read");
     }
 }
 
@@ -81,14 +80,14 @@ void Tell(Console& console, const std::string& job, const std::string& other, bo
     const int circles = after.numCircles - before.numCircles;
     if (json) {
         JsonWriter writer(console);
-        writer.BeginObject();
-        writer.Member("job", job);
-        writer.Member("file", other);
-        writer.Member("points", points);
-        writer.Member("polylines", polylines);
-        writer.Member("texts", texts);
-        writer.Member("circles", circles);
-        writer.EndObject();
+        writer.Object([&] {
+            writer.Member("job", job);
+            writer.Member("file", other);
+            writer.Member("points", points);
+            writer.Member("polylines", polylines);
+            writer.Member("texts", texts);
+            writer.Member("circles", circles);
+        });
         return;
     }
     console.Say("{}, {}, {}, {} into {}\n", Count(static_cast<std::size_t>(points), "point"),
@@ -100,10 +99,7 @@ void Tell(Console& console, const std::string& job, const std::string& other, bo
 }  // namespace
 
 bool GisExchange::IsAsked(const std::string& target) {
-    std::string ending = std::filesystem::path(target).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return IsDatabase(target) || ending == ".gpkg";
+    return IsDatabase(target) || FindEnding(target) == ".gpkg";
 }
 
 void GisExchange::Export(Console& console, const std::string& job, const std::string& target,

@@ -1,7 +1,5 @@
 #include "cqjob/images/WorldFile.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -12,7 +10,6 @@
 
 #include "cqjob/Failure.h"
 #include "text/NumberText.h"
-#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
@@ -50,7 +47,7 @@ std::array<double, 6> ReadNumbers(const std::string& path, std::string_view text
         numbers[count++] = number.value;
     }
     if (count != numbers.size()) {
-        throw Failure(Printable(path) + ": is no world file, which has six numbers");
+        throw Failure(path, "is no world file, which has six numbers");
     }
     return numbers;
 }
@@ -71,19 +68,18 @@ std::optional<std::string> WorldFile::Find(const std::string& image) {
 }
 
 CqImagePlace WorldFile::Read(const std::string& path, std::string_view text,
-                             const ImageHeader& image) {
+                             const exchange::ImageHeader& image) {
     const auto [a, d, b, e, c, f] = ReadNumbers(path, text);
     if (image.width == 0 || image.height == 0) {
-        throw Failure(fmt::format("{}: the size of the {} image beside it cannot be read",
-                                  Printable(path), image.format));
+        throw Failure(path, "the size of the {} image beside it cannot be read", image.format);
     }
     const double column = std::hypot(a, d);
     const double row = std::hypot(b, e);
     constexpr double kSquare = 1e-6;
     if (!(column > 0.0) || !(row > 0.0) || std::fabs(a * b + d * e) > kSquare * column * row ||
         a * e - b * d > 0.0) {
-        throw Failure(Printable(path) +
-                      ": makes the image a mirror image or no rectangle, which a job cannot hold");
+        throw Failure(path,
+                      "makes the image a mirror image or no rectangle, which a job cannot hold");
     }
     const double middleColumn = (image.width - 1.0) / 2.0;
     const double middleRow = (image.height - 1.0) / 2.0;

@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cqsurvey/CqImagePlace.h>
+#include <cqsurvey/exchange/ImageHeader.h>
 
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "cqjob/images/ImageHeader.h"
 
 namespace cqsurvey::cqjob {
 
@@ -28,7 +27,7 @@ class WorldFile {
     /// Failure when it has not six numbers, and when it makes the image a mirror image or no
     /// rectangle, which a job cannot hold.
     [[nodiscard]] static CqImagePlace Read(const std::string& path, std::string_view text,
-                                           const ImageHeader& image);
+                                           const exchange::ImageHeader& image);
 };
 
 }  // namespace cqsurvey::cqjob

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "cqjob/Extents.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 
@@ -41,29 +42,21 @@ void WritePlaces(Console& console, const ImportReport& report) {
 void WritePlaces(JsonWriter& json, const ImportReport& report) {
     const ImportExtents& extents = report.GetExtents();
     if (extents.points > 0) {
-        json.Key("extents");
-        json.BeginObject();
-        json.Member("min_easting", extents.minEasting);
-        json.Member("min_northing", extents.minNorthing);
-        json.Member("max_easting", extents.maxEasting);
-        json.Member("max_northing", extents.maxNorthing);
-        if (extents.heights > 0) {
-            json.Member("min_height", extents.minHeight);
-            json.Member("max_height", extents.maxHeight);
-        }
-        json.EndObject();
+        json.Object("extents", [&] {
+            WriteMembers(json, {{extents.minEasting, extents.minNorthing},
+                                {extents.maxEasting, extents.maxNorthing}});
+            if (extents.heights > 0) {
+                json.Member("min_height", extents.minHeight);
+                json.Member("max_height", extents.maxHeight);
+            }
+        });
     }
-    json.Key("first_points");
-    json.BeginArray();
-    for (const ImportedPoint& point : report.GetFirst()) {
-        json.BeginObject();
-        json.Member("name", ToUtf8(point.name));
+    json.Objects("first_points", report.GetFirst(), [&](const ImportedPoint& point) {
+        json.Member("name", point.name);
         json.Member("easting", point.easting);
         json.Member("northing", point.northing);
         json.Member("height", point.height);
-        json.EndObject();
-    }
-    json.EndArray();
+    });
 }
 
 std::string DescribeAccuracy(const ImportReport& report) {
@@ -130,40 +123,24 @@ void WriteReport(JsonWriter& json, const ImportReport& report) {
     json.Member("out_of_tolerance", report.outOfTolerance);
     WritePlaces(json, report);
     if (!report.operation.empty()) {
-        json.Key("projection");
-        json.BeginObject();
-        json.Member("operation", report.operation);
-        json.Key("accuracy_metres");
-        if (report.accuracy) {
-            json.Value(*report.accuracy);
-        } else {
-            json.Null();
-        }
-        json.Member("heights", report.heightChange);
-        json.EndObject();
+        json.Object("projection", [&] {
+            json.Member("operation", report.operation);
+            json.Member("accuracy_metres", report.accuracy);
+            json.Member("heights", report.heightChange);
+        });
     }
-    json.Key("causes");
-    json.BeginArray();
-    for (const ImportCause& cause : report.GetCauses()) {
-        json.BeginObject();
+    json.Objects("causes", report.GetCauses(), [&](const ImportCause& cause) {
         json.Member("cause", cause.text);
         json.Member("refused", cause.count);
         json.Member("first_line", cause.firstLine);
         json.Member("hint", cause.hint);
-        json.EndObject();
-    }
-    json.EndArray();
-    json.Key("notes");
-    json.BeginArray();
-    for (const ImportNote& note : report.GetNotes()) {
-        json.BeginObject();
+    });
+    json.Objects("notes", report.GetNotes(), [&](const ImportNote& note) {
         json.Member("line", note.line);
         json.Member("lines", note.lines);
         json.Member("what", note.what);
         json.Member("text", note.text);
-        json.EndObject();
-    }
-    json.EndArray();
+    });
 }
 
 }  // namespace cqsurvey::cqjob

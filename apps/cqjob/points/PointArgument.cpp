@@ -1,7 +1,5 @@
 #include "cqjob/points/PointArgument.h"
 
-#include <fmt/format.h>
-
 #include <optional>
 
 #include "cqjob/Arguments.h"
@@ -29,10 +27,10 @@ CqHandle FindPoint(const CqSurveyDB& db, const std::string& job, const std::stri
         return named;
     }
     if (named != 0) {
-        throw Failure(fmt::format(
-            "{}: {} is the number of one point and the name of another; use \"#{}\" for "
-            "that one",
-            Printable(job), Quoted(text), named));
+        throw Failure(job,
+                      "{} is the number of one point and the name of another; use \"#{}\" for "
+                      "that one",
+                      Quoted(text), named);
     }
     return *numbered;
 }
@@ -40,9 +38,15 @@ CqHandle FindPoint(const CqSurveyDB& db, const std::string& job, const std::stri
 CqHandle RequirePoint(const CqSurveyDB& db, const std::string& job, const std::string& text) {
     const CqHandle handle = FindPoint(db, job, text);
     if (handle == 0) {
-        throw Failure(fmt::format("{}: there is no point {}", Printable(job), Quoted(text)));
+        throw Failure(job, "there is no point {}", Quoted(text));
     }
     return handle;
+}
+
+CqCoordRec ReadPoint(const CqSurveyDB& db, CqHandle handle) {
+    CqCoordRec point;
+    db.GetNextCoordRec(handle, point);
+    return point;
 }
 
 }  // namespace cqsurvey::cqjob

@@ -21,4 +21,7 @@ inline constexpr const char* kPointArgument =
 [[nodiscard]] CqHandle RequirePoint(const CqSurveyDB& db, const std::string& job,
                                     const std::string& text);
 
+/// The record of a point that the job has.
+[[nodiscard]] CqCoordRec ReadPoint(const CqSurveyDB& db, CqHandle handle);
+
 }  // namespace cqsurvey::cqjob

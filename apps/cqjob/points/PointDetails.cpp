@@ -29,19 +29,19 @@ std::string PointDetails::Time() const {
 }
 
 void PointDetails::WriteJson(JsonWriter& json) const {
-    json.BeginObject();
-    json.Member("handle", handle);
-    json.Member("name", ToUtf8(record.GetPtName()));
-    json.Member("easting", coords[0]);
-    json.Member("northing", coords[1]);
-    json.Member("height", coords[2]);
-    json.Member("code", record.GetCode());
-    json.Member("group", group);
-    json.Member("description", description);
-    json.Member("origin", static_cast<int>(record.GetType()));
-    json.Member("flags", record.GetFlags());
-    json.Member("time", Time());
-    json.EndObject();
+    json.Object([&] {
+        json.Member("handle", handle);
+        json.Member("name", record.GetPtName());
+        json.Member("easting", coords[0]);
+        json.Member("northing", coords[1]);
+        json.Member("height", coords[2]);
+        json.Member("code", record.GetCode());
+        json.Member("group", group);
+        json.Member("description", description);
+        json.Member("origin", static_cast<int>(record.GetType()));
+        json.Member("flags", record.GetFlags());
+        json.Member("time", Time());
+    });
 }
 
 }  // namespace cqsurvey::cqjob

@@ -20,7 +20,7 @@ PointList::PointList(CqSurveyDB& db, PointOrder order, bool descending,
                      const std::optional<COORDFILTER>& filter, const Test& test)
     : m_db(db) {
     COORDFILTER everyOrigin;
-    everyOrigin.originMask = 0xFFFF;
+    everyOrigin.originMask = limits::kHighestOrigin;
     m_inView = static_cast<std::size_t>(db.SetSortCoordSetting(
         static_cast<std::uint16_t>(order), descending ? 1 : 0, filter.value_or(everyOrigin)));
     if (!filter && m_inView != static_cast<std::size_t>(db.GetNumCoordRecs())) {
@@ -38,7 +38,7 @@ void PointList::AddOthers() {
         if (m_db.GetNextCoordRec(next, point) == 0) {
             FailAt(handle);
         }
-        if ((static_cast<unsigned>(point.GetType()) & 0xFFFFU) == 0) {
+        if ((static_cast<unsigned>(point.GetType()) & limits::kHighestOrigin) == 0) {
             m_others.push_back(handle);
         }
     }

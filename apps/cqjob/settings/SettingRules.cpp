@@ -1,6 +1,7 @@
 #include "cqjob/settings/SettingRules.h"
 
 #include <cqsurvey/CqAngleForm.h>
+#include <cqsurvey/Limits.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -31,18 +32,21 @@ struct Rule {
 
 constexpr std::array kRules = {
     Rule{"SETTINGS", "SiPointSize", Kind::Length},
-    Rule{"SETTINGS", "JCoordDivision", Kind::Whole, 1, 19},
+    Rule{"SETTINGS", "JCoordDivision", Kind::Whole, limits::kLowestDivision,
+         limits::kHighestDivision},
     Rule{"SETTINGS", "Version", Kind::Fixed},
     Rule{"SETTINGS", "Mapscale", Kind::Whole, 1},
-    Rule{"BACKGROUND", "EntityColor", Kind::Whole, -1, 255},
+    Rule{"BACKGROUND", "EntityColor", Kind::Whole, limits::kNoForcedColor,
+         limits::kHighestForcedColor},
     Rule{"BACKGROUND", "Type", Kind::Whole},
     Rule{"BACKGROUND", "CenterX", Kind::Length},
     Rule{"BACKGROUND", "CenterY", Kind::Length},
     Rule{"BACKGROUND", "SizeX", Kind::Length},
     Rule{"BACKGROUND", "SizeY", Kind::Length},
     Rule{"BACKGROUND", "Rotation", Kind::Length},
-    Rule{"BACKGROUND", "Brightness", Kind::Whole, -255, 255},
-    Rule{"BACKGROUND", "Contrast", Kind::Whole, 0, 65000},
+    Rule{"BACKGROUND", "Brightness", Kind::Whole, limits::kLowestBrightness,
+         limits::kHighestBrightness},
+    Rule{"BACKGROUND", "Contrast", Kind::Whole, limits::kLowestContrast, limits::kHighestContrast},
     Rule{"BACKGROUND", "Monotone", Kind::Whole},
     Rule{"BACKGROUND", "BKColor", Kind::Whole, 0, UINT32_MAX},
     Rule{"TITLE", "Title", Kind::Text},

@@ -2,70 +2,58 @@
 
 #include <cqsurvey/Limits.h>
 #include <cqsurvey/cqsurvey.h>
+#include <fmt/format.h>
 
-#include <cerrno>
-#include <cstdlib>
 #include <filesystem>
-#include <system_error>
 
 #include "cqjob/Failure.h"
 #include "cqjob/InputFile.h"
 #include "cqjob/JobChange.h"
 #include "cqjob/JobFile.h"
 #include "cqjob/OutputFile.h"
+#include "cqjob/ScratchFolder.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
-namespace {
-
-/// A new folder among the system's temporary files. It is removed with everything in it.
-class TemporaryFolder {
- public:
-    TemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "cqjob-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) {
-            throw Failure(Printable(pattern) + ": " + std::generic_category().message(errno));
-        }
-        m_path = pattern;
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    [[nodiscard]] std::string GetPath(const char* name) const { return m_path + "/" + name; }
-
- private:
-    std::string m_path;
-};
-
-}  // namespace
+std::string SettingsImportHelp() {
+    return fmt::format(
+        "The file must be UTF-8 and have the sections SETTINGS and BACKGROUND with every key that "
+        "a\n"
+        "new job has, JCoordDivision from {} to {}, EntityColor from {} to {}, Brightness from {}\n"
+        "to {} and Contrast from {} to {}. Otherwise the job keeps its settings.\n"
+        "The job keeps its own identity in any case. Its length unit, coordinate system and code "
+        "table\n"
+        "become those of the file.\n"
+        "\n"
+        "Example:\n"
+        "  cqjob settings import site.job office.ini",
+        limits::kNoDivision, limits::kHighestDivision, limits::kNoForcedColor,
+        limits::kHighestForcedColor, limits::kLowestBrightness, limits::kHighestBrightness,
+        limits::kLowestContrast, limits::kHighestContrast);
+}
 
 void ImportSettings(const std::string& job, const std::string& path) {
     RequireOtherFile(path, job);
     const CString hostPath = ToJobPath(path);
     if (!IsUtf8(ReadInputFile(path, limits::kSettingsBytes))) {
-        throw Failure(Printable(path) + ": is not UTF-8, so no setting was changed");
+        throw Failure(path, "is not UTF-8, so no setting was changed");
     }
-    CqSurveyDB db;
-    OpenToWrite(db, job);
+    JobChange change(job);
+    CqSurveyDB& db = change.GetJob();
     CqJobIdentity identity(db);
     const CString own = identity.Get();
-    CqBatch batch(db);
     if (db.ImportSettingsFile(hostPath) == 0) {
-        throw Failure(
-            fmt::format("{}: {} is not a settings file with every key of a job in its range, so no "
-                        "setting was changed; cqjob settings import --help lists the ranges",
-                        Printable(job), Printable(path)));
+        throw Failure(job,
+                      "{} is not a settings file with every key of a job in its range, so no "
+                      "setting was changed; cqjob settings import --help lists the ranges",
+                      Printable(path));
     }
     // Settings come from other jobs, and an identity does not.
     if (identity.Set(own) == 0) {
-        throw Failure(Printable(job) + ": the settings could not be written");
+        throw Failure(job, "the settings could not be written");
     }
-    batch.Commit();
-    CloseChanged(db);
+    change.Commit();
 }
 
 void ExportSettings(Console& console, const std::string& job, const std::string& path,
@@ -75,11 +63,10 @@ void ExportSettings(Console& console, const std::string& job, const std::string&
     OpenToRead(db, job);
     OutputFile output(console, path, replace);
     // The library overwrites an existing file, so it writes elsewhere first.
-    const TemporaryFolder folder;
-    const std::string copy = folder.GetPath("settings");
+    const ScratchFolder folder(std::filesystem::temp_directory_path() / "cqjob-settings");
+    const std::string copy = folder.PathOf("settings");
     if (db.ExportSettingsFile(ToJobPath(copy)) == 0) {
-        throw Failure(fmt::format("{}: the settings could not be written to {}", Printable(job),
-                                  Printable(copy)));
+        throw Failure(job, "the settings could not be written to {}", Printable(copy));
     }
     db.Close();
     output.Write(ReadInputFile(copy, limits::kSettingsBytes));

@@ -101,7 +101,7 @@ void SystemOptions::State(CqSurveyDB& db, const std::string& job) const {
     const Statement statement =
         Decide(own.GetUnit(), own.StatesSystem() ? own.GetSystem() : CString());
     if (own.SetUnit(statement.unit) == 0 || own.SetSystem(statement.system) == 0) {
-        throw Failure(Printable(job) + ": the settings could not be written");
+        throw Failure(job, "the settings could not be written");
     }
 }
 
@@ -119,24 +119,11 @@ std::string DescribeUnit(CqSurveyDB& db) {
 void WriteSystem(JsonWriter& json, CqSurveyDB& db) {
     const CqJobSystem own(db);
     const CString text = own.GetSystem();
-    json.Key("length_unit");
-    if (const std::optional<CqLengthUnit> unit = own.GetUnit()) {
-        json.Value(GetUnitWord(*unit));
-    } else {
-        json.Null();
-    }
-    json.Key("crs");
-    if (text.empty()) {
-        json.Null();
-    } else {
-        json.Value(ToUtf8(text));
-    }
-    json.Key("crs_name");
-    if (const std::optional<CoordinateSystem> system = TryFind(text)) {
-        json.Value(system->GetName());
-    } else {
-        json.Null();
-    }
+    const std::optional<CqLengthUnit> unit = own.GetUnit();
+    const std::optional<CoordinateSystem> system = TryFind(text);
+    json.Member("length_unit", unit ? std::optional(GetUnitWord(*unit)) : std::nullopt);
+    json.Member("crs", text.empty() ? std::nullopt : std::optional(text));
+    json.Member("crs_name", system ? std::optional(system->GetName()) : std::nullopt);
 }
 
 }  // namespace cqsurvey::cqjob

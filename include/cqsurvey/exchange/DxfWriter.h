@@ -35,22 +35,13 @@ enum class DxfPoints {
     Block   ///< as a block with attributes alone
 };
 
-/// The background image as a file beside the drawing.
+/// The background image as a file beside the drawing. Programs that read DXF know PNG, JPEG and
+/// BMP.
 struct DxfImage {
     std::string fileName;      ///< without a folder
     std::uint32_t width = 0;   ///< in pixels
     std::uint32_t height = 0;  ///< in pixels
 };
-
-/// The size of a PNG, JPEG or BMP image in pixels, and the ending of its file's name; nothing for
-/// other bytes. The image is not decoded.
-struct DxfImageKind {
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    const char* ending = "";
-};
-[[nodiscard]] CQSURVEY_EXCHANGE_API std::optional<DxfImageKind> ReadImageKind(
-    std::string_view bytes);
 
 /// How a job is to be written as a DXF file.
 struct DxfWriteOptions {

@@ -25,6 +25,7 @@
 #include "cqsurvey/exchange/FieldTextWriter.h"
 #include "cqsurvey/exchange/ForeignFile.h"
 #include "cqsurvey/exchange/GeoJsonWriter.h"
+#include "cqsurvey/exchange/ImageHeader.h"
 #include "cqsurvey/exchange/Import.h"
 #include "cqsurvey/exchange/ImportReport.h"
 #include "cqsurvey/exchange/JobInspection.h"

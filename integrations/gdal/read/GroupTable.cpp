@@ -1,14 +1,12 @@
 #include "gdal/read/GroupTable.h"
 
-#include <limits>
-
 namespace cqsurvey::gdal {
 
 GroupTable::GroupTable(const LayerContext& context)
     : JobLayer(context, RecordKind::Groups, "groups", wkbNone, {FieldRole::Name}) {}
 
 CString GroupTable::NameOf(CqSurveyDB& db, CqHandle group) {
-    if (group > std::numeric_limits<std::uint16_t>::max()) {
+    if (group > limits::kHighestGroup) {
         return {};
     }
     try {

@@ -9,7 +9,6 @@ namespace cqsurvey::gdal {
 
 namespace {
 
-constexpr int kOfLayer = 256;
 constexpr int kInk = 7;
 
 }  // namespace
@@ -39,11 +38,11 @@ void DrawingPen::Choose(const FeatureFields& fields, const CString& otherwise) {
     layer = Cut(layer.empty() ? otherwise : layer, limits::kLayerName, "Layer names");
     ChooseLayer(layer, fields);
     const std::optional<std::int32_t> own = fields.Int(FieldRole::Color);
-    const int color = own ? *own : ReadColor(fields.Feature()).value_or(kOfLayer);
+    const int color = own ? *own : ReadColor(fields.Feature()).value_or(limits::kByLayer);
     if (db.SetCurrentColor(color) == 0) {
         m_report.Count("Colours outside the palette became those of the layers",
                        std::to_string(color));
-        db.SetCurrentColor(kOfLayer);
+        db.SetCurrentColor(limits::kByLayer);
     }
 }
 
@@ -51,7 +50,7 @@ DrawingPen::Look DrawingPen::Read(const FeatureChange& change, const CqCadEntity
     const FeatureFields& fields = change.After();
     Look look;
     if (change.Is(FieldRole::Color)) {
-        look.color = fields.Int(FieldRole::Color).value_or(kOfLayer);
+        look.color = fields.Int(FieldRole::Color).value_or(limits::kByLayer);
         if (*look.color < limits::kLowestColor || *look.color > limits::kHighestColor) {
             throw RecordFailure(fields.Describe() + ": the palette has no colour " +
                                 std::to_string(*look.color));

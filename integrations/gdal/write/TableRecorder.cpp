@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
-#include <limits>
 #include <span>
 #include <string>
 #include <utility>
@@ -168,8 +167,7 @@ void TableRecorder::EditLayer(CqHandle handle, const FeatureChange& change) {
     db.GetNextLayer(next, name, was);
     const int color = change.Int(FieldRole::Color, was);
     const int line = change.Int(FieldRole::Line, db.GetLayerLine(name));
-    constexpr int kLines = std::numeric_limits<std::uint16_t>::max();
-    if (line < 0 || line > kLines) {
+    if (line < 0 || line > limits::kHighestLine) {
         throw RecordFailure(fields.Describe() + ": there is no line type " + std::to_string(line));
     }
     if (change.Is(FieldRole::Color)) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cqsurvey/CqCadEntity.h>
+#include <cqsurvey/Limits.h>
 #include <cqsurvey/Types.h>
 
 #include <array>
@@ -24,8 +25,8 @@ struct DrawnVertex {
 struct DrawnEntity {
     EntType type = EntPline;
     CString layer{};
-    int color = 256;
-    int line = 256;
+    int color = limits::kByLayer;
+    int line = limits::kByLayer;
     int code = 0;
     std::vector<DrawnVertex> vertices{};
     std::array<double, 3> coords{};  ///< of a circle or text

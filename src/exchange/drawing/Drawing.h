@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/exchange/DrawingReport.h"
 #include "exchange/drawing/CurveFitter.h"
 #include "exchange/drawing/Extras.h"
@@ -13,8 +14,8 @@ namespace cqsurvey::exchange {
 /// How an entity is drawn.
 struct Style {
     CString layer;
-    int color = 256;
-    int line = 256;
+    int color = limits::kByLayer;
+    int line = limits::kByLayer;
 };
 
 /// A text as the job holds it.

@@ -64,7 +64,7 @@ DrawingOutcome SurveyPoints::Add(const Style& style, Vec3 at, const PointDetails
         at.z = std::numeric_limits<double>::quiet_NaN();
     }
     m_drawing.Use(style);
-    UseGroup(details.group.empty() ? m_group : CutName(details.group));
+    UseGroup(details.group.empty() ? m_group : CutName(details.group, limits::kGroupName));
     const std::array coords{at.x, at.y, at.z};
     const auto origin = static_cast<SurveyCoordType>(
         extras.GetWhole("ORIGIN", static_cast<std::int64_t>(m_origin)));

@@ -8,8 +8,6 @@
 
 namespace cqsurvey::exchange::dxf {
 
-/// The number of an entity's line that means the line of its layer.
-inline constexpr int kLineOfLayer = 256;
 inline constexpr int kSolidLine = 0;
 
 /// The name by which a file knows a job's line number. A number without a pattern of its own is

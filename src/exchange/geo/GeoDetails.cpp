@@ -2,16 +2,11 @@
 
 #include <cstdlib>
 
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "text/NumberText.h"
 
 namespace cqsurvey::exchange {
-
-namespace {
-
-constexpr int kOfLayer = 256;
-
-}  // namespace
 
 const char* KindOf(const CqCadEntity& entity) {
     switch (entity.GetType()) {
@@ -43,7 +38,7 @@ std::vector<GeoDetail> DetailsOf(CqSurveyDB& db, const CqCadEntity& entity) {
     };
     details.push_back({"kind", KindOf(entity), false});
     text("layer", entity.GetLayer());
-    if (std::abs(entity.GetColor()) != kOfLayer) {
+    if (std::abs(entity.GetColor()) != limits::kByLayer) {
         number("color", std::abs(entity.GetColor()));
     }
     if (entity.GetColor() < 0) {

@@ -11,8 +11,8 @@
 #include "cqsurvey/CodePage.h"
 #include "cqsurvey/CqPalette.h"
 #include "cqsurvey/CqSurveyDB.h"
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
-#include "exchange/drawing/Color.h"
 #include "exchange/geo/GeoDetails.h"
 #include "exchange/geo/GeoPlaces.h"
 #include "exchange/xml/XmlWriter.h"
@@ -72,10 +72,10 @@ class FileWriter {
     int ColorOfEntity(const CqCadEntity& entity) {
         constexpr int kInk = 7;
         int color = std::abs(entity.GetColor());
-        if (color == kColorOfLayer) {
+        if (color == limits::kByLayer) {
             color = std::abs(m_db.GetLayerColor(entity.GetLayer()));
         }
-        return color < 1 || color > 255 ? kInk : color;
+        return color < 1 || color > limits::kHighestPaletteColor ? kInk : color;
     }
 
     /// KML writes a colour as alpha, blue, green, red.

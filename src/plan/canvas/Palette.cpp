@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "cqsurvey/CqPalette.h"
+#include "cqsurvey/Limits.h"
 
 namespace cqsurvey::plan {
 
@@ -59,8 +60,7 @@ Rgb InkOn(Rgb background) {
 }
 
 Rgb PaletteColor(int index, Rgb background) {
-    constexpr int kLast = 255;
-    if (index < 1 || index == kInk || index > kLast) {
+    if (index < 1 || index == kInk || index > limits::kHighestPaletteColor) {
         return InkOn(background);
     }
     const std::uint32_t value = GetPaletteColor(index);

@@ -10,7 +10,7 @@
 namespace cqsurvey::cqjob {
 namespace {
 
-constexpr ImageHeader kImage{"PNG", 101, 51};
+constexpr exchange::ImageHeader kImage{"PNG", 101, 51};
 
 TEST(WorldFile, PlacesTheMiddleOfTheImage) {
     const CqImagePlace place = WorldFile::Read("a.pgw", "0.5\n0\n0\n-0.5\n1000\n5000\n", kImage);

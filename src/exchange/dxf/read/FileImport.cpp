@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "cqsurvey/CqPalette.h"
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/drawing/LengthScale.h"
@@ -29,7 +30,7 @@ int ColorOfLayer(const Record& record) {
         bool exact = true;
         color = FindPaletteColor(static_cast<std::uint32_t>(record.Whole(*trueColor)), exact);
     }
-    if (color < 1 || color > 255) {
+    if (color < 1 || color > limits::kHighestPaletteColor) {
         color = kInk;
     }
     const bool hidden = written < 0 || (record.Whole(70) & kFrozen) != 0;
@@ -118,7 +119,8 @@ void FileImport::End() {
     if (m_section == Section::Tables) {
         for (const LayerEntry& layer : m_layerEntries) {
             const int line = m_lines.Find(layer.line);
-            m_layers.Define(layer.name, layer.color, line < 0 || line == 256 ? 0 : line);
+            m_layers.Define(layer.name, layer.color,
+                            line < 0 || line == limits::kByLayer ? 0 : line);
         }
         m_layerEntries.clear();
     } else if (m_section == Section::Entities) {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "cqsurvey/Limits.h"
 #include "exchange/drawing/Names.h"
 #include "exchange/dxf/LineTypes.h"
 #include "text/Printable.h"
@@ -29,7 +30,7 @@ int LineTable::Find(std::string_view name) {
     const std::string upper = Upper(name);
     int line = kSolidLine;
     if (upper == "BYLAYER" || upper.empty()) {
-        line = kLineOfLayer;
+        line = limits::kByLayer;
     } else if (upper == "BYBLOCK") {
         line = kOfBlock;
     } else if (const std::optional<int> known = LineOfName(name)) {

@@ -22,7 +22,7 @@ class LineTable {
     /// Takes an LTYPE record.
     void Define(const Record& record);
 
-    /// The line number for a name as it is in the file, kLineOfLayer or kOfBlock.
+    /// The line number for a name as it is in the file, limits::kByLayer or kOfBlock.
     int Find(std::string_view name);
 
  private:

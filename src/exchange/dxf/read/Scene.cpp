@@ -1,7 +1,7 @@
 #include "exchange/dxf/read/Scene.h"
 
 #include "cqsurvey/CqPalette.h"
-#include "exchange/drawing/Color.h"
+#include "cqsurvey/Limits.h"
 #include "exchange/drawing/Names.h"
 #include "exchange/dxf/LineTypes.h"
 
@@ -11,9 +11,10 @@ namespace {
 
 constexpr std::string_view kLayerOfBlock = "0";
 constexpr int kInk = 7;
+constexpr int kOfBlock = 0;
 
 int ColorOfEntity(const Record& record, const Context& context, Scene& scene) {
-    int color = record.Whole(62, kColorOfLayer);
+    int color = record.Whole(62, limits::kByLayer);
     if (const Entry* trueColor = record.Find(420)) {
         bool exact = true;
         color = FindPaletteColor(static_cast<std::uint32_t>(record.Whole(*trueColor)), exact);
@@ -21,10 +22,10 @@ int ColorOfEntity(const Record& record, const Context& context, Scene& scene) {
             scene.report.Note("true colours became the nearest colour of the palette");
         }
     }
-    if (color < 0 || color > kColorOfLayer) {
-        color = kColorOfLayer;
+    if (color < 0 || color > limits::kByLayer) {
+        color = limits::kByLayer;
     }
-    if (color == kColorOfBlock && context.depth > 0) {
+    if (color == kOfBlock && context.depth > 0) {
         color = context.block.color;
     }
     // An entity that is hidden has a negative colour in a job; there is no negative 0.
@@ -42,7 +43,7 @@ Style StyleOf(const Record& record, const Context& context, Scene& scene) {
     style.layer = context.depth > 0 && layer == kLayerOfBlock ? context.block.layer
                                                               : scene.layers.Find(layer).name;
     style.color = ColorOfEntity(record, context, scene);
-    style.line = kLineOfLayer;
+    style.line = limits::kByLayer;
     if (const Entry* line = record.Find(6)) {
         style.line = scene.lines.Find(record.Text(*line));
         if (style.line == LineTable::kOfBlock) {

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Ranges.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
@@ -17,7 +18,6 @@ namespace cqsurvey::exchange::dxf {
 namespace {
 
 constexpr int kInk = 7;
-constexpr int kLastColor = 255;
 const CString kLayerZero = u"0";
 
 }  // namespace
@@ -53,7 +53,7 @@ void Contents::AddLayer(const CString& name, int color, int line) {
         m_report.Note(fmt::format("the layer {} is called {} in the file", Quoted(ToUtf8(name)),
                                   Quoted(ToUtf8(safe))));
     }
-    if (std::abs(color) < 1 || std::abs(color) > kLastColor) {
+    if (std::abs(color) < 1 || std::abs(color) > limits::kHighestPaletteColor) {
         m_report.Note(fmt::format("the layer {} has colour {}, which became {}",
                                   Quoted(ToUtf8(name)), color, color < 0 ? -kInk : kInk));
         color = color < 0 ? -kInk : kInk;

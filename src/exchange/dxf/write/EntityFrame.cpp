@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
-#include "exchange/drawing/Color.h"
 #include "exchange/dxf/LineTypes.h"
 #include "exchange/dxf/write/Skeleton.h"
 
@@ -22,11 +22,11 @@ std::uint64_t EntityFrame::Begin(std::string_view type, const CqCadEntity& sourc
         m_out.Subclass("AcDbEntity");
     }
     m_out.Text(8, m_contents.LayerName(layer));
-    if (line != kLineOfLayer) {
+    if (line != limits::kByLayer) {
         m_out.Raw(6, LineName(line));
     }
     const int color = source.GetColor();
-    if (std::abs(color) < kColorOfLayer) {
+    if (std::abs(color) < limits::kByLayer) {
         m_out.Whole(62, std::abs(color));
     }
     if (color < 0 && !m_out.IsR12()) {

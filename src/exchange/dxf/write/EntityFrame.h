@@ -17,7 +17,7 @@ class EntityFrame {
     EntityFrame(GroupWriter& out, Contents& contents) : m_out(out), m_contents(contents) {}
 
     /// Begins an entity of the kind `type` that shows `source`, and returns its handle, 0 in R12.
-    /// `line` is kLineOfLayer for what has none.
+    /// `line` is limits::kByLayer for what has none.
     std::uint64_t Begin(std::string_view type, const CqCadEntity& source, const CString& layer,
                         int line);
     /// Begins a part of another entity, such as a vertex.

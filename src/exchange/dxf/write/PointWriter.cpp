@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
-#include "exchange/dxf/LineTypes.h"
 #include "exchange/dxf/PointBlock.h"
 #include "exchange/dxf/write/Skeleton.h"
 #include "exchange/dxf/write/TextWriter.h"
@@ -96,7 +96,7 @@ DrawingOutcome PointWriter::Write(const CqCadEntity& entity) {
 
 void PointWriter::WritePoint(const CqCadEntity& entity, const CString& layer, const Vec3& at,
                              const Extras& extras) {
-    m_frame.Begin("POINT", entity, layer, kLineOfLayer);
+    m_frame.Begin("POINT", entity, layer, limits::kByLayer);
     m_out.Subclass("AcDbPoint");
     m_out.Point(10, at);
     m_frame.WriteExtras(extras);
@@ -111,7 +111,7 @@ void PointWriter::WriteInsert(const CqCadEntity& entity, const CString& layer, c
         entity.GetName(), noHeight ? CString() : FromUtf8(FormatNumber(at.z)),
         entity.GetCode() == 0 ? CString() : FromUtf8(std::to_string(entity.GetCode())),
         description};
-    const std::uint64_t insert = m_frame.Begin("INSERT", entity, layer, kLineOfLayer);
+    const std::uint64_t insert = m_frame.Begin("INSERT", entity, layer, limits::kByLayer);
     m_out.Subclass("AcDbBlockReference");
     m_out.Whole(66, 1);
     m_out.Raw(2, kPointBlock);

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "exchange/drawing/Extras.h"
 #include "exchange/drawing/Names.h"
@@ -220,7 +221,7 @@ void Skeleton::WriteLine(std::uint64_t table, std::string_view name, int line) {
 void Skeleton::WriteLines() {
     std::set<int> lines = m_contents.GetLines();
     lines.insert(kSolidLine);
-    lines.erase(kLineOfLayer);
+    lines.erase(limits::kByLayer);
     const std::uint64_t table = BeginTable("LTYPE", lines.size() + 2);
     if (!m_out.IsR12()) {
         WriteLine(table, "ByBlock", kSolidLine);
@@ -239,7 +240,7 @@ void Skeleton::WriteLayers() {
         m_out.Text(2, m_contents.LayerName(layer.name));
         m_out.Whole(70, 0);
         m_out.Whole(62, layer.color);
-        m_out.Raw(6, LineName(layer.line == kLineOfLayer ? kSolidLine : layer.line));
+        m_out.Raw(6, LineName(layer.line == limits::kByLayer ? kSolidLine : layer.line));
     }
     m_out.Raw(0, "ENDTAB");
 }

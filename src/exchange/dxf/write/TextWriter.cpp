@@ -4,7 +4,7 @@
 #include <numbers>
 #include <utility>
 
-#include "exchange/dxf/LineTypes.h"
+#include "cqsurvey/Limits.h"
 
 namespace cqsurvey::exchange::dxf {
 
@@ -109,7 +109,7 @@ void TextWriter::WriteLine(const CqCadEntity& entity, const CString& line, const
     if (!IsUsual(align)) {
         align = {0, 0};
     }
-    m_frame.Begin("TEXT", entity, entity.GetLayer(), kLineOfLayer);
+    m_frame.Begin("TEXT", entity, entity.GetLayer(), limits::kByLayer);
     m_out.Subclass("AcDbText");
     m_out.Point(10, at);
     m_out.Number(40, entity.GetHeight());
@@ -137,7 +137,7 @@ void TextWriter::WriteLines(const CqCadEntity& entity, const Vec3& at, const Ext
     const int along = align.along <= kMostAlong ? align.along : 0;
     // Rows from the top: top, middle, bottom.
     const int row = align.across == 3 ? 0 : align.across == 2 ? 1 : 2;
-    m_frame.Begin("MTEXT", entity, entity.GetLayer(), kLineOfLayer);
+    m_frame.Begin("MTEXT", entity, entity.GetLayer(), limits::kByLayer);
     m_out.Subclass("AcDbMText");
     m_out.Point(10, at);
     m_out.Number(40, entity.GetHeight());

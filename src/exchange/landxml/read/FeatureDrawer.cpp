@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::string_view kUnknownPoint = "it names a point that the file does not have";
 constexpr std::string_view kNoPlace = "it has neither coordinates nor the name of a point";
-constexpr int kOfLayer = 256;
 
 bool IsSamePlace(const TiedVertex& a, const TiedVertex& b) {
     constexpr double kSame = 1e-6;
@@ -78,10 +77,11 @@ bool FeatureDrawer::Resolve(Feature& feature, PlaceTable& places) {
 Style FeatureDrawer::StyleOf(const Feature& feature) {
     Style style;
     style.layer = m_layers.Use(feature.layer).name;
-    style.color = static_cast<int>(std::clamp<std::int64_t>(
-        feature.extras.GetWhole("COLOR", kOfLayer), limits::kLowestColor, limits::kHighestColor));
-    style.line = static_cast<int>(
-        std::clamp<std::int64_t>(feature.extras.GetWhole("LINE", kOfLayer), 0, 0xFFFF));
+    style.color = static_cast<int>(
+        std::clamp<std::int64_t>(feature.extras.GetWhole("COLOR", limits::kByLayer),
+                                 limits::kLowestColor, limits::kHighestColor));
+    style.line = static_cast<int>(std::clamp<std::int64_t>(
+        feature.extras.GetWhole("LINE", limits::kByLayer), 0, limits::kHighestLine));
     return style;
 }
 

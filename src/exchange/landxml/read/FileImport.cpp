@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "cqsurvey/CodePage.h"
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/drawing/Names.h"
@@ -350,10 +351,12 @@ void FileImport::EndOurs() {
         m_features.SetExtras(std::move(m_ours));
     } else if (around == Role::Project && !m_ours.Get(kLayerKey).empty()) {
         constexpr int kInk = 7;
-        m_layers.Define(
-            m_ours.Get(kLayerKey),
-            static_cast<int>(std::clamp<std::int64_t>(m_ours.GetWhole("COLOR", kInk), -255, 255)),
-            static_cast<int>(std::clamp<std::int64_t>(m_ours.GetWhole("LINE"), 0, 0xFFFF)));
+        m_layers.Define(m_ours.Get(kLayerKey),
+                        static_cast<int>(std::clamp<std::int64_t>(m_ours.GetWhole("COLOR", kInk),
+                                                                  -limits::kHighestPaletteColor,
+                                                                  limits::kHighestPaletteColor)),
+                        static_cast<int>(std::clamp<std::int64_t>(m_ours.GetWhole("LINE"), 0,
+                                                                  limits::kHighestLine)));
     }
     m_ours = Extras();
 }

@@ -4,23 +4,18 @@
 #include <cstddef>
 #include <string>
 
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "exchange/landxml/Names.h"
 #include "text/NumberText.h"
 
 namespace cqsurvey::exchange::landxml {
 
-namespace {
-
-constexpr int kOfLayer = 256;
-
-}  // namespace
-
 Extras FeatureWriter::ExtrasOf(const CqCadEntity& entity) {
     Extras extras;
     extras.Set(std::string(kLayerKey), ToUtf8(entity.GetLayer()));
-    extras.SetWhole("COLOR", entity.GetColor(), kOfLayer);
-    extras.SetWhole("LINE", entity.GetLine(), kOfLayer);
+    extras.SetWhole("COLOR", entity.GetColor(), limits::kByLayer);
+    extras.SetWhole("LINE", entity.GetLine(), limits::kByLayer);
     extras.SetWhole("CODE", entity.GetCode());
     return extras;
 }

@@ -1,5 +1,6 @@
 #include "exchange/landxml/write/PointsWriter.h"
 
+#include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "exchange/drawing/DrawingWalk.h"
 #include "exchange/landxml/Names.h"
@@ -9,7 +10,6 @@ namespace cqsurvey::exchange::landxml {
 
 namespace {
 
-constexpr int kOfLayer = 256;
 constexpr int kUsualOrigin = 1;
 
 }  // namespace
@@ -45,7 +45,7 @@ DrawingOutcome PointsWriter::Write(const CqCadEntity& entity) {
     std::string group;
     Extras extras;
     extras.Set(std::string(kLayerKey), ToUtf8(entity.GetLayer()));
-    extras.SetWhole("COLOR", entity.GetColor(), kOfLayer);
+    extras.SetWhole("COLOR", entity.GetColor(), limits::kByLayer);
     if (m_db.GetCoordRec(handle, record) != 0) {
         extras.SetWhole("ORIGIN", static_cast<std::int64_t>(record.GetType()), kUsualOrigin);
         extras.SetWhole("FLAGS", record.GetFlags());

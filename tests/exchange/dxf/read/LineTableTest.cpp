@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "cqsurvey/Limits.h"
 #include "exchange/dxf/LineTypes.h"
 
 namespace cqsurvey::exchange::dxf {
@@ -28,8 +29,8 @@ class LineTableTest : public testing::Test {
 };
 
 TEST_F(LineTableTest, WordsAndKnownNamesNeedNoTableAndNoNote) {
-    EXPECT_EQ(table.Find("ByLayer"), kLineOfLayer);
-    EXPECT_EQ(table.Find(""), kLineOfLayer);
+    EXPECT_EQ(table.Find("ByLayer"), limits::kByLayer);
+    EXPECT_EQ(table.Find(""), limits::kByLayer);
     EXPECT_EQ(table.Find("BYBLOCK"), LineTable::kOfBlock);
     EXPECT_EQ(table.Find("dashed"), 1);
     EXPECT_EQ(table.Find("LINE_12"), 12);

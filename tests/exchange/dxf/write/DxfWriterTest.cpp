@@ -208,18 +208,6 @@ TEST(DxfWriterTest, TheHeaderSaysUnitExtentsAndCodePage) {
     EXPECT_NE(text.find("$DWGCODEPAGE\n  3\nANSI_1252\n"), std::string::npos);
 }
 
-TEST(DxfWriterTest, TheSizeOfAnImageIsReadFromItsFirstBytes) {
-    const auto kind = ReadImageKind(
-        std::string("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\x01\x02\0\0\0\x03\x08\x02", 26));
-    ASSERT_TRUE(kind);
-    EXPECT_EQ(kind->width, 258U);
-    EXPECT_EQ(kind->height, 3U);
-    EXPECT_STREQ(kind->ending, ".png");
-    EXPECT_FALSE(ReadImageKind("GIF89a and more bytes than any of the heads"));
-    EXPECT_FALSE(ReadImageKind(""));
-    EXPECT_FALSE(ReadImageKind(std::string("\xFF\xD8\xFF\xE0\xFF\xFF", 6) + std::string(40, 'x')));
-}
-
 TEST(DxfWriterTest, TheBackgroundImageIsLeftOutOfR12AndWithoutAFileAndSaidToBe) {
     DrawnJob job;
     std::FILE* file = std::fopen(job.folder.Utf8("a.png").c_str(), "wb");

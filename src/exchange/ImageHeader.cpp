@@ -1,8 +1,8 @@
-#include "cqjob/images/ImageHeader.h"
+#include "cqsurvey/exchange/ImageHeader.h"
 
 #include <cstddef>
 
-namespace cqsurvey::cqjob {
+namespace cqsurvey::exchange {
 
 namespace {
 
@@ -118,4 +118,4 @@ std::optional<ImageHeader> ImageHeader::Find(std::string_view bytes) {
     return std::nullopt;
 }
 
-}  // namespace cqsurvey::cqjob
+}  // namespace cqsurvey::exchange

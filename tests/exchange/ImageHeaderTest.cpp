@@ -1,8 +1,8 @@
-#include "cqjob/images/ImageHeader.h"
+#include "cqsurvey/exchange/ImageHeader.h"
 
 #include <gtest/gtest.h>
 
-namespace cqsurvey::cqjob {
+namespace cqsurvey::exchange {
 namespace {
 
 using namespace std::literals;
@@ -52,4 +52,4 @@ TEST(ImageHeader, AFileThatEndsTooEarlyHasNoSize) {
 }
 
 }  // namespace
-}  // namespace cqsurvey::cqjob
+}  // namespace cqsurvey::exchange

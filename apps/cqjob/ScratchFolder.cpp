@@ -1,4 +1,4 @@
-#include "cqjob/gis/ScratchFolder.h"
+#include "cqjob/ScratchFolder.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -6,14 +6,13 @@
 #include <system_error>
 
 #include "cqjob/Failure.h"
-#include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
 
 ScratchFolder::ScratchFolder(const std::string& file)
     : m_path(std::filesystem::path(file).parent_path() / ".cqjob-XXXXXX") {
     if (mkdtemp(m_path.data()) == nullptr) {
-        throw Failure(Printable(file) + ": " + std::generic_category().message(errno));
+        throw Failure(file, "{}", std::generic_category().message(errno));
     }
 }
 

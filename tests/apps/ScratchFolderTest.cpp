@@ -1,4 +1,4 @@
-#include "cqjob/gis/ScratchFolder.h"
+#include "cqjob/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 
