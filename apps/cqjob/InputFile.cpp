@@ -1,76 +1,65 @@
 #include "cqjob/InputFile.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <array>
-#include <cerrno>
+#include <optional>
 #include <system_error>
 
 #include "cqjob/Failure.h"
+#include "platform/System.h"
 
 namespace cqsurvey::cqjob {
 
 namespace {
 
-[[noreturn]] void Fail(const std::string& path, int error) {
-    throw Failure(path, "{}", std::generic_category().message(error));
+using system::Descriptor;
+using system::FileStatus;
+
+void Require(const std::string& path, const std::error_code& failure) {
+    if (failure) {
+        throw Failure(path, "{}", failure.message());
+    }
 }
 
-class Descriptor {
- public:
-    explicit Descriptor(const std::string& path)
-        : m_number(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (m_number < 0) {
-            Fail(path, errno);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { close(m_number); }
-    [[nodiscard]] int Get() const { return m_number; }
-
- private:
-    int m_number;
-};
+Descriptor Open(const std::string& path) {
+    std::error_code failure;
+    Descriptor file(path, Descriptor::Mode::Read, failure);
+    Require(path, failure);
+    return file;
+}
 
 }  // namespace
 
 std::uint64_t GetReadableLength(const std::string& path) {
     // Asked before it is opened: opening a pipe waits for whoever writes into it.
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) {
-        Fail(path, errno);
+    std::error_code failure;
+    const std::optional<FileStatus> status = system::Identify(path, failure);
+    Require(path, failure);
+    if (status->kind == FileStatus::Kind::Folder) {
+        Require(path, std::make_error_code(std::errc::is_a_directory));
     }
-    if (S_ISDIR(status.st_mode)) {
-        Fail(path, EISDIR);
-    }
-    if (!S_ISREG(status.st_mode)) {
+    if (status->kind != FileStatus::Kind::File) {
         throw Failure(path, "is a pipe or a device, not a file");
     }
-    const Descriptor file(path);
-    return static_cast<std::uint64_t>(status.st_size);
+    static_cast<void>(Open(path));
+    return status->size;
 }
 
 std::string ReadInputFile(const std::string& path, std::uint64_t mostBytes) {
     const std::uint64_t length = GetReadableLength(path);
-    const Descriptor file(path);
+    Descriptor file = Open(path);
     std::string bytes;
     std::array<char, 65536> piece{};
+    std::error_code failure;
     for (;;) {
         if (length > mostBytes || bytes.size() > mostBytes) {
             throw Failure(path, "has more than {} bytes, the most that are read", mostBytes);
         }
-        const ssize_t count = read(file.Get(), piece.data(), piece.size());
+        const std::size_t count = file.Read(piece.data(), piece.size(), failure);
+        Require(path, failure);
         if (count == 0) {
             return bytes;
         }
-        if (count > 0) {
-            bytes.append(piece.data(), static_cast<std::size_t>(count));
-        } else if (errno != EINTR) {
-            Fail(path, errno);
-        }
+        bytes.append(piece.data(), count);
     }
 }
 

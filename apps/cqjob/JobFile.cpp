@@ -1,13 +1,13 @@
 #include "cqjob/JobFile.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <system_error>
 #include <utility>
 
 #include "cqjob/Failure.h"
+#include "platform/System.h"
 #include "text/Printable.h"
 
 namespace cqsurvey::cqjob {
@@ -22,24 +22,6 @@ void Named(const std::string& path, const Step& step) {
     } catch (const CException& error) {
         throw Failure(path, "{}", Printable(error.what()));
     }
-}
-
-/// Where the symbolic links end that stand at the path, whether or not anything is there.
-std::filesystem::path EndOfLinks(std::filesystem::path path) {
-    constexpr int kMostLinks = 40;
-    std::error_code failure;
-    for (int links = 0; links < kMostLinks; ++links) {
-        const std::filesystem::path next = std::filesystem::read_symlink(path, failure);
-        if (failure) {
-            break;
-        }
-        path = path.parent_path() / next;
-    }
-    return path;
-}
-
-std::string FolderOf(const std::filesystem::path& path) {
-    return path.has_parent_path() ? path.parent_path().string() : ".";
 }
 
 /// Removes a file at the end of the scope, unless it was told to keep it.
@@ -79,12 +61,12 @@ void RequireOtherFile(const std::string& file, const std::string& job) {
         throw UsageError(Printable(file) + ": is the job itself");
     }
     std::error_code none;
-    const std::filesystem::path end = EndOfLinks(file);
+    const std::filesystem::path end = system::EndOfLinks(file);
     const std::filesystem::path jobEnd = std::filesystem::canonical(job, none);
     for (const char* ending : {"-journal", "-wal", "-shm"}) {
         const std::filesystem::path beside = jobEnd.string() + ending;
-        const bool sameName =
-            end.filename() == beside.filename() && IsSameFile(FolderOf(end), FolderOf(beside));
+        const bool sameName = end.filename() == beside.filename() &&
+                              IsSameFile(system::FolderOf(end), system::FolderOf(beside));
         if (!none && (sameName || IsSameFile(end, beside))) {
             throw UsageError(Printable(file) +
                              ": has the name of a file that belongs to the job while it is open");
@@ -137,7 +119,7 @@ void PutJob(const std::string& path, bool replace, const JobMaker& make) {
                       Printable(reason.what()));
     }
     const std::filesystem::path made =
-        old.string() + fmt::format(".new-{}", static_cast<long>(getpid()));
+        old.string() + fmt::format(".new-{}", system::ProcessNumber());
     if (std::filesystem::exists(made, error)) {
         throw Failure(made.string(), "is in the way of the new job");
     }

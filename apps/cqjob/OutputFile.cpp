@@ -1,14 +1,8 @@
 #include "cqjob/OutputFile.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "cqjob/Failure.h"
@@ -17,7 +11,8 @@ namespace cqsurvey::cqjob {
 
 namespace {
 
-constexpr mode_t kMode = 0666;
+using system::Descriptor;
+
 constexpr std::size_t kBuffer = 65536;
 
 }  // namespace
@@ -31,26 +26,27 @@ OutputFile::OutputFile(Console& console, const std::string& path, bool replace)
     const std::filesystem::path old = std::filesystem::canonical(path, none);
     const bool exists = !none;
     // A link to nothing is something, too.
-    if (!replace && std::filesystem::exists(std::filesystem::symlink_status(path, none))) {
+    if (!replace && system::IsTaken(path)) {
         FailExisting();
     }
     m_interrupt.emplace();
     if (exists && !std::filesystem::is_regular_file(old, none)) {
-        // A device or a pipe is written to, never replaced.
-        m_descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+        OpenExisting(path);
     } else {
         m_path = exists ? old.string() : path;
         Create();
-        struct stat status {};
-        if (m_descriptor >= 0 && stat(m_path.c_str(), &status) == 0) {
-            // The new file gets the old one's permissions, if the system allows it.
-            static_cast<void>(fchmod(m_descriptor, status.st_mode & 07777U));
-        }
+        m_file.TakePermissionsOf(m_path);
     }
-    if (m_descriptor < 0) {
-        m_made.clear();
-        Fail(errno);
-    }
+}
+
+void OutputFile::OpenExisting(const std::string& path) {
+    // A device or a pipe is written to, never replaced.
+    std::error_code failure;
+    do {
+        CheckInterrupt();
+        m_file = Descriptor(path, Descriptor::Mode::Write, failure);
+    } while (failure == std::errc::interrupted);
+    Require(failure);
 }
 
 void OutputFile::Create() {
@@ -59,27 +55,31 @@ void OutputFile::Create() {
     constexpr std::size_t kLongest = 200;
     const std::filesystem::path path(m_path);
     const std::string stem = path.filename().string().substr(0, kLongest);
-    for (int i = 0; i < kTries; ++i) {
-        m_made = path.parent_path() / fmt::format("{}.new-{}", stem, getpid() + i);
-        m_descriptor = open(m_made.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
-        if (m_descriptor >= 0 || errno != EEXIST) {
-            return;
-        }
+    std::error_code failure;
+    for (int i = 0; i < kTries && (i == 0 || failure == std::errc::file_exists); ++i) {
+        m_made = path.parent_path() / fmt::format("{}.new-{}", stem, system::ProcessNumber() + i);
+        m_file = Descriptor(m_made, Descriptor::Mode::CreateNew, failure);
+    }
+    if (failure) {
+        m_made.clear();
+        Require(failure);
     }
 }
 
 OutputFile::~OutputFile() {
-    if (m_descriptor >= 0) {
-        close(m_descriptor);
-    }
     if (!m_made.empty()) {
-        unlink(m_made.c_str());
+        system::Remove(m_made);
     }
 }
 
-void OutputFile::Fail(int error) const {
-    // A file that may not grow further is to its writer what a full disk is.
-    throw Failure(m_path, "{}", std::generic_category().message(error == EFBIG ? ENOSPC : error));
+void OutputFile::Require(const std::error_code& failure) const {
+    if (failure) {
+        // A file that may not grow further is to its writer what a full disk is.
+        const std::error_code told = failure == std::errc::file_too_large
+                                         ? std::make_error_code(std::errc::no_space_on_device)
+                                         : failure;
+        throw Failure(m_path, "{}", told.message());
+    }
 }
 
 void OutputFile::FailExisting() const {
@@ -93,7 +93,7 @@ void OutputFile::CheckInterrupt() const {
 }
 
 void OutputFile::Write(std::string_view bytes) {
-    if (m_descriptor < 0) {
+    if (!m_file.IsOpen()) {
         m_console.Out(bytes);
         return;
     }
@@ -106,28 +106,29 @@ void OutputFile::Write(std::string_view bytes) {
 
 void OutputFile::WriteBuffer() {
     std::string_view left = m_buffer;
+    std::error_code failure;
     while (!left.empty()) {
-        const ssize_t written = write(m_descriptor, left.data(), left.size());
-        if (written < 0 && errno != EINTR) {
-            Fail(errno);
-        }
+        left.remove_prefix(m_file.WriteSome(left.data(), left.size(), failure));
         CheckInterrupt();
-        left.remove_prefix(written < 0 ? 0U : static_cast<std::size_t>(written));
+        if (failure != std::errc::interrupted) {
+            Require(failure);
+        }
     }
     m_buffer.clear();
 }
 
 void OutputFile::Finish() {
-    if (m_descriptor < 0) {
+    if (!m_file.IsOpen()) {
         return;
     }
     WriteBuffer();
-    if (!m_made.empty() && fsync(m_descriptor) != 0) {
-        Fail(errno);
+    std::error_code failure;
+    if (!m_made.empty()) {
+        m_file.Sync(failure);
+        Require(failure);
     }
-    if (close(std::exchange(m_descriptor, -1)) != 0) {
-        Fail(errno);
-    }
+    m_file.Close(failure);
+    Require(failure);
     CheckInterrupt();
     if (!m_made.empty()) {
         Publish();
@@ -136,43 +137,19 @@ void OutputFile::Finish() {
 }
 
 void OutputFile::Publish() {
-    int result = -1;
+    std::error_code failure;
     if (m_replace) {
-        result = std::rename(m_made.c_str(), m_path.c_str());
+        std::filesystem::rename(m_made, m_path, failure);
     } else {
-        result = renameat2(AT_FDCWD, m_made.c_str(), AT_FDCWD, m_path.c_str(), RENAME_NOREPLACE);
-        if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
-            // Not every file system can do this at once. A second name can be given to a file only
-            // where there is nothing; where there are no second names, the look at the beginning
-            // must do.
-            result = link(m_made.c_str(), m_path.c_str());
-            if (result == 0) {
-                unlink(m_made.c_str());
-            } else if (errno != EEXIST) {
-                result = std::rename(m_made.c_str(), m_path.c_str());
-            }
-        }
-    }
-    if (result != 0) {
-        if (errno == EEXIST) {
+        system::RenameNew(m_made, m_path, failure);
+        if (failure == std::errc::file_exists) {
             FailExisting();
         }
-        Fail(errno);
     }
+    Require(failure);
     m_made.clear();
-    SyncFolder();
-}
-
-void OutputFile::SyncFolder() const {
-    // The new name is on the disk once its folder is. Some file systems cannot sync a folder; then
-    // the file is as safe as it can be.
-    const std::filesystem::path folder = std::filesystem::path(m_path).parent_path();
-    const int descriptor =
-        open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor >= 0) {
-        static_cast<void>(fsync(descriptor));
-        close(descriptor);
-    }
+    // The new name is on the disk once its folder is. The file is whole in any case.
+    system::SyncFolderOf(system::AbsolutePath(m_path), failure);
 }
 
 }  // namespace cqsurvey::cqjob

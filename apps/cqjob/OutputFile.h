@@ -3,9 +3,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "cqjob/Console.h"
 #include "cqjob/Interrupt.h"
+#include "platform/System.h"
 
 namespace cqsurvey::cqjob {
 
@@ -35,12 +37,13 @@ class OutputFile {
     void Finish();
 
  private:
-    [[noreturn]] void Fail(int error) const;
+    /// Throws Failure when there is a failure.
+    void Require(const std::error_code& failure) const;
+    void OpenExisting(const std::string& path);
     void Create();
     void WriteBuffer();
     [[noreturn]] void FailExisting() const;
     void Publish();
-    void SyncFolder() const;
 
     Console& m_console;
     std::optional<Interrupt> m_interrupt;  // nothing for the console
@@ -48,7 +51,7 @@ class OutputFile {
     std::string m_made;  // the file that is written, "" when there is none to remove
     bool m_replace;
     std::string m_buffer;
-    int m_descriptor = -1;
+    system::Descriptor m_file;  // not open for the console
 };
 
 }  // namespace cqsurvey::cqjob

@@ -204,7 +204,7 @@ bool IsOutOfHandles(const std::error_code& failure) noexcept {
 }
 
 Descriptor::Descriptor(const std::string& path, Mode mode, std::error_code& failure) noexcept
-    : m_number(Uninterrupted([&] { return ::open(path.c_str(), OpenFlags(mode), 0666); })) {
+    : m_number(::open(path.c_str(), OpenFlags(mode), 0666)) {
     failure = FailureOf(!IsOpen());
 }
 

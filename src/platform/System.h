@@ -96,6 +96,7 @@ class Descriptor {
     };
 
     Descriptor() = default;
+    /// To open a pipe waits for its other end. A signal ends that with std::errc::interrupted.
     Descriptor(const std::string& path, Mode mode, std::error_code& failure) noexcept;
     Descriptor(Descriptor&& other) noexcept;
     Descriptor& operator=(Descriptor&& other) noexcept;
