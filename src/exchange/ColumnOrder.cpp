@@ -2,14 +2,13 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <array>
 #include <charconv>
-#include <iterator>
 #include <utility>
 
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/Headings.h"
+#include "exchange/drawing/Names.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 
@@ -23,10 +22,6 @@ constexpr std::array kColumns = {Column::Name,   Column::Northing, Column::Easti
                                  Column::Group,  Column::Layer,    Column::Flags,
                                  Column::Origin, Column::Time};
 static_assert(kColumns.size() == kColumnCount);
-
-char ToLower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-}
 
 bool IsCoordinate(Column column) {
     return column == Column::Northing || column == Column::Easting || column == Column::Height;
@@ -121,8 +116,9 @@ ColumnOrder ColumnOrder::FromLetters(std::string_view letters, std::string_view 
     // In the order of kColumns.
     static constexpr std::string_view kLetters = "pnezcdglfot";
     ColumnOrder order;
+    order.m_letters = Lower(letters);
     for (std::size_t i = 0; i < letters.size(); ++i) {
-        const std::size_t letter = kLetters.find(ToLower(letters[i]));
+        const std::size_t letter = kLetters.find(order.m_letters[i]);
         if (letter != std::string_view::npos) {
             order.Set(kColumns[letter], i);
         } else if (letters[i] != '-') {
@@ -135,7 +131,6 @@ ColumnOrder ColumnOrder::FromLetters(std::string_view letters, std::string_view 
     }
     order.m_width = letters.size();
     order.m_leavesRest = letters.ends_with('-');
-    std::transform(letters.begin(), letters.end(), std::back_inserter(order.m_letters), ToLower);
     if (const auto description = order.Find(Column::Description)) {
         if (*description + 1 != letters.size()) {
             throw OptionError(fmt::format(

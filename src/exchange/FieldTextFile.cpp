@@ -11,6 +11,7 @@
 #include "cqsurvey/exchange/ForeignFile.h"
 #include "exchange/Headings.h"
 #include "exchange/NarrowPage.h"
+#include "exchange/drawing/Names.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 
@@ -25,9 +26,7 @@ bool IsWord(std::string_view text) {
         std::string_view("0123456789+-.,").find(text[0]) != std::string_view::npos) {
         return false;
     }
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    const std::string lower = Lower(text);
     return lower != "nan" && lower != "inf" && lower != "infinity" && lower != "null";
 }
 

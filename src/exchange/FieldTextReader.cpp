@@ -43,7 +43,7 @@ ImportReport FieldTextReader::Import(CqSurveyDB& db, const ImportOptions& option
     if (how.system) {
         projection.emplace(db, *how.system, how.heightUnit, how.optionPrefix);
     }
-    ImportReport report(options.note);
+    ImportReport report(options.note, options.mostNotes);
     PointImport import(db, report, options, projection ? &*projection : nullptr);
     import.Run(*m_file, m_source);
     if (projection) {

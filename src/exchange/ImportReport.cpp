@@ -10,7 +10,8 @@
 
 namespace cqsurvey::exchange {
 
-ImportReport::ImportReport(Listener listener) : m_listener(std::move(listener)) {}
+ImportReport::ImportReport(Listener listener, std::size_t mostNotes)
+    : m_listener(std::move(listener)), m_mostNotes(mostNotes) {}
 
 void ImportReport::Count(Fate fate, std::uint64_t lines) {
     ++m_counts[static_cast<std::size_t>(fate)];
@@ -90,8 +91,10 @@ void ImportReport::Note(const ImportNote& note) {
     }
     if (m_listener) {
         m_listener(note);
-    } else {
+    } else if (m_notes.size() < m_mostNotes) {
         m_notes.push_back(note);
+    } else {
+        ++m_dropped;
     }
 }
 

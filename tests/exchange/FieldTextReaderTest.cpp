@@ -54,6 +54,16 @@ class FieldTextReaderTest : public testing::Test {
     CqSurveyDB db;
 };
 
+TEST_F(FieldTextReaderTest, NoMoreNotesAreKeptThanTheOptionsSay) {
+    EXPECT_EQ(ImportOptions().mostNotes, 100'000U);
+    ImportOptions options;
+    options.mostNotes = 1;
+    const ImportReport report = Import("A,10,20,5\nB,x,3,4\nC,x,3,4\n", options);
+    EXPECT_EQ(report.GetNotes().size(), 1U);
+    EXPECT_EQ(report.GetDroppedNotes(), 1U);
+    EXPECT_EQ(report.Get(Fate::Refused), 2U);
+}
+
 TEST_F(FieldTextReaderTest, RecordsTheFileAndReportsEveryLine) {
     const ImportReport report = Import("Name,N,E,Z,D\nA,10,20,5,wall\nB,1,x,3\nC,1,2,,\n");
     EXPECT_EQ(report.Get(Fate::Header), 1U);

@@ -50,6 +50,17 @@ TEST(ImportReport, KeepsItsNotes) {
     EXPECT_EQ(report.GetNotes()[1].lines, 3U);
 }
 
+TEST(ImportReport, KeepsNoMoreNotesThanItMayAndCountsTheRest) {
+    ImportReport report({}, 2);
+    for (std::uint64_t line = 1; line <= 5; ++line) {
+        report.Note({line, 1, "refused", "the northing is empty", "empty"});
+    }
+    ASSERT_EQ(report.GetNotes().size(), 2U);
+    EXPECT_EQ(report.GetNotes()[1].line, 2U);
+    EXPECT_EQ(report.GetDroppedNotes(), 3U);
+    EXPECT_EQ(report.GetCauses()[0].count, 5U);
+}
+
 TEST(ImportReport, TellsItsNotesToWhoListensAndKeepsNone) {
     std::vector<std::string> told;
     ImportReport report([&](const ImportNote& note) { told.push_back(note.text); });

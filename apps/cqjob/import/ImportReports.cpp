@@ -100,6 +100,10 @@ void WriteNotes(Console& console, const std::string& file, const ImportReport& r
             note.lines > 1 ? fmt::format("-{}", note.line + note.lines - 1) : "";
         console.Say("{}:{}{}: {}: {}\n", Printable(file), note.line, last, note.what, note.text);
     }
+    if (report.GetDroppedNotes() > 0) {
+        console.Say("{}: {} that would be too many to tell\n", Printable(file),
+                    Count(report.GetDroppedNotes(), "more note"));
+    }
 }
 
 void WriteReport(JsonWriter& json, const ImportReport& report) {
@@ -141,6 +145,7 @@ void WriteReport(JsonWriter& json, const ImportReport& report) {
         json.Member("what", note.what);
         json.Member("text", note.text);
     });
+    json.Member("notes_dropped", report.GetDroppedNotes());
 }
 
 }  // namespace cqsurvey::cqjob

@@ -69,13 +69,15 @@ struct DxfReadOptions {
     CString group;
 
     /// How many entities inserted blocks may draw. A few blocks, each inserted many times in the
-    /// next, can stand for more than any machine can draw. A large entity counts as several: one
+    /// next, can stand for more than any machine can draw, and so can the arcs that curves are
+    /// fitted with. A large entity counts as several: one
     /// for each 16 vertices that it draws, or for each KiB that it takes in memory.
     std::uint64_t mostDrawn = 20'000'000;
 
     /// How many bytes of memory one entity may take, its texts and its groups each, and how many
-    /// all blocks together, and the tables. A device with little memory may want less.
-    std::size_t mostEntityBytes = std::size_t{1} << 28U;
+    /// all blocks together, and the tables. To draw an entity takes several times as much. A device
+    /// with little memory may want less.
+    std::size_t mostEntityBytes = std::size_t{1} << 26U;
     std::size_t mostBlockBytes = std::size_t{1} << 29U;
 
     /// What messages call the job. Empty: they do not name it.

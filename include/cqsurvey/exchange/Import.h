@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -57,8 +58,9 @@ struct ImportOptions {
     /// as \x and their number.
     std::string jobName;
 
-    /// Called with each note as it arises. Without a listener the report keeps the notes.
+    /// Called with each note as it arises. Without a listener the report keeps so many of them.
     ImportReport::Listener note;
+    std::size_t mostNotes = ImportReport::kMostNotes;
 
     /// Called after each line with the number of points recorded, the bytes read, and the size of
     /// the file when it is known. An exception that it throws ends the import, and the job is as it

@@ -75,8 +75,12 @@ class CQSURVEY_EXCHANGE_API ImportReport {
 
     using Listener = std::function<void(const ImportNote& note)>;
 
-    /// Hands each note to `listener`, or keeps the notes when there is none.
-    explicit ImportReport(Listener listener = {});
+    /// How many notes are kept unless the options say otherwise.
+    static constexpr std::size_t kMostNotes = 100'000;
+
+    /// Hands each note to `listener`, or keeps the first `mostNotes` when there is none: the notes
+    /// of a file that is no list of points take a hundred times its own bytes.
+    explicit ImportReport(Listener listener = {}, std::size_t mostNotes = kMostNotes);
 
     /// Counts a record that takes `lines` lines. Those after its first are counted as continued.
     void Count(Fate fate, std::uint64_t lines);
@@ -118,8 +122,12 @@ class CQSURVEY_EXCHANGE_API ImportReport {
     /// The counts and their sum, the lines of the file, as one line in English.
     [[nodiscard]] std::string DescribeSum() const;
 
-    /// The notes; none when there is a listener.
+    /// The notes that were kept; none when there is a listener.
     [[nodiscard]] const std::vector<ImportNote>& GetNotes() const { return m_notes; }
+
+    /// How many notes nobody was told and that were not kept. They are in the counts and the
+    /// causes.
+    [[nodiscard]] std::uint64_t GetDroppedNotes() const { return m_dropped; }
 
     // How many points were recorded with something missing or changed.
     std::uint64_t missingHeights = 0;
@@ -143,6 +151,8 @@ class CQSURVEY_EXCHANGE_API ImportReport {
     void AddCause(const ImportCause& cause);
 
     Listener m_listener;
+    std::size_t m_mostNotes;
+    std::uint64_t m_dropped = 0;
     std::vector<ImportNote> m_notes;
     std::vector<ImportCause> m_causes;
     std::vector<ImportedPoint> m_first;

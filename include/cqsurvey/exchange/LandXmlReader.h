@@ -46,9 +46,11 @@ struct LandXmlReadOptions {
     SurveyCoordType origin{1};
     CString group;
 
-    /// How many bytes of memory the lines may take that are kept: those of a feature until it ends,
-    /// and from the first feature on that names a point which comes later, all of them. A device
-    /// with little memory may want less.
+    /// How many bytes of memory the points may take that are kept: those of a collection until it
+    /// ends, those that name a point which comes later, and the names and places of all. Then the
+    /// same for lines: those of a feature until it is drawn, and from the first feature on that
+    /// names a point which comes later, all of them. A device with little memory may want less.
+    std::size_t mostPointBytes = std::size_t{1} << 30U;
     std::size_t mostLineBytes = std::size_t{1} << 30U;
 
     /// What messages call the job. Empty: they do not name it.

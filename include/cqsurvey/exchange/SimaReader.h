@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -35,6 +36,11 @@ struct SimaReadOptions {
     Duplicates duplicates = Duplicates::Refuse;
     SurveyCoordType origin{1};
     CString group;
+
+    /// How many bytes of memory may be taken by what is kept of the file: the numbers, names and
+    /// places of its points, and its parcels, which are drawn at its end. A device with little
+    /// memory may want less.
+    std::size_t mostKeptBytes = std::size_t{1} << 30U;
 
     /// What messages call the job. Empty: they do not name it.
     std::string jobName;
@@ -73,9 +79,10 @@ class CQSURVEY_EXCHANGE_API SimaReader {
     /// group stay as they were. Call Import once.
     ///
     /// Throws ExchangeError with the line when the file is no SIMA file, is cut off, or has a line
-    /// of more than 64 KiB; CqSurveyException with error::kInvalidArgument when the job has an open
-    /// CqBatch, with error::kNoMount when no job is open; and whatever CqBatch::Commit and
-    /// `progress` throw. The job is then as it was before.
+    /// of more than 64 KiB, or keeps too much in memory; CqSurveyException with
+    /// error::kInvalidArgument when the job has an open CqBatch, with error::kNoMount when no job
+    /// is open; and whatever CqBatch::Commit and `progress` throw. The job is then as it was
+    /// before.
     [[nodiscard]] DrawingReport Import(CqSurveyDB& db);
 
  private:

@@ -14,6 +14,7 @@
 #include "exchange/CsvReader.h"
 #include "exchange/CsvWriter.h"
 #include "exchange/codes/CodeWords.h"
+#include "exchange/drawing/Names.h"
 #include "text/NumberText.h"
 #include "text/Printable.h"
 
@@ -26,13 +27,6 @@ constexpr std::array<std::string_view, kHeadingCount> kHeadings{
     "code", "number", "layer", "color", "line", "kind", "symbol", "size", "label", "text"};
 
 enum Heading : std::size_t { Code, Number, Layer, Color, Line, Kind, Symbol, Size, Label, Text };
-
-std::string Lower(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return lower;
-}
 
 class TableReader {
  public:

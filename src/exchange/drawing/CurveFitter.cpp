@@ -60,7 +60,6 @@ void CurveFitter::Fit(const Curve& curve, double from, double to, std::vector<Pa
 
 void CurveFitter::Fit(const Curve& curve, double from, const Vec3& p, double to, const Vec3& q,
                       int depth, std::vector<PathVertex>& out) {
-    constexpr int kDeepest = 14;
     constexpr int kLooks = 8;
     constexpr double kStraight = 1e-9;
     constexpr double kSharp = 1.0;
@@ -77,13 +76,15 @@ void CurveFitter::Fit(const Curve& curve, double from, const Vec3& p, double to,
         farthest = std::max(
             {farthest, Distance(at, p, q, bulge), std::fabs(at.z - (p.z + (q.z - p.z) * part))});
     }
-    if ((farthest > m_tolerance || std::fabs(bulge) > kSharp) && depth < kDeepest) {
+    if ((farthest > m_tolerance || std::fabs(bulge) > kSharp) && depth < m_deepest &&
+        m_vertices < kMostVertices) {
         Fit(curve, from, p, middle, m, depth + 1, out);
         Fit(curve, middle, m, to, q, depth + 1, out);
         return;
     }
     m_deviation = std::max(m_deviation, farthest);
     out.push_back({p, bulge});
+    ++m_vertices;
 }
 
 }  // namespace cqsurvey::exchange

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <vector>
 
@@ -33,8 +34,14 @@ class CurveFitter {
  public:
     using Curve = std::function<Vec3(double)>;
 
-    /// `tolerance` is positive and in the unit of the curve.
-    CurveFitter(double tolerance, bool arcs) : m_tolerance(tolerance), m_arcs(arcs) {}
+    /// After so many vertices no piece is halved any more, so that no numbers of a file can ask for
+    /// more vertices than a machine holds. The deviation tells.
+    static constexpr std::size_t kMostVertices = 200'000;
+
+    /// `tolerance` is positive and in the unit of the curve. A piece is halved `deepest` times at
+    /// most.
+    CurveFitter(double tolerance, bool arcs, int deepest = 14)
+        : m_tolerance(tolerance), m_arcs(arcs), m_deepest(deepest) {}
 
     /// Appends the vertices of the curve from parameter `from` to `to`, without the one at `to`.
     void Fit(const Curve& curve, double from, double to, std::vector<PathVertex>& out);
@@ -48,6 +55,8 @@ class CurveFitter {
 
     double m_tolerance;
     bool m_arcs;
+    int m_deepest;
+    std::size_t m_vertices = 0;
     double m_deviation = 0.0;
 };
 

@@ -18,15 +18,26 @@ std::int64_t Extras::GetWhole(std::string_view key, std::int64_t fallback) const
 }
 
 void Extras::Set(const std::string& key, std::string_view value) {
-    if (!value.empty()) {
+    const bool full = m_values.size() >= kMostKeys && m_values.find(key) == m_values.end();
+    if (!value.empty() && !full) {
         m_values[key] = value;
     }
 }
 
 void Extras::SetWhole(const std::string& key, std::int64_t value, std::int64_t usual) {
     if (value != usual) {
-        m_values[key] = std::to_string(value);
+        Set(key, std::to_string(value));
     }
+}
+
+std::size_t Extras::GetBytes() const {
+    // A node of the map beside its texts, about.
+    constexpr std::size_t kNode = 112;
+    std::size_t bytes = 0;
+    for (const auto& [key, value] : m_values) {
+        bytes += kNode + key.size() + value.size();
+    }
+    return bytes;
 }
 
 }  // namespace cqsurvey::exchange

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -16,15 +17,21 @@ inline constexpr std::string_view kApplication = "CQSURVEY";
 /// along or drop it.
 class Extras {
  public:
+    static constexpr std::size_t kMostKeys = 64;
+
     [[nodiscard]] bool IsEmpty() const { return m_values.empty(); }
     /// Empty when there is no such key.
     [[nodiscard]] std::string_view Get(std::string_view key) const;
     [[nodiscard]] std::int64_t GetWhole(std::string_view key, std::int64_t fallback = 0) const;
 
-    /// Keeps a value, unless it is empty.
+    /// Keeps a value, unless it is empty. A job has few kinds of them: of a file with more than
+    /// kMostKeys, the rest is not kept.
     void Set(const std::string& key, std::string_view value);
     /// Keeps a value, unless it is the usual one.
     void SetWhole(const std::string& key, std::int64_t value, std::int64_t usual = 0);
+
+    /// How much memory it takes, about.
+    [[nodiscard]] std::size_t GetBytes() const;
 
     [[nodiscard]] const std::map<std::string, std::string, std::less<>>& GetAll() const {
         return m_values;

@@ -16,4 +16,12 @@ namespace cqsurvey::exchange {
     return upper;
 }
 
+[[nodiscard]] inline std::string Lower(std::string_view name) {
+    std::string lower(name);
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return lower;
+}
+
 }  // namespace cqsurvey::exchange

@@ -17,5 +17,6 @@ namespace cqsurvey::exchange {
 }
 
 inline constexpr std::string_view kNotFinite = "its numbers are not finite, or too large";
+inline constexpr std::string_view kNothingLikeIt = "a job has nothing like it";
 
 }  // namespace cqsurvey::exchange

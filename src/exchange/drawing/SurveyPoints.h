@@ -32,10 +32,7 @@ class SurveyPoints {
     DrawingOutcome Add(const Style& style, Vec3 at, const PointDetails& details,
                        const Extras& extras);
 
-    /// The point that was recorded last; 0 when the last one was not.
-    [[nodiscard]] CqHandle GetLast() const { return m_last; }
-
-    /// Its entity in the drawing.
+    /// The entity of the point that was recorded last; 0 when the last one was not.
     [[nodiscard]] CqHandle GetLastEntity() const;
 
     /// Names that the job does not have.

@@ -9,6 +9,8 @@ struct Vec3 {
     double x = 0.0;
     double y = 0.0;
     double z = 0.0;
+
+    friend bool operator==(const Vec3&, const Vec3&) = default;
 };
 
 [[nodiscard]] inline bool IsFinite(const Vec3& v) {

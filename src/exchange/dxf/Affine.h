@@ -1,10 +1,15 @@
 #pragma once
 
 #include <array>
+#include <numbers>
 
 #include "exchange/drawing/Vec3.h"
 
 namespace cqsurvey::exchange::dxf {
+
+[[nodiscard]] inline double Radians(double degrees) {
+    return degrees * std::numbers::pi / 180.0;
+}
 
 /// A map of space: scale, rotation, mirroring, shift. Entities are mapped from the coordinates in
 /// which they are written to those of the drawing.

@@ -91,17 +91,24 @@ int Record::Whole(int code, int fallback) const {
     return entry == nullptr ? fallback : Whole(*entry);
 }
 
-std::vector<Record> Record::GetParts() const {
-    std::vector<Record> parts;
+void Record::ForEachPart(const std::function<void(const Record&)>& take) const {
+    Record part;
     for (const Entry& entry : m_entries) {
         const Group group{entry.code, Text(entry), place + entry.place};
-        if (entry.code == 0) {
-            parts.emplace_back().Begin(*m_origin, group);
-        } else if (!parts.empty()) {
-            parts.back().Add(group, std::numeric_limits<std::size_t>::max());
+        if (entry.code != 0) {
+            if (part.m_origin != nullptr) {
+                part.Add(group, std::numeric_limits<std::size_t>::max());
+            }
+            continue;
         }
+        if (part.m_origin != nullptr) {
+            take(part);
+        }
+        part.Begin(*m_origin, group);
     }
-    return parts;
+    if (part.m_origin != nullptr) {
+        take(part);
+    }
 }
 
 std::size_t Record::GetSize() const {

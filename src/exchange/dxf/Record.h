@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,8 +46,9 @@ class Record {
     [[nodiscard]] double Number(int code, double fallback = 0.0) const;
     [[nodiscard]] int Whole(int code, int fallback = 0) const;
 
-    /// The parts, each as a record of its own.
-    [[nodiscard]] std::vector<Record> GetParts() const;
+    /// Hands over the parts, each as a record of its own that is valid until the next: all of them
+    /// at once may take several times the memory of the record.
+    void ForEachPart(const std::function<void(const Record&)>& take) const;
 
     /// How much memory it takes.
     [[nodiscard]] std::size_t GetSize() const;

@@ -17,8 +17,6 @@ namespace cqsurvey::exchange::sima {
 
 namespace {
 
-constexpr std::string_view kNothingLikeIt = "a job has nothing like it";
-
 /// True for a letter and two digits, by which every record begins.
 bool IsKind(std::string_view text) {
     const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
@@ -38,7 +36,10 @@ FileImport::FileImport(TextSource& source, const SimaReadOptions& options, CqSur
       m_layers(
           db, [](std::string_view bytes) { return FromUtf8(bytes); }, report),
       m_points(m_drawing, report, options.duplicates, options.origin, options.group,
-               options.jobName) {}
+               options.jobName),
+      m_limit(options.mostKeptBytes,
+              [this] { Fail(m_line, "the points and parcels of the file take too much memory"); }) {
+}
 
 void FileImport::Fail(std::uint64_t line, const std::string& text) const {
     throw ExchangeError(fmt::format("{}:{}: {}", Printable(m_source.GetName()), line, text));
@@ -116,7 +117,12 @@ void FileImport::Run() {
              fmt::format("the file is cut off: what begins in line {} has no end", m_begun));
     }
     for (const Parcel& parcel : m_parcels) {
-        Draw(parcel);
+        // A vertex stands in a path, in its ties, and as an object in the job's list.
+        constexpr std::size_t kVertex = 256;
+        m_line = parcel.line;  // for a fault
+        m_limit.Take(parcel.corners * kVertex);
+        m_report.Count("D00", kParcels, Draw(parcel), false, parcel.line);
+        m_limit.GiveBack(parcel.corners * kVertex);
     }
     m_drawing.Finish();
 }
@@ -159,9 +165,9 @@ void FileImport::ReadLine(std::string_view line) {
         Count(kind, {}, Taken("the points end"));
     } else if (kind == "D00") {
         Begin(Section::Parcel, kind);
-        m_parcels.push_back({ToUtf8(m_page.Decode(Field(2))), m_line, {}});
+        BeginParcel();
     } else if (kind == "B01" && m_section == Section::Parcel) {
-        m_parcels.back().corners.push_back({std::string(Field(1)), std::string(Field(2)), m_line});
+        AddCorner();
     } else if (kind == "D99" && m_section == Section::Parcel) {
         m_section = Section::None;
         Count(kind, {}, Taken("the parcel ends"));
@@ -192,8 +198,12 @@ DrawingOutcome FileImport::Point() {
     style.layer = m_drawing.GetLayerBefore();
     const DrawingOutcome outcome = m_points.Add(style, known.at, details, {});
     known.entity = m_points.GetLastEntity();
+    // The nodes of the two maps beside what they hold, about.
+    constexpr std::size_t kNodes = 144;
+    const std::size_t bytes = kNodes + sizeof known + known.name.size() + Field(1).size();
     const auto [place, added] = m_byNumber.try_emplace(std::string(Field(1)), std::move(known));
     if (added) {
+        m_limit.Take(bytes);
         m_byName.try_emplace(place->second.name, &place->second);
     } else {
         m_report.Note(
@@ -204,34 +214,46 @@ DrawingOutcome FileImport::Point() {
     return outcome;
 }
 
-const FileImport::Known* FileImport::Find(const Corner& corner) const {
-    const auto number = m_byNumber.find(corner.number);
-    if (number != m_byNumber.end() && (corner.name.empty() || number->second.name == corner.name)) {
-        return &number->second;
-    }
-    const auto name = m_byName.find(corner.name);
-    if (name != m_byName.end() && !corner.name.empty()) {
-        return name->second;
-    }
-    return number == m_byNumber.end() ? nullptr : &number->second;
+void FileImport::BeginParcel() {
+    m_parcels.push_back({ToUtf8(m_page.Decode(Field(2))), m_line});
+    m_limit.Take(sizeof(Parcel) + m_parcels.back().name.size());
 }
 
-void FileImport::Draw(const Parcel& parcel) {
-    const DrawingOutcome outcome = DrawOutline(parcel);
-    m_report.Count("D00", kParcels, outcome, false, parcel.line);
+void FileImport::AddCorner() {
+    Corner& corner = m_corners.emplace_back();
+    corner.point.append(Field(1)).append(",").append(Field(2));
+    corner.line = m_line;
+    m_limit.Take(sizeof corner + corner.point.size());
+    ++m_parcels.back().corners;
 }
 
-DrawingOutcome FileImport::DrawOutline(const Parcel& parcel) {
+const FileImport::Known* FileImport::Find(std::string_view number, std::string_view name) const {
+    const auto numbered = m_byNumber.find(number);
+    if (numbered != m_byNumber.end() && (name.empty() || numbered->second.name == name)) {
+        return &numbered->second;
+    }
+    const auto named = m_byName.find(name);
+    if (named != m_byName.end() && !name.empty()) {
+        return named->second;
+    }
+    return numbered == m_byNumber.end() ? nullptr : &numbered->second;
+}
+
+DrawingOutcome FileImport::Draw(const Parcel& parcel) {
     std::vector<PathVertex> path;
     std::vector<CqHandle> ties;
     double east = 0.0;
     double north = 0.0;
     bool whole = true;
-    for (const Corner& corner : parcel.corners) {
-        const Known* known = Find(corner);
+    for (std::size_t left = parcel.corners; left > 0; --left, m_corners.pop_front()) {
+        const Corner& corner = m_corners.front();
+        const std::string_view point = corner.point;
+        const std::size_t comma = point.find(',');
+        const std::string_view name = point.substr(comma + 1);
+        const Known* known = Find(point.substr(0, comma), name);
         const DrawingOutcome outcome =
             known == nullptr ? LeftOut("the file does not have its point")
-            : corner.name.empty() || known->name == corner.name
+            : name.empty() || known->name == name
                 ? Taken("corner of a parcel")
                 : Converted("corner of a parcel; its number is that of a point of another name");
         m_report.Count("B01", kParcels, outcome, false, corner.line);

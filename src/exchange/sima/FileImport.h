@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <string>
 #include <string_view>
@@ -9,6 +11,7 @@
 #include "cqsurvey/CodePage.h"
 #include "cqsurvey/exchange/SimaReader.h"
 #include "exchange/drawing/LayerMap.h"
+#include "exchange/drawing/MemoryLimit.h"
 #include "exchange/drawing/SurveyPoints.h"
 
 namespace cqsurvey::exchange::sima {
@@ -33,23 +36,24 @@ class FileImport {
         std::string name;  ///< as in the file
     };
     struct Corner {
-        std::string number;
-        std::string name;
+        std::string point;  ///< its number and its name, with a comma between them
         std::uint64_t line = 0;
     };
     struct Parcel {
         std::string name;
         std::uint64_t line = 0;
-        std::vector<Corner> corners;
+        std::size_t corners = 0;  ///< how many of the corners that follow are its own
     };
 
     [[nodiscard]] bool NextLine(std::string& line);
     void ReadLine(std::string_view line);
     void Begin(Section section, std::string_view kind);
     DrawingOutcome Point();
-    void Draw(const Parcel& parcel);
-    DrawingOutcome DrawOutline(const Parcel& parcel);
-    [[nodiscard]] const Known* Find(const Corner& corner) const;
+    void BeginParcel();
+    void AddCorner();
+    /// Draws a parcel, and takes its corners from the front.
+    DrawingOutcome Draw(const Parcel& parcel);
+    [[nodiscard]] const Known* Find(std::string_view number, std::string_view name) const;
     void Count(std::string_view kind, const CString& layer, const DrawingOutcome& outcome);
     [[nodiscard]] std::string_view Field(std::size_t index) const;
     [[noreturn]] void Fail(std::uint64_t line, const std::string& text) const;
@@ -69,8 +73,10 @@ class FileImport {
     Section m_section = Section::None;
     std::vector<std::string_view> m_fields;
     std::map<std::string, Known, std::less<>> m_byNumber;
-    std::map<std::string, const Known*, std::less<>> m_byName;
-    std::vector<Parcel> m_parcels;
+    std::map<std::string_view, const Known*> m_byName;  // the names of m_byNumber
+    std::deque<Parcel> m_parcels;
+    std::deque<Corner> m_corners;  // of all parcels, in order
+    MemoryLimit m_limit;
 };
 
 }  // namespace cqsurvey::exchange::sima

@@ -61,15 +61,17 @@ struct XmlParser::Callbacks {
             parser.m_handler.Text({text, static_cast<std::size_t>(length)});
         });
     }
-    static void XMLCALL Entity(void* self, const char* name, int /*isParameter*/,
-                               const char* /*value*/, int /*length*/, const char* /*base*/,
-                               const char* /*system*/, const char* /*publicId*/,
-                               const char* /*notation*/) {
+    static void XMLCALL Prefix(void* self, const char* prefix, const char* /*uri*/) {
+        Guard(self, [&](XmlParser& parser) { parser.CountName(prefix == nullptr ? "" : prefix); });
+    }
+    static void XMLCALL Doctype(void* self, const char* /*name*/, const char* /*system*/,
+                                const char* /*publicId*/, int hasDeclarations) {
         Guard(self, [&](XmlParser& parser) {
-            parser.Fail(
-                parser.GetLine(),
-                fmt::format("the file declares the entity {}, and entities are not expanded",
-                            Quoted(name)));
+            if (hasDeclarations != 0) {
+                parser.Fail(parser.GetLine(),
+                            "the file has declarations of its own, such as entities, and these are "
+                            "not read");
+            }
         });
     }
 };
@@ -109,6 +111,17 @@ void XmlParser::FailToParse() const {
     Fail(GetLine(), fmt::format("this is no sound XML: {}", XML_ErrorString(error)));
 }
 
+void XmlParser::CountName(std::string_view name) {
+    if (m_names.find(name) != m_names.end()) {
+        return;
+    }
+    if (m_names.size() >= kMostNames) {
+        Fail(GetLine(),
+             fmt::format("the file has more than {} names of elements and attributes", kMostNames));
+    }
+    m_names.emplace(name);
+}
+
 void XmlParser::Begin(const char* name, const char** attributes) {
     if (m_open.size() >= kDeepest) {
         Fail(GetLine(), fmt::format("elements are nested more than {} deep", kDeepest));
@@ -122,9 +135,11 @@ void XmlParser::Begin(const char* name, const char** attributes) {
         m_space = m_element.space;
     }
     m_element.foreign = m_element.space != m_space;
+    CountName(m_element.name);
     m_element.attributes.clear();
     for (; *attributes != nullptr; attributes += 2) {
         const std::string_view attribute = attributes[0];
+        CountName(attribute);
         if (attribute.find(kSeparator) == std::string_view::npos) {
             m_element.attributes.push_back({attribute, attributes[1]});
         }
@@ -169,7 +184,8 @@ void XmlParser::ChooseEncoding(std::string_view start) {
     XML_SetUserData(parser, this);
     XML_SetElementHandler(parser, Callbacks::Start, Callbacks::End);
     XML_SetCharacterDataHandler(parser, Callbacks::Text);
-    XML_SetEntityDeclHandler(parser, Callbacks::Entity);
+    XML_SetStartNamespaceDeclHandler(parser, Callbacks::Prefix);
+    XML_SetStartDoctypeDeclHandler(parser, Callbacks::Doctype);
 }
 
 void XmlParser::Feed(std::string_view bytes, bool last) {

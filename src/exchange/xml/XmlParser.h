@@ -3,7 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,12 +49,15 @@ class XmlHandler {
 };
 
 /// Reads an XML file as a stream: memory does not grow with the file. Nothing outside the file is
-/// fetched. A file that declares entities is refused, since a few of them can stand for more text
-/// than any machine holds; so is one that nests too deep, or in which one tag goes on for too long.
+/// fetched. A file with declarations of its own is refused: a few entities can stand for more text
+/// than any machine holds, and a few attributes for more than any machine reads. So is one that
+/// nests too deep, in which one tag goes on for too long, or that has more names of elements,
+/// attributes and prefixes than a file has that follows a schema: expat keeps every one of them.
 class XmlParser {
  public:
     static constexpr std::size_t kDeepest = 200;
     static constexpr std::uint64_t kLongestTag = 8U << 20U;
+    static constexpr std::size_t kMostNames = 10'000;
 
     /// Both must outlive the parser.
     XmlParser(TextSource& source, XmlHandler& handler);
@@ -81,6 +86,7 @@ class XmlParser {
     };
 
     void Begin(const char* name, const char** attributes);
+    void CountName(std::string_view name);
     void End();
     void ChooseEncoding(std::string_view start);
     void ReadPiece(std::string& buffer);
@@ -94,6 +100,7 @@ class XmlParser {
     std::string m_encoding;
     std::string m_space;
     std::vector<Open> m_open;
+    std::set<std::string, std::less<>> m_names;
     XmlElement m_element;
     std::uint64_t m_fed = 0;
     std::exception_ptr m_failure;

@@ -111,5 +111,19 @@ TEST(CurveFitterTest, ACurveThatJumpsEndsAllTheSame) {
     EXPECT_LT(path.size(), 200U);
 }
 
+TEST(CurveFitterTest, NoNumbersAskForMoreVerticesThanAMachineHolds) {
+    CurveFitter fitter(1e-9, false);
+    std::vector<PathVertex> path;
+    const auto rough = [](double t) -> Vec3 { return {t, 1e9 * std::sin(1e9 * t), 0.0}; };
+    constexpr std::size_t kPieces = 100;
+    for (std::size_t i = 0; i < kPieces; ++i) {
+        const auto from = static_cast<double>(i);
+        fitter.Fit(rough, from, from + 1.0, path);
+    }
+    EXPECT_GE(path.size(), CurveFitter::kMostVertices);
+    EXPECT_LT(path.size(), CurveFitter::kMostVertices + 2 * kPieces);
+    EXPECT_GT(fitter.GetDeviation(), 1.0);
+}
+
 }  // namespace
 }  // namespace cqsurvey::exchange

@@ -32,5 +32,17 @@ TEST(ExtrasTest, WhatIsNoWholeNumberIsTheFallback) {
     EXPECT_EQ(extras.GetWhole("K"), std::numeric_limits<std::int64_t>::min());
 }
 
+TEST(ExtrasTest, MoreKeysThanAJobHasAreNotKept) {
+    Extras extras;
+    for (std::size_t i = 0; i < 2 * Extras::kMostKeys; ++i) {
+        extras.SetWhole("K" + std::to_string(i), 7);
+    }
+    EXPECT_EQ(extras.GetAll().size(), Extras::kMostKeys);
+    extras.Set("K0", "other");
+    EXPECT_EQ(extras.Get("K0"), "other");
+    EXPECT_GE(extras.GetBytes(), 64U * 4);
+    EXPECT_EQ(Extras().GetBytes(), 0U);
+}
+
 }  // namespace
 }  // namespace cqsurvey::exchange

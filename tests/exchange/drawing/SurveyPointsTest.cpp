@@ -26,6 +26,9 @@ class SurveyPointsTest : public testing::Test {
                                     const CString& group = {}) {
         return {drawing, report, duplicates, SurveyCoordType{1}, group, "site.job"};
     }
+    [[nodiscard]] CqHandle LastOf(const SurveyPoints& points) {
+        return job.db.GetCoordRecHandleByCadEntityHandle(points.GetLastEntity());
+    }
     [[nodiscard]] std::string GroupOf(CqHandle point) {
         CqCoordRec record;
         EXPECT_NE(job.db.GetCoordRec(point, record), 0);
@@ -46,14 +49,14 @@ TEST_F(SurveyPointsTest, APointHasWhatIsKnownOfIt) {
     EXPECT_EQ(points.Add(style, {1, 2, 3}, {u"P", 42, u"oak", false, u"Day 1"}, extras).what,
               "survey point");
     CqCoordRec record;
-    ASSERT_NE(job.db.GetCoordRec(points.GetLast(), record), 0);
+    ASSERT_NE(job.db.GetCoordRec(LastOf(points), record), 0);
     EXPECT_EQ(record.GetPtName(), u"P");
     EXPECT_EQ(record.GetCode(), 42);
     EXPECT_EQ(record.GetFlags(), 5U);
     EXPECT_EQ(static_cast<int>(record.GetType()), 8);
-    EXPECT_EQ(GroupOf(points.GetLast()), "Day 1");
+    EXPECT_EQ(GroupOf(LastOf(points)), "Day 1");
     CString description;
-    EXPECT_NE(job.db.GetCoordDescription(points.GetLast(), description), 0);
+    EXPECT_NE(job.db.GetCoordDescription(LastOf(points), description), 0);
     EXPECT_EQ(description, u"oak");
     EXPECT_EQ(report.points, 1U);
 }
@@ -62,7 +65,6 @@ TEST_F(SurveyPointsTest, ANameThatTheJobHasIsRefusedOrGetsANumber) {
     SurveyPoints refusing = Make();
     EXPECT_EQ(refusing.Add(style, {1, 2, 3}, Named(u"P"), {}).fate, DrawingFate::Taken);
     EXPECT_EQ(refusing.Add(style, {4, 5, 6}, Named(u"P"), {}).fate, DrawingFate::LeftOut);
-    EXPECT_EQ(refusing.GetLast(), 0U);
     EXPECT_EQ(refusing.GetLastEntity(), 0U);
     SurveyPoints renaming = Make(Duplicates::Rename);
     EXPECT_EQ(renaming.Add(style, {4, 5, 6}, Named(u"P"), {}).fate, DrawingFate::Converted);
@@ -83,11 +85,11 @@ TEST_F(SurveyPointsTest, ALongNameIsCutAndThatIsTold) {
 TEST_F(SurveyPointsTest, ThePointsThatNameNoGroupAreInThatOfTheOptions) {
     SurveyPoints points = Make(Duplicates::Refuse, u"All");
     points.Add(style, {1, 2, 3}, Named(u"A"), {});
-    EXPECT_EQ(GroupOf(points.GetLast()), "All");
+    EXPECT_EQ(GroupOf(LastOf(points)), "All");
     points.Add(style, {1, 2, 3}, Named(u"B", u"Own"), {});
-    EXPECT_EQ(GroupOf(points.GetLast()), "Own");
+    EXPECT_EQ(GroupOf(LastOf(points)), "Own");
     points.Add(style, {1, 2, 3}, Named(u"C"), {});
-    EXPECT_EQ(GroupOf(points.GetLast()), "All");
+    EXPECT_EQ(GroupOf(LastOf(points)), "All");
 }
 
 TEST_F(SurveyPointsTest, AMissingHeightIsMissingAndAPlaceThatIsNoneIsLeftOut) {

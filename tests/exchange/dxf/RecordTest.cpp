@@ -49,7 +49,8 @@ TEST_F(RecordTest, PartsAreRecordsWithTheirOwnPlaces) {
     Add(10, "5");
     Add(0, "VERTEX");
     Add(10, "x");
-    const std::vector<Record> parts = record.GetParts();
+    std::vector<Record> parts;
+    record.ForEachPart([&](const Record& part) { parts.push_back(part); });
     ASSERT_EQ(parts.size(), 2U);
     EXPECT_EQ(parts[0].type, "VERTEX");
     EXPECT_EQ(parts[0].Number(10), 5.0);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -56,10 +57,11 @@ class FeaturesTest : public testing::Test {
     LandXmlReadOptions options;
     Drawing drawing{job.db, report};
     LayerMap layers{job.db, [](std::string_view bytes) { return FromUtf8(bytes); }, report};
-    FeatureDrawer drawer{options, drawing, layers, report};
+    MemoryLimit limit{1'000'000, [] { throw std::length_error("too much"); }};
+    FeatureDrawer drawer{options, drawing, layers, report, limit};
     PlaceTable places;
     LostAttributes lost;
-    Features features{drawer, places, lost, report};
+    Features features{drawer, places, lost, report, limit};
 };
 
 TEST_F(FeaturesTest, AFeatureIsDrawnWhenItEnds) {

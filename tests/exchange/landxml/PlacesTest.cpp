@@ -21,11 +21,18 @@ TEST(PlacesTest, APlaceIsNorthingEastingAndPerhapsHeight) {
 }
 
 TEST(PlacesTest, AListHasAsManyNumbersForEachPlace) {
-    EXPECT_EQ(ReadPlaces("1 2 3 4", 2, 1.0)->size(), 2U);
-    EXPECT_EQ(ReadPlaces("1 2 3 4 5 6", 3, 1.0)->at(1).at.z, 6.0);
-    EXPECT_TRUE(ReadPlaces("", 3, 1.0)->empty());
-    EXPECT_FALSE(ReadPlaces("1 2 3 4", 3, 1.0));
-    EXPECT_FALSE(ReadPlaces("1 x", 2, 1.0));
+    EXPECT_EQ(CountPlaces("1 2 3 4", 2), 2U);
+    EXPECT_EQ(CountPlaces("", 3), 0U);
+    EXPECT_FALSE(CountPlaces("1 2 3 4", 3));
+    EXPECT_FALSE(CountPlaces("1 x", 2));
+    std::string_view text = "1 2 3\n4 5 6 ";
+    EXPECT_EQ(TakePlace(text, 3, 1.0).at.z, 3.0);
+    const Place second = TakePlace(text, 3, 2.0);
+    EXPECT_EQ(second.at.x, 10.0);
+    EXPECT_EQ(second.at.y, 8.0);
+    EXPECT_TRUE(second.hasHeight);
+    EXPECT_TRUE(second.known);
+    EXPECT_TRUE(TakeWord(text).empty());
 }
 
 TEST(PlacesTest, ANumberMayBeInfinite) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -30,7 +31,8 @@ class PointCollectionsTest : public testing::Test {
     LayerMap layers{job.db, [](std::string_view bytes) { return FromUtf8(bytes); }, report};
     SurveyPoints points{drawing, report, Duplicates::Refuse, SurveyCoordType{1}, u"", ""};
     PlaceTable places;
-    PointCollections collections{drawing, layers, points, places, report};
+    MemoryLimit limit{1'000'000, [] { throw std::length_error("too much"); }};
+    PointCollections collections{drawing, layers, points, places, report, limit};
 };
 
 TEST_F(PointCollectionsTest, ACollectionIsRecordedWhenItEndsWithWhatIsAtItsEnd) {

@@ -18,6 +18,10 @@ Place At(double x, double y, CqHandle entity = 0) {
     return place;
 }
 
+TiedVertex Vertex(double x, double y) {
+    return {{{x, y, 5.0}, 0.0, true}, 0};
+}
+
 Segment Make(const char* kind, const Place& start, const Place& end) {
     Segment segment;
     segment.kind = kind;
@@ -40,10 +44,10 @@ TEST(SegmentTest, ALineGoesFromItsStartToItsEndAndKeepsTheirPoints) {
 TEST(SegmentTest, TheListOfAnIrregularLineMayRepeatItsEndsOrLeaveThemOut) {
     std::vector<TiedVertex> path;
     Segment segment = Make("IrregularLine", At(0, 0), At(9, 9));
-    segment.between = {At(0, 0), At(4, 5), At(9, 9)};
+    segment.between = {Vertex(0, 0), Vertex(4, 5), Vertex(9, 9)};
     EXPECT_EQ(MakePath(segment, kTolerance, path).fate, DrawingFate::Taken);
     EXPECT_EQ(path.size(), 3U);
-    segment.between = {At(4, 5)};
+    segment.between = {Vertex(4, 5)};
     EXPECT_EQ(MakePath(segment, kTolerance, path).fate, DrawingFate::Taken);
     EXPECT_EQ(path.size(), 3U);
 }
@@ -52,10 +56,10 @@ TEST(SegmentTest, AChainNeedsTwoPlacesAndNoEnds) {
     std::vector<TiedVertex> path;
     Segment segment;
     segment.kind = "Chain";
-    segment.between = {At(1, 1)};
+    segment.between = {Vertex(1, 1)};
     EXPECT_EQ(MakePath(segment, kTolerance, path).what, "it has fewer than two places");
     EXPECT_TRUE(path.empty());
-    segment.between.push_back(At(2, 2));
+    segment.between.push_back(Vertex(2, 2));
     EXPECT_EQ(MakePath(segment, kTolerance, path).fate, DrawingFate::Taken);
     EXPECT_EQ(path.size(), 2U);
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -36,9 +37,10 @@ class SurfacesTest : public testing::Test {
     LayerMap layers{job.db, [](std::string_view bytes) { return FromUtf8(bytes); }, report};
     SurveyPoints points{drawing, report, Duplicates::Refuse, SurveyCoordType{1}, u"", ""};
     PlaceTable places;
-    PointCollections collections{drawing, layers, points, places, report};
-    FeatureDrawer drawer{options, drawing, layers, report};
-    Surfaces surfaces{collections, drawer, report};
+    MemoryLimit limit{1'000'000, [] { throw std::length_error("too much"); }};
+    PointCollections collections{drawing, layers, points, places, report, limit};
+    FeatureDrawer drawer{options, drawing, layers, report, limit};
+    Surfaces surfaces{collections, drawer, report, limit};
 };
 
 TEST_F(SurfacesTest, PointsStandOnTheLayerOfTheirSurfaceWithoutNames) {

@@ -65,8 +65,29 @@ TEST(XmlParserTest, WhatTheHandlerThrowsComesThrough) {
     EXPECT_EQ(notebook.text, "<a@1>");
 }
 
-TEST(XmlParserTest, ADocumentTypeWithoutEntitiesIsNothingToFear) {
+TEST(XmlParserTest, ADocumentTypeWithoutDeclarationsIsNothingToFear) {
     EXPECT_EQ(Parsed("<!DOCTYPE a SYSTEM \"http://nowhere.invalid/a.dtd\"><a/>"), "<a@1></a>");
+}
+
+TEST(XmlParserTest, AFileWithMoreNamesThanASchemaHasIsRefused) {
+    const auto faultOf = [](const std::string& before, const std::string& after) {
+        std::string xml = "<a>\n";
+        for (std::size_t i = 0; i < XmlParser::kMostNames; ++i) {
+            xml += before + std::to_string(i) + after;
+        }
+        try {
+            Parsed(xml + "</a>");
+        } catch (const ExchangeError& error) {
+            return std::string(error.what());
+        }
+        return std::string("none");
+    };
+    const std::string fault =
+        "text:2: the file has more than 10000 names of elements and attributes";
+    EXPECT_EQ(faultOf("<b", "/>"), fault);
+    EXPECT_EQ(faultOf("<b c", "=''/>"), fault);
+    EXPECT_EQ(faultOf("<b xmlns:p", "='urn:p'/>"), fault);
+    EXPECT_EQ(faultOf("<b c='", "'/>"), "none");
 }
 
 TEST(XmlParserTest, AFileThatEndsInsideACharacterIsCutOff) {

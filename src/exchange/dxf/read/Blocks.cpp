@@ -31,11 +31,15 @@ void Blocks::Begin(const Record& record) {
 }
 
 void Blocks::Add(Record record) {
-    record.Shrink();
-    Take(record.GetSize(), record);
-    if (m_open != nullptr) {
-        m_open->entities.push_back(std::move(record));
+    if (m_open == nullptr) {
+        return;
     }
+    record.Shrink();
+    std::vector<Record>& entities = m_open->entities;
+    // The list doubles when it is full.
+    const std::size_t more = entities.size() == entities.capacity() ? entities.size() + 1 : 0;
+    Take(record.GetSize() - sizeof(Record) + more * sizeof(Record), record);
+    entities.push_back(std::move(record));
 }
 
 Block* Blocks::Find(std::string_view name) {

@@ -13,10 +13,6 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 
-double Radians(double degrees) {
-    return degrees * kPi / 180.0;
-}
-
 Vec3 OnCircle(const Vec3& centre, double radius, double degrees) {
     return {centre.x + radius * std::cos(Radians(degrees)),
             centre.y + radius * std::sin(Radians(degrees)), centre.z};

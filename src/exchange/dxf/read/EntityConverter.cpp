@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 #include "text/Printable.h"
 
@@ -16,10 +15,6 @@ constexpr std::string_view kNoBlock = "there is no such block";
 // More than this of an entity that a block draws counts as further entities.
 constexpr std::uint64_t kVerticesOfOne = 16;
 constexpr std::uint64_t kBytesOfOne = 1024;
-
-double Radians(double degrees) {
-    return degrees * std::numbers::pi / 180.0;
-}
 
 /// The number of columns or rows of an array of inserts.
 int Times(const Record& record, int code) {
@@ -45,8 +40,15 @@ void EntityConverter::Count(const Record& record, const Context& context,
 }
 
 DrawingOutcome EntityConverter::Convert(const Record& record, const Context& context) {
+    const std::uint64_t drawn = m_drawn;
+    const std::uint64_t before = m_scene.report.vertices;
     const DrawingOutcome outcome = Dispatch(record, context);
     Count(record, context, outcome);
+    // A curve of a few numbers may be fitted with any number of arcs.
+    const std::uint64_t vertices = m_scene.report.vertices - before;
+    if (context.depth == 0 && m_drawn == drawn && vertices > record.GetEntries().size()) {
+        CountDrawn(record, vertices / kVerticesOfOne);
+    }
     return outcome;
 }
 
@@ -113,7 +115,7 @@ DrawingOutcome EntityConverter::Dispatch(const Record& record, const Context& co
                : face                 ? m_fills.Face(record, context)
                                       : m_fills.Hatch(record, context);
     }
-    return LeftOut("a job has nothing like it");
+    return LeftOut(kNothingLikeIt);
 }
 
 bool EntityConverter::IsPointInsert(const Record& record) const {
@@ -125,9 +127,7 @@ DrawingOutcome EntityConverter::Insert(const Record& record, const Context& cont
     if (m_points.IsPoint(record, record.Text(2))) {
         return m_points.Insert(record, record.Text(2), context);
     }
-    for (const Record& attribute : record.GetParts()) {
-        Convert(attribute, context);
-    }
+    record.ForEachPart([&](const Record& attribute) { Convert(attribute, context); });
     Block* block = m_blocks.Find(record.Text(2));
     if (block == nullptr) {
         return LeftOut(kNoBlock);
@@ -218,8 +218,8 @@ void EntityConverter::CountDrawn(const Record& insert, std::uint64_t times) {
     if (m_drawn > m_scene.options.mostDrawn) {
         insert.GetOrigin().Fail(
             insert.place,
-            fmt::format("the inserted blocks draw more than {} entities, large ones counted "
-                        "as several",
+            fmt::format("inserted blocks and fitted curves draw more than {} entities, large ones "
+                        "counted as several",
                         m_scene.options.mostDrawn));
     }
 }

@@ -197,9 +197,7 @@ void FileImport::ReadEntity(Record& record) {
         return;
     }
     if (m_point && m_converter.IsPointInsert(record)) {
-        const Vec3 a = PointOf(*m_point, 10);
-        const Vec3 b = PointOf(record, 10);
-        if (a.x == b.x && a.y == b.y && a.z == b.z && m_point->Text(8) == record.Text(8)) {
+        if (PointOf(*m_point, 10) == PointOf(record, 10) && m_point->Text(8) == record.Text(8)) {
             const Record point = std::move(*m_point);
             m_point.reset();
             const DrawingOutcome outcome = m_converter.Convert(record, m_root);

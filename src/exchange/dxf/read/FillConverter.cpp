@@ -26,9 +26,7 @@ DrawingOutcome FillConverter::Face(const Record& record, const Context& context)
         // The corners of a solid go from side to side.
         std::swap(path[2], path[3]);
     }
-    const auto same = [](const PathVertex& a, const PathVertex& b) {
-        return a.at.x == b.at.x && a.at.y == b.at.y && a.at.z == b.at.z;
-    };
+    const auto same = [](const PathVertex& a, const PathVertex& b) { return a.at == b.at; };
     path.erase(std::unique(path.begin(), path.end(), same), path.end());
     return DrawPlanar(path, true, face ? context.map : ObjectMap(record, context),
                       StyleOf(record, context, m_scene), ExtrasOf(record), m_scene,
@@ -41,10 +39,10 @@ DrawingOutcome FillConverter::Hatch(const Record& record, const Context& context
     // Lengths are fitted before the map; the tolerance is that of the drawing.
     const double scale = map.PlanScale();
     CurveFitter fitter(m_scene.options.tolerance / (scale > 0.0 ? scale : 1.0), true);
-    const std::vector<std::vector<PathVertex>> paths = ReadHatchPaths(record, fitter);
+    std::vector<std::vector<PathVertex>> paths = ReadHatchPaths(record, fitter);
     const Extras extras = ExtrasOf(record);
     DrawingOutcome sum = LeftOut("it has no outline");
-    for (const std::vector<PathVertex>& path : paths) {
+    for (std::vector<PathVertex>& path : paths) {
         const DrawingOutcome one =
             DrawPlanar(path, true, map, style, extras, m_scene, Converted(kOutline));
         if (one.fate != DrawingFate::LeftOut) {

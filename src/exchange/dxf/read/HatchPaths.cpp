@@ -7,6 +7,7 @@
 #include <numbers>
 #include <utility>
 
+#include "exchange/dxf/Affine.h"
 #include "exchange/dxf/read/Spline.h"
 
 namespace cqsurvey::exchange::dxf {
@@ -131,8 +132,8 @@ class HatchReader {
 
     /// Angles of a clockwise edge are counted clockwise.
     void TakeAngles(double& from, double& to) {
-        from = Take(50) * kPi / 180;
-        to = Take(51) * kPi / 180;
+        from = Radians(Take(50));
+        to = Radians(Take(51));
         const bool clockwise = TakeIf(73, 1.0) == 0.0;
         if (!(std::fabs(from) < 1e4) || !(std::fabs(to) < 1e4)) {
             from = 0.0;

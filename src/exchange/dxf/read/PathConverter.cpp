@@ -22,18 +22,13 @@ constexpr std::string_view kPolyline = "polyline";
 constexpr std::string_view kNoWidth = "polyline, without its width";
 constexpr std::string_view kTooFew = "it has fewer than two vertices";
 
-bool IsSamePlace(const Vec3& a, const Vec3& b) {
-    return a.x == b.x && a.y == b.y && a.z == b.z;
-}
-
 /// Ends the path where it began, unless it does already.
 void Close(std::vector<PathVertex>& path) {
-    if (path.size() > 1 && !IsSamePlace(path.front().at, path.back().at)) {
+    if (path.size() > 1 && path.front().at != path.back().at) {
         path.push_back({path.front().at, 0.0});
     }
 }
 
-/// A whole circle has no chord to measure a bulge by.
 bool IsSound(const std::vector<PathVertex>& path) {
     for (const PathVertex& vertex : path) {
         if (!IsFinite(vertex.at) || !std::isfinite(vertex.bulge)) {
@@ -45,7 +40,7 @@ bool IsSound(const std::vector<PathVertex>& path) {
 
 void FitSegment(const PathVertex& from, const PathVertex& to, const Affine& map,
                 CurveFitter& fitter, std::vector<PathVertex>& out) {
-    const bool straight = from.bulge == 0.0 || IsSamePlace(from.at, to.at);
+    const bool straight = from.bulge == 0.0 || from.at == to.at;
     if (straight) {
         out.push_back({map.Point(from.at), 0.0});
         return;
@@ -69,7 +64,7 @@ void FitSegment(const PathVertex& from, const PathVertex& to, const Affine& map,
 
 }  // namespace
 
-DrawingOutcome DrawPlanar(const std::vector<PathVertex>& path, bool closed, const Affine& map,
+DrawingOutcome DrawPlanar(std::vector<PathVertex>& path, bool closed, const Affine& map,
                           const Style& style, const Extras& extras, Scene& scene,
                           DrawingOutcome plain) {
     if (path.size() < 2) {
@@ -78,27 +73,26 @@ DrawingOutcome DrawPlanar(const std::vector<PathVertex>& path, bool closed, cons
     if (!IsSound(path)) {
         return LeftOut(kNotFinite);
     }
-    std::vector<PathVertex> whole = path;
     if (closed) {
-        Close(whole);
+        Close(path);
     }
     bool curved = false;
-    for (const PathVertex& vertex : whole) {
+    for (const PathVertex& vertex : path) {
         curved |= vertex.bulge != 0.0;
     }
     if (!curved || map.KeepsCircles()) {
         const double turn = map.Mirrors() ? -1.0 : 1.0;
-        for (PathVertex& vertex : whole) {
+        for (PathVertex& vertex : path) {
             vertex = {map.Point(vertex.at), vertex.bulge == 0.0 ? 0.0 : turn * vertex.bulge};
         }
-        return scene.drawing.Polyline(style, whole, extras) ? plain : LeftOut(kNotFinite);
+        return scene.drawing.Polyline(style, path, extras) ? plain : LeftOut(kNotFinite);
     }
     CurveFitter fitter(scene.options.tolerance, true);
     std::vector<PathVertex> fitted;
-    for (std::size_t i = 0; i + 1 < whole.size(); ++i) {
-        FitSegment(whole[i], whole[i + 1], map, fitter, fitted);
+    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+        FitSegment(path[i], path[i + 1], map, fitter, fitted);
     }
-    fitted.push_back({map.Point(whole.back().at), 0.0});
+    fitted.push_back({map.Point(path.back().at), 0.0});
     if (closed && fitted.size() > 1) {
         fitted.back().at = fitted.front().at;
     }

@@ -7,8 +7,9 @@
 namespace cqsurvey::exchange::dxf {
 
 /// Draws a path that lies in the xy plane of `map`: as it is when circles stay circles, otherwise
-/// with its arcs fitted anew. `plain` is what an exact path is called.
-[[nodiscard]] DrawingOutcome DrawPlanar(const std::vector<PathVertex>& path, bool closed,
+/// with its arcs fitted anew. `plain` is what an exact path is called. The path, which may be
+/// large, is closed and mapped where it is.
+[[nodiscard]] DrawingOutcome DrawPlanar(std::vector<PathVertex>& path, bool closed,
                                         const Affine& map, const Style& style, const Extras& extras,
                                         Scene& scene, DrawingOutcome plain);
 

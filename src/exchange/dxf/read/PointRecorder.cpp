@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "cqsurvey/Text.h"
 #include "exchange/drawing/Names.h"
@@ -78,7 +79,7 @@ DrawingOutcome PointRecorder::Point(const Record& record, const Context& context
 }
 
 void PointRecorder::Read(const Record& attribute, std::string_view nameTag, PointDetails& details,
-                         std::optional<double>& height) {
+                         std::optional<double>& height, CString& codes) {
     const std::string tag = Upper(attribute.Text(2));
     const CString value = TextConverter::ValueOf(attribute, m_scene.decoder);
     if (tag == Upper(nameTag)) {
@@ -93,8 +94,7 @@ void PointRecorder::Read(const Record& attribute, std::string_view nameTag, Poin
         if (const auto code = ParseWholeNumber(ToUtf8(value))) {
             details.code = *code;
         } else if (!value.empty()) {
-            details.description =
-                details.description.empty() ? value : value + u" " + details.description;
+            codes += (codes.empty() ? CString() : CString(u" ")) + value;
         }
     } else if (tag == kDescriptionTag) {
         details.description += (details.description.empty() ? CString() : CString(u" ")) + value;
@@ -107,21 +107,25 @@ void PointRecorder::Read(const Record& attribute, std::string_view nameTag, Poin
 
 DrawingOutcome PointRecorder::Insert(const Record& insert, std::string_view block,
                                      const Context& context) {
-    const std::vector<Record> attributes = insert.GetParts();
     const DxfPointRule* rule = FindBlockRule(ToUtf8(m_scene.decoder.DecodeName(block)));
     std::string nameTag = rule == nullptr ? std::string() : rule->attribute;
     if (nameTag.empty()) {
-        const bool named = std::any_of(
-            attributes.begin(), attributes.end(),
-            [](const Record& attribute) { return Upper(attribute.Text(2)) == kNameTag; });
-        nameTag = named || attributes.empty() ? std::string(kNameTag)
-                                              : std::string(attributes.front().Text(2));
+        bool first = true;
+        insert.ForEachPart([&](const Record& attribute) {
+            if (std::exchange(first, false) || Upper(attribute.Text(2)) == kNameTag) {
+                nameTag = attribute.Text(2);
+            }
+        });
     }
     PointDetails details;
     std::optional<double> height;
-    for (const Record& attribute : attributes) {
-        Read(attribute, nameTag, details, height);
+    CString codes;
+    insert.ForEachPart(
+        [&](const Record& attribute) { Read(attribute, nameTag, details, height, codes); });
+    if (!codes.empty() && !details.description.empty()) {
+        codes += u' ';
     }
+    details.description.insert(0, codes);
     const bool ours = Upper(block) == kPointBlock;
     Vec3 at = ObjectMap(insert, context).Point(PointOf(insert, 10));
     if (height && !ours && at.z == 0.0) {

@@ -34,7 +34,7 @@ class PointRecorder {
     [[nodiscard]] const DxfPointRule* FindBlockRule(std::string_view block) const;
     [[nodiscard]] bool IsPointLayer(const Record& record) const;
     void Read(const Record& attribute, std::string_view nameTag, PointDetails& details,
-              std::optional<double>& height);
+              std::optional<double>& height, CString& codes);
     DrawingOutcome AddPoint(const Style& style, const Vec3& at, PointDetails details,
                             const Extras& extras);
 

@@ -25,6 +25,10 @@ struct ReachingPlace {
 ///     |   c    |  x   e |        its longest reach gets as far as x
 ///     +-----------------+
 ///
+/// What it cannot leave out is a near miss: places in a ring whose reaches end just before the
+/// points in its middle are visited by each of them, and a grid or tree of the points would be
+/// visited as often by the places when the two change their parts.
+///
 /// The library that finds nearest points elsewhere (nanoflann) has one reach for a whole search,
 /// not one for each place.
 class ReachTree {

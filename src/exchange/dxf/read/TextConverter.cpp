@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
@@ -45,7 +46,7 @@ DrawingOutcome TextConverter::Draw(DrawnText text, const Affine& map, const Reco
     }
     // Otherwise a turn to radians and back could change the last digit.
     if (!map.IsSame()) {
-        const double radians = text.rotation * kPi / 180.0;
+        const double radians = Radians(text.rotation);
         const Vec3 along = map.Direction({std::cos(radians), std::sin(radians), 0.0});
         const double length = std::hypot(along.x, along.y);
         text.at = map.Point(text.at);
@@ -68,9 +69,9 @@ DrawingOutcome TextConverter::Draw(DrawnText text, const Affine& map, const Reco
 DrawingOutcome TextConverter::Text(const Record& record, const Context& context) {
     const int across = record.Whole(record.type == "TEXT" ? 73 : 74);
     const int along = record.Whole(72);
-    const PlainText plain = ResolveText(m_scene.decoder.Decode(record.Text(1)));
+    PlainText plain = ResolveText(m_scene.decoder.Decode(record.Text(1)));
     DrawnText text;
-    text.text = plain.text;
+    text.text = std::move(plain.text);
     text.height = record.Number(40);
     text.rotation = record.Number(50);
     bool changed = plain.changed || record.Number(41, 1.0) != 1.0 || record.Number(51) != 0.0 ||
@@ -109,9 +110,9 @@ DrawingOutcome TextConverter::MText(const Record& record, const Context& context
         }
     }
     bytes += record.Text(1);
-    const PlainText plain = ResolveMText(m_scene.decoder.Decode(bytes));
+    PlainText plain = ResolveMText(m_scene.decoder.Decode(bytes));
     DrawnText text;
-    text.text = plain.text;
+    text.text = std::move(plain.text);
     text.at = PointOf(record, 10);
     text.height = record.Number(40);
     // 1 to 9: top left, top centre ... bottom right.

@@ -8,6 +8,8 @@
 #include <system_error>
 #include <utility>
 
+#include "exchange/drawing/Names.h"
+
 namespace cqsurvey::exchange::dxf {
 
 namespace {
@@ -78,10 +80,7 @@ std::optional<int> CodePageOf(std::string_view name) {
                                                                              {"mac-roman", 10000},
                                                                              {"ascii", 1252},
                                                                              {"undefined", 1252}}};
-    std::string lower(name);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
+    const std::string lower = Lower(name);
     for (const auto& [word, page] : kNamed) {
         if (lower.starts_with(word)) {
             return page;
@@ -116,9 +115,11 @@ CString TextDecoder::Decode(std::string_view bytes) {
 }
 
 CString TextDecoder::DecodeName(std::string_view bytes) {
-    CString name = Decode(bytes);
-    for (std::size_t at = name.find(u"^ "); at != CString::npos; at = name.find(u"^ ", at + 1)) {
-        name.erase(at + 1, 1);
+    const CString text = Decode(bytes);
+    CString name;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        name += text[i];
+        i += text.compare(i, 2, u"^ ") == 0 ? 1 : 0;
     }
     return name;
 }

@@ -21,7 +21,6 @@ class GroupWriter {
     GroupWriter& operator=(const GroupWriter&) = delete;
 
     [[nodiscard]] bool IsR12() const { return m_version == DxfVersion::R12; }
-    [[nodiscard]] DxfVersion GetVersion() const { return m_version; }
 
     /// A value that is written as it is.
     void Raw(int code, std::string_view value);

@@ -16,15 +16,11 @@ constexpr int kClosed = 1;
 constexpr int kSpace = 8;
 constexpr int kSpaceVertex = 32;
 
-bool IsSamePlace(const Vec3& a, const Vec3& b) {
-    return a.x == b.x && a.y == b.y && a.z == b.z;
-}
-
 /// True when the last vertex only says that the polyline is closed. When the one before it lies
 /// there too, a reader could not tell that there were two.
 bool IsClosed(const std::vector<PathVertex>& path) {
-    return path.size() > 2 && IsSamePlace(path.front().at, path.back().at) &&
-           !IsSamePlace(path.front().at, path[path.size() - 2].at);
+    return path.size() > 2 && path.front().at == path.back().at &&
+           path.front().at != path[path.size() - 2].at;
 }
 
 bool IsCurved(const PathVertex& from, const PathVertex& to) {

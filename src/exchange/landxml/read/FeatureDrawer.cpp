@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 #include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
@@ -35,6 +36,23 @@ void Reverse(std::vector<TiedVertex>& path) {
     path.back().vertex.bulge = 0.0;
 }
 
+/// Finds the points of a Chain. When one is not known, it returns false and takes none.
+bool ResolveNames(Segment& segment, PlaceTable& places) {
+    const std::size_t before = segment.between.size();
+    std::string_view names = segment.names;
+    for (std::string_view name = TakeWord(names); !name.empty(); name = TakeWord(names)) {
+        Place place;
+        place.ref = name;
+        if (!places.Resolve(place)) {
+            segment.between.resize(before);
+            return false;
+        }
+        segment.between.push_back({{place.at, 0.0, place.hasHeight}, place.entity});
+    }
+    segment.names.clear();
+    return true;
+}
+
 double NumberOf(const Extras& extras, std::string_view key, double fallback) {
     const std::string_view text = extras.Get(key);
     const std::optional<double> number = text.empty() ? std::nullopt : ReadNumber(text);
@@ -44,8 +62,8 @@ double NumberOf(const Extras& extras, std::string_view key, double fallback) {
 }  // namespace
 
 FeatureDrawer::FeatureDrawer(const LandXmlReadOptions& options, Drawing& drawing, LayerMap& layers,
-                             DrawingReport& report)
-    : m_options(options), m_drawing(drawing), m_layers(layers), m_report(report) {}
+                             DrawingReport& report, MemoryLimit& limit)
+    : m_options(options), m_drawing(drawing), m_layers(layers), m_report(report), m_limit(limit) {}
 
 bool FeatureDrawer::Resolve(Feature& feature, PlaceTable& places) {
     bool whole = true;
@@ -65,11 +83,7 @@ bool FeatureDrawer::Resolve(Feature& feature, PlaceTable& places) {
         resolve(segment.start);
         resolve(segment.end);
         resolve(segment.center);
-        for (Place& place : segment.between) {
-            if (!place.known && !place.ref.empty()) {
-                whole = places.Resolve(place) && whole;
-            }
-        }
+        whole = ResolveNames(segment, places) && whole;
     }
     return whole;
 }
@@ -87,6 +101,7 @@ Style FeatureDrawer::StyleOf(const Feature& feature) {
 
 void FeatureDrawer::Draw(Feature& feature) {
     const DrawingOutcome outcome = DrawFeature(feature);
+    m_limit.GiveBack(std::exchange(m_taken, 0));
     m_report.Count(feature.kind, m_layers.Use(feature.layer).shown, outcome, false, feature.line);
 }
 
@@ -112,13 +127,16 @@ DrawingOutcome FeatureDrawer::DrawFeature(Feature& feature) {
                                : isMissing(segment.end)    ? &*segment.end
                                : isMissing(segment.center) ? &*segment.center
                                                            : nullptr;
-        for (const Place& place : segment.between) {
-            unknown = place.known ? unknown : &place;
-        }
-        if (unknown != nullptr && segment.fault.empty()) {
+        if (!segment.names.empty() && segment.fault.empty()) {
+            segment.fault = kUnknownPoint;
+        } else if (unknown != nullptr && segment.fault.empty()) {
             segment.fault = unknown->ref.empty() ? kNoPlace : kUnknownPoint;
         }
+        const std::size_t vertices = segment.between.size() + 2;
+        Take(vertices);
         const DrawingOutcome outcome = MakePath(segment, m_options.tolerance, m_piece);
+        Take(m_piece.size() - std::min(m_piece.size(), vertices));
+        segment.between = {};
         m_report.Count(segment.kind, shown, outcome, false, segment.line);
         Add(feature, m_piece);
     }
@@ -132,6 +150,13 @@ DrawingOutcome FeatureDrawer::DrawFeature(Feature& feature) {
     return m_drawn == 1 ? Taken(titled ? "polyline, and a text with its name" : "polyline")
                         : Converted(titled ? "several polylines, and a text with its name"
                                            : "several polylines");
+}
+
+void FeatureDrawer::Take(std::size_t vertices) {
+    // A vertex stands in the path, in what is made of that, and as an object in the job's list.
+    constexpr std::size_t kVertex = 256;
+    m_limit.Take(vertices * kVertex);
+    m_taken += vertices * kVertex;
 }
 
 /// Joins a segment's path to the one before it, or begins a new polyline.
@@ -165,7 +190,11 @@ void FeatureDrawer::Add(const Feature& feature, std::vector<TiedVertex>& piece) 
             Flush(feature);
         }
     }
-    m_path.insert(m_path.end(), piece.begin(), piece.end());
+    if (m_path.empty()) {
+        m_path.swap(piece);
+    } else {
+        m_path.insert(m_path.end(), piece.begin(), piece.end());
+    }
 }
 
 void FeatureDrawer::Flush(const Feature& feature) {
@@ -181,6 +210,8 @@ void FeatureDrawer::Flush(const Feature& feature) {
     }
     std::vector<PathVertex> path;
     std::vector<CqHandle> ties;
+    path.reserve(m_path.size());
+    ties.reserve(m_path.size());
     for (const TiedVertex& vertex : m_path) {
         path.push_back(vertex.vertex);
         ties.push_back(vertex.entity);

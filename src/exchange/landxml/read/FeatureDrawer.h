@@ -9,6 +9,7 @@
 #include "cqsurvey/exchange/LandXmlReader.h"
 #include "exchange/drawing/Drawing.h"
 #include "exchange/drawing/LayerMap.h"
+#include "exchange/drawing/MemoryLimit.h"
 #include "exchange/landxml/read/Segment.h"
 
 namespace cqsurvey::exchange::landxml {
@@ -30,7 +31,7 @@ struct Feature {
 class FeatureDrawer {
  public:
     FeatureDrawer(const LandXmlReadOptions& options, Drawing& drawing, LayerMap& layers,
-                  DrawingReport& report);
+                  DrawingReport& report, MemoryLimit& limit);
 
     /// Finds the points that the feature names. False when one of them is not known so far.
     [[nodiscard]] static bool Resolve(Feature& feature, PlaceTable& places);
@@ -40,6 +41,8 @@ class FeatureDrawer {
 
  private:
     DrawingOutcome DrawFeature(Feature& feature);
+    /// Counts the memory of vertices until the feature is drawn.
+    void Take(std::size_t vertices);
     void Add(const Feature& feature, std::vector<TiedVertex>& piece);
     void Flush(const Feature& feature);
     DrawingOutcome DrawCircle(const Feature& feature);
@@ -53,6 +56,8 @@ class FeatureDrawer {
     DrawingReport& m_report;
     std::vector<TiedVertex> m_path;
     std::vector<TiedVertex> m_piece;
+    MemoryLimit& m_limit;
+    std::size_t m_taken = 0;    // of it, by the feature's path
     std::uint64_t m_drawn = 0;  // polylines of the feature
     bool m_refused = false;
     double m_east = 0.0;  // sums over the vertices of the feature

@@ -17,13 +17,16 @@ std::optional<double> Scaled(std::optional<double> length, double scale) {
     return length ? std::optional(*length * scale) : std::nullopt;
 }
 
+/// What a segment takes beside its list.
 std::size_t BytesOf(const Segment& segment) {
-    std::size_t bytes = sizeof segment + segment.spiral.size();
+    // The list of segments doubles when it is full.
+    std::size_t bytes = 2 * sizeof segment + segment.spiral.size() + segment.names.size();
     for (const auto* place : {&segment.start, &segment.end, &segment.center}) {
         bytes += *place ? (*place)->ref.size() : 0;
     }
-    for (const Place& place : segment.between) {
-        bytes += sizeof place + place.ref.size();
+    std::string_view names = segment.names;
+    while (!TakeWord(names).empty()) {
+        bytes += sizeof(TiedVertex);
     }
     return bytes;
 }
@@ -54,9 +57,14 @@ void Features::Begin(const XmlElement& element, std::string_view collection) {
         m_lost.Look(element, {});
         feature.layer = kAlignments;
     }
-    feature.bytes = sizeof feature + feature.layer.size() + feature.title.size();
-    m_bytes += feature.bytes;
+    const std::size_t bytes = sizeof feature + feature.layer.size() + feature.title.size();
     m_open.push_back(std::move(feature));
+    Take(bytes);
+}
+
+void Features::Take(std::size_t bytes) {
+    m_limit.Take(bytes);
+    m_open.back().bytes += bytes;
 }
 
 void Features::SetExtras(Extras extras) {
@@ -65,6 +73,7 @@ void Features::SetExtras(Extras extras) {
         feature.layer = layer;
     }
     feature.extras = std::move(extras);
+    Take(feature.extras.GetBytes());
 }
 
 void Features::End() {
@@ -72,8 +81,8 @@ void Features::End() {
     m_open.pop_back();
     const bool whole = FeatureDrawer::Resolve(feature, m_places);
     if (whole && m_waiting.empty()) {
-        m_bytes -= feature.bytes;
         m_drawer.Draw(feature);
+        m_limit.GiveBack(feature.bytes);
     } else {
         m_waiting.push_back(std::move(feature));
     }
@@ -96,20 +105,11 @@ void Features::BeginSegment(const XmlElement& element) {
 
 void Features::EndSegment(std::string_view text) {
     if (m_segment.kind == "Chain") {
-        constexpr std::string_view kBlanks = " \t\r\n";
-        std::size_t begin = text.find_first_not_of(kBlanks);
-        while (begin != std::string_view::npos) {
-            const std::size_t end = text.find_first_of(kBlanks, begin);
-            Place place;
-            place.ref = text.substr(begin, end - begin);
-            m_segment.between.push_back(std::move(place));
-            begin = text.find_first_not_of(kBlanks, end);
-        }
+        m_segment.names = text;
     }
-    const std::size_t bytes = BytesOf(m_segment);
-    m_bytes += bytes;
+    Take(BytesOf(m_segment));
     Feature& feature = m_open.back();
-    feature.bytes += bytes;
+    feature.bytes += m_segment.bytes;
     feature.segments.push_back(std::move(m_segment));
 }
 
@@ -145,15 +145,15 @@ void Features::EndPlaceOfFeature(std::string_view name, std::string_view text) {
 }
 
 void Features::AddPlaces(std::string_view name, std::string_view text) {
-    const auto places = ReadPlaces(text, name == "PntList2D" ? 2 : 3, m_report.scale);
-    m_segment.fault = places ? std::string_view() : kNotPlaces;
-    m_segment.between = places.value_or(std::vector<Place>());
+    ReadList(m_segment, name, text, m_report.scale, m_limit);
 }
 
 void Features::Finish() {
     for (Feature& feature : m_waiting) {
         static_cast<void>(FeatureDrawer::Resolve(feature, m_places));
         m_drawer.Draw(feature);
+        m_limit.GiveBack(feature.bytes);
+        feature = Feature();
     }
 }
 

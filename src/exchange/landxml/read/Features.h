@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "exchange/drawing/MemoryLimit.h"
 #include "exchange/landxml/read/FeatureDrawer.h"
 #include "exchange/landxml/read/LostAttributes.h"
 #include "exchange/landxml/read/Places.h"
@@ -19,8 +20,9 @@ namespace cqsurvey::exchange::landxml {
 class Features {
  public:
     /// The arguments outlive this.
-    Features(FeatureDrawer& drawer, PlaceTable& places, LostAttributes& lost, DrawingReport& report)
-        : m_drawer(drawer), m_places(places), m_lost(lost), m_report(report) {}
+    Features(FeatureDrawer& drawer, PlaceTable& places, LostAttributes& lost, DrawingReport& report,
+             MemoryLimit& limit)
+        : m_drawer(drawer), m_places(places), m_lost(lost), m_report(report), m_limit(limit) {}
     Features(const Features&) = delete;
     Features& operator=(const Features&) = delete;
 
@@ -46,19 +48,18 @@ class Features {
     /// Draws the features that waited, at the end of the file.
     void Finish();
 
-    /// About how many bytes of memory the features take that are kept so far.
-    [[nodiscard]] std::size_t GetBytes() const { return m_bytes; }
-
  private:
     void ReadPlaceText(std::string_view text);
+    /// Counts bytes that the open feature takes.
+    void Take(std::size_t bytes);
 
     FeatureDrawer& m_drawer;
     PlaceTable& m_places;
     LostAttributes& m_lost;
     DrawingReport& m_report;
+    MemoryLimit& m_limit;
     std::vector<Feature> m_open;
     std::deque<Feature> m_waiting;
-    std::size_t m_bytes = 0;  // of both
     Segment m_segment;
     Place m_place;
 };

@@ -19,7 +19,6 @@ namespace cqsurvey::exchange::landxml {
 
 namespace {
 
-constexpr std::string_view kNothingLikeIt = "a job has nothing like it";
 constexpr std::string_view kNoSurfacePoints = "points of surfaces were not asked for";
 constexpr std::string_view kNoSurfaceLines = "lines of surfaces were not asked for";
 
@@ -41,10 +40,23 @@ FileImport::FileImport(TextSource& source, const LandXmlReadOptions& options, Cq
           db, [](std::string_view bytes) { return FromUtf8(bytes); }, report),
       m_points(m_drawing, report, options.duplicates, options.origin, options.group,
                options.jobName),
-      m_drawer(m_options, m_drawing, m_layers, report),
-      m_features(m_drawer, m_places, m_lost, report),
-      m_collections(m_drawing, m_layers, m_points, m_places, report),
-      m_surfaces(m_collections, m_drawer, report) {}
+      m_pointLimit(options.mostPointBytes,
+                   [this] {
+                       m_parser.Fail(m_parser.GetLine(),
+                                     "the points whose collection goes on, or that wait for points "
+                                     "which come later, and the names of all of them take too much "
+                                     "memory");
+                   }),
+      m_lineLimit(options.mostLineBytes,
+                  [this] {
+                      m_parser.Fail(m_parser.GetLine(),
+                                    "the lines whose feature goes on, or that wait for points "
+                                    "which come later, take too much memory");
+                  }),
+      m_drawer(m_options, m_drawing, m_layers, report, m_lineLimit),
+      m_features(m_drawer, m_places, m_lost, report, m_lineLimit),
+      m_collections(m_drawing, m_layers, m_points, m_places, report, m_pointLimit),
+      m_surfaces(m_collections, m_drawer, report, m_lineLimit) {}
 
 void FileImport::Run() {
     m_parser.Run();
@@ -282,14 +294,6 @@ void FileImport::Text(std::string_view piece) {
     m_text += piece;
 }
 
-void FileImport::CheckMemory() {
-    if (m_features.GetBytes() > m_options.mostLineBytes) {
-        m_parser.Fail(m_parser.GetLine(),
-                      "the lines whose feature goes on, or that wait for points which come later, "
-                      "take too much memory");
-    }
-}
-
 void FileImport::End(std::string_view name) {
     const Role role = m_open.back().role;
     m_open.pop_back();
@@ -319,14 +323,12 @@ void FileImport::End(std::string_view name) {
             break;
         case Role::Segment:
             m_features.EndSegment(m_text);
-            CheckMemory();
             break;
         case Role::Ours:
             EndOurs();
             break;
         case Role::Feature:
             m_features.End();
-            CheckMemory();
             break;
         case Role::SurfaceLine:
             m_surfaces.EndLine(name);

@@ -67,8 +67,6 @@ class FileImport : private XmlHandler {
     [[nodiscard]] Open LeaveOut(const XmlElement& element, std::string_view reason);
     void ReadRoot(const XmlElement& element);
     void EndOurs();
-    /// Fails when the lines that are kept take more memory than they may.
-    void CheckMemory();
     void Finish();
 
     TextSource& m_source;
@@ -79,6 +77,8 @@ class FileImport : private XmlHandler {
     Drawing m_drawing;
     LayerMap m_layers;
     SurveyPoints m_points;
+    MemoryLimit m_pointLimit;
+    MemoryLimit m_lineLimit;
     FeatureDrawer m_drawer;
     PlaceTable m_places;
     LostAttributes m_lost;

@@ -3,23 +3,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <vector>
 
 #include "text/NumberText.h"
 
 namespace cqsurvey::exchange::landxml {
 
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r\n";
-
-/// Takes the next word off the text; empty at its end.
-std::string_view TakeWord(std::string_view& text) {
-    const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
-    text.remove_prefix(begin);
-    const std::string_view word = text.substr(0, text.find_first_of(kBlanks));
-    text.remove_prefix(word.size());
-    return word;
-}
 
 Place MakePlace(const double* numbers, int size, double scale) {
     Place place;
@@ -31,6 +21,15 @@ Place MakePlace(const double* numbers, int size, double scale) {
 
 }  // namespace
 
+std::string_view TakeWord(std::string_view& text) {
+    constexpr std::string_view kBlanks = " \t\r\n";
+    const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
+    text.remove_prefix(begin);
+    const std::string_view word = text.substr(0, text.find_first_of(kBlanks));
+    text.remove_prefix(word.size());
+    return word;
+}
+
 std::optional<double> ReadNumber(std::string_view text) {
     if (text == "INF" || text == "+INF") {
         return std::numeric_limits<double>::infinity();
@@ -39,22 +38,24 @@ std::optional<double> ReadNumber(std::string_view text) {
     return number.fault == nullptr ? std::optional(number.value) : std::nullopt;
 }
 
-std::optional<std::vector<Place>> ReadPlaces(std::string_view text, int size, double scale) {
-    std::vector<Place> places;
-    double numbers[3] = {};
-    int count = 0;
+std::optional<std::size_t> CountPlaces(std::string_view text, int size) {
+    std::size_t numbers = 0;
     for (std::string_view word = TakeWord(text); !word.empty(); word = TakeWord(text)) {
-        const ParsedNumber number = ParseNumber(word);
-        if (number.fault != nullptr) {
+        if (ParseNumber(word).fault != nullptr) {
             return std::nullopt;
         }
-        numbers[count++] = number.value;
-        if (count == size) {
-            places.push_back(MakePlace(numbers, size, scale));
-            count = 0;
-        }
+        ++numbers;
     }
-    return count == 0 ? std::optional(std::move(places)) : std::nullopt;
+    const auto each = static_cast<std::size_t>(size);
+    return numbers % each == 0 ? std::optional(numbers / each) : std::nullopt;
+}
+
+Place TakePlace(std::string_view& text, int size, double scale) {
+    double numbers[3] = {};
+    for (int i = 0; i < size; ++i) {
+        numbers[i] = ParseNumber(TakeWord(text)).value;
+    }
+    return MakePlace(numbers, size, scale);
 }
 
 std::optional<Place> ReadPlace(std::string_view text, double scale) {
@@ -70,8 +71,11 @@ std::optional<Place> ReadPlace(std::string_view text, double scale) {
     return count >= 2 ? std::optional(MakePlace(numbers, count, scale)) : std::nullopt;
 }
 
-void PlaceTable::Add(const std::string& name, const Place& place) {
-    m_places.try_emplace(name, Named{place});
+std::size_t PlaceTable::Add(const std::string& name, const Place& place) {
+    // A node of the map beside its value, about.
+    constexpr std::size_t kNode = 48;
+    const bool added = m_places.try_emplace(name, Named{place}).second;
+    return added ? kNode + sizeof name + name.size() + sizeof(Named) + place.ref.size() : 0;
 }
 
 bool PlaceTable::Resolve(Place& place) {

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "exchange/drawing/LayerMap.h"
+#include "exchange/drawing/MemoryLimit.h"
 #include "exchange/drawing/Outcomes.h"
 #include "exchange/drawing/SurveyPoints.h"
 #include "exchange/landxml/read/Places.h"
@@ -18,16 +21,16 @@ namespace cqsurvey::exchange::landxml {
 /// until the end of the file. Counts each CgPoint.
 class PointCollections {
  public:
-    /// `places` learns where each point is.
+    /// `places` learns where each point is. Both count for the limit.
     PointCollections(Drawing& drawing, LayerMap& layers, SurveyPoints& points, PlaceTable& places,
-                     DrawingReport& report);
+                     DrawingReport& report, MemoryLimit& limit);
 
     void Begin(std::string_view name);
     void BeginPoint(const XmlElement& element);
     /// `text` is what stands in the point.
     void EndPoint(std::string_view text);
     /// What LandXmlWriter keeps for the points of the collection that is open.
-    void SetExtras(Extras extras) { m_open.back().extras = std::move(extras); }
+    void SetExtras(Extras extras);
     void End();
 
     /// Records a point without a name on a layer.
@@ -38,24 +41,21 @@ class PointCollections {
 
  private:
     struct Point {
-        PointDetails details;
         std::string name;
+        std::string description;
         Place place;
         std::uint64_t line = 0;
+        std::int32_t code = 0;
         bool sound = true;
     };
     struct Collection {
         CString name;
-        std::vector<Point> points;
-        Extras extras;
-    };
-    struct LatePoint {
-        Point point;
-        CString group;
+        std::deque<Point> points;
         Extras extras;
     };
 
-    DrawingOutcome Record(Point& point, const CString& group, const Extras& extras);
+    [[nodiscard]] static std::size_t BytesOf(const Point& point);
+    DrawingOutcome Record(const Point& point, const CString& group, const Extras& extras);
     void Count(const Point& point, const DrawingOutcome& outcome);
 
     Drawing& m_drawing;
@@ -63,9 +63,10 @@ class PointCollections {
     SurveyPoints& m_points;
     PlaceTable& m_places;
     DrawingReport& m_report;
+    MemoryLimit& m_limit;
     std::vector<Collection> m_open;
     Point m_point;
-    std::vector<LatePoint> m_late;
+    std::vector<Collection> m_late;  // with their points that wait
 };
 
 }  // namespace cqsurvey::exchange::landxml

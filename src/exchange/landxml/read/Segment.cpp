@@ -18,8 +18,8 @@ TiedVertex VertexAt(const Place& place, double bulge = 0.0) {
     return {{place.at, bulge, place.hasHeight}, place.entity};
 }
 
-bool IsSamePlace(const Place& a, const Place& b) {
-    return std::hypot(b.at.x - a.at.x, b.at.y - a.at.y) <= kSame;
+bool IsSamePlace(const Vec3& a, const Vec3& b) {
+    return std::hypot(b.x - a.x, b.y - a.y) <= kSame;
 }
 
 DrawingOutcome MakeStraight(const Segment& segment, std::vector<TiedVertex>& out,
@@ -59,7 +59,9 @@ DrawingOutcome MakeSpiral(const Segment& segment, double tolerance, std::vector<
                             "a straight part of a polyline: its length and radii contradict its "
                             "ends");
     }
-    CurveFitter fitter(tolerance, true);
+    // A true spiral takes some dozens of arcs, and each takes long to compute.
+    constexpr int kDeepest = 7;
+    CurveFitter fitter(tolerance, true, kDeepest);
     std::vector<PathVertex> path;
     // The middle of a piece tells an arc from a wave only when the piece is no wave.
     constexpr int kPieces = 2;
@@ -84,6 +86,21 @@ DrawingOutcome MakeSpiral(const Segment& segment, double tolerance, std::vector<
 
 }  // namespace
 
+void ReadList(Segment& segment, std::string_view name, std::string_view text, double scale,
+              MemoryLimit& limit) {
+    const int size = name == "PntList2D" ? 2 : 3;
+    const std::optional<std::size_t> count = CountPlaces(text, size);
+    segment.fault = count ? std::string_view() : kNotPlaces;
+    segment.between.clear();
+    const std::size_t bytes = count.value_or(0) * sizeof(TiedVertex);
+    limit.Take(bytes);
+    segment.bytes += bytes;
+    segment.between.reserve(count.value_or(0));
+    for (std::size_t i = 0; i < count.value_or(0); ++i) {
+        segment.between.push_back(VertexAt(TakePlace(text, size, scale)));
+    }
+}
+
 DrawingOutcome MakePath(const Segment& segment, double tolerance, std::vector<TiedVertex>& out) {
     out.clear();
     if (!segment.fault.empty()) {
@@ -96,7 +113,8 @@ DrawingOutcome MakePath(const Segment& segment, double tolerance, std::vector<Ti
     const auto isUsable = [](const Place& place) { return IsFinite(place.at); };
     if ((segment.start && !isUsable(*segment.start)) || (segment.end && !isUsable(*segment.end)) ||
         (segment.center && !isUsable(*segment.center)) ||
-        !std::all_of(segment.between.begin(), segment.between.end(), isUsable)) {
+        !std::all_of(segment.between.begin(), segment.between.end(),
+                     [](const TiedVertex& tied) { return IsFinite(tied.vertex.at); })) {
         return LeftOut(kNotFinite);
     }
     if (segment.kind == "Curve") {
@@ -105,19 +123,20 @@ DrawingOutcome MakePath(const Segment& segment, double tolerance, std::vector<Ti
     if (segment.kind == "Spiral") {
         return MakeSpiral(segment, tolerance, out);
     }
+    out.reserve(segment.between.size() + 2);
     if (segment.start) {
         out.push_back(VertexAt(*segment.start));
     }
     for (std::size_t i = 0; i < segment.between.size(); ++i) {
         // The list of an irregular line may begin and end with its ends, or leave them out.
-        const Place& place = segment.between[i];
+        const TiedVertex& tied = segment.between[i];
+        const Vec3& at = tied.vertex.at;
         const bool again =
-            (i == 0 && segment.start && IsSamePlace(place, *segment.start)) ||
-            (i + 1 == segment.between.size() && segment.end && IsSamePlace(place, *segment.end));
-        if (again) {
-            continue;
+            (i == 0 && segment.start && IsSamePlace(at, segment.start->at)) ||
+            (i + 1 == segment.between.size() && segment.end && IsSamePlace(at, segment.end->at));
+        if (!again) {
+            out.push_back(tied);
         }
-        out.push_back(VertexAt(place));
     }
     if (segment.end) {
         out.push_back(VertexAt(*segment.end));

@@ -1,7 +1,8 @@
 #include "exchange/landxml/read/Surfaces.h"
 
+#include <cstddef>
+#include <optional>
 #include <utility>
-#include <vector>
 
 #include "exchange/landxml/Names.h"
 #include "text/NumberText.h"
@@ -18,20 +19,22 @@ void Surfaces::EndPoints(std::string_view name, std::string_view text) {
         m_report.Count("P", m_name, m_points.Record(place, m_name), false, m_pointLine);
         return;
     }
-    const auto places = ReadPlaces(text, name == "PntList2D" ? 2 : 3, m_report.scale);
-    if (!places) {
+    const int size = name == "PntList2D" ? 2 : 3;
+    const std::optional<std::size_t> count = CountPlaces(text, size);
+    if (!count) {
         m_report.Count(name, m_name, LeftOut(kNotPlaces), false, m_pointLine);
         return;
     }
-    std::uint64_t recorded = 0;
-    for (const Place& place : *places) {
-        const DrawingOutcome outcome = m_points.Record(place, m_name);
+    std::size_t recorded = 0;
+    for (std::size_t i = 0; i < *count; ++i) {
+        const DrawingOutcome outcome =
+            m_points.Record(TakePlace(text, size, m_report.scale), m_name);
         recorded += outcome.fate == DrawingFate::LeftOut ? 0 : 1;
     }
-    m_report.Count(name, m_name,
-                   recorded == places->size() ? Taken("survey points")
-                                              : Converted("survey points, but not all"),
-                   false, m_pointLine);
+    m_report.Count(
+        name, m_name,
+        recorded == *count ? Taken("survey points") : Converted("survey points, but not all"),
+        false, m_pointLine);
 }
 
 void Surfaces::BeginLine(const XmlElement& line) {
@@ -45,21 +48,23 @@ void Surfaces::BeginLine(const XmlElement& line) {
 }
 
 void Surfaces::AddPlaces(std::string_view name, std::string_view text) {
-    auto places = ReadPlaces(text, name == "PntList2D" ? 2 : 3, m_report.scale);
     Segment segment;
     segment.kind = "IrregularLine";
     segment.line = m_line.line;
-    segment.fault = places ? std::string_view() : kNotPlaces;
-    segment.between = std::move(places).value_or(std::vector<Place>());
+    // The list of segments doubles when it is full.
+    segment.bytes = 2 * sizeof segment;
+    m_limit.Take(segment.bytes);
+    ReadList(segment, name, text, m_report.scale, m_limit);
+    m_line.bytes += segment.bytes;
     m_line.segments.push_back(std::move(segment));
 }
 
 void Surfaces::EndLine(std::string_view name) {
     for (Segment& segment : m_line.segments) {
         if (m_hasContour) {
-            for (Place& place : segment.between) {
-                place.at.z = m_contour;
-                place.hasHeight = true;
+            for (TiedVertex& tied : segment.between) {
+                tied.vertex.at.z = m_contour;
+                tied.vertex.hasHeight = true;
             }
         }
         if (name == "Boundary" && segment.between.size() > 2) {
@@ -67,6 +72,8 @@ void Surfaces::EndLine(std::string_view name) {
         }
     }
     m_drawer.Draw(m_line);
+    m_limit.GiveBack(m_line.bytes);
+    m_line = Feature();
 }
 
 }  // namespace cqsurvey::exchange::landxml

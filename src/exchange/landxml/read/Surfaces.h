@@ -14,8 +14,9 @@ namespace cqsurvey::exchange::landxml {
 /// by the surface. Counts each of them.
 class Surfaces {
  public:
-    Surfaces(PointCollections& points, FeatureDrawer& drawer, DrawingReport& report)
-        : m_points(points), m_drawer(drawer), m_report(report) {}
+    Surfaces(PointCollections& points, FeatureDrawer& drawer, DrawingReport& report,
+             MemoryLimit& limit)
+        : m_points(points), m_drawer(drawer), m_report(report), m_limit(limit) {}
 
     void Begin(const XmlElement& surface);
 
@@ -33,6 +34,7 @@ class Surfaces {
     PointCollections& m_points;
     FeatureDrawer& m_drawer;
     DrawingReport& m_report;
+    MemoryLimit& m_limit;
     std::string m_name;
     std::uint64_t m_pointLine = 0;
     Feature m_line;

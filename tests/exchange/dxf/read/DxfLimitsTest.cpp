@@ -41,7 +41,7 @@ const std::string kTables = "0 SECTION|2 TABLES|";
 
 TEST(DxfLimitsTest, TheLimitsAreAsLargeAsTheManualSays) {
     const DxfReadOptions options;
-    EXPECT_EQ(options.mostEntityBytes, 256U << 20U);
+    EXPECT_EQ(options.mostEntityBytes, 64U << 20U);
     EXPECT_EQ(options.mostBlockBytes, 512U << 20U);
     EXPECT_EQ(options.mostDrawn, 20'000'000U);
 }
@@ -100,6 +100,20 @@ TEST(DxfLimitsTest, WhatIsNoPartOfTheDrawingMayBeOfAnySize) {
     DrawnJob job;
     static_cast<void>(job.Read(text + Groups("0 ENDSEC|0 EOF"), options));
     EXPECT_EQ(job.List(), List{"line 0,0,0 1,1,0"});
+}
+
+TEST(DxfLimitsTest, TheArcsOfFittedCurvesCountAsEntitiesOfBlocksDo) {
+    const auto read = [](std::uint64_t most) {
+        DxfReadOptions options;
+        options.mostDrawn = most;
+        const std::string ellipse = "0 ELLIPSE|8 0|10 0|20 0|11 1e9|21 0|40 0.5|41 0|42 6.28";
+        DrawnJob job;
+        return job.Read(DxfText{.entities = ellipse}.Make(), options).vertices;
+    };
+    const std::uint64_t vertices = read(DxfReadOptions().mostDrawn);
+    EXPECT_GT(vertices, 1000U);
+    EXPECT_EQ(read(vertices / 16), vertices);
+    EXPECT_THROW(static_cast<void>(read(vertices / 16 - 1)), ExchangeError);
 }
 
 TEST(DxfLimitsTest, ALargeEntityOfABlockCountsAsSeveral) {

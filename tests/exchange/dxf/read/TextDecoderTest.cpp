@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace cqsurvey::exchange::dxf {
 namespace {
 
@@ -39,6 +41,12 @@ TEST(TextDecoderTest, InANameOnlyTheCaretItselfIsWrittenWithACaret) {
     EXPECT_EQ(decoder.DecodeName("a^ b"), u"a^b");
     EXPECT_EQ(decoder.DecodeName("^ ^ ^ "), u"^^^");
     EXPECT_EQ(decoder.DecodeName("^  x^J^"), u"^ x^J^");
+    // When each sign moved the rest of the name, this took minutes.
+    std::string many;
+    for (int i = 0; i < 500'000; ++i) {
+        many += "^ ";
+    }
+    EXPECT_EQ(decoder.DecodeName(many), CString(500'000, u'^'));
     EXPECT_EQ(decoder.DecodeName("\\U+039B^ "), u"\u039B^");
 }
 
