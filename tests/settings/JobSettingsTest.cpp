@@ -17,7 +17,7 @@
 #include "cqsurvey/Text.h"
 #include "job/Job.h"
 #include "settings/SettingsBytes.h"
-#include "settings/SettingsModel.h"
+#include "support/SettingsModel.h"
 #include "store/Qrfs.h"
 #include "support/CodePageScope.h"
 #include "support/FileSizeLimit.h"

@@ -16,7 +16,7 @@
 #include "cqsurvey/Limits.h"
 #include "platform/Text.h"
 #include "settings/SettingsBytes.h"
-#include "settings/SettingsModel.h"
+#include "support/SettingsModel.h"
 #include "store/StoreExtras.h"
 #include "store/StoreTesting.h"
 #include "support/CodePageScope.h"
