@@ -6,8 +6,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <ostream>
 #include <set>
@@ -15,6 +13,7 @@
 #include <vector>
 
 #include "apps/RunCqjob.h"
+#include "support/HostBytes.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey::cqjob {
@@ -110,11 +109,6 @@ std::filesystem::path DataFolder() {
            "points";
 }
 
-std::string ReadFile(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 using Row = std::vector<std::string>;
 
 /// The rows of a file without comments and empty lines, as libcsv reads them.
@@ -176,7 +170,7 @@ class FieldFiles : public testing::TestWithParam<FieldFile> {
 };
 
 TEST_P(FieldFiles, EveryLineIsAccountedFor) {
-    const std::string text = ReadFile(file);
+    const std::string text = HostFileBytes(file);
     const std::size_t lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) +
                               (text.ends_with('\n') ? 0U : 1U);
     EXPECT_EQ(CountOf(import.out, "lines = "), lines);
@@ -192,7 +186,7 @@ TEST_P(FieldFiles, EveryLineIsAccountedFor) {
 
 TEST_P(FieldFiles, EveryRowIsInTheJobAsAnotherReaderReadsIt) {
     const FieldFile& how = GetParam();
-    std::string text = ReadFile(file);
+    std::string text = HostFileBytes(file);
     if (text.starts_with("\xEF\xBB\xBF")) {
         text.erase(0, 3);
     }
@@ -251,7 +245,7 @@ TEST_P(FieldFiles, TheJobIsSoundAndItsExportMakesTheSameJob) {
     ASSERT_EQ(RunCqjob({"new", copy}).status, 0);
     const CqjobRun again = RunCqjob({"import", copy, exported, "--order", "header", "--strict"});
     ASSERT_EQ(again.status, 0) << again.err;
-    EXPECT_EQ(RunCqjob({"export", copy, "-"}).out, ReadFile(exported));
+    EXPECT_EQ(RunCqjob({"export", copy, "-"}).out, HostFileBytes(exported));
 }
 
 INSTANTIATE_TEST_SUITE_P(Surveys, FieldFiles, testing::ValuesIn(Files()), [](const auto& param) {
@@ -267,7 +261,7 @@ TEST_P(FieldFiles, EverythingOfItsPointsSurvivesTheWayThroughAText) {
     ASSERT_EQ(RunCqjob({"new", copy}).status, 0);
     const CqjobRun again = RunCqjob({"import", copy, exported, "--order", "header", "--strict"});
     ASSERT_EQ(again.status, 0) << again.err;
-    EXPECT_EQ(RunCqjob({"export", copy, "-", "--all-columns"}).out, ReadFile(exported));
+    EXPECT_EQ(RunCqjob({"export", copy, "-", "--all-columns"}).out, HostFileBytes(exported));
 }
 
 }  // namespace

@@ -9,15 +9,11 @@
 #include <string>
 
 #include "cqjob/Failure.h"
+#include "support/HostBytes.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey::cqjob {
 namespace {
-
-std::string ReadFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 void CreateJob(const std::string& path, bool replace) {
     PutJob(path, replace, [](const CString& made) {
@@ -66,7 +62,7 @@ TEST(JobFile, ReplacesNothingButAJob) {
     const std::string path = folder.Utf8("thesis.txt");
     std::ofstream(path) << "years of work";
     EXPECT_THROW(CreateJob(path, true), Failure);
-    EXPECT_EQ(ReadFile(path), "years of work");
+    EXPECT_EQ(HostFileBytes(path), "years of work");
     std::filesystem::create_directory(folder.Utf8("photos"));
     EXPECT_THROW(CreateJob(folder.Utf8("photos"), true), Failure);
     EXPECT_TRUE(std::filesystem::is_directory(folder.Utf8("photos")));
@@ -124,7 +120,7 @@ TEST(JobFile, ReadsAJobWhoseLastChangeWasCutShort) {
     EXPECT_THROW(db.OpenReadOnly(FromUtf8(cut)), CqSurveyException);
     EXPECT_EQ(CountPoints(cut), 1);
     EXPECT_FALSE(std::filesystem::exists(cut + "-journal"));
-    EXPECT_TRUE(ReadFile(cut) == ReadFile(path));
+    EXPECT_TRUE(HostFileBytes(cut) == HostFileBytes(path));
 }
 
 TEST(JobFile, TellsPathsToTheSameFile) {

@@ -13,15 +13,11 @@
 #include "apps/CapturedConsole.h"
 #include "cqjob/Failure.h"
 #include "support/FileSizeLimit.h"
+#include "support/HostBytes.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey::cqjob {
 namespace {
-
-std::string ReadFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 std::ptrdiff_t CountFiles(const TempDir& folder) {
     return std::distance(std::filesystem::directory_iterator(folder.Utf8("")), {});
@@ -39,7 +35,7 @@ TEST(OutputFile, WritesAFile) {
         }
         file.Finish();
     }
-    EXPECT_EQ(ReadFile(folder.Utf8("a")), text);
+    EXPECT_EQ(HostFileBytes(folder.Utf8("a")), text);
     EXPECT_EQ(CountFiles(folder), 1);
 }
 
@@ -48,7 +44,7 @@ TEST(OutputFile, LeavesWhatIsThereAlone) {
     CapturedConsole captured;
     std::ofstream(folder.Utf8("a")) << "old";
     EXPECT_THROW(OutputFile(captured.console, folder.Utf8("a"), false), Failure);
-    EXPECT_EQ(ReadFile(folder.Utf8("a")), "old");
+    EXPECT_EQ(HostFileBytes(folder.Utf8("a")), "old");
     std::filesystem::create_symlink(folder.Utf8("nowhere"), folder.Utf8("b"));
     EXPECT_THROW(OutputFile(captured.console, folder.Utf8("b"), false), Failure);
     EXPECT_FALSE(std::filesystem::exists(folder.Utf8("nowhere")));
@@ -69,15 +65,15 @@ TEST(OutputFile, ReplacesAFileOnlyByAWholeOne) {
     {
         OutputFile file(captured.console, folder.Utf8("a"), true);
         file.Write("new");
-        EXPECT_EQ(ReadFile(folder.Utf8("a")), "old");
+        EXPECT_EQ(HostFileBytes(folder.Utf8("a")), "old");
     }
-    EXPECT_EQ(ReadFile(folder.Utf8("a")), "old");
+    EXPECT_EQ(HostFileBytes(folder.Utf8("a")), "old");
     {
         OutputFile file(captured.console, folder.Utf8("a"), true);
         file.Write("new");
         file.Finish();
     }
-    EXPECT_EQ(ReadFile(folder.Utf8("a")), "new");
+    EXPECT_EQ(HostFileBytes(folder.Utf8("a")), "new");
     EXPECT_EQ(CountFiles(folder), 1);
     struct stat status {};
     ASSERT_EQ(stat(folder.Utf8("a").c_str(), &status), 0);
@@ -93,7 +89,7 @@ TEST(OutputFile, ReplacesTheFileThatALinkNames) {
     file.Write("new");
     file.Finish();
     EXPECT_TRUE(std::filesystem::is_symlink(folder.Utf8("b")));
-    EXPECT_EQ(ReadFile(folder.Utf8("a")), "new");
+    EXPECT_EQ(HostFileBytes(folder.Utf8("a")), "new");
 }
 
 TEST(OutputFile, WritesADeviceWithoutReplacingIt) {
@@ -112,7 +108,7 @@ TEST(OutputFile, NothingHasTheNameBeforeTheFileIsWhole) {
     file.Write(std::string(200000, 'x'));
     EXPECT_FALSE(std::filesystem::exists(folder.Utf8("a")));
     file.Finish();
-    EXPECT_EQ(ReadFile(folder.Utf8("a")).size(), 200000U);
+    EXPECT_EQ(HostFileBytes(folder.Utf8("a")).size(), 200000U);
     EXPECT_EQ(CountFiles(folder), 1);
 }
 
@@ -125,7 +121,7 @@ TEST(OutputFile, LeavesAFileAloneThatAppearsMeanwhile) {
         std::ofstream(folder.Utf8("a")) << "other";
         EXPECT_THROW(file.Finish(), Failure);
     }
-    EXPECT_EQ(ReadFile(folder.Utf8("a")), "other");
+    EXPECT_EQ(HostFileBytes(folder.Utf8("a")), "other");
     EXPECT_EQ(CountFiles(folder), 1);
 }
 
@@ -170,7 +166,7 @@ TEST(OutputFile, AFileThatAKilledProgramLeftIsNotInTheWay) {
     OutputFile file(captured.console, folder.Utf8("a"), false);
     file.Write("x");
     file.Finish();
-    EXPECT_EQ(ReadFile(folder.Utf8("a")), "x");
+    EXPECT_EQ(HostFileBytes(folder.Utf8("a")), "x");
 }
 
 TEST(OutputFile, ANameMayBeAsLongAsTheSystemAllows) {
@@ -180,7 +176,7 @@ TEST(OutputFile, ANameMayBeAsLongAsTheSystemAllows) {
     OutputFile file(captured.console, path, false);
     file.Write("x");
     file.Finish();
-    EXPECT_EQ(ReadFile(path), "x");
+    EXPECT_EQ(HostFileBytes(path), "x");
 }
 
 TEST(OutputFile, AFullDiskIsAFailure) {

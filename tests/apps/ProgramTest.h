@@ -3,22 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "apps/RunCqjob.h"
+#include "support/Holds.h"
+#include "support/HostBytes.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey::cqjob {
-
-/// True when `text` holds `part`.
-inline testing::AssertionResult Holds(const std::string& text, const std::string& part) {
-    if (text.find(part) == std::string::npos) {
-        return testing::AssertionFailure() << "there is no " << part << " in:\n" << text;
-    }
-    return testing::AssertionSuccess();
-}
 
 /// Runs the built program on jobs in a folder of its own.
 class ProgramTest : public testing::Test {
@@ -39,10 +32,7 @@ class ProgramTest : public testing::Test {
         return folder.Utf8(name);
     }
 
-    static std::string ReadFile(const std::string& path) {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    static std::string ReadFile(const std::string& path) { return HostFileBytes(path); }
 
     /// A new job with the points of `text`, in the order pnezd.
     void MakeJob(const std::string& text) {

@@ -11,6 +11,7 @@
 
 #include "cqsurvey/CqPlineCadEntity.h"
 #include "drawing/NeutralValues.h"
+#include "support/Box.h"
 #include "support/SampledArc.h"
 
 namespace cqsurvey {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "cqsurvey/cqsurvey.h"
+#include "support/Box.h"
 #include "support/SampledArc.h"
 #include "support/SurveyData.h"
 #include "support/TempDir.h"

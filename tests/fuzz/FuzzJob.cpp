@@ -11,8 +11,8 @@
 #include "cqsurvey/CqJobCheck.h"
 #include "cqsurvey/Ranges.h"
 #include "fuzz/FuzzTarget.h"
-#include "loss/JobLines.h"
 #include "loss/Workload.h"
+#include "support/JobLines.h"
 
 namespace cqsurvey {
 

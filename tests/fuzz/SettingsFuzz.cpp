@@ -4,15 +4,11 @@
 #include "fuzz/FuzzJob.h"
 #include "fuzz/FuzzTarget.h"
 #include "fuzz/FuzzVolume.h"
-#include "loss/JobLines.h"
+#include "support/DefaultSettings.h"
+#include "support/JobLines.h"
 
 namespace cqsurvey {
 namespace {
-
-constexpr const char* kSettings =
-    "[SETTINGS]\r\nSiPointSize=5.000\r\nJCoordDivision=0\r\nVersion=1.00\r\nMapscale=500\r\n"
-    "[BACKGROUND]\r\nEntityColor=-1\r\nType=0\r\nCenterX=0\r\nCenterY=0\r\nSizeX=0\r\nSizeY=0\r\n"
-    "Rotation=0\r\nBrightness=0\r\nContrast=100\r\nMonotone=0\r\nBKColor=16777215\r\n";
 
 /// A settings file from a stranger: imported, and found in a job.
 class SettingsFuzz : public FuzzTarget {
@@ -47,7 +43,7 @@ class SettingsFuzz : public FuzzTarget {
     }
 
     std::vector<std::string> MakeSeeds() override {
-        return {kSettings, std::string(kSettings) + "[MINE]\nkey=value=more\n\n; note\n[]\n=\n",
+        return {kDefaultSettings, kDefaultSettings + "[MINE]\nkey=value=more\n\n; note\n[]\n=\n",
                 "[SETTINGS\nno section]\nkey=\xE4\xF6\xFC\n", ""};
     }
 

@@ -5,11 +5,10 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 #include <sstream>
 
 #include "cqsurvey/cqsurvey.h"
+#include "support/JobImage.h"
 
 namespace cqsurvey {
 
@@ -167,24 +166,19 @@ void ListSettings(CqSurveyDB& db, std::ostream& out) {
 }
 
 void ListImage(CqSurveyDB& db, std::ostream& out) {
-    std::uint8_t* bytes = nullptr;
-    std::uint32_t length = 0;
-    int type = 0;
-    CVector centre;
-    CVector size;
-    double rotation = 0;
-    if (db.ReadBackgroundImageFile(bytes, length, type, centre, size, rotation) == 0) {
+    const auto image = JobImage::Read(db);
+    if (!image) {
         out << "no image\n";
         return;
     }
-    const std::unique_ptr<std::uint8_t, decltype(&std::free)> owner(bytes, &std::free);
     std::uint64_t sum = 0;
-    for (std::uint32_t i = 0; i < length; ++i) {
-        sum += (i + 1U) * std::uint64_t{bytes[i]};
+    std::uint64_t place = 0;
+    for (const char byte : image->bytes) {
+        sum += ++place * static_cast<unsigned char>(byte);
     }
-    out << "image of " << length << " bytes, sum of place times byte " << sum << ", type " << type
-        << " centre " << Place(centre) << " size " << Place(size) << " rotation "
-        << Number(rotation) << "\n";
+    out << "image of " << image->bytes.size() << " bytes, sum of place times byte " << sum
+        << ", type " << image->type << " centre " << Place(image->centre) << " size "
+        << Place(image->size) << " rotation " << Number(image->rotation) << "\n";
 }
 
 }  // namespace

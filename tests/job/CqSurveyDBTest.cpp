@@ -16,6 +16,8 @@
 #include "job/Job.h"
 #include "store/Qrdb.h"
 #include "store/Qrfs.h"
+#include "support/HostBytes.h"
+#include "support/JobImage.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
 
@@ -23,11 +25,6 @@ namespace cqsurvey {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string BytesOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 class SurveyDB : public testing::Test {
  protected:
@@ -122,7 +119,7 @@ TEST_F(SurveyDB, CreateNewWhereAnythingExistsTouchesNothing) {
     CqSurveyDB db;
     EXPECT_EQ(CodeThrownBy([&] { db.CreateNew(m_folder.Path(u"a.job")); }), error::kFileExists);
     EXPECT_FALSE(db.IsOpen());
-    EXPECT_EQ(BytesOf(path), "a surveyor's notes");
+    EXPECT_EQ(HostFileBytes(path), "a surveyor's notes");
     fs::create_directory(m_folder.Utf8("folder"));
     EXPECT_EQ(CodeThrownBy([&] { db.CreateNew(m_folder.Path(u"folder")); }), error::kFileExists);
     fs::create_symlink("nowhere", m_folder.Utf8("link"));
@@ -145,7 +142,7 @@ TEST_F(SurveyDB, OpeningAFileThatIsNoJobLeavesItAlone) {
         CqSurveyDB db;
         EXPECT_EQ(CodeThrownBy([&] { db.Open(m_folder.Path(u"a.job")); }), error::kDamaged);
         EXPECT_FALSE(db.IsOpen());
-        EXPECT_EQ(BytesOf(path), content);
+        EXPECT_EQ(HostFileBytes(path), content);
     }
 }
 
@@ -313,7 +310,7 @@ TEST_F(SurveyDB, AJobThatIsOpenedReadAndClosedKeepsEveryByte) {
         AddPoint(db, u"P1", 1, 2);
         EXPECT_NE(db.AddCoordDescription(1, u"a stone"), 0);
     }
-    const std::string before = BytesOf(path);
+    const std::string before = HostFileBytes(path);
     {
         CqSurveyDB db(m_folder.Path(u"a.job"));
         CqCoordRec rec;
@@ -327,7 +324,7 @@ TEST_F(SurveyDB, AJobThatIsOpenedReadAndClosedKeepsEveryByte) {
         filter.codes = {1, 2};
         db.SetSortCoordSetting(1, 1, filter);
     }
-    EXPECT_EQ(BytesOf(path), before);
+    EXPECT_EQ(HostFileBytes(path), before);
     EXPECT_EQ(FilesInFolder(), 1U);
 }
 
@@ -337,7 +334,7 @@ TEST_F(SurveyDB, AJobOpenedForReadingRefusesEveryChange) {
         db.CreateNew(m_folder.Path(u"a.job"));
         AddPoint(db, u"P1", 1, 2);
     }
-    const std::string before = BytesOf(m_folder.Utf8("a.job"));
+    const std::string before = HostFileBytes(m_folder.Utf8("a.job"));
     CqSurveyDB db;
     db.OpenReadOnly(m_folder.Path(u"a.job"));
     EXPECT_EQ(db.GetNumCoordRecs(), 1);
@@ -350,7 +347,7 @@ TEST_F(SurveyDB, AJobOpenedForReadingRefusesEveryChange) {
     EXPECT_EQ(db.GetCoordRecHandleByPtName(u"P2"), 0U);
     EXPECT_EQ(db.GetSortCoordRecs(), 1);
     db.Close();
-    EXPECT_EQ(BytesOf(m_folder.Utf8("a.job")), before);
+    EXPECT_EQ(HostFileBytes(m_folder.Utf8("a.job")), before);
 }
 
 TEST_F(SurveyDB, PathsMayHoldAnyCharacter) {
@@ -424,15 +421,9 @@ TEST_F(SurveyDB, AnEmptyBackgroundImageKeepsOneFileOpenAtMost) {
     CqSurveyDB db;
     db.CreateNew(m_folder.Path(u"a.job"));
     ASSERT_EQ(db.StoreBackgroundImageFile(m_folder.Path(u"empty.png"), 0, {}, {}, 0), 1);
-    std::uint8_t* data = nullptr;
-    std::uint32_t length = 0;
-    int type = 0;
-    CVector centre;
-    CVector size;
-    double rotation = 0;
     std::set<std::int32_t> kept;
     for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(db.ReadBackgroundImageFile(data, length, type, centre, size, rotation), 0);
+        EXPECT_FALSE(JobImage::Read(db));
         EXPECT_NE(QrfsGetLength(db.GetJob().emptyImage), -1);
         for (const std::int32_t file : kept) {
             EXPECT_EQ(QrfsGetLength(file), -1) << "the one before is closed";

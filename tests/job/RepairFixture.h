@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <map>
 #include <set>
 #include <span>
@@ -19,6 +18,7 @@
 #include "store/salvage/BtreePage.h"
 #include "store/salvage/VolumeRefill.h"
 #include "support/HostBytes.h"
+#include "support/JobImage.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey {
@@ -84,15 +84,8 @@ inline Rows ReadRows(CqSurveyDB& db) {
             rows["settings"][HashName(name) % 0xFFFFFFFF] = ToUtf8(name + u"=" + value);
         }
     }
-    std::uint8_t* data = nullptr;
-    std::uint32_t length = 0;
-    int type = 0;
-    CVector centre;
-    CVector size;
-    double rotation = 0;
-    if (db.ReadBackgroundImageFile(data, length, type, centre, size, rotation) != 0) {
-        rows["image"][1] = std::string(reinterpret_cast<const char*>(data), length);
-        std::free(data);
+    if (const auto image = JobImage::Read(db)) {
+        rows["image"][1] = image->bytes;
     }
     return rows;
 }

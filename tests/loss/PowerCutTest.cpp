@@ -16,9 +16,9 @@
 #include "cqsurvey/CqSurveyDB.h"
 #include "loss/Aftermath.h"
 #include "loss/EveryOperation.h"
-#include "loss/JobLines.h"
 #include "loss/Workload.h"
 #include "support/FaultVfs.h"
+#include "support/JobLines.h"
 #include "support/Points.h"
 #include "support/TempDir.h"
 

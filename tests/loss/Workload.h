@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "cqsurvey/CqSurveyDB.h"
-#include "loss/JobModel.h"
+#include "support/JobModel.h"
 
 namespace cqsurvey {
 

@@ -1,7 +1,5 @@
 #include "loss/Workload.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <cstdlib>
 #include <vector>
 
@@ -14,7 +12,7 @@ void Workload::Layers() {
     const int color = 1 + Below(200);
     if (handle == 0) {
         const int line = Below(8);
-        job.layers[++job.lastLayer] = {name, color, line};
+        job.AddLayer(name, color, line);
         Expect(1, [&](CqSurveyDB& db) { return db.AddLayer(name, color, line); });
         return;
     }
@@ -64,27 +62,20 @@ void Workload::LayersOfEntities() {
     const int color = Below(513) - 256;
     const bool colors = OneIn(2);
     if (OneIn(3)) {
-        if (layer == 0) {
-            job.layers[++job.lastLayer] = {name, 1, 0};
-        }
-        job.entities.at(handle).layer = layer == 0 ? job.lastLayer : layer;
+        job.entities.at(handle).layer = layer == 0 ? job.AddLayer(name, 1, 0) : layer;
         Expect(1, [&](CqSurveyDB& db) { return db.EditLayer(handle, name); });
         return;
     }
     if (!colors && layer == 0) {
         return;
     }
-    // A polyline takes along the vertices in the records after its own.
-    auto entity = job.entities.find(handle);
-    const bool withVertices = entity->second.type == EntPline;
-    do {
+    job.ChangeWithVertices(handle, [&](Entity& entity) {
         if (colors) {
-            entity->second.color = color;
+            entity.color = color;
         } else {
-            entity->second.layer = layer;
+            entity.layer = layer;
         }
-        ++entity;
-    } while (withVertices && entity != job.entities.end() && entity->second.type == EntVertex);
+    });
     Expect(1, [&](CqSurveyDB& db) {
         return colors ? db.EditCadEntityColor(handle, color) : db.EditCadEntityLayer(handle, name);
     });
@@ -104,10 +95,9 @@ void Workload::AddPline() {
     const CqHandle handle = job.lastEntity;
     pline.line = line;
     pline.code = code;
-    pline.bound = {places[0][0], places[0][1], places[0][0], places[0][1]};
+    pline.bound = Box();
     for (const Coords& place : places) {
-        pline.bound = {std::min(pline.bound[0], place[0]), std::min(pline.bound[1], place[1]),
-                       std::max(pline.bound[2], place[0]), std::max(pline.bound[3], place[1])};
+        pline.bound.Add(place[0], place[1]);
         Entity& vertex = job.AppendEntity(EntVertex, place, m_color);
         vertex.pline = handle;
     }
@@ -145,16 +135,10 @@ void Workload::Vertices() {
     }
     const Coords at = Place();
     const double bulge = Below(9) * 0.25;
-    const bool isVertex = job.IsVertex(handle);
+    const bool isVertex = job.Is(handle, EntVertex);
     const int action = isVertex ? Below(3) : 0;
     if (action == 0) {
-        const Entity before = job.entities.at(handle);
-        Entity& vertex = job.NewEntity(EntVertex, at, before.color);
-        vertex.layer = before.layer;
-        vertex.bulge = bulge;
-        vertex.pline = isVertex ? before.pline : handle;
-        job.chain.insert(job.chain.begin() + static_cast<std::ptrdiff_t>(job.PlaceOf(handle)) + 1,
-                         job.lastEntity);
+        job.InsertVertex(handle, at, bulge);
         Expect(1, [&](CqSurveyDB& db) { return db.InsertVertex(handle, at.data(), bulge); });
     } else if (action == 1) {
         job.entities.at(handle).at = at;
@@ -177,8 +161,7 @@ void Workload::Ties() {
         job.Unlink(vertex);
         Expect(1, [&](CqSurveyDB& db) { return db.UnlinkSiPntAndVertex(0, vertex); });
     } else {
-        job.links[++job.lastLink] = {point, vertex};
-        job.linkOfVertex[vertex] = job.lastLink;
+        job.AddLink(point, vertex);
         Expect(1, [&](CqSurveyDB& db) { return db.LinkSiPntAndVertex(point, vertex); });
     }
 }

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/Text.h"
-#include "settings/SettingsModel.h"
+#include "support/SettingsModel.h"
 
 namespace cqsurvey {
 

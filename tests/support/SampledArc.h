@@ -1,27 +1,11 @@
 #pragma once
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 
 #include "cqsurvey/CVector.h"
 
 namespace cqsurvey {
-
-/// A rectangle that grows with the points given to it.
-struct Box {
-    double minX = std::numeric_limits<double>::max();
-    double minY = std::numeric_limits<double>::max();
-    double maxX = -std::numeric_limits<double>::max();
-    double maxY = -std::numeric_limits<double>::max();
-
-    void Add(double x, double y) {
-        minX = std::min(minX, x);
-        minY = std::min(minY, y);
-        maxX = std::max(maxX, x);
-        maxY = std::max(maxY, y);
-    }
-};
 
 /// Visits 2^depth + 1 points of the arc from p to q. It knows neither centre nor radius: the apex
 /// lies half a chord times the bulge to the right of the chord's middle, and either half of an arc

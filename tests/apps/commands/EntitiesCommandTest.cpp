@@ -4,6 +4,7 @@
 #include "apps/RunCqjob.h"
 #include "cqjob/EntityKind.h"
 #include "support/Drawing.h"
+#include "support/Holds.h"
 #include "support/TempDir.h"
 
 namespace cqsurvey::cqjob {
@@ -46,9 +47,6 @@ class EntitiesCommand : public testing::Test {
     static std::size_t Lines(const std::string& text) {
         return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
     }
-    static bool Has(const std::string& text, const std::string& part) {
-        return text.find(part) != std::string::npos;
-    }
 
     TempDir folder;
     std::string job;
@@ -56,13 +54,13 @@ class EntitiesCommand : public testing::Test {
 
 TEST_F(EntitiesCommand, TellsAPolylinesVerticesLengthAndExtent) {
     const std::string text = Run({"--type", "pline"}).out;
-    EXPECT_TRUE(Has(text, "-         -       -  line 3")) << text;
-    EXPECT_TRUE(Has(text, "2 vertices, length 11.591, easting 0 to 10, northing -2.5 to 0"))
+    EXPECT_TRUE(Holds(text, "-         -       -  line 3")) << text;
+    EXPECT_TRUE(Holds(text, "2 vertices, length 11.591, easting 0 to 10, northing -2.5 to 0"))
         << text;
     const std::string json = Run({"--type", "pline", "--json"}).out;
-    EXPECT_TRUE(Has(json, "\"vertex_count\": 2,\n      \"length\": 11.59")) << json;
-    EXPECT_TRUE(Has(json, "\"min_northing\": -2.5,")) << json;
-    EXPECT_FALSE(Has(json, "\"easting\"")) << json;
+    EXPECT_TRUE(Holds(json, "\"vertex_count\": 2,\n      \"length\": 11.59")) << json;
+    EXPECT_TRUE(Holds(json, "\"min_northing\": -2.5,")) << json;
+    EXPECT_FALSE(Holds(json, "\"easting\"")) << json;
 }
 
 TEST_F(EntitiesCommand, ListsEveryEntityInDrawingOrder) {
@@ -74,13 +72,13 @@ TEST_F(EntitiesCommand, ListsEveryEntityInDrawingOrder) {
         ASSERT_NE(at, std::string::npos) << word;
         ++at;
     }
-    EXPECT_TRUE(Has(run.out, "\"P1\" code 42"));
-    EXPECT_TRUE(Has(run.out, "line 3 code 0"));
-    EXPECT_TRUE(Has(run.out, "of 3 bulge 0.5"));
-    EXPECT_TRUE(Has(run.out, "of 3 tied to 2"));
-    EXPECT_TRUE(Has(run.out, "height 2.5"));
-    EXPECT_TRUE(Has(run.out, "radius 9.5 line 256 code 0"));
-    EXPECT_TRUE(Has(run.out, "\"tree.bmp\" width 5"));
+    EXPECT_TRUE(Holds(run.out, "\"P1\" code 42"));
+    EXPECT_TRUE(Holds(run.out, "line 3 code 0"));
+    EXPECT_TRUE(Holds(run.out, "of 3 bulge 0.5"));
+    EXPECT_TRUE(Holds(run.out, "of 3 tied to 2"));
+    EXPECT_TRUE(Holds(run.out, "height 2.5"));
+    EXPECT_TRUE(Holds(run.out, "radius 9.5 line 256 code 0"));
+    EXPECT_TRUE(Holds(run.out, "\"tree.bmp\" width 5"));
     EXPECT_EQ(run.err, "7 of 7 entities\n");
 }
 
@@ -112,9 +110,9 @@ TEST_F(EntitiesCommand, AnswersInJson) {
                              "\"radius\": 9.5",  "\"line\": 256",
                              "\"color\": 9",     "\"resource\": \"tree.bmp\"",
                              "\"width\": 5",     "\"layer\": \"Road\""}) {
-        EXPECT_TRUE(Has(json, part)) << part << '\n' << json;
+        EXPECT_TRUE(Holds(json, part)) << part << '\n' << json;
     }
-    EXPECT_TRUE(Has(Run({"--json", "--type", "circle", "--limit", "1"}).out, "\"count\": 1"));
+    EXPECT_TRUE(Holds(Run({"--json", "--type", "circle", "--limit", "1"}).out, "\"count\": 1"));
 }
 
 TEST_F(EntitiesCommand, SaysWhenNotAllOfTheDrawingCanBeReached) {
@@ -125,7 +123,7 @@ TEST_F(EntitiesCommand, SaysWhenNotAllOfTheDrawingCanBeReached) {
               SQLITE_OK);
     sqlite3_close(file);
     const CqjobRun run = Run({}, 1);
-    EXPECT_TRUE(Has(run.err, "only 5 of 7 entities can be reached")) << run.err;
+    EXPECT_TRUE(Holds(run.err, "only 5 of 7 entities can be reached")) << run.err;
 }
 
 }  // namespace

@@ -115,13 +115,13 @@ TEST_F(PlotCommand, CountsWhatIsInThePart) {
     for (int i = 0; i < 10; ++i) {
         DrawPoint(db, u"P" + FromUtf8(std::to_string(i)), 10.0 * i, 5);
     }
-    EXPECT_TRUE(Has(Plot("a.svg").err, "10 objects at 1 : ")) << "all";
-    EXPECT_TRUE(Has(Plot("b.svg", {"--extent", "-5,0,25,10"}).err, "3 of 10 objects at 1 : "));
+    EXPECT_TRUE(Holds(Plot("a.svg").err, "10 objects at 1 : ")) << "all";
+    EXPECT_TRUE(Holds(Plot("b.svg", {"--extent", "-5,0,25,10"}).err, "3 of 10 objects at 1 : "));
     const std::string err = Plot("c.svg", {"--scale", "0.01"}).err;
-    EXPECT_TRUE(Has(err, "nothing at 1 : 0.01 into")) << err;
-    EXPECT_TRUE(Has(err, "none of it is in the frame")) << err;
+    EXPECT_TRUE(Holds(err, "nothing at 1 : 0.01 into")) << err;
+    EXPECT_TRUE(Holds(err, "none of it is in the frame")) << err;
     EXPECT_TRUE(
-        Has(Plot("d.svg", {"--scale", "1e9"}).err, "all of it is smaller than a millimetre"));
+        Holds(Plot("d.svg", {"--scale", "1e9"}).err, "all of it is smaller than a millimetre"));
 }
 
 TEST_F(PlotCommand, DrawsTextsAlignedAndTurned) {
@@ -172,12 +172,13 @@ TEST_F(PlotCommand, AlignsTextsByTheirWidthAndTheHeightOfTheirCapitals) {
 TEST_F(PlotCommand, SaysHowManyCharactersNoFontHas) {
     DrawPoint(db, u"\u0395\u03BB", 0, 0);
     DrawText(db, u"caf\u00E9", 0, 5, 1.0);
-    EXPECT_FALSE(Has(Plot("a.svg").err, "boxes"));
+    EXPECT_FALSE(Holds(Plot("a.svg").err, "boxes"));
     db.Open(FromUtf8(job));
     // Neither is a character, and a lone half of a pair is replaced by one that is.
     DrawText(db, u"x\u0378\u0379\xD800", 0, 10, 1.0);
     const CqjobRun run = Plot("b.svg");
-    EXPECT_TRUE(Has(run.err, "drawn as boxes: 2 characters that no installed font has")) << run.err;
+    EXPECT_TRUE(Holds(run.err, "drawn as boxes: 2 characters that no installed font has"))
+        << run.err;
 }
 
 TEST_F(PlotCommand, DrawsBitmapsAsFramesWithTheirNames) {
@@ -206,7 +207,7 @@ TEST_F(PlotCommand, DrawsWhatLayersShow) {
     EXPECT_EQ(onlyB.WithStroke(kBlue).size(), 1U);
     EXPECT_EQ(RunCqjob({"layers", "hide", job, "B"}).status, 0);
     EXPECT_TRUE(Svg().WithStroke(kBlue).empty());
-    EXPECT_TRUE(Has(Plot("c.svg", {"--layers", "C"}, 1).err, "there is no layer \"C\""));
+    EXPECT_TRUE(Holds(Plot("c.svg", {"--layers", "C"}, 1).err, "there is no layer \"C\""));
     EXPECT_FALSE(std::filesystem::exists(folder.Utf8("c.svg")));
 }
 
@@ -267,11 +268,11 @@ TEST_F(PlotCommand, DrawsLinesAndArcsThatReachFarOutOfThePage) {
 
 TEST_F(PlotCommand, AnEmptyJobIsASheetThatSaysSo) {
     const CqjobRun run = Plot("a.svg");
-    EXPECT_TRUE(Has(run.err, "nothing to draw")) << run.err;
+    EXPECT_TRUE(Holds(run.err, "nothing to draw")) << run.err;
     const SvgPicture picture(Read("a.svg"));
     EXPECT_FALSE(picture.paths.empty());
     EXPECT_TRUE(picture.Says("Nothing is drawn"));
-    EXPECT_TRUE(Has(run.err, "nothing at 1 : ")) << run.err;
+    EXPECT_TRUE(Holds(run.err, "nothing at 1 : ")) << run.err;
 }
 
 TEST_F(PlotCommand, ASinglePointIsInTheMiddle) {
@@ -286,7 +287,7 @@ TEST_F(PlotCommand, ASinglePointIsInTheMiddle) {
 TEST_F(PlotCommand, SaysWhatHasNoPlace) {
     DrawPoint(db, u"A", kNaN, kNaN);
     DrawPoint(db, u"B", 1, 1);
-    EXPECT_TRUE(Has(Plot("a.svg").err, "1 object without a finite position")) << "err";
+    EXPECT_TRUE(Holds(Plot("a.svg").err, "1 object without a finite position")) << "err";
 }
 
 TEST_F(PlotCommand, WritesAPdfOfOnePage) {
@@ -295,9 +296,9 @@ TEST_F(PlotCommand, WritesAPdfOfOnePage) {
     Plot("a.pdf", {"--paper", "A3", "--landscape", "--scale", "500"});
     const std::string pdf = Read("a.pdf");
     EXPECT_EQ(pdf.substr(0, 5), "%PDF-");
-    EXPECT_TRUE(Has(pdf, "/Count 1\n") || Has(pdf, "/Count 1 ")) << pdf.size();
+    EXPECT_TRUE(Holds(pdf, "/Count 1\n") || Holds(pdf, "/Count 1 ")) << pdf.size();
     // A3 lying is 420 x 297 mm.
-    EXPECT_TRUE(Has(pdf, "1190.5")) << "the page's width in points";
+    EXPECT_TRUE(Holds(pdf, "1190.5")) << "the page's width in points";
 }
 
 TEST_F(PlotCommand, WritesAPngOfTheSizeAskedFor) {
@@ -339,7 +340,7 @@ TEST_F(PlotCommand, DrawsTheFrameOfABackgroundImageItCannotDecode) {
     std::ofstream(folder.Utf8("in.gif"), std::ios::binary) << "GIF89a, say";
     ASSERT_EQ(db.StoreBackgroundImageFile(folder.Path(u"in.gif"), 1, {0, 0}, {40, 20}, 0.0), 1);
     const CqjobRun run = Plot("a.svg", {"--scale", "500", "--no-grid"});
-    EXPECT_TRUE(Has(run.err, "the background image is neither PNG nor JPEG nor BMP")) << run.err;
+    EXPECT_TRUE(Holds(run.err, "the background image is neither PNG nor JPEG nor BMP")) << run.err;
     const SvgPicture picture(Read("a.svg"));
     std::size_t frames = 0;
     for (const auto& path : picture.paths) {
@@ -356,17 +357,17 @@ TEST_F(PlotCommand, DrawsTheFrameOfABackgroundImageItCannotDecode) {
 TEST_F(PlotCommand, NeverOverwritesUnlessForced) {
     DrawPoint(db, u"A", 1, 1);
     std::ofstream(folder.Utf8("a.svg")) << "mine";
-    EXPECT_TRUE(Has(Plot("a.svg", {}, 1).err, "--force"));
+    EXPECT_TRUE(Holds(Plot("a.svg", {}, 1).err, "--force"));
     EXPECT_EQ(Read("a.svg"), "mine");
     Plot("a.svg", {"--force"});
-    EXPECT_TRUE(Has(Read("a.svg"), "<svg"));
+    EXPECT_TRUE(Holds(Read("a.svg"), "<svg"));
 }
 
 TEST_F(PlotCommand, NeverDrawsOverTheJob) {
     db.Close();
     const CqjobRun run = RunCqjob({"plot", job, job, "--format", "svg", "--force"});
     EXPECT_EQ(run.status, 2);
-    EXPECT_TRUE(Has(run.err, "is the job itself"));
+    EXPECT_TRUE(Holds(run.err, "is the job itself"));
     db.Open(FromUtf8(job));
 }
 
@@ -375,7 +376,7 @@ TEST_F(PlotCommand, WritesToStandardOutput) {
     db.Close();
     const CqjobRun run = RunCqjob({"plot", job, "-", "--format", "svg"});
     EXPECT_EQ(run.status, 0);
-    EXPECT_TRUE(Has(run.out, "</svg>"));
+    EXPECT_TRUE(Holds(run.out, "</svg>"));
 }
 
 TEST_F(PlotCommand, SaysWhenThePictureCannotBeWritten) {
@@ -387,7 +388,7 @@ TEST_F(PlotCommand, SaysWhenThePictureCannotBeWritten) {
     for (const char* format : {"svg", "pdf", "png"}) {
         const CqjobRun run = RunCqjob({"plot", job, "/dev/full", "--format", format, "--force"});
         EXPECT_EQ(run.status, 1) << format;
-        EXPECT_TRUE(Has(run.err, "/dev/full: No space left on device")) << run.err;
+        EXPECT_TRUE(Holds(run.err, "/dev/full: No space left on device")) << run.err;
     }
 }
 

@@ -2,14 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <string>
 #include <vector>
 
 #include "apps/RunCqjob.h"
 #include "support/Drawing.h"
+#include "support/Holds.h"
+#include "support/HostBytes.h"
 #include "support/SvgPicture.h"
 #include "support/TempDir.h"
 
@@ -36,10 +36,7 @@ class PlotFixture : public testing::Test {
         return run;
     }
 
-    std::string Read(const std::string& file) const {
-        std::ifstream stream(folder.Utf8(file), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string Read(const std::string& file) const { return HostFileBytes(folder.Utf8(file)); }
 
     /// The picture of the drawing alone: no labels, no grid.
     SvgPicture Svg(std::vector<std::string> options = {}) {
@@ -52,9 +49,5 @@ class PlotFixture : public testing::Test {
     std::string job;
     CqSurveyDB db;
 };
-
-inline bool Has(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
 
 }  // namespace cqsurvey::cqjob

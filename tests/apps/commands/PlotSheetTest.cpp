@@ -68,21 +68,21 @@ TEST_F(PlotSheet, LeavesOutLabelsThatFindNoRoomUnlessAskedForAll) {
         DrawPoint(db, u"P" + FromUtf8(std::to_string(100 + i)), 5, 5);
     }
     const CqjobRun run = Plot("b.svg");
-    EXPECT_TRUE(Has(run.err, "no room for ")) << run.err;
+    EXPECT_TRUE(Holds(run.err, "no room for ")) << run.err;
     const std::size_t drawn = Svg().InGroup("Labels").size();
     EXPECT_LT(drawn, 30U);
-    EXPECT_TRUE(Has(run.err, "no room for " + std::to_string(30 - drawn) + " label")) << run.err;
+    EXPECT_TRUE(Holds(run.err, "no room for " + std::to_string(30 - drawn) + " label")) << run.err;
     EXPECT_EQ(Svg({"--all-labels"}).InGroup("Labels").size(), 30U);
 }
 
 TEST_F(PlotSheet, TakesTheLargestRoundScaleUnlessSomeoneHasSetTheJobs) {
     DrawLine(db, {{0, 0}, {10, 10}});
-    EXPECT_TRUE(Has(Plot("a.svg").err, "at 1 : 75 "));
-    EXPECT_TRUE(Has(Plot("a.svg", {"--force", "--scale", "job"}).err, "at 1 : 500 "));
+    EXPECT_TRUE(Holds(Plot("a.svg").err, "at 1 : 75 "));
+    EXPECT_TRUE(Holds(Plot("a.svg", {"--force", "--scale", "job"}).err, "at 1 : 500 "));
     db.Open(FromUtf8(job));
     ASSERT_EQ(db.WriteSettingsInt(CqSurveyDB::m_SettingsSection, u"Mapscale", 200), 1);
-    EXPECT_TRUE(Has(Plot("a.svg", {"--force"}).err, "at 1 : 200 "));
-    EXPECT_TRUE(Has(Plot("a.svg", {"--force", "--scale", "job"}).err, "at 1 : 200 "));
+    EXPECT_TRUE(Holds(Plot("a.svg", {"--force"}).err, "at 1 : 200 "));
+    EXPECT_TRUE(Holds(Plot("a.svg", {"--force", "--scale", "job"}).err, "at 1 : 200 "));
 }
 
 TEST_F(PlotSheet, PointsHaveTheSymbolsAndLabelsOfTheCodeTable) {
@@ -248,10 +248,10 @@ TEST_F(PlotSheet, DividesWhatDoesNotFitOverSheetsWithAKeyPlan) {
     DrawLine(db, {{0, 0}, {200, 0}, {200, 100}});
     DrawText(db, u"far end", 195, 98, 1.0);
     const CqjobRun run = Plot("a.pdf", {"--scale", "500", "--sheets", "--landscape"});
-    EXPECT_TRUE(Has(run.err, "2 objects at 1 : 500 on 4 pages with the key plan")) << run.err;
-    EXPECT_TRUE(Has(Read("a.pdf"), "/Count 4"));
-    EXPECT_TRUE(Has(Plot("a.svg", {"--scale", "500", "--sheets", "--landscape"}, 1).err,
-                    "the plan takes 3 sheets"));
+    EXPECT_TRUE(Holds(run.err, "2 objects at 1 : 500 on 4 pages with the key plan")) << run.err;
+    EXPECT_TRUE(Holds(Read("a.pdf"), "/Count 4"));
+    EXPECT_TRUE(Holds(Plot("a.svg", {"--scale", "500", "--sheets", "--landscape"}, 1).err,
+                      "the plan takes 3 sheets"));
     const auto sheet = [&](const char* number) {
         return Svg({"--scale", "500", "--sheets", "--landscape", "--sheet", number});
     };
@@ -261,7 +261,7 @@ TEST_F(PlotSheet, DividesWhatDoesNotFitOverSheetsWithAKeyPlan) {
     EXPECT_TRUE(sheet("3").Says("3 of 3"));
     Plot("b.svg", {"--scale", "500", "--sheets", "--landscape", "--sheet", "4"}, 1);
     Plot("b.svg", {"--sheet", "1"}, 2);
-    EXPECT_TRUE(Has(Plot("c.svg", {"--scale", "5000", "--sheets"}).err, "at 1 : 5000 into"));
+    EXPECT_TRUE(Holds(Plot("c.svg", {"--scale", "5000", "--sheets"}).err, "at 1 : 5000 into"));
 }
 
 TEST_F(PlotSheet, TheTextsOfAPdfCanBeSearched) {
@@ -274,7 +274,7 @@ TEST_F(PlotSheet, TheTextsOfAPdfCanBeSearched) {
     const std::string text = Read("a.txt");
     for (const char* words :
          {"CP17", "Upper Mill Road", "\xCE\x95\xCE\xBB\xCE\xB9\xCE\xAC", "1 : "}) {
-        EXPECT_TRUE(Has(text, words)) << words << " in " << text;
+        EXPECT_TRUE(Holds(text, words)) << words << " in " << text;
     }
 }
 

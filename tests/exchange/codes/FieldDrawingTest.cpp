@@ -1,134 +1,18 @@
 #include "cqsurvey/exchange/FieldDrawing.h"
 
-#include <cqsurvey/cqsurvey.h>
-#include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <limits>
+#include <string>
 
 #include "cqsurvey/exchange/ExchangeError.h"
-#include "support/TempDir.h"
+#include "exchange/codes/FieldDrawingFixture.h"
 
 namespace cqsurvey::exchange {
-
 namespace {
 
-class FieldDrawingTest : public testing::Test {
- protected:
-    FieldDrawingTest() {
-        m_db.CreateNew(m_folder.Path(u"job"));
-        Row({.code = u"EP",
-             .number = 12,
-             .layer = u"Road",
-             .color = 3,
-             .line = 1,
-             .kind = CqCodeKind::Line});
-        Row({.code = u"KERB", .number = 13, .layer = u"Kerb", .kind = CqCodeKind::Line});
-        Row({.code = u"BLD", .layer = u"Buildings", .kind = CqCodeKind::ClosedLine});
-        Row({.code = u"TR",
-             .number = 40,
-             .layer = u"Trees",
-             .symbol = u"deciduous",
-             .label = u"{text}"});
-        Row({.code = u"GS", .layer = u"Ground"});
-        Row({.code = u"TX",
-             .layer = u"Texts",
-             .kind = CqCodeKind::Text,
-             .size = 2.5,
-             .text = u"{text}"});
-        Row({.code = u"MH", .layer = u"Pipes", .kind = CqCodeKind::Circle, .size = 0.4});
-    }
-
-    void Row(const CqCode& code) { ASSERT_EQ(m_codes.Add(code), 1); }
-
-    void Point(const std::string& name, double e, double n, const std::string& description,
-               double z = 0.0) {
-        const std::array<double, 3> coords{e, n, z};
-        const CqHandle handle =
-            m_db.AddCoordRec(coords.data(), FromUtf8(name), 0, SurveyCoordType{1}, 0);
-        if (!description.empty()) {
-            ASSERT_EQ(m_db.AddCoordDescription(handle, FromUtf8(description)), 1);
-        }
-    }
-
-    CodeReport Draw(bool redraw = false) {
-        DrawOptions options;
-        options.codes = m_codes;
-        options.redraw = redraw;
-        options.textHeight = 1.0;
-        return FieldDrawing(options).Draw(m_db);
-    }
-
-    /// The drawing without the points, an entity a line.
-    std::string Show() {
-        std::string text;
-        std::array<double, 3> at{};
-        for (const CqCadEntityPtr& entity : Entities(m_db)) {
-            entity->GetPoint(at.data());
-            switch (entity->GetType()) {
-                case EntPline:
-                    text += fmt::format("line {} {} {} {}:\n", ToUtf8(entity->GetLayer()),
-                                        entity->GetColor(), entity->GetLine(), entity->GetCode());
-                    break;
-                case EntVertex:
-                    text +=
-                        fmt::format("  {:.3f} {:.3f} {:.3f} bulge {:.4f} {}\n", at[0], at[1], at[2],
-                                    entity->GetBulge(), TiedName(entity->GetMcadSiPointHandle()));
-                    break;
-                case EntCircle:
-                    text +=
-                        fmt::format("circle {} {:.3f} {:.3f} r {:.3f}\n",
-                                    ToUtf8(entity->GetLayer()), at[0], at[1], entity->GetRadius());
-                    break;
-                case EntText:
-                    text += fmt::format("text {} {:.3f} {:.3f} h {:.3f} {}\n",
-                                        ToUtf8(entity->GetLayer()), at[0], at[1],
-                                        entity->GetHeight(), ToUtf8(entity->GetText()));
-                    break;
-                default:
-                    break;
-            }
-        }
-        return text;
-    }
-
-    std::string TiedName(CqHandle entity) {
-        if (entity == 0) {
-            return "free";
-        }
-        CqCoordRec record;
-        static_cast<void>(
-            m_db.GetCoordRec(m_db.GetCoordRecHandleByCadEntityHandle(entity), record));
-        return ToUtf8(record.GetPtName());
-    }
-
-    static std::string Show(const CodeReport& report) {
-        std::string text;
-        for (const CodeRow& row : report.rows) {
-            text += fmt::format("{} {}: {}{}{}{}{}\n", row.name, row.code, CodeFateWord(row.fate),
-                                row.what.empty() ? "" : ", ", row.what,
-                                row.reason.empty() ? "" : ": ", row.reason);
-        }
-        return text;
-    }
-
-    CqHandle FirstLine() {
-        for (const CqCadEntityPtr& entity : Entities(m_db)) {
-            if (entity->GetType() == EntPline) {
-                return entity->GetHandle();
-            }
-        }
-        return 0;
-    }
-
-    TempDir m_folder;
-    CqSurveyDB m_db;
-    CqCodeTable m_codes;
-};
+using FieldDrawingTest = FieldDrawingFixture;
 
 TEST_F(FieldDrawingTest, ALineRunsThroughItsPointsAndIsTiedToThem) {
     Point("1", 0, 0, "EP2 B", 5);
@@ -369,107 +253,6 @@ TEST_F(FieldDrawingTest, TheJobsOwnTableIsUsedWhenNoneIsGiven) {
     EXPECT_EQ(FieldDrawing({}).Draw(m_db).Count(CodeFate::Drawn), 2U);
 }
 
-TEST_F(FieldDrawingTest, DrawingAgainIsRefusedUnlessAskedFor) {
-    Point("1", 0, 0, "EP");
-    Point("2", 1, 0, "EP");
-    Draw();
-    const std::string before = Show();
-    EXPECT_THROW(Draw(), ExchangeError);
-    EXPECT_EQ(Show(), before);
-}
-
-TEST_F(FieldDrawingTest, RedrawingAnUnchangedJobChangesNoByte) {
-    Point("1", 0, 0, "EP", std::numeric_limits<double>::quiet_NaN());
-    Point("2", 1, 0, "EP BC");
-    Point("3", 2, 1, "EP");
-    Point("4", 2, 2, "EP EC H0.5");
-    Point("5", 7, 7, "TR oak");
-    Point("6", 8, 8, "MH");
-    Draw();
-    m_db.Close();
-    std::filesystem::copy(m_folder.Utf8("job"), m_folder.Utf8("copy"));
-    m_db.Open(m_folder.Path(u"job"));
-    const CodeReport again = Draw(true);
-    EXPECT_FALSE(again.HasChanged());
-    EXPECT_EQ(again.kept, 4U);
-    m_db.Close();
-    const auto read = [&](const char* name) {
-        std::ifstream file(m_folder.Utf8(name), std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    };
-    EXPECT_TRUE(read("job") == read("copy"));
-    m_db.Open(m_folder.Path(u"job"));
-}
-
-TEST_F(FieldDrawingTest, RedrawingFollowsEditedPointsAndTouchesNothingElse) {
-    Point("1", 0, 0, "EP");
-    Point("2", 1, 0, "EP");
-    Point("3", 5, 5, "KERB");
-    Point("4", 6, 5, "KERB");
-    Draw();
-    const std::array<double, 3> own{50, 50, 0};
-    const CqHandle mine = m_db.AddCircle(own.data(), 7, 0, 0);
-    const std::array<double, 3> moved{2, 3, 4};
-    ASSERT_EQ(m_db.EditCoordRec(u"2", moved.data(), 12), 1);
-    const CodeReport again = Draw(true);
-    EXPECT_EQ(again.removed, 1U);
-    EXPECT_EQ(again.added, 1U);
-    EXPECT_EQ(again.kept, 1U);
-    EXPECT_NE(Show().find("  2.000 3.000 4.000 bulge 0.0000 2\n"), std::string::npos);
-    EXPECT_NE(mine, 0U);
-    EXPECT_NE(Show().find("circle 0 50.000 50.000 r 7.000"), std::string::npos);
-    EXPECT_FALSE(Draw(true).HasChanged());
-}
-
-TEST_F(FieldDrawingTest, WhatWasEditedByHandStaysAndIsTold) {
-    Point("1", 0, 0, "EP");
-    Point("2", 1, 0, "EP");
-    Draw();
-    const CqHandle line = FirstLine();
-    const std::array<double, 3> moved{0, 9, 0};
-    ASSERT_EQ(m_db.MoveVertex(line + 1, moved.data(), 0.5), 1);
-    const std::string edited = Show();
-    CodeReport again = Draw(true);
-    ASSERT_EQ(again.edited.size(), 1U);
-    EXPECT_EQ(again.edited[0].handle, line);
-    EXPECT_FALSE(again.edited[0].drawnAgain);
-    EXPECT_FALSE(again.HasChanged());
-    EXPECT_EQ(Show(), edited);
-    const std::array<double, 3> other{3, 0, 0};
-    ASSERT_EQ(m_db.EditCoordRec(u"2", other.data(), 12), 1);
-    again = Draw(true);
-    ASSERT_EQ(again.edited.size(), 1U);
-    EXPECT_TRUE(again.edited[0].drawnAgain);
-    EXPECT_EQ(again.added, 1U);
-    EXPECT_EQ(again.removed, 0U);
-    EXPECT_FALSE(Draw(true).HasChanged());
-}
-
-TEST_F(FieldDrawingTest, WhatWasDeletedByHandIsDrawnAgain) {
-    Point("1", 0, 0, "EP");
-    Point("2", 1, 0, "EP");
-    Draw();
-    const std::string before = Show();
-    ASSERT_EQ(m_db.DeletePline(FirstLine()), 1);
-    EXPECT_EQ(Draw(true).added, 1U);
-    EXPECT_EQ(Show(), before);
-}
-
-TEST_F(FieldDrawingTest, PointsThatAreGoneLeaveTheDrawing) {
-    Point("1", 0, 0, "EP");
-    Point("2", 1, 0, "EP");
-    Point("3", 2, 0, "EP");
-    Draw();
-    m_db.DelCoordRec(u"2");
-    m_db.Close();
-    m_db.Open(m_folder.Path(u"job"));
-    const CodeReport again = Draw(true);
-    EXPECT_TRUE(again.edited.empty());
-    EXPECT_EQ(Show(),
-              "line Road 3 1 12:\n  0.000 0.000 0.000 bulge 0.0000 1\n"
-              "  2.000 0.000 0.000 bulge 0.0000 3\n");
-}
-
 TEST_F(FieldDrawingTest, AFailedDrawingLeavesTheJobAsItWas) {
     for (int i = 0; i < 2000; ++i) {
         Point(std::to_string(i), i, i % 7, i % 2 == 0 ? "EP1" : "EP2");
@@ -516,5 +299,4 @@ TEST_F(FieldDrawingTest, OptionsThatMakeNoSenseAreRefused) {
 }
 
 }  // namespace
-
 }  // namespace cqsurvey::exchange

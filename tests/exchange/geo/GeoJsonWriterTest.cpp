@@ -10,6 +10,7 @@
 #include "cqsurvey/CqJobSystem.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/drawing/DrawingJob.h"
+#include "support/Holds.h"
 
 namespace cqsurvey::exchange {
 namespace {
@@ -30,10 +31,6 @@ class GeoJsonJob : public DrawingJob {
         return text;
     }
 };
-
-bool Holds(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
 
 TEST(GeoJsonWriterTest, PositionsAreLongitudeAndLatitudeOfWgs84) {
     GeoJsonJob job;

@@ -9,6 +9,7 @@
 #include "cqsurvey/CqJobSystem.h"
 #include "cqsurvey/exchange/ExchangeError.h"
 #include "exchange/drawing/DrawingJob.h"
+#include "support/Holds.h"
 
 namespace cqsurvey::exchange {
 namespace {
@@ -27,10 +28,6 @@ class KmlJob : public DrawingJob {
 
     DrawingReport m_report;
 };
-
-bool Holds(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
 
 TEST(KmlWriterTest, ALayerIsAFolderOfPlacemarks) {
     KmlJob job;

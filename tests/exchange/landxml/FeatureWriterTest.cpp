@@ -11,15 +11,12 @@
 #include "cqsurvey/CqJobSystem.h"
 #include "exchange/landxml/LandXmlText.h"
 #include "support/Drawing.h"
+#include "support/Holds.h"
 
 namespace cqsurvey::exchange::landxml {
 namespace {
 
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-
-bool Holds(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
 
 DrawingReport WriteTo(CqSurveyDB& db, std::string& text) {
     LandXmlWriteOptions options;

@@ -7,7 +7,7 @@
 #include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "exchange/dxf/LineTypes.h"
-#include "exchange/dxf/write/Skeleton.h"
+#include "exchange/dxf/write/Handles.h"
 
 namespace cqsurvey::exchange::dxf {
 
@@ -18,7 +18,7 @@ std::uint64_t EntityFrame::Begin(std::string_view type, const CqCadEntity& sourc
     if (!m_out.IsR12()) {
         handle = type == "IMAGE" ? handles::kImage : m_out.NewHandle();
         m_out.Handle(5, handle);
-        m_out.Handle(330, handles::kModel);
+        m_out.Handle(kOwner, handles::kModel);
         m_out.Subclass("AcDbEntity");
     }
     m_out.Text(8, m_contents.LayerName(layer));
@@ -42,7 +42,7 @@ std::uint64_t EntityFrame::BeginPart(std::string_view type, std::uint64_t owner,
     if (!m_out.IsR12()) {
         handle = m_out.NewHandle();
         m_out.Handle(5, handle);
-        m_out.Handle(330, owner);
+        m_out.Handle(kOwner, owner);
         m_out.Subclass("AcDbEntity");
     }
     m_out.Text(8, m_contents.LayerName(layer));

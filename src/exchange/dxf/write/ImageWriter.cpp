@@ -6,7 +6,7 @@
 
 #include "exchange/drawing/ImagePlace.h"
 #include "exchange/dxf/write/EntityFrame.h"
-#include "exchange/dxf/write/Skeleton.h"
+#include "exchange/dxf/write/Handles.h"
 
 namespace cqsurvey::exchange::dxf {
 
@@ -49,7 +49,7 @@ void WriteImage(CqSurveyDB& db, GroupWriter& out, Contents& contents, const DxfI
     const double up = place->height / image.height;
     out.Raw(0, "IMAGE");
     out.Handle(5, handles::kImage);
-    out.Handle(330, handles::kModel);
+    out.Handle(kOwner, handles::kModel);
     out.Subclass("AcDbEntity");
     out.Text(8, contents.LayerName(u"0"));
     out.Subclass("AcDbRasterImage");

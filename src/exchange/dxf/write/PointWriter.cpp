@@ -7,7 +7,7 @@
 #include "cqsurvey/Limits.h"
 #include "cqsurvey/Text.h"
 #include "exchange/dxf/PointBlock.h"
-#include "exchange/dxf/write/Skeleton.h"
+#include "exchange/dxf/write/Handles.h"
 #include "exchange/dxf/write/TextWriter.h"
 #include "text/NumberText.h"
 
@@ -39,7 +39,7 @@ void PointWriter::WriteDefinitions(GroupWriter& out, double height) {
         out.Raw(0, type);
         if (!out.IsR12()) {
             out.Handle(5, out.NewHandle());
-            out.Handle(330, handles::kPointRecord);
+            out.Handle(kOwner, handles::kPointRecord);
             out.Subclass("AcDbEntity");
         }
         out.Raw(8, "0");

@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <string>
 
 #include "exchange/drawing/ImagePlace.h"
 #include "exchange/dxf/DxfText.h"
+#include "support/JobImage.h"
 
 namespace cqsurvey::exchange::dxf {
 namespace {
@@ -48,17 +47,7 @@ class ImageTakerTest : public testing::Test {
     }
 
     static std::string BytesOf(CqSurveyDB& db) {
-        std::uint8_t* data = nullptr;
-        std::uint32_t length = 0;
-        int type = 0;
-        CVector centre;
-        CVector size;
-        double rotation = 0.0;
-        if (db.ReadBackgroundImageFile(data, length, type, centre, size, rotation) == 0) {
-            return {};
-        }
-        const std::unique_ptr<std::uint8_t, decltype(&std::free)> owner(data, &std::free);
-        return {data, data + length};
+        return JobImage::Read(db).value_or(JobImage()).bytes;
     }
 
     DrawnJob job;

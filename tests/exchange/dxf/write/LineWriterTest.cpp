@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "exchange/dxf/DxfText.h"
+#include "support/Holds.h"
 
 namespace cqsurvey::exchange::dxf {
 namespace {
@@ -16,10 +17,6 @@ constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 DrawingReport WriteTo(DrawnJob& job, std::string& text, const DxfWriteOptions& options = {}) {
     return DxfWriter(job.db, options, [&](std::string_view bytes) { text += bytes; }).Write();
-}
-
-bool Holds(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
 }
 
 TEST(LineWriterTest, OnlyALevelPolylineIsALightOneAndInR12NoneIs) {

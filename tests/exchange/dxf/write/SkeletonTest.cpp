@@ -9,13 +9,10 @@
 #include "cqsurvey/CqJobSystem.h"
 #include "exchange/dxf/DxfText.h"
 #include "support/Drawing.h"
+#include "support/Holds.h"
 
 namespace cqsurvey::exchange::dxf {
 namespace {
-
-bool Holds(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
 
 TEST(SkeletonTest, SectionsStandInOrderAndR12HasNeitherClassesNorObjects) {
     DrawnJob job;
@@ -61,17 +58,6 @@ TEST(SkeletonTest, R12CannotSayTheUnit) {
     EXPECT_FALSE(Holds(text, "$INSUNITS"));
     EXPECT_EQ(report.GetNotes().back(), "R12 cannot say the unit of its lengths");
     EXPECT_TRUE(Holds(job.Write(), "$INSUNITS\n 70\n0\n"));
-}
-
-TEST(SkeletonTest, LinesWithoutAPatternOfTheirOwnAreNamedByNumberAndSolid) {
-    DrawnJob job;
-    DrawPath(job.db, {{0, 0, 1, 0}, {1, 0, 1, 0}}, 3);
-    DrawPath(job.db, {{0, 0, 1, 0}, {1, 0, 1, 0}}, 12);
-    const std::string text = job.Write({.version = DxfVersion::R12});
-    EXPECT_TRUE(Holds(text,
-                      "  0\nLTYPE\n  2\nDASHDOT\n 70\n0\n  3\n\n 72\n65\n 73\n4\n 40\n1.0\n"
-                      " 49\n0.5\n 49\n-0.25\n 49\n0.0\n 49\n-0.25\n"));
-    EXPECT_TRUE(Holds(text, "  2\nLINE_12\n 70\n0\n  3\n\n 72\n65\n 73\n0\n 40\n0.0\n"));
 }
 
 TEST(SkeletonTest, NoNumberIsInfiniteHoweverFarTheDrawingReaches) {

@@ -1,56 +1,16 @@
-#include "loss/JobModel.h"
+#include "support/JobModel.h"
 
 #include <algorithm>
 #include <functional>
 #include <iterator>
-#include <limits>
-#include <string_view>
+#include <string>
+
+#include "cqsurvey/Text.h"
+#include "support/DefaultSettings.h"
 
 namespace cqsurvey {
 
-namespace {
-
-constexpr const char16_t* kNewSettings =
-    u"[SETTINGS]\nSiPointSize=5.000\nJCoordDivision=0\nVersion=1.00\nMapscale=500\n"
-    u"[BACKGROUND]\nEntityColor=-1\nType=0\nCenterX=0\nCenterY=0\nSizeX=0\nSizeY=0\nRotation=0\n"
-    u"Brightness=0\nContrast=100\nMonotone=0\nBKColor=16777215\n";
-
-/// A box that grows.
-struct Extents {
-    static constexpr double kFar = std::numeric_limits<double>::max();
-
-    double minX = kFar;
-    double minY = kFar;
-    double maxX = -kFar;
-    double maxY = -kFar;
-
-    void Widen(double x, double y) {
-        minX = std::min(minX, x);
-        minY = std::min(minY, y);
-        maxX = std::max(maxX, x);
-        maxY = std::max(maxY, y);
-    }
-    void WidenBy(const JobModel::Entity& entity) {
-        switch (entity.type) {
-            case EntPline:
-                Widen(entity.bound[0], entity.bound[1]);
-                Widen(entity.bound[2], entity.bound[3]);
-                break;
-            case EntCircle:
-                Widen(entity.at[0] - entity.radius, entity.at[1] - entity.radius);
-                Widen(entity.at[0] + entity.radius, entity.at[1] + entity.radius);
-                break;
-            case EntVertex:
-                break;
-            default:
-                Widen(entity.at[0], entity.at[1]);
-        }
-    }
-};
-
-}  // namespace
-
-JobModel::JobModel() : settings(SettingsModel::Parse(kNewSettings)) {}
+JobModel::JobModel() : settings(SettingsModel::Parse(FromUtf8(kDefaultSettings))) {}
 
 void JobModel::Reopen() {
     currentLayer = FindLayer(u"0");
@@ -105,12 +65,32 @@ void JobModel::RemovePoint(CqHandle handle) {
     points.erase(handle);
 }
 
-void JobModel::Unlink(CqHandle vertex) {
+void JobModel::AddLink(CqHandle point, CqHandle vertex) {
+    links[++lastLink] = {point, vertex};
+    linkOfVertex[vertex] = lastLink;
+}
+
+bool JobModel::Unlink(CqHandle vertex, CqHandle point) {
     const auto tie = linkOfVertex.find(vertex);
-    if (tie != linkOfVertex.end()) {
-        links.erase(tie->second);
-        linkOfVertex.erase(tie);
+    if (tie == linkOfVertex.end()) {
+        return false;
     }
+    const CqHandle number = tie->second;
+    linkOfVertex.erase(tie);
+    if (point != 0 && point != links.at(number).point) {
+        return false;
+    }
+    links.erase(number);
+    return true;
+}
+
+void JobModel::InsertVertex(CqHandle behind, const Coords& at, double bulge) {
+    const Entity before = entities.at(behind);
+    Entity& vertex = NewEntity(EntVertex, at, before.color);
+    vertex.layer = before.layer;
+    vertex.bulge = bulge;
+    vertex.pline = before.type == EntPline ? behind : before.pline;
+    chain.insert(chain.begin() + static_cast<std::ptrdiff_t>(PlaceOf(behind)) + 1, lastEntity);
 }
 
 void JobModel::RemoveVertex(CqHandle handle) {
@@ -120,10 +100,24 @@ void JobModel::RemoveVertex(CqHandle handle) {
 
 void JobModel::RemovePline(CqHandle handle) {
     const std::size_t next = PlaceOf(handle) + 1;
-    while (next < chain.size() && IsVertex(chain[next])) {
+    while (next < chain.size() && Is(chain[next], EntVertex)) {
         RemoveVertex(chain[next]);
     }
     RemoveEntity(handle);
+}
+
+CqHandle JobModel::AddLayer(const CString& name, int color, int line) {
+    layers[++lastLayer] = {name, color, line};
+    return lastLayer;
+}
+
+void JobModel::ChangeWithVertices(CqHandle handle, const std::function<void(Entity&)>& change) {
+    auto entity = entities.find(handle);
+    const bool withVertices = entity->second.type == EntPline;
+    do {
+        change(entity->second);
+        ++entity;
+    } while (withVertices && entity != entities.end() && entity->second.type == EntVertex);
 }
 
 CqHandle JobModel::FindLayer(const CString& name) const {
@@ -132,14 +126,32 @@ CqHandle JobModel::FindLayer(const CString& name) const {
     return found == layers.end() ? 0 : found->first;
 }
 
-bool JobModel::IsVertex(CqHandle handle) const {
+bool JobModel::Is(CqHandle handle, EntType type) const {
     const auto found = entities.find(handle);
-    return found != entities.end() && found->second.type == EntVertex;
+    return found != entities.end() && found->second.type == type;
 }
 
 std::size_t JobModel::PlaceOf(CqHandle handle) const {
     return static_cast<std::size_t>(
         std::distance(chain.begin(), std::find(chain.begin(), chain.end(), handle)));
+}
+
+void JobModel::Widen(Box& extents, const Entity& entity) {
+    const auto [x, y, z] = entity.at;
+    switch (entity.type) {
+        case EntPline:
+            extents.Add(entity.bound.minX, entity.bound.minY);
+            extents.Add(entity.bound.maxX, entity.bound.maxY);
+            break;
+        case EntCircle:
+            extents.Add(x - entity.radius, y - entity.radius);
+            extents.Add(x + entity.radius, y + entity.radius);
+            break;
+        case EntVertex:
+            break;
+        default:
+            extents.Add(x, y);
+    }
 }
 
 JobLines JobModel::Lines() const {
@@ -170,7 +182,7 @@ void JobModel::AddPointLines(JobLines& lines) const {
 
 void JobModel::AddEntityLines(JobLines& lines) const {
     lines.push_back(MakeLine("entities", entities.size()));
-    Extents extents;
+    Box extents;
     for (std::size_t place = 0; place < chain.size(); ++place) {
         const CqHandle handle = chain[place];
         const Entity& e = entities.at(handle);
@@ -183,9 +195,9 @@ void JobModel::AddEntityLines(JobLines& lines) const {
         std::string line =
             MakeLine("entity", handle, static_cast<int>(e.type), e.at[0], e.at[1], e.at[2],
                      layers.at(e.layer).name, e.color, isPoint ? points.at(e.point).name : u"",
-                     isPoint ? points.at(e.point).code : e.code, e.line, e.bound[0], e.bound[1],
-                     e.bound[2], e.bound[3], e.bulge, e.pline, isVertex ? chain[place - 1] : 0,
-                     isVertex && IsVertex(next) ? next : 0, tied) +
+                     isPoint ? points.at(e.point).code : e.code, e.line, e.bound.minX, e.bound.minY,
+                     e.bound.maxX, e.bound.maxY, e.bulge, e.pline, isVertex ? chain[place - 1] : 0,
+                     isVertex && Is(next, EntVertex) ? next : 0, tied) +
             MakeLine("", e.text, e.align, e.style, e.height, e.rotation, e.option, e.interval,
                      e.thickness, e.radius, e.size);
         for (const auto& [number, link] : links) {
@@ -194,7 +206,7 @@ void JobModel::AddEntityLines(JobLines& lines) const {
             }
         }
         lines.push_back(line);
-        extents.WidenBy(e);
+        Widen(extents, e);
     }
     if (chain.empty()) {
         lines.push_back(MakeLine("bound", 0, 0.0, 0.0, 0.0, 0.0));
@@ -215,8 +227,7 @@ void JobModel::AddSettingsLines(JobLines& lines) const {
         }
     }
     if (!image.empty()) {
-        lines.push_back(MakeLine("image", image.size(),
-                                 std::hash<std::string_view>()(std::string_view(image))));
+        lines.push_back(MakeLine("image", image.size(), std::hash<std::string>()(image)));
     }
 }
 

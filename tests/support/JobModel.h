@@ -2,19 +2,22 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "cqsurvey/CqCadEntity.h"
 #include "cqsurvey/Types.h"
-#include "loss/JobLines.h"
-#include "settings/SettingsModel.h"
+#include "support/Box.h"
+#include "support/JobLines.h"
+#include "support/SettingsModel.h"
 
 namespace cqsurvey {
 
 /// A job as plain maps: what the operations are described to do, without any of the library. The
-/// numbers of new records are known, because they are consecutive.
+/// numbers of new records are known, because they are consecutive. Tests that do random work keep
+/// one beside the job.
 struct JobModel {
     using Coords = std::array<double, 3>;
 
@@ -36,7 +39,7 @@ struct JobModel {
         CqHandle point = 0;
         int code = 0;
         int line = 0;
-        std::array<double, 4> bound{};
+        Box bound{0.0, 0.0, 0.0, 0.0};
         double bulge = 0.0;
         CqHandle pline = 0;
         CString text;
@@ -92,14 +95,23 @@ struct JobModel {
     /// Adds a point with its entity.
     CqHandle AddPoint(const CString& name, const Coords& at, int code, int color);
     void RemovePoint(CqHandle handle);
-    /// Removes the tie of a vertex, if it has one.
-    void Unlink(CqHandle vertex);
+    void AddLink(CqHandle point, CqHandle vertex);
+    /// Removes the tie of a vertex; false when it has none, or one to another point than `point`,
+    /// of which the object then knows no more. 0 stands for any point.
+    bool Unlink(CqHandle vertex, CqHandle point = 0);
+    /// Inserts a vertex behind the head or a vertex of a polyline, on its layer in its colour.
+    void InsertVertex(CqHandle behind, const Coords& at, double bulge);
     void RemoveVertex(CqHandle handle);
     void RemovePline(CqHandle handle);
+    CqHandle AddLayer(const CString& name, int color, int line);
+    /// Changes an entity, and with a polyline the vertices in the records after its own.
+    void ChangeWithVertices(CqHandle handle, const std::function<void(Entity&)>& change);
 
     [[nodiscard]] CqHandle FindLayer(const CString& name) const;
-    [[nodiscard]] bool IsVertex(CqHandle handle) const;
+    [[nodiscard]] bool Is(CqHandle handle, EntType type) const;
     [[nodiscard]] std::size_t PlaceOf(CqHandle handle) const;
+    /// Widens a box by what an entity adds to the extents of its drawing.
+    static void Widen(Box& extents, const Entity& entity);
 
     /// As ReadJob would give it after opening.
     [[nodiscard]] JobLines Lines() const;

@@ -1,13 +1,12 @@
-#include "loss/JobLines.h"
+#include "support/JobLines.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <functional>
-#include <memory>
 
 #include "cqsurvey/CqSiPntCadEntity.h"
 #include "cqsurvey/Ranges.h"
+#include "support/JobImage.h"
 
 namespace cqsurvey {
 
@@ -84,16 +83,9 @@ void ReadSettings(CqSurveyDB& db, JobLines& lines) {
             lines.push_back(MakeLine("key", key, value));
         }
     }
-    std::uint8_t* data = nullptr;
-    std::uint32_t length = 0;
-    int type = 0;
-    CVector centre;
-    CVector size;
-    double rotation = 0.0;
-    if (db.ReadBackgroundImageFile(data, length, type, centre, size, rotation) != 0) {
-        const std::unique_ptr<std::uint8_t, decltype(&std::free)> owner(data, &std::free);
-        const std::string_view bytes(reinterpret_cast<const char*>(data), length);
-        lines.push_back(MakeLine("image", length, std::hash<std::string_view>()(bytes)));
+    if (const auto image = JobImage::Read(db)) {
+        lines.push_back(
+            MakeLine("image", image->bytes.size(), std::hash<std::string>()(image->bytes)));
     }
 }
 
