@@ -55,29 +55,21 @@ void TextSource::Count(std::string_view bytes) {
 
 struct FileSource::File {
     system::Descriptor descriptor;
-    std::error_code failure;
-
-    /// Calls `work` until no signal ends it. `check` may end the program's interest in between.
-    template <class Work>
-    void Try(const std::function<void()>& check, Work&& work) {
-        do {
-            if (check) {
-                check();
-            }
-            work();
-        } while (failure == std::errc::interrupted);
-    }
 };
 
 FileSource::FileSource(const std::string& path, std::function<void()> check)
-    : TextSource(path == "-" ? "standard input" : path), m_check(std::move(check)) {
+    : TextSource(path == "-" ? "standard input" : path),
+      m_check(std::move(check)),
+      m_file(std::make_unique<File>()) {
     using system::Descriptor;
-    m_file = std::make_unique<File>();
-    std::error_code& failure = m_file->failure;
-    m_file->Try(m_check, [&] {
+    std::error_code failure;
+    const auto open = [&] {
         m_file->descriptor = path == "-" ? Descriptor::StandardInput(failure)
                                          : Descriptor(path, Descriptor::Mode::Read, failure);
-    });
+    };
+    for (open(); failure == std::errc::interrupted; open()) {
+        Check();
+    }
     if (failure) {
         throw ExchangeError(Printable(GetName()) + ": " + failure.message());
     }
@@ -89,15 +81,22 @@ FileSource::FileSource(const std::string& path, std::function<void()> check)
 
 FileSource::~FileSource() = default;
 
+void FileSource::Check() const {
+    if (m_check) {
+        m_check();
+    }
+}
+
 void FileSource::ReadSome(std::string& buffer) {
     constexpr std::size_t kPiece = 65536;
     const std::size_t before = buffer.size();
     buffer.resize(before + kPiece);
     std::size_t count = 0;
-    std::error_code& failure = m_file->failure;
-    m_file->Try(m_check, [&] {
+    std::error_code failure;
+    do {
+        Check();
         count = m_file->descriptor.ReadSome(buffer.data() + before, kPiece, failure);
-    });
+    } while (failure == std::errc::interrupted);
     buffer.resize(before + count);
     if (failure) {
         throw ExchangeError(Printable(GetName()) + ": " + failure.message());

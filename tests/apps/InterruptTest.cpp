@@ -8,8 +8,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <thread>
 
 #include "apps/ProgramTest.h"
 #include "cqjob/Failure.h"
@@ -58,19 +60,18 @@ TEST(Interrupt, LeavesSignalsIgnoredThatAreAndPutsBackTheOthers) {
     EXPECT_EQ(heard, 1);
 }
 
-using InterruptTest = ProgramTest;
+class InterruptTest : public ProgramTest {
+ protected:
+    InterruptTest() {
+        MakeJob("A,1,2,3\n");
+        m_before = ReadFile(job);
+        EXPECT_EQ(mkfifo(m_pipe.c_str(), 0600), 0);
+    }
 
-TEST_F(InterruptTest, AnInterruptedImportLeavesTheJobAsItWas) {
-    const Handling gone(SIGPIPE, SIG_IGN);
-    MakeJob("A,1,2,3\n");
-    const std::string before = ReadFile(job);
-    const std::string pipe = folder.Utf8("points.csv");
-    const std::string words = folder.Utf8("words");
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        SCOPED_TRACE(number);
+    /// Starts to import what comes through the pipe, and returns the process.
+    pid_t Start() {
         std::vector<std::string> arguments = {CQJOB_PROGRAM, "import",  job,
-                                              pipe,          "--order", "pnezd"};
+                                              m_pipe,        "--order", "pnezd"};
         std::vector<char*> argv;
         for (std::string& argument : arguments) {
             argv.push_back(argument.data());
@@ -78,13 +79,35 @@ TEST_F(InterruptTest, AnInterruptedImportLeavesTheJobAsItWas) {
         argv.push_back(nullptr);
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, words.c_str(),
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, m_words.c_str(),
                                          O_WRONLY | O_CREAT | O_TRUNC, 0600);
         pid_t child = 0;
-        ASSERT_EQ(posix_spawn(&child, CQJOB_PROGRAM, &actions, nullptr, argv.data(), environ), 0);
+        EXPECT_EQ(posix_spawn(&child, CQJOB_PROGRAM, &actions, nullptr, argv.data(), environ), 0);
         posix_spawn_file_actions_destroy(&actions);
+        return child;
+    }
+
+    void ExpectInterrupted(int status) {
+        EXPECT_TRUE(WIFEXITED(status));
+        EXPECT_EQ(WEXITSTATUS(status), 1);
+        EXPECT_EQ(ReadFile(m_words),
+                  "cqjob: " + m_pipe + ": interrupted, so nothing was recorded\n");
+        EXPECT_FALSE(std::filesystem::exists(job + "-journal"));
+        EXPECT_TRUE(ReadFile(job) == m_before);
+    }
+
+    const Handling m_gone{SIGPIPE, SIG_IGN};
+    std::string m_pipe = folder.Utf8("points.csv");
+    std::string m_words = folder.Utf8("words");
+    std::string m_before;
+};
+
+TEST_F(InterruptTest, AnInterruptedImportLeavesTheJobAsItWas) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(number);
+        const pid_t child = Start();
         // It opens once the program reads, and what is written beyond the pipe's room is read.
-        const int end = open(pipe.c_str(), O_WRONLY | O_CLOEXEC);
+        const int end = open(m_pipe.c_str(), O_WRONLY | O_CLOEXEC);
         ASSERT_GE(end, 0);
         std::string text;
         for (int i = 0; i < 20000; ++i) {
@@ -97,12 +120,24 @@ TEST_F(InterruptTest, AnInterruptedImportLeavesTheJobAsItWas) {
         close(end);
         int status = 0;
         waitpid(child, &status, 0);
-        EXPECT_TRUE(WIFEXITED(status));
-        EXPECT_EQ(WEXITSTATUS(status), 1);
-        EXPECT_EQ(ReadFile(words), "cqjob: " + pipe + ": interrupted, so nothing was recorded\n");
-        EXPECT_FALSE(std::filesystem::exists(job + "-journal"));
-        EXPECT_TRUE(ReadFile(job) == before);
+        ExpectInterrupted(status);
     }
+}
+
+TEST_F(InterruptTest, AnImportThatWaitsForTheOtherEndOfAPipeCanBeInterrupted) {
+    constexpr int kTries = 12;
+    int status = 0;
+    int wait = 10;
+    for (int i = 0; i < kTries && (i == 0 || WIFSIGNALED(status)); ++i, wait *= 2) {
+        const pid_t child = Start();
+        // A signal that comes before the program listens to it simply ends it: then once more, with
+        // more time. One that comes just before the wait does not end that; the next one does.
+        do {
+            std::this_thread::sleep_for(std::chrono::milliseconds(wait));
+            kill(child, SIGINT);
+        } while (waitpid(child, &status, WNOHANG) == 0);
+    }
+    ExpectInterrupted(status);
 }
 
 /// Limits the files of this process and of those that it starts. Unlike FileSizeLimit it leaves the

@@ -68,10 +68,10 @@ class CQSURVEY_EXCHANGE_API TextSource {
 /// A file of the host, or standard input.
 class CQSURVEY_EXCHANGE_API FileSource : public TextSource {
  public:
-    /// "-" is standard input. `check` is called before each wait, for the other end of a pipe or
-    /// for bytes, and again when a signal ended the wait; what it throws, this and Read throw.
-    /// Throws ExchangeError when the file cannot be opened. A folder can be opened, but its first
-    /// Read throws.
+    /// "-" is standard input. `check` is called before each wait for bytes, and again when a signal
+    /// ended the wait; what it throws, Read throws. It is also called when a signal ended the wait
+    /// for the other end of a pipe, here. Throws ExchangeError when the file cannot be opened. A
+    /// folder can be opened, but its first Read throws.
     explicit FileSource(const std::string& path, std::function<void()> check = {});
     FileSource(const FileSource&) = delete;
     FileSource& operator=(const FileSource&) = delete;
@@ -81,6 +81,7 @@ class CQSURVEY_EXCHANGE_API FileSource : public TextSource {
 
  private:
     void ReadSome(std::string& buffer) override;
+    void Check() const;
 
     /// The open file of the system.
     struct File;
