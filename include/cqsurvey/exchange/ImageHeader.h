@@ -9,7 +9,7 @@
 namespace cqsurvey::exchange {
 
 /// What the first bytes of an image say about it. The image is not decoded.
-struct ImageHeader {
+struct CQSURVEY_EXCHANGE_API ImageHeader {
     const char* format = "";  ///< "PNG", "JPEG", "BMP", "TIFF", "GIF" or "WebP"
     /// In pixels; 0 when this library does not know how to find it in the format.
     std::uint32_t width = 0;
@@ -17,8 +17,7 @@ struct ImageHeader {
 
     /// Reads the header of an image of one of these formats; nothing for other bytes. Bytes that
     /// end too early have no size.
-    [[nodiscard]] static CQSURVEY_EXCHANGE_API std::optional<ImageHeader> Find(
-        std::string_view bytes);
+    [[nodiscard]] static std::optional<ImageHeader> Find(std::string_view bytes);
 };
 
 }  // namespace cqsurvey::exchange
