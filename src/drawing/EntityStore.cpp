@@ -63,106 +63,95 @@ int CqSurveyDB::GetNextCadEntity(CqHandle& h, CqCadEntity*& e) const {
     return 1;
 }
 
-std::unique_ptr<CqCadEntity> Job::ReadPoint(CqHandle data) {
-    auto point = std::make_unique<CqSiPntCadEntity>();
-    const std::byte* record = points.RecordAt(data);
-    point->m_name = PointLayout::Get<"PointName">(record);
-    point->m_code = PointLayout::Get<"FeatureCode">(record);
-    point->m_dataOrigin = static_cast<SurveyCoordType>(PointLayout::Get<"DataOrigin">(record));
-    for (const CqHandle link : linkIndex.ListByPoint(entities.GetCurrentHandle())) {
-        point->m_vertexHandles.push_back(links.GetAt<"VertexDataID">(link));
-    }
-    return point;
-}
-
-std::unique_ptr<CqCadEntity> Job::ReadPline(CqHandle data) {
-    auto pline = std::make_unique<CqPlineCadEntity>();
-    const std::byte* record = plines.RecordAt(data);
-    pline->m_boundMin = {PlineLayout::Get<"minX">(record), PlineLayout::Get<"minY">(record)};
-    pline->m_boundMax = {PlineLayout::Get<"maxX">(record), PlineLayout::Get<"maxY">(record)};
-    pline->m_line = PlineLayout::Get<"LineID">(record);
-    pline->m_code = PlineLayout::Get<"FeatureCode">(record);
-    return pline;
-}
-
-std::unique_ptr<CqCadEntity> Job::ReadVertex(CqHandle data) {
-    auto vertex = std::make_unique<CqVertexCadEntity>();
-    const std::byte* record = vertices.RecordAt(data);
-    vertex->m_bulge = VertexLayout::Get<"Bulge">(record);
-    vertex->m_plineHandle = VertexLayout::Get<"PlineIndex">(record);
-    if (const CqHandle link = linkIndex.FindByVertex(entities.GetCurrentHandle())) {
-        vertex->m_siPointHandle = links.GetAt<"PointDataID">(link);
-    }
-    vertex->m_prevVertexHandle = entities.Get<"PrevEntityIndex">();
-    const auto next = entities.Get<"NextEntityIndex">();
-    const std::byte* follower = next == 0 ? nullptr : entities.PeekRecord(next);
-    if (follower != nullptr && EntityLayout::Get<"ObjectType">(follower) == EntVertex) {
-        vertex->m_nextVertexHandle = next;
-    }
-    return vertex;
-}
-
-std::unique_ptr<CqCadEntity> Job::ReadText(CqHandle data) {
-    auto text = std::make_unique<CqTextCadEntity>();
-    texts.GoTo(data);
-    text->m_text = texts.GetMemo<"Text">();
-    text->m_align = texts.Get<"Align">();
-    text->m_style = texts.Get<"Style">();
-    text->m_height = texts.Get<"Height">();
-    text->m_rotation = texts.Get<"Rotation">();
-    text->m_code = texts.Get<"FeatureCode">();
-    text->m_optionStyle = texts.Get<"OptionStyle">();
-    text->m_interval = texts.Get<"Interval">();
-    text->m_thickness = texts.Get<"Thickness">();
-    return text;
-}
-
-std::unique_ptr<CqCadEntity> Job::ReadCircle(CqHandle data) {
-    auto circle = std::make_unique<CqCircleCadEntity>();
-    const std::byte* record = circles.RecordAt(data);
-    circle->m_radius = CircleLayout::Get<"Radius">(record);
-    circle->m_line = CircleLayout::Get<"LineID">(record);
-    circle->m_code = CircleLayout::Get<"FeatureCode">(record);
-    return circle;
-}
-
-std::unique_ptr<CqCadEntity> Job::ReadBitmap(CqHandle data) {
-    auto bitmap = std::make_unique<CqBitmapCadEntity>();
-    bitmaps.GoTo(data);
-    bitmap->m_size = {bitmaps.Get<"sizeX">(), 0.0};
-    bitmap->m_resName = bitmaps.GetMemo<"ResName">();
-    return bitmap;
-}
-
-std::unique_ptr<CqCadEntity> Job::ReadOwnData() {
-    const auto type = entities.Get<"ObjectType">();
-    const auto data = entities.Get<"ObjectIndex">();
-    switch (type) {
-        case EntSiPnt:
-            return ReadPoint(data);
-        case EntPline:
-            return ReadPline(data);
-        case EntVertex:
-            return ReadVertex(data);
-        case EntText:
-            return ReadText(data);
-        case EntCircle:
-            return ReadCircle(data);
-        case EntBitmap:
-            return ReadBitmap(data);
-        default:
-            throw CqSurveyException(error::kUnknown,
-                                    "entity " + std::to_string(entities.GetCurrentHandle()) +
-                                        " has the unknown type " + std::to_string(type));
-    }
-}
-
 int Job::ReadCurrentCadEntityRec(CqCadEntity*& e) {
     if (e != nullptr) {
         return 0;
     }
-    std::unique_ptr<CqCadEntity> entity = ReadOwnData();
-    entity->m_handle = entities.GetCurrentHandle();
+    const CqHandle handle = entities.GetCurrentHandle();
+    const auto type = entities.Get<"ObjectType">();
+    const auto object = entities.Get<"ObjectIndex">();
+    std::unique_ptr<CqCadEntity> entity;
+    switch (type) {
+        case EntSiPnt: {
+            auto point = std::make_unique<CqSiPntCadEntity>();
+            const std::byte* record = points.RecordAt(object);
+            point->m_name = PointLayout::Get<"PointName">(record);
+            point->m_code = PointLayout::Get<"FeatureCode">(record);
+            point->m_dataOrigin =
+                static_cast<SurveyCoordType>(PointLayout::Get<"DataOrigin">(record));
+            for (const CqHandle link : linkIndex.ListByPoint(handle)) {
+                point->m_vertexHandles.push_back(links.GetAt<"VertexDataID">(link));
+            }
+            entity = std::move(point);
+            break;
+        }
+        case EntPline: {
+            auto pline = std::make_unique<CqPlineCadEntity>();
+            const std::byte* record = plines.RecordAt(object);
+            pline->m_boundMin = {PlineLayout::Get<"minX">(record),
+                                 PlineLayout::Get<"minY">(record)};
+            pline->m_boundMax = {PlineLayout::Get<"maxX">(record),
+                                 PlineLayout::Get<"maxY">(record)};
+            pline->m_line = PlineLayout::Get<"LineID">(record);
+            pline->m_code = PlineLayout::Get<"FeatureCode">(record);
+            entity = std::move(pline);
+            break;
+        }
+        case EntVertex: {
+            auto vertex = std::make_unique<CqVertexCadEntity>();
+            const std::byte* record = vertices.RecordAt(object);
+            vertex->m_bulge = VertexLayout::Get<"Bulge">(record);
+            vertex->m_plineHandle = VertexLayout::Get<"PlineIndex">(record);
+            if (const CqHandle link = linkIndex.FindByVertex(handle)) {
+                vertex->m_siPointHandle = links.GetAt<"PointDataID">(link);
+            }
+            vertex->m_prevVertexHandle = entities.Get<"PrevEntityIndex">();
+            const auto next = entities.Get<"NextEntityIndex">();
+            const std::byte* follower = next == 0 ? nullptr : entities.PeekRecord(next);
+            if (follower != nullptr && EntityLayout::Get<"ObjectType">(follower) == EntVertex) {
+                vertex->m_nextVertexHandle = next;
+            }
+            entity = std::move(vertex);
+            break;
+        }
+        case EntText: {
+            auto text = std::make_unique<CqTextCadEntity>();
+            texts.GoTo(object);
+            text->m_text = texts.GetMemo<"Text">();
+            text->m_align = texts.Get<"Align">();
+            text->m_style = texts.Get<"Style">();
+            text->m_height = texts.Get<"Height">();
+            text->m_rotation = texts.Get<"Rotation">();
+            text->m_code = texts.Get<"FeatureCode">();
+            text->m_optionStyle = texts.Get<"OptionStyle">();
+            text->m_interval = texts.Get<"Interval">();
+            text->m_thickness = texts.Get<"Thickness">();
+            entity = std::move(text);
+            break;
+        }
+        case EntCircle: {
+            auto circle = std::make_unique<CqCircleCadEntity>();
+            const std::byte* record = circles.RecordAt(object);
+            circle->m_radius = CircleLayout::Get<"Radius">(record);
+            circle->m_line = CircleLayout::Get<"LineID">(record);
+            circle->m_code = CircleLayout::Get<"FeatureCode">(record);
+            entity = std::move(circle);
+            break;
+        }
+        case EntBitmap: {
+            auto bitmap = std::make_unique<CqBitmapCadEntity>();
+            bitmaps.GoTo(object);
+            bitmap->m_size = {bitmaps.Get<"sizeX">(), 0.0};
+            bitmap->m_resName = bitmaps.GetMemo<"ResName">();
+            entity = std::move(bitmap);
+            break;
+        }
+        default:
+            throw CqSurveyException(error::kUnknown, "entity " + std::to_string(handle) +
+                                                         " has the unknown type " +
+                                                         std::to_string(type));
+    }
+    entity->m_handle = handle;
     entity->m_point = {entities.Get<"E">(), entities.Get<"N">(), entities.Get<"Z">()};
     entity->m_color = entities.Get<"ColorID">();
     entity->m_layer = layers.GetName(entities.Get<"LayerIndex">());

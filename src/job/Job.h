@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -120,17 +119,6 @@ struct Job {
 
     /// Makes the object for the entity table's current record; 0 when `e` is not null already.
     int ReadCurrentCadEntityRec(CqCadEntity*& e);
-    /// The object with what the record's type has of its own: for a point its name and code, for a
-    /// circle its radius, and so on. Throws error::kUnknown for a type that no entity has.
-    [[nodiscard]] std::unique_ptr<CqCadEntity> ReadOwnData();
-    // Each for one type; `data` is the number of the record of its own data.
-
-    [[nodiscard]] std::unique_ptr<CqCadEntity> ReadPoint(CqHandle data);
-    [[nodiscard]] std::unique_ptr<CqCadEntity> ReadPline(CqHandle data);
-    [[nodiscard]] std::unique_ptr<CqCadEntity> ReadVertex(CqHandle data);
-    [[nodiscard]] std::unique_ptr<CqCadEntity> ReadText(CqHandle data);
-    [[nodiscard]] std::unique_ptr<CqCadEntity> ReadCircle(CqHandle data);
-    [[nodiscard]] std::unique_ptr<CqCadEntity> ReadBitmap(CqHandle data);
     /// Computes the extents anew from the tables; 0 when the drawing is empty.
     int MakeBoundData();
     /// Appends an entity at the end of the drawing, on the current layer and in the current colour,
