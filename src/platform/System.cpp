@@ -67,6 +67,23 @@ int OpenFlags(Descriptor::Mode mode) noexcept {
     return O_RDONLY | O_CLOEXEC;
 }
 
+/// Opens a file. Only the wait for the other end of a pipe, which may never come, is left to a
+/// signal.
+int OpenFile(const char* path, int flags) noexcept {
+    constexpr mode_t kMode = 0666;
+    for (;;) {
+        const int number = ::open(path, flags, kMode);
+        if (number >= 0 || errno != EINTR) {
+            return number;
+        }
+        struct stat status {};
+        if (::stat(path, &status) == 0 && S_ISFIFO(status.st_mode)) {
+            errno = EINTR;
+            return -1;
+        }
+    }
+}
+
 }  // namespace
 
 std::optional<FileStatus> Identify(const std::string& path, std::error_code& failure) noexcept {
@@ -204,7 +221,7 @@ bool IsOutOfHandles(const std::error_code& failure) noexcept {
 }
 
 Descriptor::Descriptor(const std::string& path, Mode mode, std::error_code& failure) noexcept
-    : m_number(::open(path.c_str(), OpenFlags(mode), 0666)) {
+    : m_number(OpenFile(path.c_str(), OpenFlags(mode))) {
     failure = FailureOf(!IsOpen());
 }
 
